@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+/// Text as it lies in the account file and in Windows: UTF-16 units.
+///
+/// A Text may hold anything the file holds: zero units, unpaired surrogates. Nothing here normalises,
+/// trims or checks it.
+namespace base {
+
+using Text = std::u16string;
+using TextView = std::u16string_view;
+
+/// Decodes UTF-8; each malformed byte becomes U+FFFD.
+Text fromUtf8(std::string_view utf8);
+
+/// Encodes as UTF-8; an unpaired surrogate becomes U+FFFD.
+std::string toUtf8(TextView text);
+
+/// Decodes Windows code page 1252. The five bytes without a character (81, 8D, 8F, 90, 9D) become the
+/// control character of the same number, as Windows does.
+Text fromWindows1252(std::string_view bytes);
+
+/// Encodes as Windows code page 1252; what it lacks becomes "?".
+std::string toWindows1252(TextView text);
+
+/// Decimal digits, with a leading "-" for negative numbers; no grouping.
+Text decimal(std::int64_t number);
+
+/// The text without leading and trailing U+0020. Tabs, line ends and no-break spaces stay.
+TextView trimBlanks(TextView text);
+
+/// Equality of ASCII names without regard to the case of A to Z; all other units must be the same.
+bool equalsIgnoringAsciiCase(TextView a, TextView b);
+
+}  // namespace base

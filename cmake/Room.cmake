@@ -1,0 +1,49 @@
+# The compile settings of every target, and the two kinds of target: rooms (libraries) and test programs.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+option(TOLV_SANITIZE "address and undefined-behaviour sanitizers" OFF)
+
+find_program(TOLV_CCACHE ccache)
+if(TOLV_CCACHE)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${TOLV_CCACHE})
+endif()
+
+add_library(tolv_options INTERFACE)
+target_compile_options(tolv_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
+    # No path of the building machine in the program: two builds of one commit are equal.
+    -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+target_include_directories(tolv_options INTERFACE ${CMAKE_SOURCE_DIR})
+if(TOLV_SANITIZE)
+    target_compile_options(tolv_options INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all
+        -fno-omit-frame-pointer -D_GLIBCXX_ASSERTIONS)
+    target_link_options(tolv_options INTERFACE -fsanitize=address,undefined)
+endif()
+if(WIN32)
+    target_compile_options(tolv_options INTERFACE -fstack-protector-strong)
+    target_compile_definitions(tolv_options INTERFACE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN)
+endif()
+
+# tolv_room(NAME [SOURCES file...] [USES room...]): the library of one room, named for its folder
+# ("ado/embedded" is ado_embedded). Without sources it is a room of headers alone.
+function(tolv_room name)
+    cmake_parse_arguments(ROOM "" "" "SOURCES;USES" ${ARGN})
+    if(ROOM_SOURCES)
+        add_library(${name} STATIC ${ROOM_SOURCES})
+        target_link_libraries(${name} PUBLIC tolv_options ${ROOM_USES})
+    else()
+        add_library(${name} INTERFACE)
+        target_link_libraries(${name} INTERFACE tolv_options ${ROOM_USES})
+    endif()
+endfunction()
+
+# tolv_test(NAME SOURCES file... USES room...): one test program a room, run as one entry of ctest.
+function(tolv_test name)
+    cmake_parse_arguments(TEST "" "" "SOURCES;USES" ${ARGN})
+    add_executable(${name} ${TEST_SOURCES})
+    target_link_libraries(${name} PRIVATE tolv_options ${TEST_USES} GTest::gmock_main)
+    add_test(NAME ${name} COMMAND ${name})
+endfunction()

@@ -1,0 +1,19 @@
+#pragma once
+
+namespace forms {
+
+class Form;
+
+/// Shows forms: the narrow interface behind which native windows, or a test, stand.
+class FormHost {
+public:
+    virtual ~FormHost() = default;
+    /// Shows the loaded form and returns once it is unloaded; no other form takes input meanwhile.
+    virtual void showModal(Form& form) = 0;
+    /// Shows the loaded form and returns at once.
+    virtual void show(Form& form) = 0;
+    /// The form has run its unload handler: its window goes, and with the last one the program ends.
+    virtual void unloaded(Form& form) = 0;
+};
+
+}  // namespace forms

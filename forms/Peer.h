@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace forms {
+
+/// What of a control can change and show. A peer that is told of a property reads its value from the model.
+enum class Property {
+    Enabled,
+    Text,     ///< of a text box
+    Caption,  ///< of a form, button, check box, label, frame
+    BackColor,
+    FontBold,
+    Value,       ///< of a check box or option button
+    ListIndex,   ///< of a combo box
+    Rows,        ///< of a list view: rows added, removed, changed or in another order
+    Columns,     ///< of a list view: headers changed
+    Selection,   ///< of a list view: the selected row
+    HeaderIcons  ///< of a list view: its header image list
+};
+
+/// A native window handle; 0 is none.
+using NativeHandle = std::uintptr_t;
+
+/// The native window that shows a control. The model is the truth, the peer follows it.
+///
+/// A peer is told after the model has stored the new value and before the event is raised. It reports the
+/// user's input through the control's one entry for it and never reads or changes anything else.
+class Peer {
+public:
+    virtual ~Peer() = default;
+    /// The property has changed: show what the model holds now.
+    virtual void show(Property property) = 0;
+    virtual void takeFocus() = 0;
+    /// Paints at once what is out of date.
+    virtual void refresh() = 0;
+    virtual NativeHandle handle() const = 0;
+};
+
+/// The peer of a list view.
+class ListViewPeer : public Peer {
+public:
+    /// Scrolls as little as needed. @param rowIndex  from 0, in the order shown
+    virtual void ensureVisible(std::size_t rowIndex) = 0;
+};
+
+}  // namespace forms
