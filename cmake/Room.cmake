@@ -24,6 +24,7 @@ if(TOLV_SANITIZE)
 endif()
 if(WIN32)
     target_compile_options(tolv_options INTERFACE -fstack-protector-strong)
+    target_link_options(tolv_options INTERFACE -fstack-protector-strong)
     target_compile_definitions(tolv_options INTERFACE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN)
 endif()
 
