@@ -8,11 +8,15 @@ class Form;
 class FormHost {
 public:
     virtual ~FormHost() = default;
+    /// The form is about to run its load handler: its native window and those of its controls are made now,
+    /// hidden, and attached as peers.
+    virtual void load(Form& form) = 0;
     /// Shows the loaded form and returns once it is unloaded; no other form takes input meanwhile.
     virtual void showModal(Form& form) = 0;
     /// Shows the loaded form and returns at once.
     virtual void show(Form& form) = 0;
-    /// The form has run its unload handler: its window goes, and with the last one the program ends.
+    /// The form has run its unload handler: its window goes, and with the last one the program ends. The
+    /// call may come from a handler of one of its controls.
     virtual void unloaded(Form& form) = 0;
 };
 

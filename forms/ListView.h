@@ -1,0 +1,167 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <optional>
+#include <unordered_set>
+#include <vector>
+
+#include "base/Text.h"
+#include "base/Value.h"
+#include "forms/ColumnHeader.h"
+#include "forms/Control.h"
+#include "forms/ListItem.h"
+#include "forms/RowTexts.h"
+
+namespace forms {
+
+class ImageList;
+
+/// A list of rows in columns, of which at most one row is selected. Made for 1,000,000 rows.
+///
+/// Order. Rows stand as they were added until Sorted is set. While it is, setting Sorted, SortKey or
+/// SortOrder orders them anew; rows added since then are put in their places, once, at the first read of
+/// the order; a change of text never moves a row that has its place. Rows that compare equal keep their
+/// former order.
+///
+/// Selection. Nothing is selected until code or the user selects a row, and after Clear. The user cannot
+/// empty the selection. ItemClick comes once for each row that the user goes to or clicks, the selected one
+/// too, and never for a selection made by code.
+///
+/// Peers are told Rows at every change of a row, a million times in a refill: a peer notes that it is out of
+/// date and catches up when it paints, is told Selection, or a native message needs the rows.
+class ListView : public Control {
+public:
+    static constexpr Kind kKind = Kind::ListView;
+
+    enum class ViewMode : std::int16_t { Icon = 0, SmallIcon = 1, List = 2, Report = 3 };
+    enum class Order : std::int16_t { Ascending = 0, Descending = 1 };
+
+    ListView(Form& form, base::Text name);
+
+    std::function<void(ListItem item)> onItemClick;
+    std::function<void(const ColumnHeader& header)> onColumnClick;
+
+    /// Order of two texts: negative, 0, positive. Without one, texts stand by the values of their units.
+    std::function<int(base::TextView, base::TextView)> compareTexts;
+
+    // Columns.
+    int columnCount() const { return static_cast<int>(columns_.size()); }
+    /// @param index  from 1. @throws base::RuntimeError 35600 if there is no such column
+    const ColumnHeader& ColumnHeaders(int index) const;
+    void addColumn(base::Text text, int widthHimetric,
+                   ColumnHeader::Alignment alignment = ColumnHeader::Alignment::Left, base::Text tag = {});
+
+    ViewMode View() const { return view_; }
+    void setView(ViewMode view);
+
+    /// The pictures of the column headers, nothing for none.
+    ImageList* ColumnHeaderIcons() const { return columnHeaderIcons_; }
+    void setColumnHeaderIcons(ImageList* icons);
+
+    // Rows.
+    int rowCount() const { return static_cast<int>(rows_.size()); }
+    /// Appends a row without texts, key or tag.
+    ListItem addRow();
+    void clearRows();
+    /// @param index  from 1, in the present order. @throws base::RuntimeError 35600 if there is no such row
+    ListItem ListItems(int index);
+    /// @throws base::RuntimeError 35601 if no row has the key
+    ListItem ListItems(base::TextView key);
+
+    std::optional<ListItem> SelectedItem();
+    /// By code: ItemClick is not raised.
+    void setSelectedItem(std::optional<ListItem> item);
+
+    // Order.
+    /// Column by which the rows are ordered, from 0: 0 the text, k the sub-item k.
+    std::int16_t SortKey() const { return sortKey_; }
+    void setSortKey(std::int16_t sortKey);
+    Order SortOrder() const { return sortOrder_; }
+    void setSortOrder(Order order);
+    bool Sorted() const { return sorted_; }
+    void setSorted(bool sorted);
+
+    // What a peer asks, by place from 0 in the present order and by column from 0.
+    base::TextView cellAt(std::size_t place, int column);
+    /// The selected row's place, nothing if there is none.
+    std::optional<std::size_t> selectedPlace();
+    /// The first row from startPlace on whose text begins with the prefix, as compareTexts sees it.
+    /// @param wrap  go on at the first row behind the last
+    std::optional<std::size_t> findPrefix(std::size_t startPlace, base::TextView prefix, bool wrap);
+
+    // The user's input; places from 0, columns from 1.
+    /// The user's move has selected this row natively; the row that is selected already is passed over.
+    void userSelectedRow(std::size_t place);
+    /// A click on the row that was selected before the mouse button went down: ItemClick once more.
+    void userClickedSelectedRow();
+    /// The native selection has become empty: the peer is told to show the selected row again.
+    void userEmptiedSelection();
+    void userClickedColumn(int column);
+
+    void attachPeer(ListViewPeer& peer);
+    void detachPeer();
+
+private:
+    friend class ListItem;
+
+    using RowId = std::uint32_t;  ///< the how-manieth row added since the list was cleared, from 0
+
+    struct Row {
+        RowTexts texts;  ///< cell 0 is the key, then text and sub-items
+        base::Value tag;
+        std::uint32_t place = 0;
+    };
+
+    // Rows are found by key through the texts they hold: the index itself holds only their numbers.
+    struct KeyHash {
+        using is_transparent = void;
+        const std::deque<Row>* rows;
+        std::size_t operator()(base::TextView key) const;
+        std::size_t operator()(RowId row) const { return (*this)((*rows)[row].texts.cell(0)); }
+    };
+    struct KeyEqual {
+        using is_transparent = void;
+        const std::deque<Row>* rows;
+        bool operator()(RowId a, RowId b) const { return a == b; }
+        bool operator()(base::TextView key, RowId row) const {
+            return base::equalsIgnoringAsciiCase(key, (*rows)[row].texts.cell(0));
+        }
+        bool operator()(RowId row, base::TextView key) const { return (*this)(key, row); }
+    };
+    using KeyIndex = std::unordered_set<RowId, KeyHash, KeyEqual>;
+
+    Row& rowOf(const ListItem& item);
+    ListItem itemOf(RowId row) { return {*this, row, filling_}; }
+    void setCell(const ListItem& item, std::size_t cell, base::TextView text);
+    void setKeyOf(const ListItem& item, base::TextView key);
+    void select(std::optional<RowId> row);
+    void selectByUser(std::size_t place);
+
+    int compareRows(RowId a, RowId b) const;
+    bool standsBefore(RowId a, RowId b) const;
+    void orderAnew();
+    void putAddedRowsInOrder();
+    RowId rowAt(std::size_t place);
+
+    std::vector<ColumnHeader> columns_;
+    ViewMode view_ = ViewMode::Icon;
+    ImageList* columnHeaderIcons_ = nullptr;
+
+    std::deque<Row> rows_;
+    std::vector<RowId> order_;      ///< rows by place
+    std::size_t orderedCount_ = 0;  ///< places before this one are settled
+    KeyIndex keys_;
+    std::uint32_t filling_ = 0;
+    std::optional<RowId> selected_;
+
+    std::int16_t sortKey_ = 0;
+    Order sortOrder_ = Order::Ascending;
+    bool sorted_ = false;
+
+    ListViewPeer* listPeer_ = nullptr;
+};
+
+}  // namespace forms
