@@ -1,0 +1,72 @@
+# The Debian packages that the scripts at the root need, in one place, and how they come onto the machine.
+# Sourced, never run. needPackages says what it installs and does nothing when all is there.
+
+buildPackages=(g++ cmake ninja-build ccache googletest)
+windowsPackages=(g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix)
+# python3 and procps serve the scripts that drive the windows, locales the German texts and command lines.
+winePackages=(wine64 wine xvfb xdotool openbox imagemagick x11-apps x11-xkb-utils locales
+    fonts-dejavu-core python3 procps)
+testPackages=(clang-format clang-tidy python3 python3-pefile mdbtools ca-certificates util-linux git)
+
+export DEBIAN_FRONTEND=noninteractive LC_ALL=${LC_ALL:-C.UTF-8}
+
+say() { printf '== %s\n' "$*"; }
+die() { printf '%s: %s\n' "${0##*/}" "$*" >&2; exit 2; }
+
+# Without a terminal nobody can type a password, so sudo must not ask for one.
+sudo=(sudo --preserve-env=DEBIAN_FRONTEND)
+[ -t 0 ] || sudo+=(-n)
+asRoot() {
+    if [ "$(id -u)" = 0 ]; then "$@"
+    elif ! command -v sudo >/dev/null; then die "this needs root, and there is no sudo: $*"
+    else "${sudo[@]}" "$@"
+    fi
+}
+
+# needPackages NAME...: installs those that are missing, in one go.
+needPackages() {
+    local name missing=()
+    command -v apt-get >/dev/null || die "this needs a Debian system (apt-get)"
+    for name in "$@"; do
+        case $(dpkg-query -W -f '${Status}' "$name" 2>/dev/null) in
+            "install ok installed") ;;
+            *) missing+=("$name") ;;
+        esac
+    done
+    if [ ${#missing[@]} -gt 0 ]; then
+        say "installing ${missing[*]}"
+        mkdir -p out
+        # An index that cannot be refreshed does no harm if the old one still names the packages.
+        asRoot apt-get -qq update >out/apt.log 2>&1 </dev/null || say "apt-get update complains, see out/apt.log"
+        asRoot apt-get -q -y --no-install-recommends install "${missing[@]}" >>out/apt.log 2>&1 </dev/null ||
+            { tail -20 out/apt.log >&2; die "packages could not be installed (out/apt.log)"; }
+    fi
+}
+
+# The Node.js of the machine serves if it brings npm; else Debian's.
+needNode() {
+    command -v node >/dev/null && command -v npm >/dev/null || needPackages nodejs npm
+}
+
+# Wine takes the language and the code page of its programs from here.
+needGermanLocale() {
+    locale -a 2>/dev/null | grep -qix 'de_DE\.utf-\?8' && return
+    say "generating the locale de_DE.UTF-8"
+    asRoot localedef -i de_DE -f UTF-8 de_DE.UTF-8 || die "the locale de_DE.UTF-8 could not be generated"
+}
+
+# buildPreset PRESET [TARGET...]: configures once, then builds; quiet unless something is wrong.
+buildPreset() {
+    local preset=$1 dir=out/build/$1 log=out/build/$1.log
+    shift
+    mkdir -p out/build
+    if [ ! -e "$dir/build.ninja" ]; then
+        say "configuring $preset"
+        cmake --preset "$preset" >"$log" 2>&1 </dev/null || { tail -30 "$log" >&2; return 1; }
+    fi
+    say "building $preset"
+    local targets=()
+    [ $# = 0 ] || targets=(--target "$@")
+    cmake --build "$dir" "${targets[@]}" >"$log" 2>&1 </dev/null ||
+        { grep -m 40 -E 'error|warning|FAILED|No such' "$log" >&2 || tail -30 "$log" >&2; return 1; }
+}
