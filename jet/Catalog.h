@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "base/Text.h"
+#include "base/Value.h"
+#include "jet/PageSource.h"
+
+namespace jet {
+
+/// An object of the catalog (MSysObjects).
+struct CatalogEntry {
+    static constexpr std::int16_t kLocalTable = 1;
+    static constexpr std::uint32_t kTablesContainer = 0x0F000001;
+    static constexpr std::uint32_t kRelationshipsContainer = 0x0F000003;
+    static constexpr std::uint32_t kSystemFlags = 0x8000000A;  ///< system, or hidden as one
+
+    std::uint32_t id = 0;  ///< local tables: page of the definition
+    std::uint32_t parentId = 0;
+    base::Text name;
+    std::int16_t type = 0;
+    std::uint32_t flags = 0;
+    RowPointer row;
+
+    bool isLocalTable() const { return type == kLocalTable; }
+    bool isSystem() const { return (flags & kSystemFlags) != 0; }
+};
+
+/// What lies in the file: the rows of MSysObjects (definition on page 2), read once.
+class Catalog {
+public:
+    static constexpr PageNumber kDefinitionPage = 2;
+
+    /// @throws RuntimeError (damage)
+    explicit Catalog(PageSource& source);
+
+    const std::vector<CatalogEntry>& entries() const { return entries_; }
+
+    /// Local tables, system tables included, by name.
+    /// @return null if there is none
+    /// @throws RuntimeError (damage) if two have this name
+    const CatalogEntry* table(base::TextView name) const;
+
+private:
+    std::vector<CatalogEntry> entries_;
+};
+
+/// One side of a relationship's column pair (MSysRelationships).
+struct Relationship {
+    static constexpr std::uint32_t kNotEnforced = 0x2;
+    static constexpr std::uint32_t kCascadeUpdates = 0x100;
+    static constexpr std::uint32_t kCascadeDeletes = 0x1000;
+    static constexpr std::uint32_t kSetNullOnDelete = 0x2000;
+
+    base::Text name;
+    std::uint32_t flags = 0;
+    base::Text table;  ///< the referencing one
+    base::Text referencedTable;
+    std::vector<base::Text> columns;
+    std::vector<base::Text> referencedColumns;  ///< pair by pair
+};
+
+/// All relationships of the file, enforced or not.
+std::vector<Relationship> readRelationships(PageSource& source, const Catalog& catalog);
+
+}  // namespace jet

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstdint>
+#include <utility>
+
+#include "base/ByteView.h"
+#include "base/RuntimeError.h"
+#include "base/Text.h"
+#include "jet/RowPointer.h"
+
+/// The failures of the engine, with the numbers and the German wording that users of the original engine know.
+namespace jet {
+
+/// Numbers of the original engine's provider; programs test for them.
+enum class ErrorNumber : std::int32_t {
+    Unspecified = -2147467259,    ///< 80004005: opening, sharing, damage
+    WrongPassword = -2147217843,  ///< 80040E4D
+    MissingTable = -2147217865,   ///< 80040E37
+    NotUpdated = -2147217887,     ///< 80040E21
+};
+
+base::RuntimeError fileNotFound(base::TextView path);
+base::RuntimeError folderNotFound(base::TextView path);
+base::RuntimeError fileInUse(base::TextView path);
+base::RuntimeError accessDenied(base::TextView path);
+base::RuntimeError unknownFormat(base::TextView path);
+base::RuntimeError wrongPassword();
+base::RuntimeError tableNotFound(base::TextView name);
+
+/// The disk or the network failed under way.
+/// @param systemError  the system's own number
+base::RuntimeError deviceFailed(base::TextView path, std::int64_t systemError);
+
+/// The file is not as its format wants it.
+/// @param found  a German sentence without its full stop, saying what stands there
+base::RuntimeError damaged(PageNumber page, base::TextView found);
+
+/// The same for a row: the sentence names page and slot.
+base::RuntimeError damagedRow(RowPointer row, base::TextView found);
+
+/// Runs a piece of decoding; a read outside of the bytes at hand becomes damage of that page.
+template <typename Decode>
+decltype(auto) onPage(PageNumber page, Decode&& decode) {
+    try {
+        return std::forward<Decode>(decode)();
+    } catch (const base::ByteRangeError& error) {
+        throw damaged(page, u"Die Daten reichen über ihr Ende hinaus (Byte " +
+                                base::decimal(static_cast<std::int64_t>(error.offsetBytes)) + u" von " +
+                                base::decimal(static_cast<std::int64_t>(error.sizeBytes)) + u")");
+    }
+}
+
+}  // namespace jet

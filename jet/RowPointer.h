@@ -1,0 +1,27 @@
+#pragma once
+
+#include <compare>
+#include <cstdint>
+
+/// Addresses inside the file.
+namespace jet {
+
+/// Pages count from 0; page n begins at byte n * 4096.
+using PageNumber = std::uint32_t;
+
+/// A row's identity for its whole life: page, and slot in that page's offset table.
+///
+/// Definitions, usage maps, overflow rows and long values store it as one little-endian word, page * 256 + slot;
+/// index entries store the same number big-endian. Page 0 holds no rows, so its pointers mean "none".
+struct RowPointer {
+    PageNumber page = 0;
+    std::uint8_t slot = 0;
+
+    static RowPointer unpack(std::uint32_t packed) { return {packed >> 8U, static_cast<std::uint8_t>(packed)}; }
+    std::uint32_t packed() const { return (page << 8U) | slot; }
+    bool isNone() const { return page == 0; }
+
+    friend auto operator<=>(const RowPointer&, const RowPointer&) = default;
+};
+
+}  // namespace jet
