@@ -1,0 +1,64 @@
+#!/usr/bin/python3
+"""Runs the test programs of one build folder and prints one line for each of their cases.
+
+usage: tests/programs.py BUILD [--wine]
+
+The programs are those ctest knows, two at a time. Natively they run as they are, with --wine through `wine` of the
+PATH. A skipped case is a failed one: what a machine lacks must be said by the script that runs the tests.
+"""
+import concurrent.futures
+import json
+import os
+import re
+import subprocess
+import sys
+
+LIMIT_SECONDS = 600
+CASE = re.compile(r"^\[ +(OK|FAILED|SKIPPED) +\] (\S+?)(?:, where .*?)?(?: \(\d+ ms\))?\r?$")
+
+
+def programs(build):
+    listing = subprocess.run(["ctest", "--test-dir", build, "--show-only=json-v1"],
+                             capture_output=True, check=True, stdin=subprocess.DEVNULL).stdout
+    for test in json.loads(listing)["tests"]:
+        properties = {p["name"]: p["value"] for p in test.get("properties", [])}
+        environment = dict(line.split("=", 1) for line in properties.get("ENVIRONMENT", []))
+        yield test["name"], test.get("command", [test["name"]]), environment, properties.get("WORKING_DIRECTORY", build)
+
+
+def run(name, command, environment, folder, wine):
+    if wine:
+        program = [index for index, word in enumerate(command) if word.endswith(".exe")]
+        command = ["wine"] + command[program[0] if program else 0:]
+    try:
+        done = subprocess.run(command, cwd=folder, env={**os.environ, **environment}, stdin=subprocess.DEVNULL,
+                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=LIMIT_SECONDS)
+        code, output = done.returncode, done.stdout.decode("utf-8", "replace")
+    except subprocess.TimeoutExpired as expired:
+        code, output = "its time limit", (expired.stdout or b"").decode("utf-8", "replace")
+    except OSError as error:
+        code, output = error, ""
+    lines, results, seen = output.splitlines(), [], set()
+    summary = next((i for i, line in enumerate(lines) if line.startswith("[==========]") and " ran." in line), None)
+    for line in lines[:summary]:
+        match = CASE.match(line)
+        if match and match[2] not in seen and "." in match[2]:
+            seen.add(match[2])
+            word, reason = {"OK": ("PASS", ""), "FAILED": ("FAIL", ": see above"), "SKIPPED": ("FAIL", ": skipped")}[match[1]]
+            results.append(f"{word} {name} {match[2]}{reason}")
+    if not seen or summary is None:
+        results.append(f"FAIL {name}: ended with {code} after {len(seen)} cases")
+    elif code != 0 and not any(result.startswith("FAIL") for result in results):
+        results.append(f"FAIL {name}: all cases passed, but it ended with {code}")
+    failed = any(result.startswith("FAIL") for result in results)
+    return (lines if failed else []) + results
+
+
+def main():
+    build, wine = sys.argv[1], "--wine" in sys.argv[2:]
+    with concurrent.futures.ThreadPoolExecutor(max_workers=2) as pool:
+        for output in pool.map(lambda program: run(*program, wine), list(programs(build))):
+            print("\n".join(output), flush=True)
+
+
+main()

@@ -1,0 +1,80 @@
+#!/usr/bin/python3
+"""The rules of the source tree that no compiler sees: who may include whom, no circles, sizes, words that never go in."""
+import pathlib
+import re
+import subprocess
+import sys
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+TOOL = "base forms platform ado settings db listutil accounts ui app".split()
+MAY_USE = {
+    "base": [], "forms": ["base"], "platform": ["base", "forms"], "ado": ["base"], "ado/com": ["base", "ado"],
+    "jet": ["base"], "jet/sql": ["base", "jet"], "ado/embedded": ["base", "ado", "jet", "jet/sql"],
+    "settings": ["base", "platform"], "db": ["base", "platform", "ado", "settings"],
+    "listutil": ["base", "forms", "platform"],
+    "accounts": ["base", "forms", "platform", "ado", "db", "listutil"],
+    "ui": ["base", "forms", "platform", "ado", "accounts", "listutil", "db"],
+    "app": TOOL, "win32": TOOL + ["ado/com", "ado/embedded", "jet", "jet/sql"],
+    "tools/kontodb": ["base", "jet", "jet/sql", "accounts"],
+}
+FOR_EVERY_ROOM_OF_THE_TOOL = "app/mPublic.h"  # forward declarations alone
+WINDOWS_ROOMS = ["win32", "ado/com"]
+C_RUNTIME_HEADERS = r"(fcntl|io|termios|unistd|sys/\w+)\.h"  # the C runtime's of both systems
+MAX_LINES = 600
+# Paths of a machine, and hosts that packages come from: the tree must build anywhere.
+FORBIDDEN = re.compile(r"(?<![\w.$}~-])/(work|root|home|Users)/\w|\b(deb|security|registry|snapshot)\.\w+\.(org|com)\b")
+
+tracked = subprocess.run(["git", "ls-files", "-co", "--exclude-standard"], cwd=ROOT, capture_output=True, text=True,
+                         check=True).stdout.split("\n")
+files = [name for name in tracked if name and (ROOT / name).is_file()]
+texts = {name: (ROOT / name).read_text("utf-8", "replace") for name in files
+         if not name.endswith((".ico", ".png", ".mdb", ".bin", ".gz"))}
+
+
+def room(path):
+    folder = path.rpartition("/")[0]
+    return next((r for r in sorted(MAY_USE, key=len, reverse=True) if folder == r or folder.startswith(r + "/")), None)
+
+
+faults = {"includes": [], "circles": [], "windows headers": [], "file sizes": [], "words": []}
+uses = {}
+for name, text in texts.items():
+    here = room(name)
+    if here and name.endswith((".h", ".cpp")):
+        for quoted in re.findall(r'^\s*#\s*include\s+"([^"]+)"', text, re.M):
+            there = room(quoted) if "/" in quoted else here
+            if there not in (here, *MAY_USE[here]) and not (quoted == FOR_EVERY_ROOM_OF_THE_TOOL and here in TOOL):
+                faults["includes"].append(f"{name} includes {quoted}")
+            if there and there != here and quoted != FOR_EVERY_ROOM_OF_THE_TOOL:
+                uses.setdefault(here, set()).add(there)
+        if here not in WINDOWS_ROOMS:
+            for header in re.findall(r"^\s*#\s*include\s+<([^>]+\.h)>", text, re.M):
+                if not re.fullmatch(C_RUNTIME_HEADERS, header):
+                    faults["windows headers"].append(f"{name} includes {header}")
+    if name.endswith((".h", ".cpp", ".py", ".sh")) and text.count("\n") > MAX_LINES:
+        faults["file sizes"].append(f"{name} has {text.count(chr(10))} lines")
+    for match in FORBIDDEN.finditer(text):
+        faults["words"].append(f"{name} holds {match[0]}")
+includesOfPublic = re.findall(r'#\s*include\s+"', texts.get(FOR_EVERY_ROOM_OF_THE_TOOL, ""))
+if includesOfPublic:
+    faults["includes"].append(f"{FOR_EVERY_ROOM_OF_THE_TOOL} is to hold forward declarations alone")
+
+
+def circle(start, trail):
+    for there in sorted(uses.get(trail[-1], [])):
+        if there == start:
+            return trail + [start]
+        if there not in trail:
+            found = circle(start, trail + [there])
+            if found:
+                return found
+    return None
+
+
+faults["circles"] = [" -> ".join(found) for found in (circle(here, [here]) for here in sorted(uses)) if found]
+for rule, found in faults.items():
+    for fault in found:
+        print(f"FAIL {rule}: {fault}")
+    if not found:
+        print(f"PASS {rule}")
+sys.exit(any(faults.values()))
