@@ -85,6 +85,7 @@ public:
     void setSorted(bool sorted);
 
     // What a peer asks, by place from 0 in the present order and by column from 0.
+    /// Empty where there is no such row or cell. Valid until the row is changed.
     base::TextView cellAt(std::size_t place, int column);
     /// The selected row's place, nothing if there is none.
     std::optional<std::size_t> selectedPlace();
@@ -137,13 +138,13 @@ private:
     ListItem itemOf(RowId row) { return {*this, row, filling_}; }
     void setCell(const ListItem& item, std::size_t cell, base::TextView text);
     void setKeyOf(const ListItem& item, base::TextView key);
-    void select(std::optional<RowId> row);
-    void selectByUser(std::size_t place);
+    std::size_t placeOf(const ListItem& item);
+    void ensureVisible(const ListItem& item);
 
-    int compareRows(RowId a, RowId b) const;
     bool standsBefore(RowId a, RowId b) const;
     void orderAnew();
     void putAddedRowsInOrder();
+    void settlePlaces();
     RowId rowAt(std::size_t place);
 
     std::vector<ColumnHeader> columns_;

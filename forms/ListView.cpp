@@ -1,0 +1,279 @@
+#include "forms/ListView.h"
+
+#include <algorithm>
+#include <cassert>
+#include <numeric>
+#include <utility>
+
+#include "base/RuntimeError.h"
+
+namespace forms {
+namespace {
+
+char16_t asciiLower(char16_t unit) {
+    return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + (u'a' - u'A')) : unit;
+}
+
+/// Such a key could not be told from an index: an optional sign, then digits, points and commas.
+bool readsAsNumber(base::TextView key) {
+    key = base::trimBlanks(key);
+    if (!key.empty() && (key.front() == u'+' || key.front() == u'-')) key.remove_prefix(1);
+    return !key.empty() && key.find_first_not_of(u"0123456789.,") == base::TextView::npos &&
+           key.find_first_of(u"0123456789") != base::TextView::npos;
+}
+
+}  // namespace
+
+std::size_t ListView::KeyHash::operator()(base::TextView key) const {
+    std::uint32_t hash = 2166136261U;  // FNV-1a
+    for (const char16_t unit : key)
+        hash = (hash ^ asciiLower(unit)) * 16777619U;
+    return hash;
+}
+
+ListView::ListView(Form& form, base::Text name)
+    : Control(form, kKind, std::move(name)), keys_(0, KeyHash{&rows_}, KeyEqual{&rows_}) {}
+
+void ListView::attachPeer(ListViewPeer& peer) {
+    Control::attachPeer(peer);
+    listPeer_ = &peer;
+}
+
+void ListView::detachPeer() {
+    Control::detachPeer();
+    listPeer_ = nullptr;
+}
+
+// Columns
+
+const ColumnHeader& ListView::ColumnHeaders(int index) const {
+    if (index < 1 || index > columnCount()) throw base::runtimeError(base::RuntimeErrorNumber::IndexOutOfBounds);
+    return columns_[static_cast<std::size_t>(index - 1)];
+}
+
+void ListView::addColumn(base::Text text, int widthHimetric, ColumnHeader::Alignment alignment, base::Text tag) {
+    columns_.emplace_back(columnCount() + 1, std::move(text), widthHimetric, alignment, std::move(tag));
+    tellPeer(Property::Columns);
+}
+
+void ListView::setView(ViewMode view) {
+    if (view == view_) return;
+    view_ = view;
+    tellPeer(Property::Columns);
+}
+
+void ListView::setColumnHeaderIcons(ImageList* icons) {
+    if (icons == columnHeaderIcons_) return;
+    columnHeaderIcons_ = icons;
+    tellPeer(Property::HeaderIcons);
+}
+
+// Rows
+
+ListItem ListView::addRow() {
+    const auto row = static_cast<RowId>(rows_.size());
+    rows_.emplace_back().place = row;
+    order_.push_back(row);
+    if (!sorted_) orderedCount_ = order_.size();
+    tellPeer(Property::Rows);
+    return itemOf(row);
+}
+
+void ListView::clearRows() {
+    ++filling_;
+    if (rows_.empty()) return;
+    keys_.clear();  // before the rows whose texts it looks at
+    rows_.clear();
+    order_.clear();
+    orderedCount_ = 0;
+    const bool hadSelection = selected_.has_value();
+    selected_.reset();
+    tellPeer(Property::Rows);
+    if (hadSelection) tellPeer(Property::Selection);
+}
+
+ListItem ListView::ListItems(int index) {
+    if (index < 1 || index > rowCount()) throw base::runtimeError(base::RuntimeErrorNumber::IndexOutOfBounds);
+    return itemOf(rowAt(static_cast<std::size_t>(index - 1)));
+}
+
+ListItem ListView::ListItems(base::TextView key) {
+    const auto found = keys_.find(key);
+    if (found == keys_.end()) throw base::runtimeError(base::RuntimeErrorNumber::ElementNotFound);
+    return itemOf(*found);
+}
+
+ListView::Row& ListView::rowOf(const ListItem& item) {
+    if (item.list_ != this || item.filling_ != filling_) {
+        throw base::runtimeError(base::RuntimeErrorNumber::ElementNotFound);
+    }
+    return rows_[item.row_];
+}
+
+std::size_t ListView::placeOf(const ListItem& item) {
+    const Row& row = rowOf(item);
+    putAddedRowsInOrder();
+    return row.place;
+}
+
+void ListView::setCell(const ListItem& item, std::size_t cell, base::TextView text) {
+    Row& row = rowOf(item);
+    if (row.texts.cell(cell) == text) return;
+    row.texts.setCell(cell, text);
+    tellPeer(Property::Rows);
+}
+
+void ListView::setKeyOf(const ListItem& item, base::TextView key) {
+    Row& row = rowOf(item);
+    if (row.texts.cell(0) == key) return;
+    if (readsAsNumber(key)) throw base::runtimeError(base::RuntimeErrorNumber::InvalidKey);
+    const auto holder = key.empty() ? keys_.end() : keys_.find(key);
+    if (holder != keys_.end() && *holder != item.row_) {
+        throw base::runtimeError(base::RuntimeErrorNumber::KeyNotUnique);
+    }
+    // Out of the index under the old key, and in again under the new one.
+    if (!row.texts.cell(0).empty()) keys_.erase(item.row_);
+    row.texts.setCell(0, key);
+    if (!key.empty()) keys_.insert(item.row_);
+}
+
+void ListView::ensureVisible(const ListItem& item) {
+    const std::size_t place = placeOf(item);
+    if (listPeer_ != nullptr) listPeer_->ensureVisible(place);
+}
+
+// Selection
+
+std::optional<ListItem> ListView::SelectedItem() {
+    if (!selected_) return std::nullopt;
+    return itemOf(*selected_);
+}
+
+void ListView::setSelectedItem(std::optional<ListItem> item) {
+    if (item) rowOf(*item);  // must be one of ours
+    const std::optional<RowId> row = item ? std::optional<RowId>(item->row_) : std::nullopt;
+    if (row == selected_) return;
+    selected_ = row;
+    tellPeer(Property::Selection);
+}
+
+std::optional<std::size_t> ListView::selectedPlace() {
+    if (!selected_) return std::nullopt;
+    putAddedRowsInOrder();
+    return rows_[*selected_].place;
+}
+
+void ListView::userSelectedRow(std::size_t place) {
+    if (!Enabled() || place >= rows_.size()) return;
+    const RowId row = rowAt(place);
+    if (row == selected_) return;
+    selected_ = row;
+    if (onItemClick) onItemClick(itemOf(row));
+}
+
+void ListView::userClickedSelectedRow() {
+    if (Enabled() && selected_ && onItemClick) onItemClick(itemOf(*selected_));
+}
+
+void ListView::userEmptiedSelection() {
+    tellPeer(Property::Selection);
+}
+
+void ListView::userClickedColumn(int column) {
+    if (Enabled() && onColumnClick) onColumnClick(ColumnHeaders(column));
+}
+
+// Order
+
+void ListView::setSortKey(std::int16_t sortKey) {
+    if (sortKey == sortKey_) return;
+    sortKey_ = sortKey;
+    if (sorted_) orderAnew();
+}
+
+void ListView::setSortOrder(Order order) {
+    if (order == sortOrder_) return;
+    sortOrder_ = order;
+    if (sorted_) orderAnew();
+}
+
+void ListView::setSorted(bool sorted) {
+    if (sorted && rows_.size() > 1) {
+        sorted_ = true;
+        orderAnew();  // also when it was true: texts may have changed since
+        return;
+    }
+    putAddedRowsInOrder();
+    sorted_ = sorted;
+}
+
+bool ListView::standsBefore(RowId a, RowId b) const {
+    const auto cell = static_cast<std::size_t>(sortKey_) + 1;
+    const base::TextView textA = rows_[a].texts.cell(cell);
+    const base::TextView textB = rows_[b].texts.cell(cell);
+    const int comparison = compareTexts ? compareTexts(textA, textB) : textA.compare(textB);
+    return sortOrder_ == Order::Ascending ? comparison < 0 : comparison > 0;
+}
+
+void ListView::orderAnew() {
+    const auto before = [this](RowId a, RowId b) { return standsBefore(a, b); };
+    std::stable_sort(order_.begin(), order_.end(), before);
+    settlePlaces();
+    tellPeer(Property::Rows);
+    if (selected_) tellPeer(Property::Selection);
+}
+
+void ListView::putAddedRowsInOrder() {
+    if (orderedCount_ == order_.size()) return;
+    const auto before = [this](RowId a, RowId b) { return standsBefore(a, b); };
+    const auto added = order_.begin() + static_cast<std::ptrdiff_t>(orderedCount_);
+    std::stable_sort(added, order_.end(), before);
+    if (orderedCount_ > 0) {
+        // By hand and not by std::merge: settled rows may be out of order by now, as texts have changed.
+        std::vector<RowId> merged;
+        merged.reserve(order_.size());
+        auto next = added;
+        for (auto settled = order_.begin(); settled != added; ++settled) {
+            while (next != order_.end() && before(*next, *settled))
+                merged.push_back(*next++);
+            merged.push_back(*settled);
+        }
+        merged.insert(merged.end(), next, order_.end());
+        order_ = std::move(merged);
+    }
+    settlePlaces();
+}
+
+void ListView::settlePlaces() {
+    for (std::size_t place = 0; place < order_.size(); ++place)
+        rows_[order_[place]].place = static_cast<std::uint32_t>(place);
+    orderedCount_ = order_.size();
+}
+
+ListView::RowId ListView::rowAt(std::size_t place) {
+    putAddedRowsInOrder();
+    return order_[place];
+}
+
+base::TextView ListView::cellAt(std::size_t place, int column) {
+    if (place >= rows_.size() || column < 0) return {};
+    return rows_[rowAt(place)].texts.cell(static_cast<std::size_t>(column) + 1);
+}
+
+std::optional<std::size_t> ListView::findPrefix(std::size_t startPlace, base::TextView prefix, bool wrap) {
+    const auto matches = [&](std::size_t place) {
+        const base::TextView start = cellAt(place, 0).substr(0, prefix.size());
+        if (start.size() < prefix.size()) return false;
+        return compareTexts ? compareTexts(start, prefix) == 0 : start == prefix;
+    };
+    for (std::size_t place = startPlace; place < rows_.size(); ++place) {
+        if (matches(place)) return place;
+    }
+    if (!wrap) return std::nullopt;
+    for (std::size_t place = 0; place < std::min(startPlace, rows_.size()); ++place) {
+        if (matches(place)) return place;
+    }
+    return std::nullopt;
+}
+
+}  // namespace forms
