@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "base/Text.h"
+#include "base/Value.h"
+
+namespace platform {
+class FileSystemObject;
+}
+
+/// Start-up, and the shared objects that live while the account window is open. Forward declarations alone,
+/// so that every room of the tool may include this header without making a circle of rooms.
+namespace tolv {
+
+class cBenutzerkonten;
+class cDB;
+class cFormularsteuerung;
+class cINI;
+
+/// Caption of the account window and title of every message box and of the error box.
+inline constexpr base::TextView kApplicationTitle = u"Tolv-Benutzerkontenverwaltung";
+/// The administrator password, which also protects the account file.
+inline constexpr base::TextView kAdministratorPassword = u"HwendorpliqZ";
+
+/// Flags kept as 16-bit numbers.
+inline constexpr std::int16_t kTrue = -1;
+inline constexpr std::int16_t kFalse = 0;
+
+extern std::unique_ptr<cINI> objINI;                        ///< settings
+extern std::unique_ptr<cDB> objDB;                          ///< the open connection
+extern std::unique_ptr<cBenutzerkonten> objBenKto;          ///< account store
+extern std::unique_ptr<cFormularsteuerung> objForm;         ///< list utilities
+extern std::unique_ptr<platform::FileSystemObject> objFSO;  ///< shared, used by nothing
+
+/// kTrue once the administrator password has been given.
+extern std::int16_t LoginOK;
+
+/// Runs the login dialog, then opens the account file and shows the account window. Returns while that
+/// window is open. Needs a tolv::Application.
+void Main();
+/// In the order FSO, INI, DB (which opens the account file), BenKto, Form.
+void CreateSharedObjects();
+/// In the order Form, INI, DB (which closes the account file), BenKto, FSO; harmless if there are none.
+void ReleaseSharedObjects();
+
+/// Null is empty text; anything else as cDB::GiveTextBoxValueForFORM gives it.
+base::Text NullToText(const base::Value& value);
+
+}  // namespace tolv

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+
+#include "base/Text.h"
+#include "platform/Platform.h"
+
+namespace tolv {
+
+/// The settings that Tolv.ini may hold.
+enum class INIKey : std::int32_t {
+    ProgrammVersion,  ///< [MAIN] ProgrammVersion, by default empty; used by nothing
+    BenKtoPath        ///< [SETTINGS] BenKtoPath, the account file's folder; by default the program folder
+};
+
+/// Read-only access to the settings file Tolv.ini in the program folder. A missing file, section or key is
+/// no error but means the default.
+class cINI {
+public:
+    /// Does not look whether the file is there.
+    cINI(platform::SettingsFile& settingsFile, const platform::ProgramFolder& programFolder);
+
+    /// The setting's value, its default, or empty text for a key that is not in the table; cut after 254
+    /// characters.
+    base::Text GetINIString(const INIKey& key) const;
+
+private:
+    platform::SettingsFile& settingsFile_;
+    const platform::ProgramFolder& programFolder_;
+    base::Text path_;
+};
+
+}  // namespace tolv
