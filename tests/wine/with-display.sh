@@ -1,0 +1,81 @@
+#!/bin/bash
+# Runs a command on a display and in a Wine prefix of its own, and takes everything away afterwards.
+#
+#   with-display.sh [--arch x64|x86] [--dpi N] [--screen WxHxD] [--limit SECONDS] [--keep] COMMAND...
+#
+# The command finds DISPLAY, WINEPREFIX, TOLV_WINE (what to put before an exe) and RUN (a folder for its files,
+# deleted at the end unless --keep). Exit code: the command's; 124 when the limit ended it, 77 without a Wine
+# for the architecture, 2 when no display or prefix could be had.
+set -u
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+
+dpi=96 screen=1366x768x24 limit=600 keep=
+while [ $# -gt 0 ]; do
+    case $1 in
+    --arch) TOLV_ARCH=$2; shift 2 ;;
+    --dpi) dpi=$2; shift 2 ;;
+    --screen) screen=$2; shift 2 ;;
+    --limit) limit=$2; shift 2 ;;
+    --keep) keep=1; shift ;;
+    *) break ;;
+    esac
+done
+[ $# -gt 0 ] || { sed -n '2,/^set/s/^# \{0,1\}//p' "$0" >&2; exit 2; }
+. "$here/wine-env.sh" || exit $?
+
+# Made once a machine and Wine version. Two scripts that start together wait for each other.
+makeTemplate() {
+    local version
+    version=$($TOLV_WINE --version 2>/dev/null)
+    [ "$(cat "$TOLV_TEMPLATE/.ready" 2>/dev/null)" = "$version" ] && return 0
+    echo "making a Wine prefix in $TOLV_TEMPLATE" >&2
+    rm -rf "$TOLV_TEMPLATE"
+    env -u DISPLAY WINEPREFIX="$TOLV_TEMPLATE" timeout 180 $TOLV_WINE wineboot -i </dev/null >/dev/null 2>&1 &&
+        WINEPREFIX=$TOLV_TEMPLATE timeout 60 $TOLV_WINESERVER -w &&
+        echo "$version" >"$TOLV_TEMPLATE/.ready"
+}
+(flock -w 300 9 && makeTemplate) 9>"$TOLV_TEMPLATE.lock" || { echo "no Wine prefix could be made" >&2; exit 2; }
+
+RUN=$(mktemp -d "$TOLV_WINE_DIR/runs/XXXXXX") || exit 2
+WINEPREFIX=$RUN/prefix
+export RUN WINEPREFIX
+started=()
+cleanUp() {
+    trap - EXIT INT TERM HUP
+    # The prefix's server ends every Windows program of this run, those that left our process group included.
+    timeout 20 $TOLV_WINESERVER -k </dev/null >/dev/null 2>&1
+    timeout 20 $TOLV_WINESERVER -w </dev/null >/dev/null 2>&1
+    local pid
+    for pid in "${started[@]}"; do
+        kill "$pid" 2>/dev/null
+        wait "$pid" 2>/dev/null
+    done
+    [ -n "$keep" ] || rm -rf "$RUN"
+}
+trap cleanUp EXIT
+trap 'exit 130' INT
+trap 'exit 143' TERM HUP
+
+# Hard links make a prefix in no time; the registry files are written to and so must be copies.
+cp -al "$TOLV_TEMPLATE" "$WINEPREFIX" && cp --remove-destination "$TOLV_TEMPLATE"/*.reg "$WINEPREFIX/" || exit 2
+sed -i "/^\[Control Panel\\\\\\\\Desktop\]/a \"LogPixels\"=dword:$(printf %08x "$dpi")" "$WINEPREFIX/user.reg"
+
+setpriv --pdeathsig TERM Xvfb -displayfd 3 -screen 0 "$screen" -nolisten tcp -noreset \
+    3>"$RUN/display" </dev/null >"$RUN/xvfb.log" 2>&1 &
+started=($!)
+for _ in $(seq 200); do
+    [ -s "$RUN/display" ] && break
+    sleep 0.05
+done
+[ -s "$RUN/display" ] || { echo "Xvfb does not start:" >&2; cat "$RUN/xvfb.log" >&2; exit 2; }
+DISPLAY=:$(cat "$RUN/display")
+export DISPLAY
+setxkbmap de # before Wine starts: it reads the layout once
+openbox --sm-disable </dev/null >"$RUN/openbox.log" 2>&1 &
+started=($! "${started[@]}")
+
+$TOLV_WINESERVER -p60 # stays between two exes, or each start would be a cold one
+timeout -k 5 "$limit" "$@" <&0 &
+started=($! "${started[@]}")
+wait "$!"
+exit $?
