@@ -1,0 +1,335 @@
+#include "jet/sql/Condition.h"
+
+#include <algorithm>
+#include <compare>
+#include <type_traits>
+#include <utility>
+
+#include "jet/sql/LikePattern.h"
+#include "jet/sql/Number.h"
+#include "jet/sql/SqlError.h"
+
+namespace jet::sql {
+
+namespace {
+
+using Kind = Expression::Kind;
+
+enum class Truth { False, Unknown, True };
+
+Truth truthOf(bool holds) {
+    return holds ? Truth::True : Truth::False;
+}
+
+Truth negated(Truth truth, bool negate = true) {
+    if (!negate || truth == Truth::Unknown) return truth;
+    return truthOf(truth == Truth::False);
+}
+
+/// A value ready to be compared: null, a number, or the bytes that stand for a text, a GUID or bytes.
+using Comparable = std::variant<base::Null, Number, base::Bytes>;
+
+Comparable comparableOf(const base::Value& value, TextOrder order) {
+    if (const auto number = Number::from(value)) return *number;
+    if (const auto* text = std::get_if<base::Text>(&value)) return sortKey(*text, order);
+    if (const auto* bytes = std::get_if<base::Bytes>(&value)) return *bytes;
+    if (const auto* guid = std::get_if<base::Guid>(&value)) return base::Bytes(guid->bytes.begin(), guid->bytes.end());
+    return base::Null{};
+}
+
+/// Both must be of one class; nulls are the caller's.
+std::partial_ordering compare(const Comparable& a, const Comparable& b) {
+    if (const auto* number = std::get_if<Number>(&a)) return Number::compare(*number, std::get<Number>(b));
+    return std::get<base::Bytes>(a) <=> std::get<base::Bytes>(b);
+}
+
+bool fits(std::partial_ordering order, Comparison comparison) {
+    switch (comparison) {
+        case Comparison::Equal:
+            return order == 0;
+        case Comparison::NotEqual:
+            return order != 0;
+        case Comparison::Less:
+            return order < 0;
+        case Comparison::LessOrEqual:
+            return order <= 0;
+        case Comparison::Greater:
+            return order > 0;
+        case Comparison::GreaterOrEqual:
+            return order >= 0;
+    }
+    return false;
+}
+
+Truth compareAs(Comparison comparison, const Comparable& a, const Comparable& b) {
+    const bool unknown = std::holds_alternative<base::Null>(a) || std::holds_alternative<base::Null>(b);
+    return unknown ? Truth::Unknown : truthOf(fits(compare(a, b), comparison));
+}
+
+Truth both(Truth a, Truth b) {
+    return std::min(a, b);
+}
+
+Truth either(Truth a, Truth b) {
+    return std::max(a, b);
+}
+
+/// The class of a literal; nothing for null, which goes with all.
+std::optional<ValueClass> classOf(const base::Value& value) {
+    if (base::isNull(value)) return std::nullopt;
+    if (std::holds_alternative<base::Text>(value)) return ValueClass::Text;
+    if (std::holds_alternative<base::Bytes>(value)) return ValueClass::Bytes;
+    if (std::holds_alternative<base::Guid>(value)) return ValueClass::Guid;
+    return ValueClass::Number;
+}
+
+/// Text that LIKE looks at; nothing for what has no such text.
+std::optional<base::Text> textForLike(const base::Value& value) {
+    return std::visit(
+        [](const auto& held) -> std::optional<base::Text> {
+            using Held = std::decay_t<decltype(held)>;
+            if constexpr (std::is_same_v<Held, base::Text>) return held;
+            if constexpr (std::is_same_v<Held, bool>) return base::decimal(held ? -1 : 0);
+            if constexpr (std::is_integral_v<Held>) return base::decimal(held);
+            return std::nullopt;
+        },
+        value);
+}
+
+}  // namespace
+
+/// The expression with its names bound and its constants made ready.
+struct Condition::Node {
+    Kind kind = Kind::Literal;
+    Comparison comparison = Comparison::Equal;
+    bool isNegated = false;
+    std::size_t column = 0;
+    std::optional<ValueClass> valueClass;  ///< nothing for the literal null
+    TextOrder order;                       ///< by which the operands are compared
+    base::Value value;
+    Comparable comparable;  ///< of a literal
+    std::optional<LikePattern> pattern;
+    std::vector<Node> operands;
+
+    base::Value valueFor(const ColumnValues& row) const;
+    Comparable comparableFor(const ColumnValues& row, TextOrder textOrder) const;
+    Truth truthFor(const ColumnValues& row) const;
+    Truth combine(const ColumnValues& row) const;
+    Truth isBetween(const ColumnValues& row) const;
+    Truth isIn(const ColumnValues& row) const;
+    Truth isLike(const ColumnValues& row) const;
+
+    bool isColumn() const { return kind == Kind::Name; }
+    bool isLiteral() const { return kind == Kind::Literal; }
+};
+
+base::Value Condition::Node::valueFor(const ColumnValues& row) const {
+    if (isLiteral()) return value;
+    if (isColumn()) return row.value(column);
+    const Truth truth = truthFor(row);
+    if (truth == Truth::Unknown) return base::Null{};
+    return truth == Truth::True;
+}
+
+Comparable Condition::Node::comparableFor(const ColumnValues& row, TextOrder textOrder) const {
+    return isLiteral() ? comparable : comparableOf(valueFor(row), textOrder);
+}
+
+Truth Condition::Node::truthFor(const ColumnValues& row) const {
+    switch (kind) {
+        case Kind::Literal:
+        case Kind::Name: {
+            const auto number = Number::from(valueFor(row));
+            return number ? truthOf(!number->isZero()) : Truth::Unknown;
+        }
+        case Kind::And:
+        case Kind::Or:
+            return combine(row);
+        case Kind::Not:
+            return negated(operands[0].truthFor(row));
+        case Kind::Compare:
+            return compareAs(comparison, operands[0].comparableFor(row, order), operands[1].comparableFor(row, order));
+        case Kind::IsNull:
+            return truthOf(base::isNull(operands[0].valueFor(row)) != isNegated);
+        case Kind::Between:
+            return negated(isBetween(row), isNegated);
+        case Kind::In:
+            return negated(isIn(row), isNegated);
+        case Kind::Like:
+            return negated(isLike(row), isNegated);
+    }
+    return Truth::Unknown;
+}
+
+Truth Condition::Node::combine(const ColumnValues& row) const {
+    const Truth decided = kind == Kind::And ? Truth::False : Truth::True;
+    Truth truth = negated(decided);
+    for (const Node& operand : operands) {
+        const Truth next = operand.truthFor(row);
+        truth = kind == Kind::And ? both(truth, next) : either(truth, next);
+        if (truth == decided) break;
+    }
+    return truth;
+}
+
+Truth Condition::Node::isBetween(const ColumnValues& row) const {
+    const Comparable tested = operands[0].comparableFor(row, order);
+    const Comparable first = operands[1].comparableFor(row, order);
+    const Comparable second = operands[2].comparableFor(row, order);
+    const auto lies = [&](const Comparable& low, const Comparable& high) {
+        return both(compareAs(Comparison::GreaterOrEqual, tested, low),
+                    compareAs(Comparison::LessOrEqual, tested, high));
+    };
+    return either(lies(first, second), lies(second, first));
+}
+
+Truth Condition::Node::isIn(const ColumnValues& row) const {
+    const Comparable tested = operands[0].comparableFor(row, order);
+    Truth truth = Truth::False;
+    for (std::size_t i = 1; i < operands.size() && truth != Truth::True; ++i)
+        truth = either(truth, compareAs(Comparison::Equal, tested, operands[i].comparableFor(row, order)));
+    return truth;
+}
+
+Truth Condition::Node::isLike(const ColumnValues& row) const {
+    const base::Value tested = operands[0].valueFor(row);
+    if (base::isNull(tested)) return Truth::Unknown;
+    const auto text = textForLike(tested);
+    if (!text) throw typesDoNotMatch();
+    if (pattern) return truthOf(pattern->matches(*text));
+    const base::Value typed = operands[1].valueFor(row);
+    const auto* given = std::get_if<base::Text>(&typed);
+    return given != nullptr ? truthOf(LikePattern(*given, order).matches(*text)) : Truth::Unknown;
+}
+
+/// Binds an expression to the columns of one table, and checks that what is compared can be.
+class Condition::Binder {
+public:
+    Binder(base::TextView table, const std::vector<ConditionColumn>& columns) : table_(table), columns_(columns) {}
+
+    Node bind(const Expression& expression) const {
+        Node node;
+        node.kind = expression.kind;
+        node.comparison = expression.comparison;
+        node.isNegated = expression.negated;
+        node.valueClass = ValueClass::Number;  // of everything that is true or false
+        if (node.kind == Kind::Name) bindName(node, expression);
+        if (node.kind == Kind::Literal) {
+            node.value = expression.value;
+            node.valueClass = classOf(expression.value);
+        }
+        for (const Expression& operand : expression.operands)
+            node.operands.push_back(bind(operand));
+        prepareOperands(node);
+        return node;
+    }
+
+    /// What is asked for being true must be a number or null.
+    static void expectTruth(const Node& node) {
+        if (node.valueClass.value_or(ValueClass::Number) != ValueClass::Number) throw typesDoNotMatch();
+    }
+
+private:
+    void bindName(Node& node, const Expression& expression) const {
+        const auto column = findColumn(columns_, expression.name);
+        const bool qualified = expression.table.empty() || namesAreEqual(expression.table, table_);
+        if (!column || !qualified) throw missingParameter();
+        node.column = *column;
+        node.valueClass = columns_[*column].valueClass;
+        node.order = columns_[*column].order;
+    }
+
+    static void prepareOperands(Node& node) {
+        switch (node.kind) {
+            case Kind::Literal:
+            case Kind::Name:
+            case Kind::IsNull:
+                return;
+            case Kind::And:
+            case Kind::Or:
+            case Kind::Not:
+                for (const Node& operand : node.operands)
+                    expectTruth(operand);
+                return;
+            case Kind::Compare:
+            case Kind::Between:
+            case Kind::In:
+                takeOrder(node);
+                expectOneClass(node);
+                for (Node& operand : node.operands)
+                    if (operand.isLiteral()) operand.comparable = comparableOf(operand.value, node.order);
+                return;
+            case Kind::Like:
+                takeOrder(node);
+                prepareLike(node);
+        }
+    }
+
+    /// The first column among the operands says by which order all of them are compared.
+    static void takeOrder(Node& node) {
+        const auto column = std::find_if(node.operands.begin(), node.operands.end(),
+                                         [](const Node& operand) { return operand.isColumn(); });
+        if (column != node.operands.end()) node.order = column->order;
+    }
+
+    static void expectOneClass(const Node& node) {
+        std::optional<ValueClass> first;
+        for (const Node& operand : node.operands) {
+            if (!first) first = operand.valueClass;
+            if (operand.valueClass && operand.valueClass != first) throw typesDoNotMatch();
+        }
+    }
+
+    static void prepareLike(Node& node) {
+        const ValueClass tested = node.operands[0].valueClass.value_or(ValueClass::Text);
+        const ValueClass pattern = node.operands[1].valueClass.value_or(ValueClass::Text);
+        const bool possible = tested == ValueClass::Text || tested == ValueClass::Number;
+        if (!possible || pattern != ValueClass::Text) throw typesDoNotMatch();
+        if (const auto* text = std::get_if<base::Text>(&node.operands[1].value); text != nullptr)
+            node.pattern.emplace(*text, node.order);
+    }
+
+    base::TextView table_;
+    const std::vector<ConditionColumn>& columns_;
+};
+
+Condition::Condition(const Expression& expression, base::TextView table, const std::vector<ConditionColumn>& columns) {
+    Node root = Binder(table, columns).bind(expression);
+    Binder::expectTruth(root);
+    root_ = std::make_unique<const Node>(std::move(root));
+}
+
+Condition::Condition(Condition&&) noexcept = default;
+Condition& Condition::operator=(Condition&&) noexcept = default;
+Condition::~Condition() = default;
+
+bool Condition::holds(const ColumnValues& row) const {
+    return root_->truthFor(row) == Truth::True;
+}
+
+std::vector<RequiredEquality> Condition::requiredEqualities() const {
+    std::vector<RequiredEquality> equalities;
+    const auto look = [&](const Node& node) {
+        if (node.kind != Kind::Compare || node.comparison != Comparison::Equal) return;
+        const Node* column = &node.operands[0];
+        const Node* constant = &node.operands[1];
+        if (!column->isColumn()) std::swap(column, constant);
+        if (!column->isColumn() || !constant->isLiteral() || base::isNull(constant->value)) return;
+        equalities.push_back({column->column, constant->value});
+    };
+    look(*root_);
+    if (root_->kind == Kind::And) std::for_each(root_->operands.begin(), root_->operands.end(), look);
+    return equalities;
+}
+
+bool namesAreEqual(base::TextView a, base::TextView b) {
+    return base::equalsIgnoringAsciiCase(a, b) || (sortKeyIsCertain(a) && sortKeyIsCertain(b) && textsAreEqual(a, b));
+}
+
+std::optional<std::size_t> findColumn(const std::vector<ConditionColumn>& columns, base::TextView name) {
+    for (std::size_t i = 0; i < columns.size(); ++i)
+        if (namesAreEqual(columns[i].name, name)) return i;
+    return std::nullopt;
+}
+
+}  // namespace jet::sql

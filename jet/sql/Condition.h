@@ -1,0 +1,71 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "base/Text.h"
+#include "base/Value.h"
+#include "jet/SortKey.h"
+#include "jet/sql/Statement.h"
+
+namespace jet::sql {
+
+/// What can be compared with each other.
+enum class ValueClass { Number, Text, Bytes, Guid };
+
+/// A column as conditions see it.
+struct ConditionColumn {
+    base::Text name;
+    ValueClass valueClass = ValueClass::Number;
+    TextOrder order;  ///< of text columns
+};
+
+/// The values of one row, asked for by the column's place.
+class ColumnValues {
+public:
+    virtual ~ColumnValues() = default;
+    virtual base::Value value(std::size_t column) const = 0;
+};
+
+/// A column that the condition wants to be equal to a constant, whatever else it says.
+struct RequiredEquality {
+    std::size_t column = 0;
+    base::Value value;
+};
+
+/// A condition whose names are bound to the columns of one table, ready to be asked for each row.
+///
+/// Three truth values: a comparison with null is unknown, NOT unknown is unknown, and a row counts only if
+/// the condition is true. Numbers compare by value (yes/no as -1 and 0, dates as days), texts by their sort
+/// key. BETWEEN takes its bounds in either order. A number stands as a condition for "not zero". LIKE takes
+/// text and whole numbers; a pattern is text.
+class Condition {
+public:
+    /// @param table  name under which the columns may be qualified
+    /// @throws base::RuntimeError if a name is unknown or types do not match; so also for an empty table
+    Condition(const Expression& expression, base::TextView table, const std::vector<ConditionColumn>& columns);
+    Condition(Condition&&) noexcept;
+    Condition& operator=(Condition&&) noexcept;
+    ~Condition();
+
+    /// Whether the condition is true, neither false nor unknown.
+    bool holds(const ColumnValues& row) const;
+
+    /// The equalities with constants other than null at the condition's top, joined by AND alone.
+    std::vector<RequiredEquality> requiredEqualities() const;
+
+private:
+    struct Node;
+    class Binder;
+    std::unique_ptr<const Node> root_;
+};
+
+/// The place of a column by its name, which case does not tell apart.
+std::optional<std::size_t> findColumn(const std::vector<ConditionColumn>& columns, base::TextView name);
+
+/// Whether two names of tables or columns are the same for the engine.
+bool namesAreEqual(base::TextView a, base::TextView b);
+
+}  // namespace jet::sql

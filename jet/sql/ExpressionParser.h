@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstddef>
+
+#include "base/Text.h"
+#include "base/Value.h"
+#include "jet/sql/Statement.h"
+#include "jet/sql/TokenReader.h"
+
+namespace jet::sql {
+
+/// Brackets and NOTs inside one another, and comparisons in one row.
+inline constexpr std::size_t kMaxExpressionDepth = 100;
+
+/// Reads one expression of a statement and quotes it in its errors: all from its first unit to the next
+/// clause or the statement's end, as it was typed.
+///
+/// Binding, from tight to loose: comparison, IS, BETWEEN, IN and LIKE, one after the other from the left;
+/// NOT; AND; OR. So NOT a = 5 denies the comparison.
+class ExpressionParser {
+public:
+    /// The expression begins at the reader's present token.
+    explicit ExpressionParser(TokenReader& reader) : reader_(reader), begin_(reader.token().begin) {}
+
+    /// Stops at the first token that cannot belong to the expression.
+    /// @throws base::RuntimeError if it is broken, too deep or beyond what the engine understands
+    Expression parse() { return parseOr(); }
+
+    /// To be called when what follows the expression cannot follow it.
+    [[noreturn]] void fail() const;
+
+private:
+    class Level;
+
+    Expression parseOr();
+    Expression parseAnd();
+    Expression parseNot();
+    Expression parsePredicates();
+    bool parsePredicate(Expression& left);
+    Expression parseRange(Expression left);
+    Expression parseList(Expression left);
+    Expression parseOperand();
+    Expression parseName();
+    Expression parseNegative();
+    base::TextView wholeExpression() const;
+
+    TokenReader& reader_;
+    std::size_t begin_;
+    std::size_t depth_ = 0;
+};
+
+}  // namespace jet::sql

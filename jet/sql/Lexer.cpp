@@ -1,0 +1,172 @@
+#include "jet/sql/Lexer.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <string>
+#include <system_error>
+
+#include "jet/sql/DateLiteral.h"
+
+namespace jet::sql {
+
+namespace {
+
+/// As many digits as a Decimal takes.
+constexpr std::size_t kExactDigits = 28;
+
+bool isDigit(char16_t unit) {
+    return unit >= u'0' && unit <= u'9';
+}
+
+bool startsName(char16_t unit) {
+    return (unit >= u'a' && unit <= u'z') || (unit >= u'A' && unit <= u'Z') || unit == u'_' || unit >= 0x80;
+}
+
+bool isBlank(char16_t unit) {
+    return unit == u' ' || unit == u'\t' || unit == u'\r' || unit == u'\n';
+}
+
+/// The digits as one integer; they must not be more than kExactDigits.
+base::Decimal decimalOf(const std::string& digits, std::uint8_t scale) {
+    base::Decimal decimal;
+    decimal.scale = scale;
+    for (const char digit : digits) {
+        std::uint64_t carry = static_cast<std::uint64_t>(digit - '0');
+        for (std::uint32_t& word : decimal.magnitude) {
+            carry += std::uint64_t{word} * 10;
+            word = static_cast<std::uint32_t>(carry);
+            carry >>= 32U;
+        }
+    }
+    return decimal;
+}
+
+/// The number's value, or null if it is beyond every number.
+base::Value numberOf(const std::string& typed) {
+    const std::size_t point = typed.find('.');
+    std::string digits = typed;
+    if (point != std::string::npos) digits.erase(point, 1);
+    digits.erase(0, std::min(digits.find_first_not_of('0'), digits.size()));
+    const std::size_t scale = point == std::string::npos ? 0 : typed.size() - point - 1;
+    const bool exact = typed.find_first_of("eE") == std::string::npos && scale <= kExactDigits;
+    if (exact && digits.size() <= kExactDigits) {
+        const base::Decimal decimal = decimalOf(digits, static_cast<std::uint8_t>(scale));
+        const bool small = scale == 0 && digits.size() <= 10 && decimal.magnitude[1] == 0;
+        if (small && decimal.magnitude[0] <= 0x7FFFFFFF) return static_cast<std::int32_t>(decimal.magnitude[0]);
+        return decimal;
+    }
+    double number = 0;
+    const auto result = std::from_chars(typed.data(), typed.data() + typed.size(), number);
+    if (result.ec != std::errc() || !std::isfinite(number)) return base::Null{};
+    return number;
+}
+
+}  // namespace
+
+Token Lexer::next() {
+    while (has(place_) && isBlank(statement_[place_]))
+        ++place_;
+    Token token;
+    token.begin = place_;
+    if (has(place_)) {
+        const char16_t unit = statement_[place_];
+        const bool pointOfNumber = unit == u'.' && has(place_ + 1) && isDigit(statement_[place_ + 1]);
+        if (startsName(unit))
+            scanWord(token);
+        else if (unit == u'[')
+            scanBracketed(token);
+        else if (unit == u'\'' || unit == u'"')
+            scanText(token);
+        else if (isDigit(unit) || pointOfNumber)
+            scanNumber(token);
+        else if (unit == u'#')
+            scanDate(token);
+        else
+            scanSymbol(token);
+    }
+    token.end = place_;
+    return token;
+}
+
+void Lexer::scanWord(Token& token) {
+    token.kind = TokenKind::Word;
+    while (has(place_) && (startsName(statement_[place_]) || isDigit(statement_[place_])))
+        token.text += statement_[place_++];
+}
+
+void Lexer::scanBracketed(Token& token) {
+    const std::size_t close = statement_.find(u']', place_);
+    const bool closed = close != base::TextView::npos;
+    token.text = statement_.substr(place_ + 1, closed ? close - place_ - 1 : base::TextView::npos);
+    token.kind = closed && !token.text.empty() ? TokenKind::BracketedName : TokenKind::BrokenName;
+    place_ = closed ? close + 1 : statement_.size();
+}
+
+void Lexer::scanText(Token& token) {
+    const char16_t quote = statement_[place_++];
+    base::Text text;
+    while (has(place_)) {
+        const char16_t unit = statement_[place_++];
+        if (unit == quote) {
+            if (!has(place_) || statement_[place_] != quote) {
+                token.kind = TokenKind::Literal;
+                token.value = std::move(text);
+                return;
+            }
+            ++place_;
+        }
+        text += unit;
+    }
+    token.kind = TokenKind::BrokenText;
+}
+
+void Lexer::scanNumber(Token& token) {
+    std::string typed;
+    const auto takeDigits = [&] {
+        while (has(place_) && isDigit(statement_[place_]))
+            typed += static_cast<char>(statement_[place_++]);
+    };
+    takeDigits();
+    if (has(place_) && statement_[place_] == u'.') {
+        typed += '.';
+        ++place_;
+        takeDigits();
+    }
+    if (has(place_) && (statement_[place_] == u'e' || statement_[place_] == u'E')) {
+        std::size_t digits = place_ + 1;
+        if (has(digits) && (statement_[digits] == u'+' || statement_[digits] == u'-')) ++digits;
+        if (has(digits) && isDigit(statement_[digits])) {
+            typed += 'e';
+            if (statement_[place_ + 1] == u'-') typed += '-';
+            place_ = digits;
+            takeDigits();
+        }
+    }
+    token.value = numberOf(typed);
+    token.kind = base::isNull(token.value) ? TokenKind::BrokenNumber : TokenKind::Literal;
+}
+
+void Lexer::scanDate(Token& token) {
+    const std::size_t close = statement_.find(u'#', place_ + 1);
+    token.kind = TokenKind::BrokenDate;
+    if (close == base::TextView::npos) {
+        place_ = statement_.size();
+        return;
+    }
+    if (const auto date = dateFromLiteral(statement_.substr(place_ + 1, close - place_ - 1))) {
+        token.kind = TokenKind::Literal;
+        token.value = *date;
+    }
+    place_ = close + 1;
+}
+
+void Lexer::scanSymbol(Token& token) {
+    token.kind = TokenKind::Symbol;
+    const base::TextView pair = statement_.substr(place_, 2);
+    const bool twoUnits = pair == u"<=" || pair == u">=" || pair == u"<>";
+    token.text = statement_.substr(place_, twoUnits ? 2 : 1);
+    place_ += token.text.size();
+}
+
+}  // namespace jet::sql

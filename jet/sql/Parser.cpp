@@ -1,0 +1,183 @@
+#include "jet/sql/Parser.h"
+
+#include <array>
+#include <optional>
+#include <utility>
+
+#include "jet/sql/ExpressionParser.h"
+#include "jet/sql/SqlError.h"
+#include "jet/sql/TokenReader.h"
+
+namespace jet::sql {
+
+namespace {
+
+using base::TextView;
+
+constexpr TextView kSelectStatement = u"SELECT-Anweisung";
+constexpr TextView kUpdateStatement = u"UPDATE-Anweisung";
+constexpr TextView kInsertStatement = u"INSERT INTO-Anweisung";
+constexpr TextView kFromClause = u"FROM-Klausel";
+constexpr TextView kWhereClause = u"WHERE-Klausel";
+constexpr TextView kOrderClause = u"ORDER BY-Klausel";
+
+/// What may follow a table or an order in a larger language than ours.
+constexpr std::array<TextView, 9> kLargerLanguage = {u",",     u".",     u"AS",     u"INNER", u"LEFT",
+                                                     u"RIGHT", u"GROUP", u"HAVING", u"UNION"};
+
+class StatementParser {
+public:
+    explicit StatementParser(TextView statement) : reader_(statement) {}
+
+    Statement parse();
+
+private:
+    Statement parseBody();
+    Select parseSelect();
+    Update parseUpdate();
+    Delete parseDelete();
+    Insert parseInsert();
+    std::optional<Expression> parseWhere();
+    std::vector<OrderItem> parseOrder();
+    OrderItem parseOrderItem();
+
+    bool atClauseEnd() const { return reader_.atEnd() || reader_.at(u";") || reader_.at(u"ORDER"); }
+    void expect(TextView wordOrSymbol, TextView clause);
+    base::Text takeName(TextView clause);
+    [[noreturn]] void fail(TextView clause) const;
+
+    TokenReader reader_;
+};
+
+Statement StatementParser::parse() {
+    Statement statement = parseBody();
+    if (reader_.take(u";") && !reader_.atEnd()) throw textBehindStatement();
+    return statement;
+}
+
+Statement StatementParser::parseBody() {
+    if (reader_.take(u"SELECT")) return parseSelect();
+    if (reader_.take(u"UPDATE")) return parseUpdate();
+    if (reader_.take(u"DELETE")) return parseDelete();
+    if (reader_.take(u"INSERT")) return parseInsert();
+    throw otherStatement();
+}
+
+Select StatementParser::parseSelect() {
+    Select select;
+    if (!reader_.at(u"*") && !atClauseEnd()) throw unsupported(reader_.typed());
+    expect(u"*", kSelectStatement);
+    expect(u"FROM", kFromClause);
+    select.table = takeName(kFromClause);
+    select.where = parseWhere();
+    select.order = parseOrder();
+    return select;
+}
+
+Update StatementParser::parseUpdate() {
+    Update update;
+    update.table = takeName(kUpdateStatement);
+    expect(u"SET", kUpdateStatement);
+    do {
+        base::Text column = takeName(kUpdateStatement);
+        expect(u"=", kUpdateStatement);
+        ExpressionParser expression(reader_);
+        update.values.emplace_back(std::move(column), expression.parse());
+        if (!reader_.at(u",") && !reader_.at(u"WHERE") && !atClauseEnd()) expression.fail();
+    } while (reader_.take(u","));
+    update.where = parseWhere();
+    if (reader_.at(u"ORDER")) fail(kUpdateStatement);
+    return update;
+}
+
+Delete StatementParser::parseDelete() {
+    Delete statement;
+    reader_.take(u"*");
+    expect(u"FROM", kFromClause);
+    statement.table = takeName(kFromClause);
+    statement.where = parseWhere();
+    if (reader_.at(u"ORDER")) fail(kFromClause);
+    return statement;
+}
+
+Insert StatementParser::parseInsert() {
+    Insert insert;
+    expect(u"INTO", kInsertStatement);
+    insert.table = takeName(kInsertStatement);
+    if (reader_.take(u"(")) {
+        do {
+            insert.columns.push_back(takeName(kInsertStatement));
+        } while (reader_.take(u","));
+        expect(u")", kInsertStatement);
+    }
+    expect(u"VALUES", kInsertStatement);
+    expect(u"(", kInsertStatement);
+    do {
+        ExpressionParser expression(reader_);
+        insert.values.push_back(expression.parse());
+        if (!reader_.at(u",") && !reader_.at(u")")) expression.fail();
+    } while (reader_.take(u","));
+    reader_.advance();
+    if (!reader_.atEnd() && !reader_.at(u";")) fail(kInsertStatement);
+    const bool counted = insert.columns.empty() || insert.columns.size() == insert.values.size();
+    if (!counted) throw brokenClause(kInsertStatement);
+    return insert;
+}
+
+std::optional<Expression> StatementParser::parseWhere() {
+    if (!reader_.take(u"WHERE")) {
+        if (!atClauseEnd()) fail(kFromClause);
+        return std::nullopt;
+    }
+    if (atClauseEnd()) throw brokenClause(kWhereClause);
+    ExpressionParser expression(reader_);
+    Expression where = expression.parse();
+    if (!atClauseEnd()) expression.fail();
+    return where;
+}
+
+std::vector<OrderItem> StatementParser::parseOrder() {
+    std::vector<OrderItem> order;
+    if (!reader_.take(u"ORDER")) return order;
+    expect(u"BY", kOrderClause);
+    do {
+        order.push_back(parseOrderItem());
+    } while (reader_.take(u","));
+    if (!reader_.atEnd() && !reader_.at(u";")) fail(kOrderClause);
+    return order;
+}
+
+OrderItem StatementParser::parseOrderItem() {
+    OrderItem item;
+    item.name = takeName(kOrderClause);
+    if (reader_.take(u".")) item.table = std::exchange(item.name, takeName(kOrderClause));
+    item.descending = reader_.take(u"DESC");
+    if (!item.descending) reader_.take(u"ASC");
+    return item;
+}
+
+void StatementParser::expect(TextView wordOrSymbol, TextView clause) {
+    if (!reader_.take(wordOrSymbol)) fail(clause);
+}
+
+base::Text StatementParser::takeName(TextView clause) {
+    if (!isName(reader_.token())) fail(clause);
+    base::Text name = reader_.token().text;
+    reader_.advance();
+    return name;
+}
+
+void StatementParser::fail(TextView clause) const {
+    for (const TextView part : kLargerLanguage)
+        if (reader_.at(part)) throw unsupported(reader_.typed());
+    throw brokenClause(clause);
+}
+
+}  // namespace
+
+Statement parse(base::TextView statement) {
+    if (statement.size() > kMaxStatementLength) throw tooComplex();
+    return StatementParser(statement).parse();
+}
+
+}  // namespace jet::sql

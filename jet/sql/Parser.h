@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstddef>
+
+#include "base/Text.h"
+#include "jet/sql/Statement.h"
+
+namespace jet::sql {
+
+/// Units of a statement; the original engine's own limit.
+inline constexpr std::size_t kMaxStatementLength = 64000;
+
+/// Reads one statement; a semicolon may end it.
+///
+/// The first fault from the left decides the error: in 'O'Neil' the missing operator is met before the text
+/// that is left open.
+/// @throws base::RuntimeError as SqlError.h lists them
+Statement parse(base::TextView statement);
+
+}  // namespace jet::sql

@@ -1,0 +1,74 @@
+#include "jet/sql/SqlError.h"
+
+#include <cstdint>
+
+namespace jet::sql {
+
+namespace {
+
+constexpr std::int32_t kGeneral = -2147467259;           // 80004005
+constexpr std::int32_t kMissingTable = -2147217865;      // 80040E37
+constexpr std::int32_t kSyntax = -2147217900;            // 80040E14
+constexpr std::int32_t kMissingParameter = -2147217904;  // 80040E10
+constexpr std::int32_t kTypeMismatch = -2147217913;      // 80040E07
+
+base::Text join(base::TextView before, base::TextView middle, base::TextView after) {
+    base::Text text(before);
+    text += middle;
+    text += after;
+    return text;
+}
+
+}  // namespace
+
+base::RuntimeError missingTable(base::TextView name) {
+    return {kMissingTable, join(u"Das Microsoft Jet-Datenbankmodul findet die Eingabetabelle oder Abfrage '", name,
+                                u"' nicht. Stellen Sie sicher, dass sie existiert und dass ihr Name richtig eingegeben "
+                                u"wurde.")};
+}
+
+base::RuntimeError missingParameter() {
+    return {kMissingParameter, u"Für mindestens einen erforderlichen Parameter wurde kein Wert angegeben."};
+}
+
+base::RuntimeError typesDoNotMatch() {
+    return {kTypeMismatch, u"Datentypenkonflikt in Kriterienausdruck."};
+}
+
+base::RuntimeError missingOperator(base::TextView expression) {
+    return {kSyntax, join(u"Syntaxfehler (fehlender Operator) in Abfrageausdruck '", expression, u"'.")};
+}
+
+base::RuntimeError unterminatedText(base::TextView expression) {
+    return {kSyntax, join(u"Syntaxfehler in Zeichenfolge in Abfrageausdruck '", expression, u"'.")};
+}
+
+base::RuntimeError brokenDate(base::TextView expression) {
+    return {kSyntax, join(u"Syntaxfehler in Datum in Abfrageausdruck '", expression, u"'.")};
+}
+
+base::RuntimeError brokenClause(base::TextView clause) {
+    return {kSyntax, join(u"Syntaxfehler in ", clause, u".")};
+}
+
+base::RuntimeError otherStatement() {
+    return {kSyntax, u"Unzulässige SQL-Anweisung; 'DELETE', 'INSERT', 'PROCEDURE', 'SELECT' oder 'UPDATE' erwartet."};
+}
+
+base::RuntimeError textBehindStatement() {
+    return {kSyntax, u"Nach dem Ende der SQL-Anweisung wurden Zeichen gefunden."};
+}
+
+base::RuntimeError unsupported(base::TextView part) {
+    return {kSyntax, join(u"Dieser Teil der SQL-Anweisung wird nicht unterstützt: '", part, u"'.")};
+}
+
+base::RuntimeError tooComplex() {
+    return {kGeneral, u"Die Abfrage ist zu komplex."};
+}
+
+base::RuntimeError notUpdatable() {
+    return {kGeneral, u"Operation muss eine aktualisierbare Abfrage verwenden."};
+}
+
+}  // namespace jet::sql
