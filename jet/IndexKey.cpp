@@ -1,0 +1,236 @@
+#include "jet/IndexKey.h"
+
+#include <algorithm>
+#include <bit>
+#include <limits>
+#include <variant>
+
+#include "jet/Errors.h"
+#include "jet/Table.h"
+
+namespace jet {
+namespace {
+
+using base::Bytes;
+using base::Value;
+
+constexpr std::uint8_t kNullAscending = 0x00;
+constexpr std::uint8_t kNullDescending = 0xFF;
+constexpr std::uint8_t kValueAscending = 0x7F;
+constexpr std::uint8_t kValueDescending = 0x80;
+constexpr std::size_t kGroupBytes = 8;
+constexpr std::uint8_t kGroupGoesOn = 9;
+
+void appendBigEndian(Bytes& key, std::uint64_t value, unsigned bytes) {
+    for (unsigned i = bytes; i > 0; --i)
+        key.push_back(static_cast<std::uint8_t>(value >> (8 * (i - 1))));
+}
+
+void invertFrom(Bytes& key, std::size_t start) {
+    for (std::size_t i = start; i < key.size(); ++i)
+        key[i] = static_cast<std::uint8_t>(~key[i]);
+}
+
+/// @param bits  two's complement; the sign bit is turned so that negative numbers come first
+void appendWhole(Bytes& key, std::uint64_t bits, unsigned bytes) {
+    appendBigEndian(key, bits ^ (std::uint64_t{1} << (8 * bytes - 1)), bytes);
+}
+
+void appendReal(Bytes& key, std::uint64_t bits, unsigned bytes) {
+    const std::uint64_t sign = std::uint64_t{1} << (8 * bytes - 1);
+    appendBigEndian(key, (bits & sign) != 0 ? ~bits : bits ^ sign, bytes);
+}
+
+/// The groups' data and the last count are inverted in a descending key, the counts in between are not.
+void appendGroups(Bytes& key, std::span<const std::uint8_t> bytes, bool ascending) {
+    for (std::size_t at = 0; at < bytes.size(); at += kGroupBytes) {
+        const std::size_t start = key.size();
+        const std::size_t count = std::min(kGroupBytes, bytes.size() - at);
+        const bool isLast = at + count == bytes.size();
+        key.insert(key.end(), bytes.begin() + static_cast<std::ptrdiff_t>(at),
+                   bytes.begin() + static_cast<std::ptrdiff_t>(at + count));
+        key.resize(start + kGroupBytes, 0);
+        if (isLast) key.push_back(static_cast<std::uint8_t>(count));
+        if (!ascending) invertFrom(key, start);
+        if (!isLast) key.push_back(kGroupGoesOn);
+    }
+}
+
+/// The order in which a GUID is written down: its three integers big-endian.
+std::array<std::uint8_t, 16> asWritten(const base::Guid& guid) {
+    auto bytes = guid.bytes;
+    std::reverse(bytes.begin(), bytes.begin() + 4);
+    std::reverse(bytes.begin() + 4, bytes.begin() + 6);
+    std::reverse(bytes.begin() + 6, bytes.begin() + 8);
+    return bytes;
+}
+
+void appendDecimal(Bytes& key, const base::Decimal& value, bool ascending) {
+    key.push_back(value.negative ? 0x00 : 0xFF);
+    const std::size_t start = key.size();
+    for (std::size_t word = value.magnitude.size(); word > 0; --word)
+        appendBigEndian(key, value.magnitude[word - 1], 4);
+    if (value.negative == ascending) invertFrom(key, start);
+}
+
+/// Appends a value's bytes in their final form.
+struct ValueAppender {
+    Bytes& key;
+    const Column& column;
+    bool ascending;
+
+    void operator()(base::Null) const {}
+    void operator()(bool value) const {
+        simple([&] { key.push_back(value ? 0x00 : 0xFF); });
+    }
+    void operator()(std::uint8_t value) const {
+        simple([&] { key.push_back(value); });
+    }
+    void operator()(std::int16_t value) const {
+        simple([&] { appendWhole(key, static_cast<std::uint16_t>(value), 2); });
+    }
+    void operator()(std::int32_t value) const {
+        simple([&] { appendWhole(key, static_cast<std::uint32_t>(value), 4); });
+    }
+    void operator()(base::Currency value) const {
+        simple([&] { appendWhole(key, static_cast<std::uint64_t>(value.tenThousandths), 8); });
+    }
+    void operator()(float value) const {
+        simple([&] { appendReal(key, std::bit_cast<std::uint32_t>(value), 4); });
+    }
+    void operator()(double value) const {
+        simple([&] { appendReal(key, std::bit_cast<std::uint64_t>(value), 8); });
+    }
+    void operator()(base::Date value) const { (*this)(value.days); }
+    void operator()(const base::Text& value) const {
+        simple([&] { appendSortKey(key, value, column.textOrder); });
+        if (!ascending) key.push_back(0x00);
+    }
+    void operator()(const Bytes& value) const { appendGroups(key, value, ascending); }
+    void operator()(const base::Guid& value) const { appendGroups(key, asWritten(value), ascending); }
+    void operator()(const base::Decimal& value) const { appendDecimal(key, value, ascending); }
+
+private:
+    /// Most values are inverted as a whole in a descending key.
+    template <typename Append>
+    void simple(Append append) const {
+        const std::size_t start = key.size();
+        append();
+        if (!ascending) invertFrom(key, start);
+    }
+
+public:
+    ValueAppender(Bytes& k, const Column& c, bool a) : key(k), column(c), ascending(a) {}
+};
+
+const Column& columnOf(const RowView& row, const IndexColumn& part) {
+    const Column* column = row.definition().columnNumbered(part.columnNumber);
+    if (column == nullptr) {
+        throw damaged(row.definition().page,
+                      u"Ein Index verweist auf das Feld " + base::decimal(part.columnNumber) + u", das es nicht gibt");
+    }
+    return *column;
+}
+
+/// The number in any alternative of whole numbers.
+std::optional<std::int64_t> asWhole(const Value& value) {
+    if (const auto* byte = std::get_if<std::uint8_t>(&value)) return *byte;
+    if (const auto* integer = std::get_if<std::int16_t>(&value)) return *integer;
+    if (const auto* number = std::get_if<std::int32_t>(&value)) return *number;
+    return std::nullopt;
+}
+
+template <typename Whole>
+std::optional<Value> narrowed(std::optional<std::int64_t> number) {
+    if (!number || *number < std::numeric_limits<Whole>::min() || *number > std::numeric_limits<Whole>::max()) {
+        return std::nullopt;
+    }
+    return static_cast<Whole>(*number);
+}
+
+template <typename Alternative>
+std::optional<Value> same(const Value& value) {
+    if (!std::holds_alternative<Alternative>(value)) return std::nullopt;
+    return value;
+}
+
+/// The value as the column would hold it.
+std::optional<Value> asHeldBy(const Column& column, const Value& value) {
+    if (base::isNull(value)) return value;
+    switch (column.type) {
+        case ColumnType::Boolean:
+            return same<bool>(value);
+        case ColumnType::Byte:
+            return narrowed<std::uint8_t>(asWhole(value));
+        case ColumnType::Integer:
+            return narrowed<std::int16_t>(asWhole(value));
+        case ColumnType::Long:
+            return narrowed<std::int32_t>(asWhole(value));
+        case ColumnType::Currency:
+            return same<base::Currency>(value);
+        case ColumnType::DateTime:
+            return same<base::Date>(value);
+        case ColumnType::Guid:
+            return same<base::Guid>(value);
+        case ColumnType::Binary:
+            return same<Bytes>(value);
+        case ColumnType::Text: {
+            const auto* text = std::get_if<base::Text>(&value);
+            if (text == nullptr || !sortKeyIsCertain(*text, column.textOrder)) return std::nullopt;
+            return value;
+        }
+        // Two reals that are equal can differ in their bytes, and of memos only the beginning is in the key.
+        default:
+            return std::nullopt;
+    }
+}
+
+}  // namespace
+
+void appendKeyPart(Bytes& key, const Column& column, const Value& value, bool ascending) {
+    if (column.type == ColumnType::Ole || column.type == ColumnType::Block) {
+        throw base::RuntimeError(static_cast<std::int32_t>(ErrorNumber::Unspecified),
+                                 u"Das Feld '" + column.name + u"' kann nicht Teil eines Indexes sein.");
+    }
+    if (base::isNull(value)) {
+        if (column.type == ColumnType::Boolean)
+            appendKeyPart(key, column, false, ascending);
+        else
+            key.push_back(ascending ? kNullAscending : kNullDescending);
+        return;
+    }
+    key.push_back(ascending ? kValueAscending : kValueDescending);
+    std::visit(ValueAppender(key, column, ascending), value);
+}
+
+bool keyOfRow(PageSource& source, const IndexDefinition& index, const RowView& row, Bytes& key) {
+    key.clear();
+    bool allNull = true;
+    for (const IndexColumn& part : index.columns) {
+        const Column& column = columnOf(row, part);
+        const Value value = valueOf(source, row, column);
+        allNull = allNull && base::isNull(value);
+        appendKeyPart(key, column, value, part.ascending);
+    }
+    return !(allNull && index.ignoresNulls());
+}
+
+bool keyOfRowIsCertain(PageSource& source, const IndexDefinition& index, const RowView& row) {
+    return std::all_of(index.columns.begin(), index.columns.end(), [&](const IndexColumn& part) {
+        const Column& column = columnOf(row, part);
+        if (!column.isText()) return true;
+        const Value value = valueOf(source, row, column);
+        const auto* text = std::get_if<base::Text>(&value);
+        return text == nullptr || sortKeyIsCertain(*text, column.textOrder);
+    });
+}
+
+std::optional<Bytes> searchKeyPart(const Column& column, const Value& value, bool ascending) {
+    const std::optional<Value> held = asHeldBy(column, value);
+    if (!held) return std::nullopt;
+    Bytes key;
+    appendKeyPart(key, column, *held, ascending);
+    return key;
+}
+
+}  // namespace jet
