@@ -1,0 +1,13 @@
+#pragma once
+
+#include <windows.h>
+
+#include "tests/wine/probe/Json.h"
+
+namespace probe {
+
+/// A list view in report view: columns, counts, selected and focused row (-1 for none), top row, rows that fit
+/// on a page, and the texts of the rows [first, first + count).
+void describeList(Json& json, HWND list, int first, int count);
+
+}  // namespace probe

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+#include <windows.h>
+
+#include "tests/wine/probe/Json.h"
+
+/// Reading of another program's windows: nothing here sets a text, presses a button or selects a row.
+namespace probe {
+
+/// WM_GETTEXT across processes; empty if the window does not answer within a second.
+std::wstring textOf(HWND window);
+std::wstring classOf(HWND window);
+
+/// The visible top-level windows of every process that runs the exe of this name (without folder).
+void describeWindows(Json& json, const std::wstring& exeName);
+
+/// One window: class, text, styles, rectangle on the screen, focus, and its children in native order. Sizes of
+/// texts are those of the message font at `dpi`.
+void describeTree(Json& json, HWND window, unsigned dpi);
+
+/// A message box: text, buttons with their ids, owner, and which system icon its picture equals.
+void describeBox(Json& json, HWND window);
+
+}  // namespace probe

@@ -1,0 +1,141 @@
+/// Reads and reports what another program's windows show, for the tests of the real windows.
+///
+///   probe COMMAND...     one command, its answer as one line of JSON
+///   probe                commands from standard input, a line each with tabs between the words, answered in turn:
+///                        asking a running probe costs a millisecond, starting one a tenth of a second
+///
+/// Handles are decimal. Texts are UTF-8. Coordinates are those of the screen.
+#include <cstdio>
+#include <fcntl.h>
+#include <io.h>
+#include <iostream>
+#include <string>
+#include <vector>
+#include <windows.h>
+
+#include "base/Text.h"
+#include "tests/wine/probe/ListProbe.h"
+#include "tests/wine/probe/RemoteMemory.h"
+#include "tests/wine/probe/Windows.h"
+
+namespace probe {
+namespace {
+
+using Words = std::vector<std::string>;
+
+HWND windowOf(const std::string& word) {
+    return reinterpret_cast<HWND>(static_cast<std::uintptr_t>(std::stoull(word)));
+}
+
+std::wstring wide(const std::string& utf8) {
+    const base::Text text = base::fromUtf8(utf8);
+    return {text.begin(), text.end()};
+}
+
+void windows(Json& json, const Words& words) {
+    describeWindows(json, wide(words.at(1)));
+}
+
+void tree(Json& json, const Words& words) {
+    const HWND window = windowOf(words.at(1));
+    describeTree(json, window,
+                 words.size() > 2 ? static_cast<unsigned>(std::stoul(words[2])) : GetDpiForWindow(window));
+}
+
+void list(Json& json, const Words& words) {
+    const bool range = words.size() > 3;
+    describeList(json, windowOf(words.at(1)), range ? std::stoi(words[2]) : 0, range ? std::stoi(words[3]) : 0);
+}
+
+void box(Json& json, const Words& words) {
+    describeBox(json, windowOf(words.at(1)));
+}
+
+void pixel(Json& json, const Words& words) {
+    HDC screen = GetDC(nullptr);
+    const COLORREF colour = GetPixel(screen, std::stoi(words.at(1)), std::stoi(words.at(2)));
+    ReleaseDC(nullptr, screen);
+    json.begin('[').value(GetRValue(colour)).value(GetGValue(colour)).value(GetBValue(colour)).end(']');
+}
+
+/// Tells the window that it now stands on a screen of another resolution, with its rectangle grown to match.
+void dpi(Json& json, const Words& words) {
+    const HWND window = windowOf(words.at(1));
+    const int from = std::stoi(words.at(2));
+    const int to = std::stoi(words.at(3));
+    RemoteMemory memory(window, sizeof(RECT));
+    RECT rect{};
+    GetWindowRect(window, &rect);
+    rect.right = rect.left + MulDiv(rect.right - rect.left, to, from);
+    rect.bottom = rect.top + MulDiv(rect.bottom - rect.top, to, from);
+    const bool sent = memory && memory.put(0, rect);
+    if (sent) {
+        SendMessageW(window, WM_DPICHANGED, static_cast<WPARAM>(MAKELONG(to, to)),
+                     reinterpret_cast<LPARAM>(memory.at<void>(0)));
+    }
+    json.value(sent);
+}
+
+/// Characters that the keyboard's layout lacks, as real key events to the window in front.
+void type(Json& json, const Words& words) {
+    std::vector<INPUT> inputs;
+    for (const wchar_t unit : wide(words.at(1))) {
+        INPUT input{};
+        input.type = INPUT_KEYBOARD;
+        input.ki.wScan = unit;
+        input.ki.dwFlags = KEYEVENTF_UNICODE;
+        inputs.push_back(input);
+        input.ki.dwFlags |= KEYEVENTF_KEYUP;
+        inputs.push_back(input);
+    }
+    json.value(SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT)));
+}
+
+std::string answer(const Words& words) {
+    struct Command {
+        std::string_view name;
+        void (*run)(Json&, const Words&);
+    };
+    static constexpr Command kCommands[] = {{"windows", windows}, {"tree", tree}, {"list", list}, {"box", box},
+                                            {"pixel", pixel},     {"dpi", dpi},   {"type", type}};
+    Json json;
+    try {
+        for (const Command& command : kCommands) {
+            if (command.name != words.at(0)) continue;
+            command.run(json, words);
+            return json.text();
+        }
+        throw std::invalid_argument("unknown command");
+    } catch (const std::logic_error& error) {
+        Json failure;
+        return failure.begin('{').field("error", std::string_view(error.what())).end('}').text();
+    }
+}
+
+Words split(const std::string& line) {
+    Words words(1);
+    for (const char c : line) {
+        if (c == '\t') {
+            words.emplace_back();
+        } else if (c != '\r') {
+            words.back() += c;
+        }
+    }
+    return words;
+}
+
+}  // namespace
+}  // namespace probe
+
+int main(int argc, char** argv) {
+    SetProcessDpiAwarenessContext(DPI_AWARENESS_CONTEXT_PER_MONITOR_AWARE_V2);
+    _setmode(_fileno(stdout), _O_BINARY);
+    if (argc > 1) {
+        std::cout << probe::answer(probe::Words(argv + 1, argv + argc)) << std::endl;
+        return 0;
+    }
+    std::string line;
+    while (std::getline(std::cin, line))
+        std::cout << probe::answer(probe::split(line)) << std::endl;
+    return 0;
+}
