@@ -7,7 +7,6 @@ namespace jet::sql {
 namespace {
 
 constexpr std::int32_t kGeneral = -2147467259;           // 80004005
-constexpr std::int32_t kMissingTable = -2147217865;      // 80040E37
 constexpr std::int32_t kSyntax = -2147217900;            // 80040E14
 constexpr std::int32_t kMissingParameter = -2147217904;  // 80040E10
 constexpr std::int32_t kTypeMismatch = -2147217913;      // 80040E07
@@ -20,12 +19,6 @@ base::Text join(base::TextView before, base::TextView middle, base::TextView aft
 }
 
 }  // namespace
-
-base::RuntimeError missingTable(base::TextView name) {
-    return {kMissingTable, join(u"Das Microsoft Jet-Datenbankmodul findet die Eingabetabelle oder Abfrage '", name,
-                                u"' nicht. Stellen Sie sicher, dass sie existiert und dass ihr Name richtig eingegeben "
-                                u"wurde.")};
-}
 
 base::RuntimeError missingParameter() {
     return {kMissingParameter, u"Für mindestens einen erforderlichen Parameter wurde kein Wert angegeben."};

@@ -7,9 +7,6 @@
 /// users of such files know. See docs/file-format.md, "Statements".
 namespace jet::sql {
 
-/// -2147217865: there is no table of that name.
-base::RuntimeError missingTable(base::TextView name);
-
 /// -2147217904: a name that is no column counts as a parameter, and nobody gives it a value.
 base::RuntimeError missingParameter();
 

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <optional>
+
+#include "ado/Ado.h"
+#include "ado/embedded/Factory.h"
+#include "ado/embedded/ProviderProperties.h"
+#include "base/Text.h"
+#include "jet/Database.h"
+
+namespace ado::embedded {
+
+/// A connection to one file. The file stays open from Open to Close; it is locked only while a statement
+/// reads it.
+///
+/// The one provider there is goes by the name of the original one.
+class Connection final : public ado::Connection {
+public:
+    explicit Connection(OpenFile openFile) : openFile_(std::move(openFile)) {}
+
+    base::Text Provider() const override { return provider_; }
+    /// @throws 3705 on an open connection, 3706 for any other name
+    void setProvider(base::TextView name) override;
+    ado::Properties& Properties() override { return properties_; }
+
+    /// @param connectionString  must be empty: the properties say it all (else 3001)
+    /// @param userId            empty or "Admin", the user of every file without accounts of its own; the
+    ///                          password then is empty
+    /// @throws 3705 if it is open already, 3706 without a provider; the engine's errors of opening
+    void Open(base::TextView connectionString, base::TextView userId, base::TextView password,
+              std::int32_t options) override;
+    std::int32_t State() const override { return database_ ? adStateOpen : adStateClosed; }
+    void Close() override;
+    void Execute(base::TextView commandText) override;
+
+    /// The open file; null while the connection is closed.
+    jet::Database* database() { return database_ ? &*database_ : nullptr; }
+
+private:
+    OpenFile openFile_;
+    base::Text provider_ = u"MSDASQL";  // ADO's own default, which is not there
+    ProviderProperties properties_;
+    std::optional<jet::Database> database_;
+};
+
+}  // namespace ado::embedded

@@ -1,0 +1,85 @@
+#include "jet/sql/RowOrder.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "jet/Errors.h"
+#include "jet/IndexCursor.h"
+#include "jet/IndexKey.h"
+
+namespace jet::sql {
+
+namespace {
+
+/// A row's key in the arena, with its first eight bytes at hand: they decide most comparisons.
+struct KeyedRow {
+    std::uint64_t beginning = 0;
+    std::size_t offset = 0;
+    std::size_t lengthBytes = 0;
+    std::uint32_t row = 0;
+};
+
+std::uint64_t beginningOf(std::span<const std::uint8_t> key) {
+    std::uint64_t beginning = 0;
+    for (std::size_t i = 0; i < sizeof(beginning); ++i)
+        beginning = (beginning << 8U) | (i < key.size() ? key[i] : 0U);
+    return beginning;
+}
+
+/// No key is the beginning of another one, so equal bytes up to the shorter end are equal keys.
+bool isBefore(const base::Bytes& arena, const KeyedRow& a, const KeyedRow& b) {
+    if (a.beginning != b.beginning) return a.beginning < b.beginning;
+    const std::size_t shared = std::min(a.lengthBytes, b.lengthBytes);
+    const int order = std::memcmp(arena.data() + a.offset, arena.data() + b.offset, shared);
+    if (order != 0) return order < 0;
+    if (a.lengthBytes != b.lengthBytes) return a.lengthBytes < b.lengthBytes;
+    return a.row < b.row;
+}
+
+}  // namespace
+
+std::vector<std::uint32_t> orderByKeys(const ResultSet& rows, const std::vector<OrderColumn>& columns) {
+    base::Bytes arena;
+    std::vector<KeyedRow> keys(rows.rowCount());
+    for (std::uint32_t row = 0; row < keys.size(); ++row) {
+        const std::size_t offset = arena.size();
+        for (const OrderColumn& column : columns)
+            appendKeyPart(arena, rows.column(column.column), rows.value(row, column.column), !column.descending);
+        const auto key = std::span(arena).subspan(offset);
+        keys[row] = {beginningOf(key), offset, key.size(), row};
+    }
+    std::sort(keys.begin(), keys.end(),
+              [&arena](const KeyedRow& a, const KeyedRow& b) { return isBefore(arena, a, b); });
+    std::vector<std::uint32_t> order;
+    order.reserve(keys.size());
+    for (const KeyedRow& key : keys)
+        order.push_back(key.row);
+    return order;
+}
+
+std::vector<std::uint32_t> orderByIndex(PageSource& source, const ResultSet& rows, const TableDefinition& definition,
+                                        const IndexDefinition& index) {
+    // Rows lie in the order of their pointers, which therefore can be searched.
+    const std::size_t count = rows.rowCount();
+    std::vector<RowPointer> pointers(count);
+    for (std::size_t row = 0; row < count; ++row)
+        pointers[row] = rows.pointer(row);
+    std::vector<bool> met(count);
+    std::vector<std::uint32_t> order;
+    order.reserve(count);
+    IndexCursor cursor(source, definition, index);
+    for (cursor.first(); cursor.isAtEntry(); cursor.next()) {
+        const auto found = std::lower_bound(pointers.begin(), pointers.end(), cursor.row());
+        const auto row = static_cast<std::size_t>(found - pointers.begin());
+        if (found == pointers.end() || *found != cursor.row())
+            throw damaged(cursor.leafPage(), u"Ein Indexeintrag zeigt auf eine Zeile, die es nicht gibt");
+        if (met[row]) throw damaged(cursor.leafPage(), u"Der Index enthält eine Zeile zweimal");
+        met[row] = true;
+        order.push_back(static_cast<std::uint32_t>(row));
+    }
+    if (order.size() != count) throw damaged(index.rootPage, u"Im Index fehlen Zeilen der Tabelle");
+    return order;
+}
+
+}  // namespace jet::sql
