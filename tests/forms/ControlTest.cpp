@@ -1,0 +1,250 @@
+#include <gmock/gmock.h>
+
+#include "base/RuntimeError.h"
+#include "forms/CheckBox.h"
+#include "forms/ComboBox.h"
+#include "forms/CommandButton.h"
+#include "forms/Form.h"
+#include "forms/Label.h"
+#include "forms/ListView.h"
+#include "forms/OptionButton.h"
+#include "forms/TextBox.h"
+#include "tests/support/Expect.h"
+#include "tests/support/FakeHost.h"
+
+namespace forms {
+namespace {
+
+using test::errorOf;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+struct RecordingPeer : Peer {
+    explicit RecordingPeer(
+        test::Log& log, std::function<std::string()> state = [] { return std::string(); })
+        : log_(log), state_(std::move(state)) {}
+    void show(Property) override { log_.push_back("peer " + state_()); }
+    void takeFocus() override { log_.push_back("focus"); }
+    void refresh() override { log_.push_back("refresh"); }
+    NativeHandle handle() const override { return 7; }
+
+    test::Log& log_;
+    std::function<std::string()> state_;
+};
+
+/// One control of every kind that has a window; the Tab order is not the order of definition.
+struct SampleForm : Form {
+    explicit SampleForm(FormHost& formHost) : Form(formHost, u"sample", u"Sample") {
+        list.setTabIndex(0);
+        label.setTabIndex(1);
+        text.setTabIndex(2);
+        check.setTabIndex(3);
+        combo.setTabIndex(4);
+        option.setTabIndex(5);
+        otherOption.setTabIndex(6);
+        button.setTabIndex(7);
+        otherButton.setTabIndex(8);
+        combo.AddItem(u"a");
+        combo.AddItem(u"b");
+    }
+    TextBox text{*this, u"text"};
+    CheckBox check{*this, u"check", u"Check"};
+    CommandButton button{*this, u"button", u"Button"};
+    ComboBox combo{*this, u"combo"};
+    OptionButton option{*this, u"option", u"Option"};
+    Label label{*this, u"label", u"Label"};
+    OptionButton otherOption{*this, u"otherOption", u"Other"};
+    CommandButton otherButton{*this, u"otherButton", u"Other"};
+    ListView list{*this, u"list"};
+};
+
+class ControlTest : public testing::Test {
+protected:
+    test::Log log;
+    test::FakeHost host{log};
+    SampleForm form{host};
+};
+
+TEST_F(ControlTest, aSetterStoresThenTellsThePeerThenRaisesTheEventAndDoesNothingForAnEqualValue) {
+    form.text.onChange = [&] { log.push_back("event " + base::toUtf8(form.text.Text())); };
+    form.check.onClick = [&] { log.push_back("event " + std::to_string(form.check.Value())); };
+    form.combo.onClick = [&] { log.push_back("event " + std::to_string(form.combo.ListIndex())); };
+    form.option.onClick = [&] { log.push_back("event " + std::to_string(form.option.Value())); };
+    form.button.onClick = [&] { log.push_back("event"); };
+
+    struct Case {
+        const char* name;
+        Control& control;
+        std::function<std::string()> state;
+        std::function<void()> set;
+        const char* value;
+        bool raisesEvent;
+    };
+    const std::vector<Case> cases{
+        {"Text", form.text, [&] { return base::toUtf8(form.text.Text()); }, [&] { form.text.setText(u"x"); }, "x",
+         true},
+        {"Value", form.check, [&] { return std::to_string(form.check.Value()); }, [&] { form.check.setValue(1); }, "1",
+         true},
+        {"ListIndex", form.combo, [&] { return std::to_string(form.combo.ListIndex()); },
+         [&] { form.combo.setListIndex(1); }, "1", true},
+        {"option Value", form.option, [&] { return std::to_string(form.option.Value()); },
+         [&] { form.option.setValue(true); }, "1", true},
+        {"box BackColor", form.text, [&] { return std::to_string(form.text.BackColor()); },
+         [&] { form.text.setBackColor(5); }, "5", false},
+        {"combo BackColor", form.combo, [&] { return std::to_string(form.combo.BackColor()); },
+         [&] { form.combo.setBackColor(5); }, "5", false},
+        {"Caption", form.button, [&] { return base::toUtf8(form.button.Caption()); },
+         [&] { form.button.setCaption(u"y"); }, "y", false},
+        {"button BackColor", form.button, [&] { return std::to_string(form.button.BackColor()); },
+         [&] { form.button.setBackColor(5); }, "5", false},
+        {"FontBold", form.button, [&] { return std::to_string(form.button.FontBold()); },
+         [&] { form.button.setFontBold(true); }, "1", false},
+        {"Enabled", form.button, [&] { return std::to_string(form.button.Enabled()); },
+         [&] { form.button.setEnabled(false); }, "0", false},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        RecordingPeer peer(log, c.state);
+        c.control.attachPeer(peer);
+        c.set();
+        c.set();
+        c.control.detachPeer();
+        test::Log expected{std::string("peer ") + c.value};
+        if (c.raisesEvent) expected.push_back(std::string("event ") + c.value);
+        EXPECT_EQ(log, expected);
+        log.clear();
+    }
+}
+
+TEST_F(ControlTest, aDisabledControlIgnoresTheUserButNotCode) {
+    for (Control* control : form.Controls())
+        control->setEnabled(false);
+    form.text.onChange = [&] { log.push_back("text"); };
+    form.check.onClick = [&] { log.push_back("check"); };
+    form.combo.onClick = [&] { log.push_back("combo"); };
+    form.option.onClick = [&] { log.push_back("option"); };
+    form.button.onClick = [&] { log.push_back("button"); };
+
+    form.text.userTyped(u"x");
+    form.check.userClicked();
+    form.combo.userSelectedEntry(0);
+    form.option.userClicked();
+    form.button.userClicked();
+    form.text.userFocused();
+    EXPECT_THAT(log, IsEmpty());
+    EXPECT_EQ(form.text.Text(), u"");
+    EXPECT_EQ(form.ActiveControl(), nullptr);
+
+    form.text.setText(u"x");
+    form.check.setValue(1);
+    form.combo.setListIndex(0);
+    form.option.setValue(true);
+    EXPECT_THAT(log, ElementsAre("text", "check", "combo", "option"));
+}
+
+TEST_F(ControlTest, theUsersInputRaisesTheEventOnceAndTypingDoesNotComeBackToThePeer) {
+    RecordingPeer peer(log);
+    form.text.attachPeer(peer);
+    form.text.onChange = [&] { log.push_back("change"); };
+    form.text.userTyped(u"x");
+    form.text.userTyped(u"x");
+    EXPECT_THAT(log, ElementsAre("change"));
+    form.text.detachPeer();
+
+    form.check.userClicked();
+    EXPECT_EQ(form.check.Value(), CheckBox::kChecked);
+    form.check.userClicked();
+    EXPECT_EQ(form.check.Value(), CheckBox::kUnchecked);
+
+    form.option.userClicked();
+    form.otherOption.userClicked();
+    EXPECT_FALSE(form.option.Value());
+    EXPECT_TRUE(form.otherOption.Value());
+}
+
+TEST_F(ControlTest, disablingTheFocusedControlFirstHandsTheFocusToTheFirstTabStop) {
+    form.Show(Form::Modality::Modeless);
+    EXPECT_TRUE(form.list.hasFocus()) << "a form begins on its first tab stop";
+    form.button.SetFocus();
+    log.clear();
+
+    struct ListPeer : ListViewPeer {
+        explicit ListPeer(test::Log& log) : log_(log) {}
+        void show(Property) override {}
+        void takeFocus() override { log_.push_back("list takes the focus"); }
+        void refresh() override {}
+        NativeHandle handle() const override { return 0; }
+        void ensureVisible(std::size_t) override {}
+        test::Log& log_;
+    } listPeer(log);
+    form.list.attachPeer(listPeer);
+    RecordingPeer peer(log, [] { return "disabled"; });
+    form.button.attachPeer(peer);
+    form.button.setEnabled(false);
+    EXPECT_THAT(log, ElementsAre("list takes the focus", "peer disabled"));
+
+    form.list.setEnabled(false);
+    EXPECT_TRUE(form.text.hasFocus()) << "passes over the label, which takes no focus, and what is disabled";
+    EXPECT_EQ(errorOf([&] { form.button.SetFocus(); }), 5);
+    EXPECT_EQ(errorOf([&] { form.label.SetFocus(); }), 5);
+    EXPECT_TRUE(form.text.hasFocus());
+}
+
+TEST_F(ControlTest, enterAndEscapePressTheButtonsThatTheyStandFor) {
+    form.button.onClick = [&] { log.push_back("button"); };
+    form.otherButton.onClick = [&] { log.push_back("other"); };
+    form.text.SetFocus();
+
+    form.userPressedEnter();
+    form.userPressedEscape();
+    EXPECT_THAT(log, IsEmpty()) << "no default button, no cancel button";
+
+    form.setDefaultButton(form.button);
+    form.setCancelButton(form.otherButton);
+    form.userPressedEnter();
+    form.userPressedEscape();
+    form.otherButton.SetFocus();
+    form.userPressedEnter();
+    EXPECT_THAT(log, ElementsAre("button", "other", "other")) << "Enter presses the button that has the focus";
+
+    log.clear();
+    form.button.setEnabled(false);
+    form.otherButton.setEnabled(false);
+    form.userPressedEnter();
+    form.userPressedEscape();
+    EXPECT_THAT(log, IsEmpty());
+}
+
+TEST_F(ControlTest, theFormSeesKeysFirstExceptThoseThatTheDialogTakes) {
+    form.onKeyDown = [&](std::int16_t key, std::int16_t shift) {
+        log.push_back(std::to_string(key) + "/" + std::to_string(shift));
+    };
+    form.userPressedKey(83, Form::kCtrlMask);
+    EXPECT_THAT(log, IsEmpty()) << "without KeyPreview";
+    form.setKeyPreview(true);
+    for (const auto key : std::initializer_list<std::int16_t>{9, 13, 27, 83})
+        form.userPressedKey(key, Form::kCtrlMask);
+    EXPECT_THAT(log, ElementsAre("13/2", "27/2", "83/2"));
+    log.clear();
+    form.setDefaultButton(form.button);
+    form.setCancelButton(form.button);
+    for (const auto key : std::initializer_list<std::int16_t>{9, 13, 27})
+        form.userPressedKey(key, 0);
+    EXPECT_THAT(log, IsEmpty());
+}
+
+TEST_F(ControlTest, aFormIsLoadedBeforeItIsShownAndUnloadsOnce) {
+    form.onLoad = [&] { log.push_back("onLoad"); };
+    form.onUnload = [&] { log.push_back("onUnload"); };
+    host.modalScript = [](Form& shown) {
+        shown.Unload();
+        shown.Unload();
+    };
+    form.Load();
+    form.Show(Form::Modality::Modal);
+    EXPECT_THAT(log, ElementsAre("load sample", "onLoad", "showModal sample", "onUnload", "unloaded sample"));
+    EXPECT_FALSE(form.isLoaded());
+}
+
+}  // namespace
+}  // namespace forms

@@ -1,0 +1,284 @@
+#include <gmock/gmock.h>
+#include <random>
+
+#include "forms/Form.h"
+#include "forms/ListView.h"
+#include "tests/support/Expect.h"
+#include "tests/support/FakeHost.h"
+#include "tests/support/FakeServices.h"
+
+namespace forms {
+namespace {
+
+using test::errorOf;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class ListViewTest : public testing::Test {
+protected:
+    ListViewTest() {
+        list.compareTexts = [](base::TextView a, base::TextView b) { return test::FakeRegional().compare(a, b); };
+        list.onItemClick = [this](const ListItem& item) { clicks.push_back(base::toUtf8(item.Text())); };
+    }
+
+    ListItem add(base::TextView text, base::TextView subItem = {}) {
+        ListItem item = list.addRow();
+        item.setText(text);
+        item.setSubItems(1, subItem);
+        return item;
+    }
+    void addAll(std::initializer_list<base::TextView> texts) {
+        for (const base::TextView text : texts)
+            add(text);
+    }
+    /// All texts of a column in the present order, joined.
+    std::string shown(int column = 0) {
+        std::string result;
+        for (int place = 0; place < list.rowCount(); ++place)
+            result += base::toUtf8(list.cellAt(static_cast<std::size_t>(place), column)) + " ";
+        return result;
+    }
+
+    test::Log log;
+    test::FakeHost host{log};
+    Form form{host, u"form", u"Form"};
+    ListView list{form, u"list"};
+    test::Log clicks;
+};
+
+TEST_F(ListViewTest, keysAreUniqueTextsRegardlessOfCaseAndGoWithTheirRows) {
+    ListItem first = add(u"first");
+    ListItem second = add(u"second");
+    first.setKey(u"BenKto:3");
+    struct Case {
+        base::TextView key;
+        std::int32_t error;
+    };
+    for (const Case& c : {Case{u"BenKto:3", 35602},
+                          {u"BENKTO:3", 35602},
+                          {u"17", 35603},
+                          {u" -1.5 ", 35603},
+                          {u"", 0},
+                          {u"BenKto:17", 0},
+                          {u"benkto:17", 0},
+                          {u"BenKto:18", 0}}) {
+        EXPECT_EQ(errorOf([&] { second.setKey(c.key); }), c.error) << test::shown(c.key);
+    }
+    EXPECT_TRUE(list.ListItems(u"benkto:3") == first);
+    EXPECT_TRUE(list.ListItems(u"BenKto:18") == second);
+    EXPECT_EQ(errorOf([&] { list.ListItems(u"BenKto:17"); }), 35601) << "the key that the row had before";
+    EXPECT_EQ(errorOf([&] { list.ListItems(u""); }), 35601);
+    EXPECT_EQ(errorOf([&] { list.ListItems(0); }), 35600);
+    EXPECT_EQ(errorOf([&] { list.ListItems(3); }), 35600);
+    EXPECT_EQ(errorOf([&] { list.ColumnHeaders(1); }), 35600);
+
+    list.clearRows();
+    EXPECT_EQ(errorOf([&] { list.ListItems(u"BenKto:3"); }), 35601);
+    add(u"again").setKey(u"BenKto:3");
+    EXPECT_EQ(errorOf([&] { (void)first.Text(); }), 35601) << "a handle of a row that is gone";
+}
+
+TEST_F(ListViewTest, aRowKeepsItsTextsTagAndKeyApart) {
+    ListItem item = list.addRow();
+    item.setSubItems(2, u"zwei");
+    item.setText(base::Text(70000, u'x'));
+    item.setKey(u"k:1");
+    item.setTag(std::int32_t{17});
+    item.setText(u"kurz");
+    EXPECT_EQ(item.Text(), u"kurz");
+    EXPECT_EQ(item.SubItems(1), u"");
+    EXPECT_EQ(item.SubItems(2), u"zwei");
+    EXPECT_EQ(item.SubItems(9), u"");
+    EXPECT_EQ(item.Key(), u"k:1");
+    EXPECT_EQ(item.Tag(), base::Value(std::int32_t{17}));
+    EXPECT_EQ(errorOf([&] { item.setSubItems(0, u"x"); }), 35600);
+}
+
+TEST_F(ListViewTest, settingAnOrderSortsAndKeepsEqualRowsAsTheyStood) {
+    add(u"b", u"1");
+    add(u"A", u"2");
+    add(u"B", u"3");
+    add(u"a", u"1");
+    EXPECT_EQ(shown(), "b A B a ");
+    list.setSortOrder(ListView::Order::Descending);
+    EXPECT_EQ(shown(), "b A B a ") << "nothing moves before Sorted";
+    list.setSorted(true);
+    EXPECT_EQ(shown(), "b B A a ");
+    list.setSortOrder(ListView::Order::Ascending);
+    EXPECT_EQ(shown(), "A a b B ");
+    list.setSortKey(1);
+    EXPECT_EQ(shown(), "a b A B ");
+    list.setSortKey(7);
+    EXPECT_EQ(shown(), "a b A B ") << "a column that no row has: all are equal";
+}
+
+TEST_F(ListViewTest, rowsAddedToASortedListTakeTheirPlacesAtTheFirstReadAndStayThere) {
+    addAll({u"m", u"c"});
+    list.setSorted(true);
+    list.ListItems(1).setText(u"z");
+    EXPECT_EQ(shown(), "z m ") << "a change of text moves no row";
+    addAll({u"p", u"a", u"M"});
+    EXPECT_EQ(list.ListItems(1).Text(), u"a");
+    EXPECT_EQ(shown(), "a M p z m ") << "settled rows keep their order among themselves";
+    list.ListItems(2).setText(u"0");
+    EXPECT_EQ(shown(), "a 0 p z m ");
+    list.setSorted(true);
+    EXPECT_EQ(shown(), "0 a m p z ");
+
+    list.clearRows();
+    addAll({u"z", u"x", u"y"});
+    EXPECT_EQ(shown(), "x y z ") << "a refill stands as the header says";
+    add(u"w");
+    list.setSorted(false);
+    add(u"a");
+    EXPECT_EQ(shown(), "w x y z a ");
+}
+
+TEST_F(ListViewTest, manyRandomStepsLeaveTheOrderThatAPlainListWouldHave) {
+    const unsigned seed = std::random_device()();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    std::vector<std::pair<base::Text, int>> plain;  // text and tag, settled rows in order
+    std::vector<std::pair<base::Text, int>> added;
+    bool descending = false;
+    list.setSorted(true);
+    const auto before = [&](const auto& a, const auto& b) {
+        return descending ? a.first > b.first : a.first < b.first;
+    };
+    const auto settle = [&] {
+        std::stable_sort(added.begin(), added.end(), before);
+        for (const auto& row : added)
+            plain.insert(std::upper_bound(plain.begin(), plain.end(), row, before), row);
+        added.clear();
+    };
+    for (int step = 0; step < 2000; ++step) {
+        switch (random() % 8) {
+            case 0:
+                settle();
+                descending = !descending;
+                list.setSortOrder(descending ? ListView::Order::Descending : ListView::Order::Ascending);
+                std::stable_sort(plain.begin(), plain.end(), before);
+                break;
+            case 1: {
+                settle();
+                if (plain.empty()) break;
+                const std::size_t place = random() % plain.size();
+                ASSERT_EQ(list.cellAt(place, 0), plain[place].first);
+                ListItem item = list.ListItems(static_cast<int>(place) + 1);
+                ASSERT_EQ(item.Tag(), base::Value(plain[place].second));
+                ASSERT_EQ(item.Index(), static_cast<int>(place) + 1);
+                break;
+            }
+            default: {
+                const base::Text text = base::decimal(static_cast<std::int64_t>(random() % 50 + 10));
+                added.emplace_back(text, step);
+                ListItem item = add(text);
+                item.setTag(step);
+                item.setKey(u"k:" + base::decimal(step));
+            }
+        }
+    }
+    settle();
+    ASSERT_EQ(list.rowCount(), static_cast<int>(plain.size()));
+    for (std::size_t place = 0; place < plain.size(); ++place) {
+        ASSERT_EQ(list.cellAt(place, 0), plain[place].first) << place;
+        ListItem byKey = list.ListItems(base::TextView(u"k:" + base::decimal(plain[place].second)));
+        ASSERT_EQ(byKey.Index(), static_cast<int>(place) + 1);
+    }
+}
+
+TEST_F(ListViewTest, itemClickComesOnceAMoveOfTheUserAndNeverForCode) {
+    addAll({u"a", u"b", u"c"});
+    EXPECT_FALSE(list.SelectedItem()) << "nothing is selected until somebody selects";
+    list.userClickedSelectedRow();
+    list.ListItems(2).Select();
+    EXPECT_TRUE(list.ListItems(2).Selected());
+    EXPECT_THAT(clicks, IsEmpty());
+
+    list.userSelectedRow(2);
+    list.userSelectedRow(2);
+    EXPECT_THAT(clicks, ElementsAre("c")) << "the same move told twice";
+    list.userClickedSelectedRow();
+    EXPECT_THAT(clicks, ElementsAre("c", "c"));
+    list.userEmptiedSelection();
+    EXPECT_EQ(list.SelectedItem()->Text(), u"c") << "the user cannot empty the selection";
+    list.userSelectedRow(3);
+    EXPECT_EQ(clicks.size(), 2U) << "no such row";
+
+    list.setSortOrder(ListView::Order::Descending);
+    list.setSorted(true);
+    EXPECT_EQ(list.SelectedItem()->Text(), u"c");
+    EXPECT_EQ(list.selectedPlace(), std::size_t{0}) << "the selection follows the row through a sort";
+
+    list.setEnabled(false);
+    list.userSelectedRow(1);
+    EXPECT_EQ(list.SelectedItem()->Text(), u"c");
+    list.clearRows();
+    EXPECT_FALSE(list.SelectedItem());
+    EXPECT_FALSE(list.selectedPlace());
+}
+
+TEST_F(ListViewTest, thePeerIsToldAfterTheRowsAreThereAndShowsTheSelectionAgainWhenTheUserEmptiedIt) {
+    struct RowPeer : ListViewPeer {
+        RowPeer(ListView& list, test::Log& log) : list_(list), log_(log) {}
+        void show(Property property) override {
+            if (property != Property::Selection) return;
+            const auto place = list_.selectedPlace();
+            log_.push_back(place ? "selected " + std::to_string(*place) : "selected none");
+        }
+        void takeFocus() override {}
+        void refresh() override {}
+        NativeHandle handle() const override { return 9; }
+        void ensureVisible(std::size_t place) override { log_.push_back("visible " + std::to_string(place)); }
+        ListView& list_;
+        test::Log& log_;
+    } peer(list, log);
+    addAll({u"a", u"b"});
+    list.attachPeer(peer);
+    EXPECT_EQ(list.hWnd(), 9U);
+    list.ListItems(2).Select();
+    list.ListItems(2).Select();
+    list.ListItems(2).EnsureVisible();
+    list.userSelectedRow(0);
+    list.userEmptiedSelection();
+    list.setSortOrder(ListView::Order::Descending);
+    list.setSorted(true);
+    list.clearRows();
+    EXPECT_THAT(log, ElementsAre("selected 1", "visible 1", "selected 0", "selected 1", "selected none"));
+}
+
+TEST_F(ListViewTest, typingFindsTheNextRowThatBeginsSo) {
+    addAll({u"Adam", u"Berta", u"adele", u"Ber", u"B"});
+    struct Case {
+        std::size_t start;
+        base::TextView prefix;
+        bool wrap;
+        std::optional<std::size_t> found;
+    };
+    for (const Case& c : {Case{0, u"AD", false, 0},
+                          {1, u"ad", false, 2},
+                          {3, u"ad", false, std::nullopt},
+                          {3, u"ad", true, 0},
+                          {4, u"ber", true, 1},
+                          {1, u"berta", true, 1},
+                          {0, u"bertas", true, std::nullopt},
+                          {9, u"b", true, 1},
+                          {9, u"b", false, std::nullopt}}) {
+        EXPECT_EQ(list.findPrefix(c.start, c.prefix, c.wrap), c.found) << test::shown(c.prefix) << " from " << c.start;
+    }
+    list.clearRows();
+    EXPECT_FALSE(list.findPrefix(0, u"a", true));
+}
+
+TEST_F(ListViewTest, aClickOnAHeaderNamesItsColumnUnlessTheListIsDisabled) {
+    list.addColumn(u"Name", 100);
+    list.addColumn(u"Path", 100);
+    list.onColumnClick = [this](const ColumnHeader& header) { log.push_back(base::toUtf8(header.Text())); };
+    list.userClickedColumn(2);
+    list.setEnabled(false);
+    list.userClickedColumn(1);
+    EXPECT_THAT(log, ElementsAre("Path"));
+}
+
+}  // namespace
+}  // namespace forms

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <functional>
+#include <gtest/gtest.h>
+#include <ostream>
+
+#include "base/RuntimeError.h"
+#include "base/Text.h"
+
+namespace test {
+
+/// Number of the run-time error that the action raises, 0 if it raises none.
+inline std::int32_t errorOf(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const base::RuntimeError& error) {
+        return error.number();
+    }
+    return 0;
+}
+
+/// Texts in failure messages that a person can read.
+inline std::string shown(base::TextView text) {
+    return base::toUtf8(text);
+}
+
+}  // namespace test

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "forms/Form.h"
+#include "forms/FormHost.h"
+
+namespace test {
+
+using Log = std::vector<std::string>;
+
+/// Shows forms without windows. A modal form is handed to the script, which acts as the user and ends with
+/// the form unloaded; a form that the script leaves open is closed by its close box.
+class FakeHost : public forms::FormHost {
+public:
+    explicit FakeHost(Log& log) : log_(log) {}
+
+    std::function<void(forms::Form&)> modalScript;
+
+    void load(forms::Form& form) override { note("load", form); }
+    void showModal(forms::Form& form) override {
+        note("showModal", form);
+        if (modalScript) modalScript(form);
+        if (form.isLoaded()) form.userClosed();
+    }
+    void show(forms::Form& form) override { note("show", form); }
+    void unloaded(forms::Form& form) override { note("unloaded", form); }
+
+private:
+    void note(const char* what, const forms::Form& form) { log_.push_back(what + (" " + base::toUtf8(form.Name()))); }
+
+    Log& log_;
+};
+
+}  // namespace test

@@ -1,0 +1,152 @@
+#pragma once
+
+#include <algorithm>
+#include <charconv>
+#include <map>
+#include <set>
+#include <tuple>
+
+#include "base/RuntimeError.h"
+#include "platform/Platform.h"
+#include "tests/support/FakeHost.h"
+
+/// The machine's services as fakes that behave, each noting what it was asked in one common log.
+namespace test {
+
+struct FakeWindowMessages : platform::WindowMessages {
+    struct Sent {
+        platform::WindowHandle window;
+        std::uint32_t message;
+        std::uintptr_t wParam;
+        std::intptr_t lParam;
+    };
+    std::vector<Sent> sent;
+    std::function<std::intptr_t(const Sent&)> answer = [](const Sent&) { return 0; };
+
+    std::intptr_t send(platform::WindowHandle window, std::uint32_t message, std::uintptr_t wParam,
+                       std::intptr_t lParam) override {
+        sent.push_back({window, message, wParam, lParam});
+        return answer(sent.back());
+    }
+};
+
+struct FakeSettingsFile : platform::SettingsFile {
+    explicit FakeSettingsFile(Log& log) : log_(log) {}
+
+    using Place = std::tuple<base::Text, base::Text, base::Text>;  ///< path, section, key
+    std::map<Place, base::Text> settings;
+
+    std::size_t read(base::TextView section, base::TextView key, base::TextView defaultValue, base::Text& reply,
+                     base::TextView filePath) override {
+        log_.push_back("read setting " + base::toUtf8(key));
+        const auto found = settings.find(Place(filePath, section, key));
+        const base::TextView value = found != settings.end() ? base::TextView(found->second) : defaultValue;
+        const std::size_t count = std::min(value.size(), reply.size() - 1);
+        std::copy_n(value.begin(), count, reply.begin());
+        reply[count] = u'\0';
+        return count;
+    }
+
+private:
+    Log& log_;
+};
+
+struct FakeProgramFolder : platform::ProgramFolder {
+    base::Text folder = u"C:\\Programm";
+    base::Text path() const override { return folder; }
+};
+
+struct FakeFileSystem : platform::FileSystem {
+    explicit FakeFileSystem(Log& log) : log_(log) {}
+
+    std::set<base::Text> files;
+
+    std::unique_ptr<platform::FileSystemObject> createObject() override { return std::make_unique<Object>(*this); }
+
+private:
+    struct Object : platform::FileSystemObject {
+        explicit Object(FakeFileSystem& system) : system_(system) { system_.log_.push_back("FSO made"); }
+        ~Object() override { system_.log_.push_back("FSO gone"); }
+        bool FileExists(base::TextView path) const override { return system_.files.contains(base::Text(path)); }
+        FakeFileSystem& system_;
+    };
+
+    Log& log_;
+};
+
+struct FakeMessageBoxes : platform::MessageBoxes {
+    explicit FakeMessageBoxes(Log& log) : log_(log) {}
+
+    Answer answer = Answer::Ok;
+
+    Answer show(base::TextView text, Buttons buttons, Icon icon) override {
+        log_.push_back("box " + base::toUtf8(text) + (buttons == Buttons::Ok ? " [OK]" : " [Yes/No]") +
+                       (icon == Icon::Critical   ? " critical"
+                        : icon == Icon::Question ? " question"
+                                                 : " information"));
+        return answer;
+    }
+
+private:
+    Log& log_;
+};
+
+struct FakeMousePointer : platform::MousePointer {
+    std::vector<Shape> shapes;
+    void set(Shape shape) override { shapes.push_back(shape); }
+};
+
+struct FakeFolderChooser : platform::FolderChooser {
+    bool choose(platform::WindowHandle, base::TextView, base::Text&) override { return false; }
+};
+
+/// German conversions of what the tests need; texts are compared without regard to the case of A to Z.
+struct FakeRegional : platform::Regional {
+    base::Text toText(const base::Value& value) const override {
+        if (base::isNull(value)) throw base::runtimeError(base::RuntimeErrorNumber::InvalidUseOfNull);
+        if (const auto* text = std::get_if<base::Text>(&value)) return *text;
+        if (const auto* flag = std::get_if<bool>(&value)) return *flag ? u"Wahr" : u"Falsch";
+        if (const auto* number = std::get_if<std::int16_t>(&value)) return base::decimal(*number);
+        if (const auto* number = std::get_if<std::int32_t>(&value)) return base::decimal(*number);
+        throw base::runtimeError(base::RuntimeErrorNumber::TypeMismatch);
+    }
+    std::int32_t toLong(base::TextView text) const override {
+        const std::string digits = base::toUtf8(text);
+        std::int32_t number = 0;
+        const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+        if (error != std::errc() || end != digits.data() + digits.size()) {
+            throw base::runtimeError(base::RuntimeErrorNumber::TypeMismatch);
+        }
+        return number;
+    }
+    std::optional<base::Text> toSortableDate(base::TextView) const override { return std::nullopt; }
+    int compare(base::TextView a, base::TextView b) const override { return folded(a).compare(folded(b)); }
+
+private:
+    static base::Text folded(base::TextView text) {
+        base::Text result(text);
+        for (char16_t& unit : result)
+            if (unit >= u'A' && unit <= u'Z') unit = static_cast<char16_t>(unit + 32);
+        return result;
+    }
+};
+
+struct FakeServices {
+    explicit FakeServices(Log& log) : settingsFile(log), fileSystem(log), messageBoxes(log) {}
+
+    FakeWindowMessages windowMessages;
+    FakeSettingsFile settingsFile;
+    FakeProgramFolder programFolder;
+    FakeFileSystem fileSystem;
+    FakeMessageBoxes messageBoxes;
+    FakeMousePointer mousePointer;
+    FakeFolderChooser folderChooser;
+    FakeRegional regional;
+
+    platform::Services all() {
+        return {windowMessages, settingsFile, programFolder, fileSystem,
+                messageBoxes,   mousePointer, folderChooser, regional};
+    }
+};
+
+}  // namespace test
