@@ -15,7 +15,7 @@ struct CatalogEntry {
     static constexpr std::int16_t kLocalTable = 1;
     static constexpr std::uint32_t kTablesContainer = 0x0F000001;
     static constexpr std::uint32_t kRelationshipsContainer = 0x0F000003;
-    static constexpr std::uint32_t kSystemFlags = 0x8000000A;  ///< system, or hidden as one
+    static constexpr std::uint32_t kSystemFlags = 0x80000002;  ///< system, or hidden as such
 
     std::uint32_t id = 0;  ///< local tables: page of the definition
     std::uint32_t parentId = 0;
@@ -32,6 +32,9 @@ struct CatalogEntry {
 class Catalog {
 public:
     static constexpr PageNumber kDefinitionPage = 2;
+
+    /// The entry by which MSysObjects itself is opened.
+    static CatalogEntry ownEntry();
 
     /// @throws RuntimeError (damage)
     explicit Catalog(PageSource& source);

@@ -46,9 +46,6 @@ private:
 class ReadOperation final : public PageSource {
 public:
     explicit ReadOperation(Database& database);
-    ~ReadOperation() override;
-    ReadOperation(const ReadOperation&) = delete;
-    ReadOperation& operator=(const ReadOperation&) = delete;
 
     PageNumber pageCount() const override { return pages_->pageCount(); }
     PageView page(PageNumber number) override { return pages_->page(number); }
@@ -57,7 +54,19 @@ public:
     const PageFile& pages() const { return *pages_; }
 
 private:
-    PageIo& io_;
+    /// Gives the lock back also when the beginning of an operation fails.
+    class SharedLock {
+    public:
+        explicit SharedLock(Database& database);
+        ~SharedLock();
+        SharedLock(const SharedLock&) = delete;
+        SharedLock& operator=(const SharedLock&) = delete;
+
+    private:
+        PageIo& io_;
+    };
+
+    SharedLock lock_;
     Header header_;
     std::unique_ptr<PageFile> pages_;
 };

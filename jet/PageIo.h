@@ -32,7 +32,7 @@ public:
     virtual void resize(std::uint64_t sizeBytes) = 0;
 
     /// Takes, changes or gives back the one lock of this file; it lies far behind the data and hinders no other
-    /// program's reading. Shared needs no right to write.
+    /// program's reading. Shared needs no right to write; giving back never fails.
     /// @param wait  how long to try
     /// @return false if somebody else kept it locked for so long; then nothing is locked
     virtual bool lock(LockKind kind, std::chrono::milliseconds wait) = 0;

@@ -49,6 +49,12 @@ public:
     std::vector<base::Text> names;  ///< in stored order; encode() appends those that are missing
     std::vector<PropertyOwner> owners;
 
+    struct Chunk {
+        std::uint16_t kind = 0;
+        base::Bytes body;
+    };
+    std::vector<Chunk> unknownChunks;  ///< carried through, behind the owners
+
     /// @param column  empty for the object itself
     /// @return null if there is no such property
     const Property* find(base::TextView column, base::TextView name) const;

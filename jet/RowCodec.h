@@ -58,6 +58,7 @@ private:
     std::uint16_t columnCount_ = 0;
     std::uint16_t variableCount_ = 0;
     std::uint16_t offsetsEnd_ = 0;  ///< offset i lies at offsetsEnd_ - 2 * (i + 1)
+    std::uint16_t fixedEnd_ = 0;
     std::uint16_t dataEnd_ = 0;
 };
 

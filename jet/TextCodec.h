@@ -10,19 +10,16 @@
 /// a byte 00 switches to UTF-16LE units, the next 00 at a unit's place back. See docs/file-format.md, "Text".
 namespace jet {
 
-/// Whether the bytes are a text: compressed ones always, plain ones if their number is even, and in both no half
-/// unit is left over.
-bool isStoredText(std::span<const std::uint8_t> stored);
-
-/// Replaces `text`; its room is used again, which saves a scan one allocation a value. A half unit at the end is
-/// dropped.
-void decodeText(std::span<const std::uint8_t> stored, base::Text& text);
-base::Text decodeText(std::span<const std::uint8_t> stored);
+/// Replaces `text`; its room is used again, which saves a scan one allocation a value.
+/// @return false if half a unit was left over at the end; then `text` holds the units before it
+[[nodiscard]] bool decodeText(std::span<const std::uint8_t> stored, base::Text& text);
 
 /// Whether the original engine compresses this text where a column allows it.
 bool isCompressible(base::TextView text);
 
-/// @param compress  whether the column allows it; done only for texts that are compressible
+/// @param compress  whether the column allows it; done only for texts that are compressible, and for those that
+///                  cannot be told from compressed ones when they are stored plain
+/// @throws RuntimeError for the texts that the format has no form for: U+FEFF first and a U+xx00 somewhere
 base::Bytes encodeText(base::TextView text, bool compress);
 
 }  // namespace jet

@@ -1,0 +1,126 @@
+#include "jet/Catalog.h"
+
+#include <algorithm>
+#include <map>
+
+#include "jet/Errors.h"
+#include "jet/SortKey.h"
+#include "jet/Table.h"
+
+namespace jet {
+namespace {
+
+/// Reads columns of a system table by name, each with the type that the format gives it.
+class SystemTable {
+public:
+    explicit SystemTable(const Table& table) : table_(table) {}
+
+    const Column& column(base::TextView name) const {
+        const Column* column = table_.definition().column(name);
+        if (column == nullptr) {
+            throw damaged(table_.definition().page, u"Die Systemtabelle hat keine Spalte '" + base::Text(name) + u"'");
+        }
+        return *column;
+    }
+
+    template <typename T>
+    T value(const Row& row, const Column& column) const {
+        const base::Value value = table_.value(row.view, column);
+        const T* wanted = std::get_if<T>(&value);
+        if (wanted == nullptr) {
+            throw damagedRow(row.pointer,
+                             u"Spalte '" + column.name + u"' der Systemtabelle hat keinen brauchbaren Wert");
+        }
+        return *wanted;
+    }
+
+    std::uint32_t unsignedLong(const Row& row, const Column& column) const {
+        return static_cast<std::uint32_t>(value<std::int32_t>(row, column));
+    }
+
+private:
+    const Table& table_;
+};
+
+}  // namespace
+
+CatalogEntry Catalog::ownEntry() {
+    CatalogEntry entry;
+    entry.id = kDefinitionPage;
+    entry.parentId = CatalogEntry::kTablesContainer;
+    entry.name = u"MSysObjects";
+    entry.type = CatalogEntry::kLocalTable;
+    entry.flags = CatalogEntry::kSystemFlags;
+    return entry;
+}
+
+Catalog::Catalog(PageSource& source) {
+    const Table table(source, ownEntry());
+    const SystemTable system(table);
+    const Column& id = system.column(u"Id");
+    const Column& parentId = system.column(u"ParentId");
+    const Column& name = system.column(u"Name");
+    const Column& type = system.column(u"Type");
+    const Column& flags = system.column(u"Flags");
+    for (RowCursor cursor(table); cursor.next();) {
+        const Row& row = cursor.row();
+        entries_.push_back({system.unsignedLong(row, id), system.unsignedLong(row, parentId),
+                            system.value<base::Text>(row, name), system.value<std::int16_t>(row, type),
+                            row.view.isNull(flags) ? 0 : system.unsignedLong(row, flags), row.pointer});
+    }
+}
+
+const CatalogEntry* Catalog::table(base::TextView name) const {
+    const CatalogEntry* found = nullptr;
+    for (const CatalogEntry& entry : entries_) {
+        if (!entry.isLocalTable()) continue;
+        if (!base::equalsIgnoringAsciiCase(entry.name, name) && !textsAreEqual(entry.name, name)) continue;
+        if (found != nullptr) throw damagedRow(entry.row, u"Die Tabelle '" + entry.name + u"' ist doppelt verzeichnet");
+        found = &entry;
+    }
+    return found;
+}
+
+std::vector<Relationship> readRelationships(PageSource& source, const Catalog& catalog) {
+    const CatalogEntry* entry = catalog.table(u"MSysRelationships");
+    if (entry == nullptr) return {};
+    const Table table(source, *entry);
+    const SystemTable system(table);
+    const Column& name = system.column(u"szRelationship");
+    const Column& flags = system.column(u"grbit");
+    const Column& pair = system.column(u"icolumn");
+    const Column& referencing = system.column(u"szObject");
+    const Column& column = system.column(u"szColumn");
+    const Column& referenced = system.column(u"szReferencedObject");
+    const Column& referencedColumn = system.column(u"szReferencedColumn");
+
+    struct Pair {
+        std::uint32_t place;
+        base::Text column;
+        base::Text referencedColumn;
+    };
+    std::map<base::Text, std::pair<Relationship, std::vector<Pair>>> found;
+    for (RowCursor cursor(table); cursor.next();) {
+        const Row& row = cursor.row();
+        auto& [relationship, pairs] = found[system.value<base::Text>(row, name)];
+        relationship.flags = system.unsignedLong(row, flags);
+        relationship.table = system.value<base::Text>(row, referencing);
+        relationship.referencedTable = system.value<base::Text>(row, referenced);
+        pairs.push_back({system.unsignedLong(row, pair), system.value<base::Text>(row, column),
+                         system.value<base::Text>(row, referencedColumn)});
+    }
+    std::vector<Relationship> relationships;
+    for (auto& [relationshipName, parts] : found) {
+        auto& [relationship, pairs] = parts;
+        relationship.name = relationshipName;
+        std::sort(pairs.begin(), pairs.end(), [](const Pair& a, const Pair& b) { return a.place < b.place; });
+        for (Pair& each : pairs) {
+            relationship.columns.push_back(std::move(each.column));
+            relationship.referencedColumns.push_back(std::move(each.referencedColumn));
+        }
+        relationships.push_back(std::move(relationship));
+    }
+    return relationships;
+}
+
+}  // namespace jet

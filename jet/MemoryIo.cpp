@@ -1,0 +1,23 @@
+#include "jet/MemoryIo.h"
+
+#include <algorithm>
+
+#include "jet/Errors.h"
+
+namespace jet {
+
+void MemoryIo::read(std::uint64_t offset, std::span<std::uint8_t> bytes) {
+    if (offset > bytes_.size() || bytes.size() > bytes_.size() - offset) throw deviceFailed(u"Speicher", 0);
+    std::copy_n(bytes_.begin() + static_cast<std::ptrdiff_t>(offset), bytes.size(), bytes.begin());
+}
+
+void MemoryIo::write(std::uint64_t offset, std::span<const std::uint8_t> bytes) {
+    bytes_.resize(std::max<std::uint64_t>(bytes_.size(), offset + bytes.size()));
+    std::copy(bytes.begin(), bytes.end(), bytes_.begin() + static_cast<std::ptrdiff_t>(offset));
+}
+
+void MemoryIo::resize(std::uint64_t sizeBytes) {
+    bytes_.resize(sizeBytes);
+}
+
+}  // namespace jet

@@ -1,0 +1,96 @@
+#include "jet/TextCodec.h"
+
+#include <algorithm>
+
+#include "jet/Errors.h"
+
+namespace jet {
+namespace {
+
+constexpr char16_t kCompressedMark = 0xFEFF;  ///< as a unit, FF FE as bytes
+constexpr std::size_t kFewestCompressedUnits = 3;
+
+bool isCompressed(std::span<const std::uint8_t> stored) {
+    return stored.size() >= 2 && stored[0] == 0xFF && stored[1] == 0xFE;
+}
+
+char16_t unitAt(std::span<const std::uint8_t> bytes, std::size_t offset) {
+    return static_cast<char16_t>(bytes[offset] | (bytes[offset + 1] << 8U));
+}
+
+bool decodePlain(std::span<const std::uint8_t> stored, base::Text& text) {
+    text.resize(stored.size() / 2);
+    for (std::size_t i = 0; i < text.size(); ++i)
+        text[i] = unitAt(stored, 2 * i);
+    return stored.size() % 2 == 0;
+}
+
+bool decodeCompressed(std::span<const std::uint8_t> stored, base::Text& text) {
+    text.clear();
+    while (true) {
+        const auto zero = std::find(stored.begin(), stored.end(), std::uint8_t{0});
+        text.append(stored.begin(), zero);
+        if (zero == stored.end()) return true;
+        stored = stored.subspan(static_cast<std::size_t>(zero - stored.begin()) + 1);
+        while (!stored.empty() && stored[0] != 0) {
+            if (stored.size() == 1) return false;
+            text.push_back(unitAt(stored, 0));
+            stored = stored.subspan(2);
+        }
+        if (stored.empty()) return true;
+        stored = stored.subspan(1);
+    }
+}
+
+void appendUnit(base::Bytes& bytes, char16_t unit) {
+    bytes.push_back(static_cast<std::uint8_t>(unit));
+    bytes.push_back(static_cast<std::uint8_t>(unit >> 8U));
+}
+
+bool isOneByte(char16_t unit) {
+    return unit >= 0x01 && unit <= 0xFF;
+}
+
+base::Bytes encodeCompressed(base::TextView text) {
+    base::Bytes bytes;
+    bytes.reserve(text.size() + 2);
+    appendUnit(bytes, kCompressedMark);
+    bool oneByte = true;
+    for (const char16_t unit : text) {
+        if (isOneByte(unit) != oneByte) {
+            bytes.push_back(0);
+            oneByte = !oneByte;
+        }
+        if (oneByte) {
+            bytes.push_back(static_cast<std::uint8_t>(unit));
+        } else if ((unit & 0xFFU) != 0) {
+            appendUnit(bytes, unit);
+        } else {
+            throw base::RuntimeError(static_cast<std::int32_t>(ErrorNumber::NotUpdated),
+                                     u"Der Text kann nicht gespeichert werden; er beginnt mit dem Zeichen U+FEFF.");
+        }
+    }
+    return bytes;
+}
+
+}  // namespace
+
+bool decodeText(std::span<const std::uint8_t> stored, base::Text& text) {
+    return isCompressed(stored) ? decodeCompressed(stored.subspan(2), text) : decodePlain(stored, text);
+}
+
+bool isCompressible(base::TextView text) {
+    return text.size() >= kFewestCompressedUnits && std::all_of(text.begin(), text.end(), isOneByte);
+}
+
+base::Bytes encodeText(base::TextView text, bool compress) {
+    const bool looksCompressed = !text.empty() && text.front() == kCompressedMark;
+    if (looksCompressed || (compress && isCompressible(text))) return encodeCompressed(text);
+    base::Bytes bytes;
+    bytes.reserve(2 * text.size());
+    for (const char16_t unit : text)
+        appendUnit(bytes, unit);
+    return bytes;
+}
+
+}  // namespace jet
