@@ -44,8 +44,11 @@ fetchTree() {
     cp -a "$work"/all/lib/. "$work"/all/usr/lib/. "$work/tree/lib/"
     find "$work/tree/lib" -mindepth 1 -maxdepth 1 ! -name i386-linux-gnu ! -name wine ! -name 'ld-linux.so.2' \
         -exec rm -rf {} +
-    # The package's own installation step copies this one library.
-    cp "$work"/all/usr/i686-w64-mingw32/lib/zlib1.dll "$work/tree/lib/i386-linux-gnu/wine/i386-windows/"
+    # The package's own installation step copies this one library and marks it, at byte 64, as one of Wine's own:
+    # without the mark no prefix gets it.
+    local zlib=$work/all/usr/i686-w64-mingw32/lib/zlib1.dll
+    { head -c 64 "$zlib"; printf 'Wine builtin DLL'; head -c 16 /dev/zero; tail -c +97 "$zlib"; } \
+        >"$work/tree/lib/i386-linux-gnu/wine/i386-windows/zlib1.dll"
     mv "$work/tree" "$tree"
 }
 

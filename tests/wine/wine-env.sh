@@ -1,8 +1,7 @@
 # Sourced: how the exes of one architecture are run here. Set TOLV_ARCH (x64 or x86) before.
 #
-# Each architecture has its own command, so that a machine's 32-bit Wine may live in a tree of its own:
-#   TOLV_WINE_X64, TOLV_WINE_X86   what comes before the exe's name (default: wine; may hold blanks,
-#                                  as in "chroot /srv/wine32 wine"). The tree must see the checkout at its own path.
+# Each architecture may have a command of its own:
+#   TOLV_WINE_X64, TOLV_WINE_X86   what comes before the exe's name (default: wine; may hold blanks)
 #   TOLV_WINESERVER_X64, _X86      the same for the server (default: wineserver)
 #   TOLV_WINE_DIR                  where prefixes and run folders lie (default: out/wine of the checkout)
 #

@@ -9,6 +9,7 @@
 set -u
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 
+arguments=("$@")
 dpi=96 screen=1366x768x24 limit=600 keep=
 while [ $# -gt 0 ]; do
     case $1 in
@@ -21,6 +22,9 @@ while [ $# -gt 0 ]; do
     esac
 done
 [ $# -gt 0 ] || { sed -n '2,/^set/s/^# \{0,1\}//p' "$0" >&2; exit 2; }
+if [ "${TOLV_ARCH:-}" = x86 ] && [ -z "${TOLV_WINE_X86:-}" ] && [ ! -x /usr/lib/wine/wine ]; then
+    exec "$here/../wine32.sh" "$0" "${arguments[@]}"
+fi
 . "$here/wine-env.sh" || exit $?
 
 # Made once a machine and Wine version. Two scripts that start together wait for each other.
