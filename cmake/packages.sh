@@ -8,6 +8,10 @@ winePackages=(wine64 wine xvfb xdotool openbox imagemagick x11-apps x11-xkb-util
     fonts-dejavu-core python3 procps)
 testPackages=(clang-format clang-tidy python3 python3-pefile mdbtools ca-certificates util-linux git)
 
+mdbReader=mdb-reader@3.2.0 # from npm, a second opinion in tests/foreign
+
+# What is fetched or found out once a machine, for every clone.
+cacheFolder=${XDG_CACHE_HOME:-$HOME/.cache}/prjDexoBenutzerkonten
 export DEBIAN_FRONTEND=noninteractive LC_ALL=${LC_ALL:-C.UTF-8}
 
 say() { printf '== %s\n' "$*"; }
@@ -46,6 +50,18 @@ needPackages() {
 # The Node.js of the machine serves if it brings npm; else Debian's.
 needNode() {
     command -v node >/dev/null && command -v npm >/dev/null || needPackages nodejs npm
+}
+
+# Sets mdbReaderModules to the folder that holds the package.
+needMdbReader() {
+    mdbReaderModules=$cacheFolder/$mdbReader
+    [ ! -e "$mdbReaderModules/.ready" ] || return 0
+    needNode
+    say "installing the npm package $mdbReader"
+    mkdir -p "$mdbReaderModules" out
+    npm install --no-save --no-package-lock --no-audit --no-fund --prefix "$mdbReaderModules" "$mdbReader" \
+        >out/npm.log 2>&1 </dev/null || { tail -20 out/npm.log >&2; die "$mdbReader could not be installed"; }
+    touch "$mdbReaderModules/.ready"
 }
 
 # Wine takes the language and the code page of its programs from here.

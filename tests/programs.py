@@ -3,8 +3,8 @@
 
 usage: tests/programs.py BUILD [--wine]
 
-The programs are those ctest knows, two at a time. Natively they run as they are, with --wine through `wine` of the
-PATH. A skipped case is a failed one: what a machine lacks must be said by the script that runs the tests.
+The programs are those ctest knows, two at a time. Natively they run as they are, with --wine through the command
+that TOLV_WINE names (see tests/wine/wine-env.sh). A skipped case is a failed one: what a machine lacks must be said by the script that runs the tests.
 """
 import concurrent.futures
 import json
@@ -29,7 +29,7 @@ def programs(build):
 def run(name, command, environment, folder, wine):
     if wine:
         program = [index for index, word in enumerate(command) if word.endswith(".exe")]
-        command = ["wine"] + command[program[0] if program else 0:]
+        command = os.environ["TOLV_WINE"].split() + command[program[0] if program else 0:]
     try:
         done = subprocess.run(command, cwd=folder, env={**os.environ, **environment}, stdin=subprocess.DEVNULL,
                               stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=LIMIT_SECONDS)

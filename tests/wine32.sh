@@ -10,7 +10,7 @@ set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 . "$root/cmake/packages.sh"
 
-cache=${XDG_CACHE_HOME:-$HOME/.cache}/prjDexoBenutzerkonten
+cache=$cacheFolder
 version=$(dpkg-query -W -f '${Version}' libwine)
 tree=$cache/i386-$(. /etc/os-release; echo "$VERSION_CODENAME")-$version
 

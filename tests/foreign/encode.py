@@ -1,0 +1,48 @@
+#!/usr/bin/python3
+"""Writes an encoded copy of an account file: encode.py SOURCE TARGET KEY (hexadecimal).
+
+This is a writer of its own on purpose: it shares no line with the engine whose reading it tests. An encoded file
+differs from the plain one in two things. The header names a key, inside the part that a fixed stream covers, and
+every page but the first is covered by a stream that its own number and that key begin.
+"""
+import pathlib
+import sys
+
+PAGE_BYTES = 4096
+HEADER_COVER = (0x18, 0x98, bytes.fromhex("c7da396b"))
+KEY_OFFSET = 0x3E
+
+
+def covered(key, data):
+    """RC4. The stream is its own inverse."""
+    box, swap = list(range(256)), 0
+    for index in range(256):
+        swap = (swap + box[index] + key[index % len(key)]) % 256
+        box[index], box[swap] = box[swap], box[index]
+    result, first, second = bytearray(), 0, 0
+    for byte in data:
+        first = (first + 1) % 256
+        second = (second + box[first]) % 256
+        box[first], box[second] = box[second], box[first]
+        result.append(byte ^ box[(box[first] + box[second]) % 256])
+    return bytes(result)
+
+
+def encode(source, target, key):
+    data = bytearray(pathlib.Path(source).read_bytes())
+    start, end, stream = HEADER_COVER
+    header = bytearray(data[:PAGE_BYTES])
+    header[start:end] = covered(stream, header[start:end])
+    if int.from_bytes(header[KEY_OFFSET:KEY_OFFSET + 4], "little") != 0:
+        raise SystemExit("the file is encoded already")
+    header[KEY_OFFSET:KEY_OFFSET + 4] = key.to_bytes(4, "little")
+    header[start:end] = covered(stream, header[start:end])
+    data[:PAGE_BYTES] = header
+    for page in range(1, len(data) // PAGE_BYTES):
+        place = slice(page * PAGE_BYTES, (page + 1) * PAGE_BYTES)
+        data[place] = covered((key ^ page).to_bytes(4, "little"), data[place])
+    pathlib.Path(target).write_bytes(data)
+
+
+if __name__ == "__main__":
+    encode(sys.argv[1], sys.argv[2], int(sys.argv[3], 16))
