@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "base/Value.h"
+#include "jet/FreshPages.h"
+#include "jet/IndexPage.h"
+
+namespace jet {
+
+/// The entries of an index, gathered in any order and then put in theirs.
+class IndexEntries {
+public:
+    void add(std::span<const std::uint8_t> key, RowPointer row);
+    std::size_t size() const { return places_.size(); }
+    void sort();
+
+    /// Key and row pointer of entry i.
+    std::span<const std::uint8_t> entry(std::size_t i) const;
+    std::span<const std::uint8_t> key(std::size_t i) const { return withoutRow(entry(i)); }
+
+private:
+    struct Place {
+        std::size_t offset;
+        std::size_t bytes;
+    };
+    static std::span<const std::uint8_t> withoutRow(std::span<const std::uint8_t> entry) {
+        return entry.first(entry.size() - kIndexRowBytes);
+    }
+
+    base::Bytes bytes_;
+    std::vector<Place> places_;
+};
+
+/// Builds a whole index tree of entries in their order: leaves are filled one after the other, then the levels of
+/// nodes above them. The root keeps its page. Only the nodes on the rightmost path have a tail; the others have
+/// an entry for every child.
+///
+/// @param root  allocated before
+/// @return all pages of the tree in ascending order
+std::vector<PageNumber> buildIndexTree(FreshPages& pages, PageNumber definitionPage, PageNumber root,
+                                       const IndexEntries& entries);
+
+}  // namespace jet
