@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+
+#include "base/Text.h"
+#include "jet/PageIo.h"
+#include "jet/TableDesign.h"
+
+namespace kontodb {
+
+/// The account table as a fresh file gets it: numbers as primary key, an index on the names that lets equal ones
+/// in, since the tool itself sees to it that there are none.
+jet::TableDesign accountTableDesign();
+
+/// Makes an account file.
+/// @param io        an empty file
+/// @param accounts  number of invented accounts
+/// @param seed      which ones
+void writeAccountFile(jet::PageIo& io, const base::Text& password, std::uint32_t accounts, std::uint64_t seed);
+
+}  // namespace kontodb

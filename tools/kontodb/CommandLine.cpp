@@ -1,0 +1,73 @@
+#include "tools/kontodb/CommandLine.h"
+
+#include <algorithm>
+
+namespace kontodb {
+namespace {
+
+bool contains(std::initializer_list<base::TextView> names, base::TextView name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+}  // namespace
+
+CommandLine::CommandLine(std::span<const base::Text> arguments, std::initializer_list<base::TextView> options,
+                         std::initializer_list<base::TextView> flags) {
+    bool optionsEnded = false;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const base::Text& argument = arguments[i];
+        if (optionsEnded || !argument.starts_with(u"--")) {
+            operands_.push_back(argument);
+            continue;
+        }
+        if (argument == u"--") {
+            optionsEnded = true;
+            continue;
+        }
+        const std::size_t equals = argument.find(u'=');
+        const base::Text name = argument.substr(0, equals);
+        base::Text value;
+        if (contains(options, name)) {
+            if (equals != base::Text::npos)
+                value = argument.substr(equals + 1);
+            else if (++i < arguments.size())
+                value = arguments[i];
+            else
+                throw UsageError(u"Zu " + name + u" fehlt der Wert.");
+        } else if (!contains(flags, argument)) {
+            throw UsageError(u"Unbekannte Option " + name + u".");
+        }
+        if (!values_.emplace(name, value).second) throw UsageError(u"Die Option " + name + u" steht zweimal da.");
+    }
+}
+
+void CommandLine::requireOperands(std::size_t count) const {
+    if (operands_.size() < count) throw UsageError(u"Es fehlt ein Argument.");
+    if (operands_.size() > count) throw UsageError(u"Überzähliges Argument '" + operands_[count] + u"'.");
+}
+
+std::optional<base::Text> CommandLine::option(base::TextView name) const {
+    const auto found = values_.find(name);
+    if (found == values_.end()) return std::nullopt;
+    return found->second;
+}
+
+std::uint64_t CommandLine::number(base::TextView name, std::uint64_t otherwise, std::uint64_t largest) const {
+    const auto text = option(name);
+    if (!text) return otherwise;
+    std::uint64_t number = 0;
+    bool sound = !text->empty();
+    for (const char16_t unit : *text) {
+        const std::uint64_t digit = static_cast<std::uint64_t>(unit) - u'0';
+        sound = unit >= u'0' && unit <= u'9' && digit <= largest && number <= (largest - digit) / 10;
+        if (!sound) break;
+        number = number * 10 + digit;
+    }
+    if (!sound) {
+        throw UsageError(base::Text(name) + u" verlangt eine ganze Zahl von 0 bis " +
+                         base::fromUtf8(std::to_string(largest)) + u".");
+    }
+    return number;
+}
+
+}  // namespace kontodb

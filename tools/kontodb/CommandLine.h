@@ -1,0 +1,52 @@
+#pragma once
+
+#include <exception>
+#include <initializer_list>
+#include <map>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/Text.h"
+
+namespace kontodb {
+
+/// The command was not called as its usage text says. Shown with the usage text; exit code 2.
+class UsageError : public std::exception {
+public:
+    explicit UsageError(const base::Text& description) : what_(base::toUtf8(description)) {}
+    const char* what() const noexcept override { return what_.c_str(); }
+
+private:
+    std::string what_;
+};
+
+/// The arguments behind a command's name, told apart: `--option VALUE` (or `--option=VALUE`), `--flag`, and
+/// the rest in order. Behind `--` nothing is an option any more.
+class CommandLine {
+public:
+    /// @throws UsageError for an unknown option, one that is there twice, or one without its value
+    CommandLine(std::span<const base::Text> arguments, std::initializer_list<base::TextView> options,
+                std::initializer_list<base::TextView> flags = {});
+
+    std::size_t count() const { return operands_.size(); }
+
+    /// @throws UsageError if there are not exactly `count` arguments that are no options
+    void requireOperands(std::size_t count) const;
+    const base::Text& operand(std::size_t i) const { return operands_.at(i); }
+
+    std::optional<base::Text> option(base::TextView name) const;
+    bool flag(base::TextView name) const { return values_.find(name) != values_.end(); }
+
+    /// The option as a whole number from 0 to `largest`, or `otherwise` if it is not given.
+    /// @throws UsageError if it is anything else
+    std::uint64_t number(base::TextView name, std::uint64_t otherwise, std::uint64_t largest) const;
+
+private:
+    std::vector<base::Text> operands_;
+    std::map<base::Text, base::Text, std::less<>> values_;
+};
+
+}  // namespace kontodb

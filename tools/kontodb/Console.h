@@ -1,0 +1,26 @@
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+#include "base/Text.h"
+
+/// What the commands print, as UTF-8: results to the first door, errors to the second. A failed write is
+/// noticed when the command ends, in flush.
+namespace kontodb {
+
+class Console {
+public:
+    virtual ~Console() = default;
+    virtual void print(std::string_view utf8) = 0;
+    virtual void printError(std::string_view utf8) = 0;
+
+    /// Asks the user, who types unseen.
+    /// @return nothing if there is no terminal to ask at
+    virtual std::optional<base::Text> askPassword(base::TextView /*prompt*/) { return std::nullopt; }
+
+    /// @throws base::RuntimeError if something printed did not get out (a full disk, a closed pipe)
+    virtual void flush() = 0;
+};
+
+}  // namespace kontodb

@@ -1,0 +1,76 @@
+#include "tools/kontodb/StandardConsole.h"
+
+#include <cstdio>
+
+#include "base/RuntimeError.h"
+#include "tools/kontodb/PasswordPrompt.h"
+
+#ifdef _WIN32
+#include <fcntl.h>
+#include <io.h>
+#endif
+
+namespace kontodb {
+namespace {
+
+constexpr std::int32_t kDiskOrPipeError = 57;
+
+#ifdef _WIN32
+bool isWindow(std::FILE* stream) {
+    return _isatty(_fileno(stream)) != 0;
+}
+
+void prepare(std::FILE* stream) {
+    std::fflush(stream);
+    _setmode(_fileno(stream), isWindow(stream) ? _O_U16TEXT : _O_BINARY);
+}
+
+bool write(std::FILE* stream, std::string_view utf8) {
+    if (!isWindow(stream)) return std::fwrite(utf8.data(), 1, utf8.size(), stream) == utf8.size();
+    const base::Text text = base::fromUtf8(utf8);
+    for (const char16_t unit : text) {
+        if (std::fputwc(static_cast<wchar_t>(unit), stream) == WEOF) return false;
+    }
+    return true;
+}
+#else
+void prepare(std::FILE*) {}
+
+bool write(std::FILE* stream, std::string_view utf8) {
+    return std::fwrite(utf8.data(), 1, utf8.size(), stream) == utf8.size();
+}
+#endif
+
+}  // namespace
+
+StandardConsole::StandardConsole() {
+    prepare(stdout);
+    prepare(stderr);
+}
+
+void StandardConsole::print(std::string_view utf8) {
+    if (!write(stdout, utf8)) failed_ = true;
+}
+
+void StandardConsole::printError(std::string_view utf8) {
+    // Where errors cannot be written there is nobody to tell.
+    static_cast<void>(write(stderr, utf8));
+    std::fflush(stderr);
+}
+
+std::optional<base::Text> StandardConsole::askPassword(base::TextView prompt) {
+    if (!isInputTerminal()) return std::nullopt;
+    printError(base::toUtf8(prompt));
+    auto password = readHiddenLine();
+    printError("\n");
+    return password;
+}
+
+void StandardConsole::flush() {
+    if (std::fflush(stdout) != 0 || failed_) {
+        failed_ = false;
+        throw base::RuntimeError(kDiskOrPipeError, u"Die Ausgabe konnte nicht geschrieben werden.");
+    }
+}
+
+}  // namespace kontodb

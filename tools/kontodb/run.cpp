@@ -1,0 +1,67 @@
+#include <new>
+#include <string>
+
+#include "base/RuntimeError.h"
+#include "tools/kontodb/CommandLine.h"
+#include "tools/kontodb/Commands.h"
+
+namespace kontodb {
+namespace {
+
+constexpr char kUsage[] =
+    R"(kontodb - Kontendateien der Tolv-Benutzerkontenverwaltung
+
+Aufruf:
+  kontodb create DATEI [--password KENNWORT] [--accounts N] [--seed S]
+      legt eine neue Kontendatei mit N erfundenen Konten an (ohne Angabe: keinen).
+      Gleiches S ergibt die gleiche Datei. Geschützt wird sie mit dem eigenen
+      Datenbankkennwort des Programms oder dem angegebenen; --password "" legt
+      sie ohne Kennwort an. Eine Datei, die es schon gibt, bleibt unberührt.
+  kontodb query DATEI "SELECT ..." [--json] [--password KENNWORT | --password-file DATEI]
+      gibt die Zeilen aus: durch Tabulatoren getrennt mit einer Kopfzeile, null
+      als \N, ja/nein als -1/0; mit --json ein Objekt je Zeile.
+  kontodb --help
+      zeigt diesen Text.
+
+Ergebnis: 0 Erfolg, 1 Befund, 2 Fehler.
+)";
+
+constexpr int kInvalidCall = 5;
+constexpr int kOutOfMemory = 7;
+
+int runCommand(std::span<const base::Text> arguments, Console& console) {
+    if (arguments.empty()) throw UsageError(u"Es fehlt der Befehl.");
+    const base::Text& command = arguments[0];
+    const auto rest = arguments.subspan(1);
+    if (command == u"--help" || command == u"-h" || (!rest.empty() && rest[0] == u"--help")) {
+        console.print(kUsage);
+        return kExitSuccess;
+    }
+    if (command == u"create") return create(rest, console);
+    if (command == u"query") return query(rest, console);
+    throw UsageError(u"Unbekannter Befehl '" + command + u"'.");
+}
+
+void printFailure(Console& console, int number, const std::string& description) {
+    console.printError("kontodb: " + std::to_string(number) + ": " + description + "\n");
+}
+
+}  // namespace
+
+int run(std::span<const base::Text> arguments, Console& console) {
+    try {
+        const int exitCode = runCommand(arguments, console);
+        console.flush();
+        return exitCode;
+    } catch (const UsageError& error) {
+        printFailure(console, kInvalidCall, error.what());
+        console.printError("Aufruf und Optionen zeigt: kontodb --help\n");
+    } catch (const base::RuntimeError& error) {
+        printFailure(console, error.number(), base::toUtf8(error.description()));
+    } catch (const std::bad_alloc&) {
+        printFailure(console, kOutOfMemory, "Nicht genügend Arbeitsspeicher.");
+    }
+    return kExitError;
+}
+
+}  // namespace kontodb
