@@ -1,0 +1,172 @@
+#include <gmock/gmock.h>
+
+#include "accounts/AccountTable.h"
+#include "tests/support/Expect.h"
+#include "tests/support/Tool.h"
+#include "ui/frmBenKto.h"
+
+namespace tolv {
+namespace {
+
+using test::errorOf;
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using Shape = platform::MousePointer::Shape;
+
+constexpr forms::Color kGrey = 0x00C0C0C0;
+
+class frmBenKtoTest : public testing::Test {
+protected:
+    void addAccounts() {
+        tool.database.add(17, u"Zorn", u"D:\\Z\\", base::Text(u"geändert"), true);
+        tool.database.add(3, u"Abel", u"C:\\A", base::Text(accountTable::kStoredInitialPassword));
+        tool.database.add(8, u"Meier", u"C:\\M");
+    }
+    void expectCleanSaveButton() {
+        EXPECT_EQ(window.cmdSpeichern.Caption(), u"Speichern");
+        EXPECT_EQ(window.cmdSpeichern.BackColor(), 0x8000000FU);
+        EXPECT_FALSE(window.cmdSpeichern.FontBold());
+        EXPECT_FALSE(window.cmdSpeichern.Enabled());
+    }
+    void expectAccount(base::TextView name, base::TextView path, std::int16_t update) {
+        EXPECT_EQ(window.txtUserNameDexo.Text(), name);
+        EXPECT_EQ(window.txtPathGlobal.Text(), path);
+        EXPECT_EQ(window.chbProgrammupdate.Value(), update);
+        EXPECT_EQ(window.lvwBenKto.SelectedItem()->Text(), name) << "selection and fields never part";
+        for (forms::TextBox* box : {&window.txtUserNameDexo, &window.txtPathGlobal}) {
+            EXPECT_TRUE(box->Enabled());
+            EXPECT_EQ(box->BackColor(), 0x80000005U);
+        }
+        EXPECT_TRUE(window.chbProgrammupdate.Enabled());
+        expectCleanSaveButton();
+    }
+    void expectEmpty() {
+        for (forms::TextBox* box : {&window.txtUserNameDexo, &window.txtPathGlobal}) {
+            EXPECT_FALSE(box->Enabled());
+            EXPECT_EQ(box->BackColor(), kGrey);
+            EXPECT_EQ(box->Text(), u"");
+        }
+        EXPECT_FALSE(window.chbProgrammupdate.Enabled());
+        EXPECT_EQ(window.chbProgrammupdate.Value(), forms::CheckBox::kUnchecked);
+        EXPECT_FALSE(window.cmdGlobal.Enabled());
+        expectCleanSaveButton();
+    }
+    int loads() const {
+        return static_cast<int>(std::count_if(tool.log.begin(), tool.log.end(), [](const std::string& entry) {
+            return entry.find("WHERE BenKTO_ID") != std::string::npos;
+        }));
+    }
+
+    test::Tool tool;
+    frmBenKto& window = tool.window();
+};
+
+TEST_F(frmBenKtoTest, itsControlsStandInTheOrderOfDefinitionAndAnotherTabOrder) {
+    std::vector<std::string> names;
+    for (const forms::Control* control : window.Controls())
+        names.push_back(base::toUtf8(control->Name()));
+    EXPECT_THAT(names, ElementsAre("chbProgrammupdate", "Frame27", "cmbResetPWD", "txtUserNameDexo", "txtPathGlobal",
+                                   "cmdGlobal", "Label1", "Label5", "cmdAbbrechen", "cmdDel", "cmbAddNew",
+                                   "cmdSpeichern", "lvwBenKto", "imgList_Sort"));
+    EXPECT_THAT(window.tabOrder(),
+                ElementsAreArray<forms::Control*>({&window.lvwBenKto, &window.cmbAddNew, &window.txtUserNameDexo,
+                                                   &window.txtPathGlobal, &window.cmdGlobal, &window.chbProgrammupdate,
+                                                   &window.cmdSpeichern, &window.cmbResetPWD, &window.cmdDel,
+                                                   &window.cmdAbbrechen}));
+    EXPECT_EQ(window.lvwBenKto.ColumnHeaders(1).widthHimetric(), 5556);
+    EXPECT_EQ(window.lvwBenKto.ColumnHeaders(2).widthHimetric(), 2540);
+}
+
+TEST_F(frmBenKtoTest, withAccountsItOpensOnTheFirstByName) {
+    addAccounts();
+    tool.openAccountWindow();
+    EXPECT_EQ(window.lvwBenKto.rowCount(), 3);
+    expectAccount(u"Abel", u"C:\\A", 0);
+    EXPECT_EQ(window.Caption(), u"Tolv-Benutzerkontenverwaltung");
+    EXPECT_EQ(window.lvwBenKto.ColumnHeaderIcons(), &window.imgList_Sort);
+    EXPECT_TRUE(window.lvwBenKto.hasFocus());
+    EXPECT_EQ(loads(), 1);
+}
+
+TEST_F(frmBenKtoTest, withoutAccountsItOpensEmptyAndLocked) {
+    window.txtUserNameDexo.setText(u"Rest");
+    window.chbProgrammupdate.setValue(forms::CheckBox::kChecked);
+    tool.openAccountWindow();
+    expectEmpty();
+    EXPECT_TRUE(window.lvwBenKto.hasFocus());
+    EXPECT_TRUE(window.cmdAbbrechen.Enabled());
+}
+
+TEST_F(frmBenKtoTest, everyMoveOfTheSelectionLoadsThatAccountOnceUnderTheHourglass) {
+    addAccounts();
+    tool.openAccountWindow();
+    tool.log.clear();
+    tool.services.mousePointer.shapes.clear();
+    window.lvwBenKto.userSelectedRow(2);
+    expectAccount(u"Zorn", u"D:\\Z", 1);
+    EXPECT_EQ(loads(), 1);
+    EXPECT_THAT(tool.services.mousePointer.shapes, ElementsAre(Shape::Hourglass, Shape::Default));
+
+    window.txtUserNameDexo.userTyped(u"anders");
+    window.lvwBenKto.userClickedSelectedRow();
+    expectAccount(u"Zorn", u"D:\\Z", 1);
+    EXPECT_EQ(loads(), 2) << "a click on the selected row reads the account afresh";
+
+    window.lvwBenKto.userEmptiedSelection();
+    EXPECT_EQ(loads(), 2);
+    expectAccount(u"Zorn", u"D:\\Z", 1);
+}
+
+TEST_F(frmBenKtoTest, anAccountThatIsGoneRaisesTheErrorAndTakesTheHourglassBack) {
+    addAccounts();
+    tool.openAccountWindow();
+    tool.database.rows.clear();
+    EXPECT_EQ(errorOf([&] { window.lvwBenKto.userSelectedRow(1); }), 3021);
+    EXPECT_EQ(tool.services.mousePointer.shapes.back(), Shape::Default);
+    EXPECT_EQ(window.txtUserNameDexo.Text(), u"Abel");
+
+    tool.services.mousePointer.shapes.clear();
+    window.lvwBenKto.ListItems(3).setTag(base::Text(u"keine Zahl"));
+    EXPECT_EQ(errorOf([&] { window.lvwBenKto.userSelectedRow(2); }), 13);
+    EXPECT_THAT(tool.services.mousePointer.shapes, ElementsAre(Shape::Hourglass, Shape::Default));
+}
+
+TEST_F(frmBenKtoTest, aRowClickWithNothingSelectedLocksTheFields) {
+    addAccounts();
+    tool.openAccountWindow();
+    const forms::ListItem item = window.lvwBenKto.ListItems(2);
+    window.lvwBenKto.setSelectedItem(std::nullopt);
+    window.lvwBenKto.onItemClick(item);
+    expectEmpty();
+    EXPECT_EQ(window.lvwBenKto.rowCount(), 3);
+    window.lvwBenKto.userSelectedRow(1);
+    expectAccount(u"Meier", u"C:\\M", 0);
+}
+
+TEST_F(frmBenKtoTest, theCommandsThatAreMissingCannotBeReached) {
+    addAccounts();
+    tool.openAccountWindow();
+    window.lvwBenKto.userSelectedRow(2);
+    window.txtUserNameDexo.userTyped(u"anders");
+    for (const forms::Control* control : std::initializer_list<forms::Control*>{
+             &window.cmbAddNew, &window.cmdSpeichern, &window.cmdDel, &window.cmbResetPWD, &window.cmdGlobal}) {
+        EXPECT_FALSE(control->Enabled()) << test::shown(control->Name());
+    }
+    window.userPressedKey(u'S', forms::Form::kCtrlMask);
+    EXPECT_EQ(tool.database.rows.size(), 3U);
+}
+
+TEST_F(frmBenKtoTest, everyWayToCloseReleasesTheAccountFileAndAsksNothing) {
+    const std::vector<std::function<void()>> ways{[&] { window.cmdAbbrechen.userClicked(); },
+                                                  [&] { window.userPressedEscape(); }, [&] { window.userClosed(); }};
+    for (const auto& way : ways) {
+        tool.openAccountWindow();
+        window.txtUserNameDexo.userTyped(u"ungespeichert");
+        tool.log.clear();
+        way();
+        EXPECT_THAT(tool.log, ElementsAre("close connection", "connection released", "FSO gone", "unloaded frmBenKto"));
+    }
+}
+
+}  // namespace
+}  // namespace tolv
