@@ -1,0 +1,70 @@
+#!/usr/bin/python3
+"""Benchmarks as ratios within one run: bench/run.py (after ./build linux).
+
+Reading, ordering and printing 100,000 accounts against mdb-export and sort, and against reading the file's bytes;
+opening the account window without native windows at 1,000, 100,000 and 1,000,000 accounts. Times are the best of
+several runs.
+"""
+import json
+import os
+import subprocess
+import tempfile
+import time
+
+ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+KONTODB = os.path.join(ROOT, "out/linux/bin/kontodb")
+BUILD = os.path.join(ROOT, "out/build/native-release")
+PASSWORD = "HwendorpliqZ"
+ORDERED = "SELECT * FROM Benutzerkonto ORDER BY BenKTO_Name"
+
+
+def best(command, runs=5):
+    times = []
+    for _ in range(runs):
+        start = time.perf_counter()
+        subprocess.run(command, shell=True, check=True, stdout=subprocess.DEVNULL)
+        times.append(time.perf_counter() - start)
+    return min(times)
+
+
+def reading(file):
+    ours = best(f"'{KONTODB}' query '{file}' '{ORDERED}' --password {PASSWORD}")
+    foreign = best(f"mdb-export -H '{file}' Benutzerkonto | sort")
+    plain = best(f"cat '{file}'")
+    print(f"100,000 accounts read, ordered and printed: {ours * 1000:.0f} ms")
+    print(f"  mdb-export | sort takes {foreign / ours:.1f} times as long (wanted: 5 or more)")
+    print(f"  reading the file's bytes alone: 1/{ours / plain:.1f} of it")
+
+
+def windows(files):
+    print("account window opened, without native windows:")
+    last = None
+    for count, file in files.items():
+        runs = [json.loads(subprocess.run([f"{BUILD}/bench/open_window", file], check=True, capture_output=True).stdout)
+                for _ in range(3)]
+        one = min(runs, key=lambda run: run["open_ms"])
+        growth = ""
+        if last:
+            growth = (f"; {one['open_ms'] / last['open_ms']:.1f} times the time for "
+                      f"{count / last['rows']:.0f} times the accounts")
+        print(f"  {count:9,} accounts: {one['open_ms']:8.1f} ms, {one['peak_kib'] / 1024:6.1f} MB at most, "
+              f"{one['move_ms']:.3f} ms to go to another{growth}")
+        last = one
+
+
+def main():
+    subprocess.run(["cmake", "--build", BUILD, "--target", "open_window"], check=True, stdout=subprocess.DEVNULL)
+    with tempfile.TemporaryDirectory() as folder:
+        files = {}
+        for count in (1000, 100000, 1000000):
+            files[count] = f"{folder}/{count}.mdb"
+            start = time.perf_counter()
+            subprocess.run([KONTODB, "create", files[count], "--accounts", str(count)], check=True,
+                           stdout=subprocess.DEVNULL)
+            print(f"{count:9,} accounts made in {(time.perf_counter() - start) * 1000:.0f} ms, "
+                  f"{os.path.getsize(files[count]) / 1e6:.1f} MB")
+        reading(files[100000])
+        windows(files)
+
+
+main()

@@ -1,0 +1,111 @@
+#include <algorithm>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <random>
+
+#include "tests/fuzz/ReadEverything.h"
+#include "tests/fuzz/Seeds.h"
+
+namespace jet {
+namespace {
+
+/// Numbers that offsets, counts, lengths and page numbers do not expect.
+constexpr std::uint32_t kExtremes[] = {0, 1, 0xFF, 0x1FFF, 0x7FFF, 0x8000, 0xFFFF, 0x10000, 0x7FFFFFFF, 0xFFFFFFFF};
+
+class Mutator {
+public:
+    explicit Mutator(std::uint32_t randomSeed) : random_(randomSeed) {}
+
+    base::Bytes mutate(const base::Bytes& sound) {
+        base::Bytes file = sound;
+        const std::uint32_t changes = 1 + below(3);
+        for (std::uint32_t i = 0; i < changes && !file.empty(); ++i)
+            change(file);
+        return file;
+    }
+
+    std::uint32_t below(std::size_t limit) { return static_cast<std::uint32_t>(random_() % limit); }
+
+private:
+    /// Half of the places lie at the beginning of a page, where its structure stands.
+    std::size_t place(const base::Bytes& file) {
+        if (below(2) == 0) return below(file.size());
+        const std::size_t pageStart = below((file.size() + 4095) / 4096) * std::size_t{4096};
+        return std::min(pageStart + below(96), file.size() - 1);
+    }
+
+    void change(base::Bytes& file) {
+        switch (below(8)) {
+            case 0:
+                file.resize(below(file.size() + 1));
+                break;
+            case 1:
+                swapPages(file);
+                break;
+            case 2:
+            case 3:
+                putExtreme(file);
+                break;
+            case 4:
+                file[place(file)] = static_cast<std::uint8_t>(below(256));
+                break;
+            default:
+                file[place(file)] ^= static_cast<std::uint8_t>(1U << below(8));
+        }
+    }
+
+    void swapPages(base::Bytes& file) {
+        const std::size_t pages = file.size() / 4096;
+        if (pages < 2) return;
+        const auto page = [&](std::size_t number) { return file.begin() + static_cast<std::ptrdiff_t>(number * 4096); };
+        const std::size_t from = below(pages);
+        std::copy_n(page(from), 4096, page(below(pages)));
+    }
+
+    void putExtreme(base::Bytes& file) {
+        const std::size_t at = place(file);
+        const std::size_t count = std::min<std::size_t>(std::size_t{1} << below(3), file.size() - at);
+        const std::uint32_t value = kExtremes[below(std::size(kExtremes))];
+        for (std::size_t i = 0; i < count; ++i)
+            file[at + i] = static_cast<std::uint8_t>(value >> (8 * i));
+    }
+
+    std::mt19937 random_;
+};
+
+std::uint32_t environmentNumber(const char* name, std::uint32_t otherwise) {
+    const char* text = std::getenv(name);
+    return text != nullptr ? static_cast<std::uint32_t>(std::strtoul(text, nullptr, 10)) : otherwise;
+}
+
+TEST(DamagedFiles, SoundSeedsAreReadWithoutDamage) {
+    for (const Seed& seed : seeds()) {
+        if (seed.name.find("V1997") != std::string::npos || seed.name.find("UnicodeComp") != std::string::npos)
+            continue;
+        const ReadEverythingResult result = readEverything(seed.file, kSeedPassword);
+        EXPECT_EQ(result.damageCount, 0U) << seed.name;
+        EXPECT_GT(result.valueCount, 100U) << seed.name;
+    }
+}
+
+/// Whatever is done to a file, reading it ends, in values or in run-time errors: no crash, no endless loop, no
+/// memory beyond measure. A fault of the engine ends this program under the sanitizers or at the time limit.
+/// TOLV_MUTATIONS and TOLV_RANDOM_SEED make longer and other runs.
+TEST(DamagedFiles, EndInValuesOrInRunTimeErrors) {
+    const std::vector<Seed> all = seeds();
+    const std::uint32_t count = environmentNumber("TOLV_MUTATIONS", 20000);
+    const std::uint32_t randomSeed = environmentNumber("TOLV_RANDOM_SEED", 1);
+    Mutator mutator(randomSeed);
+    std::size_t damaged = 0;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const Seed& seed = all[mutator.below(all.size())];
+        const base::Bytes file = mutator.mutate(seed.file);
+        SCOPED_TRACE(seed.name + ", random seed " + std::to_string(randomSeed) + ", mutation " + std::to_string(i));
+        ASSERT_NO_THROW(damaged += readEverything(file, kSeedPassword).damageCount > 0 ? 1 : 0);
+    }
+    // Most changes hit something that counts; if not, the damage goes unseen.
+    EXPECT_GT(damaged, count / 4);
+}
+
+}  // namespace
+}  // namespace jet

@@ -1,0 +1,70 @@
+#include "tests/fuzz/ReadEverything.h"
+
+#include <functional>
+#include <memory>
+#include <utility>
+
+#include "base/RuntimeError.h"
+#include "jet/Catalog.h"
+#include "jet/Database.h"
+#include "jet/IndexCursor.h"
+#include "jet/MemoryIo.h"
+#include "jet/Table.h"
+
+namespace jet {
+namespace {
+
+/// Damage ends the step, not the whole reading: what lies behind a broken table is to be read as well.
+void countingDamage(ReadEverythingResult& result, const std::function<void()>& step) {
+    try {
+        step();
+    } catch (const base::RuntimeError& error) {
+        // The boundary of the tool shows the description, so it must be there.
+        if (error.description().empty()) throw std::logic_error("a run-time error without description");
+        ++result.damageCount;
+    }
+}
+
+void readIndex(PageSource& source, const Table& table, const IndexDefinition& index, ReadEverythingResult& result) {
+    IndexCursor cursor(source, table.definition(), index);
+    for (bool there = cursor.first(); there; there = cursor.next()) {
+        rowAtEntry(table, index, cursor);
+        ++result.valueCount;
+    }
+    for (bool there = cursor.last(); there; there = cursor.previous())
+        ++result.valueCount;
+}
+
+void readTable(PageSource& source, const CatalogEntry& entry, ReadEverythingResult& result) {
+    const Table table(source, entry);
+    countingDamage(result, [&] {
+        for (RowCursor cursor(table); cursor.next();) {
+            for (const Column& column : table.definition().columns) {
+                table.value(cursor.row().view, column);
+                ++result.valueCount;
+            }
+        }
+    });
+    countingDamage(result, [&] { table.properties(); });
+    for (const IndexDefinition& index : table.definition().indexes) {
+        countingDamage(result, [&] { readIndex(source, table, index, result); });
+    }
+}
+
+}  // namespace
+
+ReadEverythingResult readEverything(base::Bytes file, base::TextView password) {
+    ReadEverythingResult result;
+    countingDamage(result, [&] {
+        Database database = Database::open(std::make_unique<MemoryIo>(std::move(file)), u"fuzz.mdb", password);
+        ReadOperation operation = database.beginRead();
+        const Catalog catalog(operation);
+        countingDamage(result, [&] { readRelationships(operation, catalog); });
+        for (const CatalogEntry& entry : catalog.entries()) {
+            if (entry.isLocalTable()) countingDamage(result, [&] { readTable(operation, entry, result); });
+        }
+    });
+    return result;
+}
+
+}  // namespace jet

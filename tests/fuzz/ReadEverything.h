@@ -1,0 +1,20 @@
+#pragma once
+
+#include "base/Value.h"
+
+namespace jet {
+
+/// Reads all that a file holds: every table of the catalog, row by row and column by column, properties and
+/// relationships, and each index from end to end.
+///
+/// Damage of the file, a RuntimeError, ends the reading of the table at hand and is counted; anything else that
+/// escapes is a fault of the engine.
+/// @param password  of the file
+/// @return what was read, so that no reading can be left out as unused, and how often damage was met
+struct ReadEverythingResult {
+    std::size_t valueCount = 0;
+    std::size_t damageCount = 0;
+};
+ReadEverythingResult readEverything(base::Bytes file, base::TextView password);
+
+}  // namespace jet

@@ -1,0 +1,107 @@
+#include "tests/fuzz/Seeds.h"
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "jet/Creator.h"
+#include "jet/MemoryIo.h"
+
+namespace jet {
+namespace {
+
+using base::Value;
+
+/// Long names, so that few rows already fill several leaves.
+base::Text longName(std::int32_t i) {
+    return u"Müller-Straßenbäcker & Söhne, Niederlassung Nr. " + base::decimal((i * 7919) % 10007) + u" (Außenstelle)";
+}
+
+TableDesign accounts() {
+    return {.name = u"Benutzerkonto",
+            .columns = {{.name = u"BenKTO_ID", .type = ColumnType::Long, .isAutoNumber = true},
+                        {.name = u"BenKTO_Name", .type = ColumnType::Text, .maxUnits = 100},
+                        {.name = u"BenKTO_Pass", .type = ColumnType::Text, .maxUnits = 64},
+                        {.name = u"BenKTO_ServerPath", .type = ColumnType::Text, .maxUnits = 255},
+                        {.name = u"BenKTO_R_ProgUpdate", .type = ColumnType::Boolean}},
+            .indexes = {{.name = u"PrimaryKey", .columns = {{u"BenKTO_ID"}}, .isPrimary = true},
+                        {.name = u"BenKTO_Name", .columns = {{u"BenKTO_Name"}}}}};
+}
+
+Creator::RowFeed accountRows(std::int32_t count) {
+    return [count, id = 0](std::vector<Value>& row) mutable {
+        if (id == count) return false;
+        ++id;
+        row = {id, longName(id), base::Text(64, u'a'), base::Text(u"\\\\server\\konten\\") + longName(id), id % 3 == 0};
+        if (id % 10 == 0) row[1] = base::Null{};
+        return true;
+    };
+}
+
+TableDesign everyType() {
+    const auto column = [](base::Text name, ColumnType type, std::uint16_t maxUnits = 0) {
+        return ColumnDesign{.name = std::move(name), .type = type, .maxUnits = maxUnits};
+    };
+    return {.name = u"Alles",
+            .columns = {column(u"Byte", ColumnType::Byte), column(u"Integer", ColumnType::Integer),
+                        column(u"Long", ColumnType::Long), column(u"Currency", ColumnType::Currency),
+                        column(u"Single", ColumnType::Single), column(u"Double", ColumnType::Double),
+                        column(u"Date", ColumnType::DateTime), column(u"Binary", ColumnType::Binary, 40),
+                        column(u"Text", ColumnType::Text, 50), column(u"Guid", ColumnType::Guid)},
+            .indexes = {{.name = u"Mehrere", .columns = {{u"Text", false}, {u"Integer", true}}},
+                        {.name = u"Binary", .columns = {{u"Binary"}}, .flags = IndexDefinition::kIgnoreNulls}}};
+}
+
+Creator::RowFeed everyTypeRows() {
+    return [i = 0](std::vector<Value>& row) mutable {
+        if (i == 20) return false;
+        ++i;
+        row = {static_cast<std::uint8_t>(i),
+               static_cast<std::int16_t>(-i),
+               i * 100000,
+               base::Currency{i * 12345LL},
+               0.5F * static_cast<float>(i),
+               -1.25 * i,
+               base::Date{38000.5 + i},
+               base::Bytes(static_cast<std::size_t>(i), 0xA5),
+               base::Text(static_cast<std::size_t>(i), u'ß'),
+               base::Guid{}};
+        if (i % 4 == 0) row[7] = base::Null{};
+        return true;
+    };
+}
+
+Seed make(std::string name, base::Text password, const auto& fill) {
+    MemoryIo io;
+    Creator creator(io, std::move(password));
+    fill(creator);
+    creator.finish();
+    return {std::move(name), io.bytes()};
+}
+
+void addCorpus(std::vector<Seed>& all) {
+    const char* folder = std::getenv("TOLV_CORPUS");
+    if (folder == nullptr) return;
+    for (const auto& file : std::filesystem::directory_iterator(folder)) {
+        if (file.path().extension() != ".mdb") continue;
+        std::ifstream in(file.path(), std::ios::binary);
+        all.push_back({file.path().filename().string(),
+                       base::Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>())});
+    }
+}
+
+}  // namespace
+
+std::vector<Seed> seeds() {
+    std::vector<Seed> all;
+    all.push_back(make("empty", {}, [](Creator& creator) { creator.addTable(accounts(), accountRows(0)); }));
+    all.push_back(make("accounts", base::Text(kSeedPassword),
+                       [](Creator& creator) { creator.addTable(accounts(), accountRows(150)); }));
+    all.push_back(make("types", {}, [](Creator& creator) { creator.addTable(everyType(), everyTypeRows()); }));
+    addCorpus(all);
+    return all;
+}
+
+}  // namespace jet

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "base/Value.h"
+
+namespace jet {
+
+struct Seed {
+    std::string name;
+    base::Bytes file;
+};
+
+/// Small sound files of several shapes, made by the Creator; further ones from the folder that the environment
+/// variable TOLV_CORPUS names, if it is set.
+std::vector<Seed> seeds();
+
+/// Password of the seeds that have one.
+inline constexpr base::TextView kSeedPassword = u"HwendorpliqZ";
+
+}  // namespace jet
