@@ -60,7 +60,7 @@ def lossy(text, kind):
 
 
 def byMdbReader(path, password):
-    for line in run("node", HERE / "read.mjs", MODULES, path, *([password] if password else [])).splitlines():
+    for line in filter(None, run("node", HERE / "read.mjs", MODULES, path, *([password] if password else [])).split("\n")):
         table = json.loads(line)
         kinds = [column["type"] for column in table["columns"]]
         yield table["table"], [column["name"] for column in table["columns"]], kinds, [
