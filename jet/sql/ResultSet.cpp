@@ -4,7 +4,6 @@
 
 #include "jet/Errors.h"
 #include "jet/LongValue.h"
-#include "jet/TextCodec.h"
 #include "jet/ValueCodec.h"
 
 namespace jet::sql {
@@ -25,11 +24,8 @@ base::Value ResultSet::value(std::size_t row, std::size_t column) const {
     const RowView rowView = view(row);
     if (wanted.type == ColumnType::Boolean) return rowView.flag(wanted);
     if (rowView.isNull(wanted)) return base::Null{};
-    if (!wanted.isLongValue()) return decodeValue(wanted, rowView.stored(wanted), rowView.place());
-    const auto stored = longValue(rows_[row], wanted);
-    if (wanted.type == ColumnType::Ole) return base::Bytes(stored.begin(), stored.end());
-    if (!isStoredText(stored)) throw damagedRow(rowView.place(), u"Ein Memofeld enthält keinen Text");
-    return decodeText(stored);
+    const auto stored = wanted.isLongValue() ? longValue(rows_[row], wanted) : rowView.stored(wanted);
+    return decodeValue(wanted, stored, rowView.place());
 }
 
 std::span<const std::uint8_t> ResultSet::longValue(const StoredRow& row, const Column& column) const {

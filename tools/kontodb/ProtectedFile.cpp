@@ -1,0 +1,56 @@
+#include "tools/kontodb/ProtectedFile.h"
+
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <string>
+
+#include "base/RuntimeError.h"
+#include "jet/Errors.h"
+#include "jet/PageIo.h"
+
+namespace kontodb {
+
+namespace {
+
+/// Longer than any password in UTF-8; a file of another kind is not read whole for a line that it has not.
+constexpr std::size_t kMaxLineBytes = 1024;
+
+base::Text firstLineOf(const base::Text& path) {
+    std::ifstream file(std::filesystem::path(path), std::ios::binary);
+    if (!file) throw jet::fileNotFound(path);
+    std::string line;
+    for (char unit = 0; line.size() < kMaxLineBytes && file.get(unit) && unit != '\n';)
+        line += unit;
+    if (line.starts_with("\xEF\xBB\xBF")) line.erase(0, 3);
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    return base::fromUtf8(line);
+}
+
+std::optional<base::Text> givenPassword(const CommandLine& line) {
+    const auto password = line.option(kPasswordOption);
+    const auto file = line.option(kPasswordFileOption);
+    if (password && file) throw UsageError(u"--password und --password-file schließen einander aus.");
+    return file ? firstLineOf(*file) : password;
+}
+
+jet::Database open(const base::Text& path, base::TextView password) {
+    return jet::Database::open(jet::openFile(path, jet::OpenMode::Read), path, password);
+}
+
+}  // namespace
+
+jet::Database openProtected(const base::Text& path, const CommandLine& line, Console& console) {
+    const auto password = givenPassword(line);
+    if (password) return open(path, *password);
+    try {
+        return open(path, {});
+    } catch (const base::RuntimeError& error) {
+        if (error.number() != static_cast<std::int32_t>(jet::ErrorNumber::WrongPassword)) throw;
+        const auto typed = console.askPassword(u"Datenbankkennwort: ");
+        if (!typed) throw;
+        return open(path, *typed);
+    }
+}
+
+}  // namespace kontodb

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "base/Text.h"
+#include "jet/Database.h"
+#include "tools/kontodb/CommandLine.h"
+#include "tools/kontodb/Console.h"
+
+namespace kontodb {
+
+constexpr base::TextView kPasswordOption = u"--password";
+constexpr base::TextView kPasswordFileOption = u"--password-file";
+
+/// Opens an existing file for reading. The password is that of --password, the first line of --password-file,
+/// or, if neither is given and the file wants one, what is typed at the terminal. A file without a password
+/// takes any.
+/// @throws UsageError if both options are given; the engine's errors of opening, among them the wrong
+///         password's if there is no terminal
+jet::Database openProtected(const base::Text& path, const CommandLine& line, Console& console);
+
+}  // namespace kontodb

@@ -1,0 +1,230 @@
+#include "tools/kontodb/ValueText.h"
+
+#include <array>
+#include <charconv>
+#include <chrono>
+#include <cmath>
+#include <cstdint>
+#include <string_view>
+#include <type_traits>
+
+namespace kontodb {
+
+namespace {
+
+constexpr char kHexDigits[] = "0123456789abcdef";
+/// Days of the year 100 and behind the year 9999: what lies beyond is no date.
+constexpr double kFirstDay = -657434;
+constexpr double kBehindLastDay = 2958466;
+
+template <typename Number>
+void appendNumber(std::string& line, Number number) {
+    std::array<char, 32> digits{};
+    const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), number);
+    line.append(digits.data(), result.ptr);
+}
+
+/// An integer that counts parts, as a number with that many decimals; zeros at the end are left off.
+void appendScaled(std::string& line, std::string digits, bool negative, std::size_t scale) {
+    if (digits.size() <= scale) digits.insert(0, scale + 1 - digits.size(), '0');
+    std::string decimals = digits.substr(digits.size() - scale);
+    digits.resize(digits.size() - scale);
+    while (!decimals.empty() && decimals.back() == '0')
+        decimals.pop_back();
+    if (negative) line += '-';
+    line += digits;
+    if (!decimals.empty()) line.append(1, '.').append(decimals);
+}
+
+void appendCurrency(std::string& line, base::Currency amount) {
+    const bool negative = amount.tenThousandths < 0;
+    const auto bits = static_cast<std::uint64_t>(amount.tenThousandths);
+    appendScaled(line, std::to_string(negative ? 0 - bits : bits), negative, 4);
+}
+
+void appendDecimal(std::string& line, base::Decimal number) {
+    std::string digits;
+    auto& words = number.magnitude;
+    do {
+        std::uint64_t rest = 0;
+        for (std::size_t i = words.size(); i > 0; --i) {
+            rest = (rest << 32U) | words[i - 1];
+            words[i - 1] = static_cast<std::uint32_t>(rest / 10);
+            rest %= 10;
+        }
+        digits.insert(digits.begin(), static_cast<char>('0' + rest));
+    } while (words != std::array<std::uint32_t, 4>{});
+    appendScaled(line, std::move(digits), number.negative, number.scale);
+}
+
+void appendPadded(std::string& line, int number, std::size_t width) {
+    const std::string digits = std::to_string(number);
+    line.append(width - digits.size(), '0').append(digits);
+}
+
+bool isDate(base::Date date) {
+    return date.days >= kFirstDay && date.days < kBehindLastDay;
+}
+
+void appendDate(std::string& line, base::Date date) {
+    using std::chrono::sys_days;
+    // Also before day zero the fraction counts forward from midnight.
+    const double wholeDays = std::trunc(date.days);
+    const long secondOfDay = std::lround(std::abs(date.days - wholeDays) * 86400);
+    const sys_days dayZero = std::chrono::year(1899) / std::chrono::December / 30;
+    const std::chrono::days days(static_cast<int>(wholeDays) + (secondOfDay == 86400 ? 1 : 0));
+    const std::chrono::year_month_day day(dayZero + days);
+    const int seconds = static_cast<int>(secondOfDay % 86400);
+    appendPadded(line, static_cast<int>(day.year()), 4);
+    line += '-';
+    appendPadded(line, static_cast<int>(static_cast<unsigned>(day.month())), 2);
+    line += '-';
+    appendPadded(line, static_cast<int>(static_cast<unsigned>(day.day())), 2);
+    line += 'T';
+    appendPadded(line, seconds / 3600, 2);
+    line += ':';
+    appendPadded(line, seconds / 60 % 60, 2);
+    line += ':';
+    appendPadded(line, seconds % 60, 2);
+}
+
+void appendHex(std::string& line, std::uint8_t byte) {
+    line += kHexDigits[byte >> 4U];
+    line += kHexDigits[byte & 0xFU];
+}
+
+/// Its three integers are stored little-endian and written big-endian.
+void appendGuid(std::string& line, const base::Guid& guid) {
+    constexpr std::array<std::size_t, 16> order = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
+    line += '{';
+    for (std::size_t i = 0; i < order.size(); ++i) {
+        if (i == 4 || i == 6 || i == 8 || i == 10) line += '-';
+        appendHex(line, guid.bytes[order[i]]);
+    }
+    line += '}';
+}
+
+/// What looks the same in both kinds of output. Says nothing of null, yes/no and text.
+struct Appender {
+    std::string& line;
+
+    void operator()(base::Null) const {}
+    void operator()(bool) const {}
+    void operator()(const base::Text&) const {}
+    void operator()(std::uint8_t number) const { appendNumber(line, static_cast<int>(number)); }
+    void operator()(std::int16_t number) const { appendNumber(line, number); }
+    void operator()(std::int32_t number) const { appendNumber(line, number); }
+    void operator()(base::Currency amount) const { appendCurrency(line, amount); }
+    void operator()(float number) const { appendNumber(line, number); }
+    void operator()(double number) const { appendNumber(line, number); }
+    void operator()(base::Date date) const {
+        if (isDate(date))
+            appendDate(line, date);
+        else
+            appendNumber(line, date.days);
+    }
+    void operator()(const base::Bytes& bytes) const {
+        for (const std::uint8_t byte : bytes)
+            appendHex(line, byte);
+    }
+    void operator()(const base::Guid& guid) const { appendGuid(line, guid); }
+    void operator()(const base::Decimal& number) const { appendDecimal(line, number); }
+};
+
+/// Appends the text with each unit below U+0080 written by `appendAscii`.
+template <typename AppendAscii>
+void appendUnits(std::string& line, base::TextView text, AppendAscii appendAscii) {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] < 0x80) {
+            appendAscii(static_cast<char>(text[i]));
+            continue;
+        }
+        const std::size_t begin = i;
+        while (i + 1 < text.size() && text[i + 1] >= 0x80)
+            ++i;
+        line += base::toUtf8(text.substr(begin, i + 1 - begin));
+    }
+}
+
+/// A number that JSON has a form for.
+bool isJsonNumber(const base::Value& value) {
+    if (const auto* number = std::get_if<float>(&value)) return std::isfinite(*number);
+    if (const auto* number = std::get_if<double>(&value)) return std::isfinite(*number);
+    return std::holds_alternative<std::uint8_t>(value) || std::holds_alternative<std::int16_t>(value) ||
+           std::holds_alternative<std::int32_t>(value) || std::holds_alternative<base::Currency>(value) ||
+           std::holds_alternative<base::Decimal>(value);
+}
+
+}  // namespace
+
+void appendPlainText(std::string& line, base::TextView text) {
+    appendUnits(line, text, [&line](char unit) {
+        switch (unit) {
+            case '\t':
+                line += "\\t";
+                break;
+            case '\n':
+                line += "\\n";
+                break;
+            case '\r':
+                line += "\\r";
+                break;
+            case '\\':
+                line += "\\\\";
+                break;
+            default:
+                line += unit;
+        }
+    });
+}
+
+void appendPlain(std::string& line, const base::Value& value) {
+    if (const auto* text = std::get_if<base::Text>(&value))
+        appendPlainText(line, *text);
+    else if (const auto* flag = std::get_if<bool>(&value))
+        line += *flag ? "-1" : "0";
+    else if (base::isNull(value))
+        line += "\\N";
+    else
+        std::visit(Appender{line}, value);
+}
+
+void appendJsonText(std::string& line, base::TextView text) {
+    line += '"';
+    appendUnits(line, text, [&line](char unit) {
+        if (unit == '"' || unit == '\\') {
+            line += '\\';
+            line += unit;
+        } else if (unit == '\n') {
+            line += "\\n";
+        } else if (unit == '\r') {
+            line += "\\r";
+        } else if (unit == '\t') {
+            line += "\\t";
+        } else if (unit < 0x20) {
+            line += "\\u00";
+            appendHex(line, static_cast<std::uint8_t>(unit));
+        } else {
+            line += unit;
+        }
+    });
+    line += '"';
+}
+
+void appendJson(std::string& line, const base::Value& value) {
+    if (const auto* text = std::get_if<base::Text>(&value)) {
+        appendJsonText(line, *text);
+    } else if (const auto* flag = std::get_if<bool>(&value)) {
+        line += *flag ? "true" : "false";
+    } else if (base::isNull(value)) {
+        line += "null";
+    } else if (isJsonNumber(value)) {
+        std::visit(Appender{line}, value);
+    } else {
+        line += '"';
+        std::visit(Appender{line}, value);
+        line += '"';
+    }
+}
+
+}  // namespace kontodb

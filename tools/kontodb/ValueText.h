@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+
+#include "base/Text.h"
+#include "base/Value.h"
+
+/// Values as the commands print them, in UTF-8. An unpaired surrogate becomes U+FFFD.
+///
+/// Numbers have a decimal point and as many digits as tell them apart; dates are "2004-06-05T13:45:00", to the
+/// second; bytes are hexadecimal digits; GUIDs stand in braces.
+namespace kontodb {
+
+/// For a line of values parted by tabs: null is \N, yes/no is -1 or 0, and tab, line end, carriage return and
+/// backslash are written \t \n \r \\.
+void appendPlainText(std::string& line, base::TextView text);
+void appendPlain(std::string& line, const base::Value& value);
+
+/// For an object of JSON: null, true and false, numbers; all else is a string.
+void appendJsonText(std::string& line, base::TextView text);
+void appendJson(std::string& line, const base::Value& value);
+
+}  // namespace kontodb
