@@ -1,0 +1,284 @@
+"""Drives the tool's real exe on a display of its own: real key presses and clicks in, the probe's reading out.
+
+Nothing waits a fixed time for something to happen: `until` asks the probe until the wanted state is there. Only the
+proof that nothing happens takes a fixed time (`SETTLE_SECONDS`).
+"""
+import contextlib
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import threading
+import time
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+WITH_DISPLAY = ROOT / "tests/wine/with-display.sh"
+
+TITLE = "Tolv-Benutzerkontenverwaltung"
+LOGIN_TITLE = "Anmeldung"
+BOX_CLASS = "#32770"
+PASSWORD = "HwendorpliqZ"
+
+WAIT_SECONDS = 30  # far more than anything takes: a busy machine fails no test
+SETTLE_SECONDS = 0.4
+
+# The native control identifiers of win32/Layout.cpp, which stand for the controls' names.
+LOGIN_CONTROLS = dict(enumerate(["Label6", "txtPasswort", "cmdLogin", "cmdAbbrechen"], 1001))
+ACCOUNT_CONTROLS = dict(enumerate(
+    ["lvwBenKto", "cmbAddNew", "Label1", "txtUserNameDexo", "Label5", "txtPathGlobal", "cmdGlobal", "chbProgrammupdate",
+     "cmdSpeichern", "cmbResetPWD", "cmdDel", "cmdAbbrechen", "Frame27"], 1101))
+
+
+class Failure(Exception):
+    """A journey saw something else than it should."""
+
+
+def check(condition, why):
+    if not condition:
+        raise Failure(why)
+
+
+def equal(seen, wanted, what):
+    check(seen == wanted, f"{what} is {seen!r}, not {wanted!r}")
+
+
+def until(ask, what, seconds=WAIT_SECONDS):
+    """Asks again and again; returns the first answer that is neither None nor False."""
+    end = time.monotonic() + seconds
+    while True:
+        answer = ask()
+        if answer is not None and answer is not False:
+            return answer
+        check(time.monotonic() < end, f"waited in vain: {what}")
+        time.sleep(0.02)
+
+
+def enter_architecture(arch):
+    """Starts this program again where 32-bit Wine is, if that is wanted and this machine keeps it elsewhere. Ends with
+    77 and a line that says so where 32-bit programs do not run."""
+    if arch != "x86" or os.path.exists("/usr/lib/wine/wine") or os.environ.get("TOLV_WINE_X86"):
+        return
+    code = subprocess.call([ROOT / "tests/wine32.sh", sys.executable, *sys.argv])
+    if code == 77:
+        print("SKIP x86: this machine cannot run 32-bit code")
+    sys.exit(code)
+
+
+class Session:
+    """A display, a Wine prefix and a running probe; serves one journey after the other."""
+
+    def __init__(self, arch, dpi, exe, probe, pictures):
+        self.dpi, self.exe, self.pictures = dpi, exe, pictures
+        tell = "import json, os; print(json.dumps(dict(os.environ)))"
+        self._holder = subprocess.Popen(
+            [WITH_DISPLAY, "--arch", arch, "--dpi", str(dpi), "--limit", "3600", "bash", "-c",
+             f"/usr/bin/python3 -c '{tell}'; exec cat"], stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        told = self._holder.stdout.readline()
+        check(told, "no display or no Wine prefix")
+        self.environment = json.loads(told)
+        self._wine = self.environment["TOLV_WINE"].split()
+        self.folder = pathlib.Path(self.environment["RUN"])
+        self.drive_c = pathlib.Path(self.environment["WINEPREFIX"]) / "drive_c"
+        self._lock = threading.Lock()
+        self._probe = self.wine([str(probe)], stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+
+    def close(self):
+        with contextlib.suppress(OSError):
+            self._probe.stdin.close()
+        self._probe.kill()
+        self._probe.wait()
+        self._holder.stdin.close()
+        self._holder.wait()
+
+    def wine(self, command, **options):
+        options.setdefault("stdin", subprocess.DEVNULL)
+        return subprocess.Popen(self._wine + command, env=self.environment, stderr=subprocess.DEVNULL, **options)
+
+    def ask(self, *words):
+        """One question to the probe."""
+        with self._lock:
+            self._probe.stdin.write("\t".join(map(str, words)).encode() + b"\n")
+            self._probe.stdin.flush()
+            line = self._probe.stdout.readline()
+        check(line, "the probe has ended")
+        answer = json.loads(line)
+        check(not (isinstance(answer, dict) and "error" in answer), f"the probe does not understand {words}")
+        return answer
+
+    def xdotool(self, *words):
+        subprocess.run(["xdotool", *map(str, words)], env=self.environment, check=True, stdin=subprocess.DEVNULL,
+                       stdout=subprocess.DEVNULL, timeout=WAIT_SECONDS)
+
+    def picture(self, name):
+        if self.pictures:
+            time.sleep(SETTLE_SECONDS)
+            subprocess.run(["import", "-silent", "-window", "root", f"{self.pictures}/{name}-{self.dpi}.png"],
+                           env=self.environment, check=False)
+
+
+class Tool:
+    """One run of the exe in a folder of its own."""
+
+    def __init__(self, session, folder, account_file=None, settings=None):
+        """@param account_file  copied beside the exe as BenKTO.mdb
+        @param settings      bytes of Tolv.ini; none: no such file"""
+        self.session, self.folder = session, folder
+        folder.mkdir(parents=True)
+        self.exe = folder / session.exe.name
+        shutil.copy(session.exe, self.exe)
+        if settings is not None:
+            (folder / "Tolv.ini").write_bytes(settings)
+        self.database = folder / "BenKTO.mdb"
+        if account_file is not None:
+            shutil.copy(account_file, self.database)
+        self.process = None
+
+    def __enter__(self):
+        self.process = self.session.wine([str(self.exe)], cwd=self.folder)
+        return self
+
+    def __exit__(self, *_):
+        if self.process.poll() is None:
+            self.process.kill()
+            self.process.wait()
+            # The server notices a killed program a moment later; its windows must not meet the next journey.
+            with contextlib.suppress(Failure):
+                until(lambda: not self.windows(), "the windows are gone")
+
+    # What is there
+
+    def windows(self):
+        return self.session.ask("windows", self.exe.name)
+
+    def window(self, title, seconds=WAIT_SECONDS):
+        """The window of this title, once it is in front and takes input."""
+        def ready():
+            check(self.process.poll() is None, f"the exe has ended with {self.process.poll()}, no window '{title}'")
+            found = [w for w in self.windows() if w["text"] == title and w["class"] != BOX_CLASS]
+            return found[0]["handle"] if found and found[0]["front"] and found[0]["enabled"] else None
+        return until(ready, f"a window '{title}' in front", seconds)
+
+    def box(self):
+        """The message box in front, once it is there."""
+        def ready():
+            found = [w for w in self.windows() if w["class"] == BOX_CLASS and w["front"]]
+            if not found:
+                return None
+            box = self.session.ask("box", found[0]["handle"])
+            return box if box["icon"] != "other" else None  # painted
+        return until(ready, "a message box in front")
+
+    def ended(self, code=0):
+        """Waits until the process is gone by itself."""
+        until(lambda: self.process.poll() is not None, "the process ends")
+        equal(self.process.returncode, code, "the exit code")
+
+    def tree(self, window, names, dpi=None):
+        """The window, with its children in native order and by name."""
+        tree = self.session.ask("tree", window, dpi or self.session.dpi)
+        for child in tree["children"]:
+            child["name"] = names.get(child["id"], f"id {child['id']}")
+        tree["by"] = {child["name"]: child for child in tree["children"]}
+        return tree
+
+    def files_opened(self):
+        """Real paths of all files that the process has open."""
+        opened = []
+        for number in pathlib.Path(f"/proc/{self.process.pid}/fd").iterdir():
+            with contextlib.suppress(OSError):
+                opened.append(os.readlink(number))
+        return opened
+
+    # What the user does
+
+    def key(self, *keys):
+        self.session.xdotool("key", "--delay", 30, *keys)
+
+    def type(self, text):
+        self.session.xdotool("type", "--delay", 20, text)
+
+    def click(self, x, y, modifier=None):
+        steps = ["mousemove", x, y] + (["keydown", modifier] if modifier else []) + ["click", 1]
+        self.session.xdotool(*steps, *(["keyup", modifier] if modifier else []))
+
+    def click_middle(self, rect):
+        self.click((rect[0] + rect[2]) // 2, (rect[1] + rect[3]) // 2)
+
+    def login(self):
+        """The login dialog, ready for typing."""
+        window = self.window(LOGIN_TITLE)
+        until(lambda: self.tree(window, LOGIN_CONTROLS)["by"]["txtPasswort"]["focus"], "the focus in the password box")
+        return Login(self, window)
+
+    def sign_in(self):
+        login = self.login()
+        login.type_password(PASSWORD)
+        self.key("Return")
+
+    def accounts(self):
+        """The account window after signing in."""
+        self.sign_in()
+        return Accounts(self, self.window(TITLE))
+
+
+class Login:
+    def __init__(self, tool, window):
+        self.tool, self.window = tool, window
+
+    def controls(self):
+        return self.tool.tree(self.window, LOGIN_CONTROLS)["by"]
+
+    def typed(self):
+        return self.controls()["txtPasswort"]["text"]
+
+    def type_password(self, text):
+        """Over whatever stands in the box."""
+        self.tool.key("ctrl+a") if self.typed() else None
+        self.tool.type(text) if text else self.tool.key("Delete")
+        until(lambda: self.typed() == text, f"'{text}' in the password box")
+
+
+class Accounts:
+    """The account window."""
+
+    def __init__(self, tool, window):
+        self.tool, self.window = tool, window
+        self.list_handle = until(lambda: self.controls().get("lvwBenKto"), "the list")["handle"]
+
+    def tree(self, dpi=None):
+        return self.tool.tree(self.window, ACCOUNT_CONTROLS, dpi)
+
+    def controls(self):
+        return self.tree()["by"]
+
+    def focus(self):
+        return next((c["name"] for c in self.tree()["children"] if c["focus"]), None)
+
+    def list(self, first=0, count=0):
+        return self.tool.session.ask("list", self.list_handle, first, count)
+
+    def row_middle(self, row):
+        """A point on a visible row's first column."""
+        rect = self.list(row, 1)["firstRect"]
+        return rect[0] + 30, (rect[1] + rect[3]) // 2
+
+    def selected(self):
+        return self.list()["selected"]
+
+    def until_selected(self, row):
+        until(lambda: self.selected() == row, f"row {row} selected")
+        until(self.agrees, f"the fields show row {row}", 5)
+
+    def shown(self):
+        controls = self.controls()
+        return controls["txtUserNameDexo"]["text"], controls["txtPathGlobal"]["text"]
+
+    def agrees(self):
+        """One row is selected and the fields show it."""
+        rows = self.list()
+        if rows["selectedCount"] != 1 or rows["focused"] != rows["selected"]:
+            return False
+        name, path = self.list(rows["selected"], 1)["rows"][0]
+        return self.shown() == (name, path[:-1] if path.endswith("\\") else path)
