@@ -1,6 +1,8 @@
 #include "jet/TextCodec.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstring>
 
 #include "jet/Errors.h"
 
@@ -20,18 +22,37 @@ char16_t unitAt(std::span<const std::uint8_t> bytes, std::size_t offset) {
 
 bool decodePlain(std::span<const std::uint8_t> stored, base::Text& text) {
     text.resize(stored.size() / 2);
-    for (std::size_t i = 0; i < text.size(); ++i)
-        text[i] = unitAt(stored, 2 * i);
+    if constexpr (std::endian::native == std::endian::little) {
+        if (!text.empty()) std::memcpy(text.data(), stored.data(), 2 * text.size());
+    } else {
+        for (std::size_t i = 0; i < text.size(); ++i)
+            text[i] = unitAt(stored, 2 * i);
+    }
     return stored.size() % 2 == 0;
+}
+
+/// Every byte a unit of its own.
+void appendWidened(std::span<const std::uint8_t> bytes, base::Text& text) {
+    const std::size_t start = text.size();
+    text.resize(start + bytes.size());
+    std::copy(bytes.begin(), bytes.end(), text.begin() + static_cast<std::ptrdiff_t>(start));
+}
+
+/// All of them if there is none.
+std::size_t bytesBeforeZero(std::span<const std::uint8_t> bytes) {
+    if (bytes.empty()) return 0;
+    const void* zero = std::memchr(bytes.data(), 0, bytes.size());
+    if (zero == nullptr) return bytes.size();
+    return static_cast<std::size_t>(static_cast<const std::uint8_t*>(zero) - bytes.data());
 }
 
 bool decodeCompressed(std::span<const std::uint8_t> stored, base::Text& text) {
     text.clear();
     while (true) {
-        const auto zero = std::find(stored.begin(), stored.end(), std::uint8_t{0});
-        text.append(stored.begin(), zero);
-        if (zero == stored.end()) return true;
-        stored = stored.subspan(static_cast<std::size_t>(zero - stored.begin()) + 1);
+        const std::size_t count = bytesBeforeZero(stored);
+        appendWidened(stored.first(count), text);
+        if (count == stored.size()) return true;
+        stored = stored.subspan(count + 1);
         while (!stored.empty() && stored[0] != 0) {
             if (stored.size() == 1) return false;
             text.push_back(unitAt(stored, 0));
