@@ -294,9 +294,9 @@ def nothing_is_clipped_at_any_size(scene):
         login = tool.login()
         tree = tool.tree(login.window, LOGIN_CONTROLS)
         equal(tree["client"][2:], [round(330 * dpi / 96), round(81 * dpi / 96)], "the dialog's client size")
-        check_texts_fit(tree, "the dialog")
+        check_texts_fit(scene, tree, "the dialog")
         accounts = tool.accounts()
-        check_texts_fit(accounts.tree(), "the window as opened")
+        check_texts_fit(scene, accounts.tree(), "the window as opened")
         start = accounts.tree()["rect"]
 
         x_window = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", f"^{TITLE}$"], capture_output=True,
@@ -308,7 +308,7 @@ def nothing_is_clipped_at_any_size(scene):
             time.sleep(SETTLE_SECONDS)
             scene.picture(f"asked-{size[0]}")
             tree = accounts.tree()
-            check_texts_fit(tree, f"the window at {tree['client'][2:]}")
+            check_texts_fit(scene, tree, f"the window at {tree['client'][2:]}")
             check_places(tree)
         check(accounts.tree()["by"]["lvwBenKto"]["rect"][2] > 1000, "the list does not grow with the window")
 
@@ -316,31 +316,26 @@ def nothing_is_clipped_at_any_size(scene):
         check(scene.session.ask("dpi", accounts.window, dpi, to), "WM_DPICHANGED could not be sent")
         tree = accounts.tree(to)
         scene.picture(f"moved-to-{to}")
-        check_texts_fit(tree, f"the window moved to a screen of {to} dpi")
+        check_texts_fit(scene, tree, f"the window moved to a screen of {to} dpi", to)
         check_places(tree)
         check(start != tree["rect"], "the window keeps its size at another resolution")
 
 
-def check_texts_fit(tree, where):
-    """Every caption, the bold one of the save button too, has room in its control."""
+def check_texts_fit(scene, tree, where, dpi=None):
+    """Every caption has room in its control, and every box for a line of text."""
+    dpi = dpi or scene.session.dpi
+    changed = scene.session.ask("extent", "Speichern (Strg+S)", dpi, "bold")
+    line_height = changed[1]
     for control in tree["children"]:
-        kind, text = control["class"], control["text"]
-        if not control["visible"] or kind not in ("Static", "Button", "Edit"):
+        kind, name, (width, height) = control["class"], control["name"], control["client"][2:]
+        if kind not in ("Static", "Button", "Edit") or name == "Frame27":
             continue
-        width, height = control["client"][2:]
-        text_width, text_height = control["extent"]
-        if control["name"] == "cmdSpeichern":
-            # Its caption grows to "Speichern (Strg+S)" in bold; twice the width of the short one is less.
-            text_width = control["boldExtent"][0] * 2
-        margin = {"Static": 0, "Button": 8, "Edit": 4}[kind]
-        if control["name"] == "chbProgrammupdate":
-            margin = height
-        if kind == "Edit":
-            check(height >= tree["by"][control["name"]]["client"][3] > 10, f"{control['name']} has no height in {where}")
-            continue
-        check(not text or width >= text_width + margin,
-              f"'{text}' needs {text_width} + {margin} pixels and has {width} in {where}")
-        check(not text or height >= text_height, f"'{text}' needs {text_height} pixels of height, has {height} in {where}")
+        needed = changed[0] if name == "cmdSpeichern" else control["extent"][0] if kind != "Edit" else 0
+        if name == "chbProgrammupdate":
+            needed += line_height  # the square before the text
+        needed += {"Static": 0, "Button": 8, "Edit": 4}[kind]
+        check(width >= needed and height >= line_height,
+              f"{name} ('{control['text']}') is {width} by {height} pixels, needs {needed} by {line_height}, in {where}")
 
 
 def check_places(tree):

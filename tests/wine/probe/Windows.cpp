@@ -60,10 +60,8 @@ void describeOne(Json& json, HWND window, HWND focus, unsigned dpi) {
         .field("dpi", GetDpiForWindow(window));
     rectangle(json, "rect", rect);
     rectangle(json, "client", client);
-    const SIZE normal = extentOf(text, dpi, false);
-    const SIZE bold = extentOf(text, dpi, true);
-    json.key("extent").begin('[').value(normal.cx).value(normal.cy).end(']');
-    json.key("boldExtent").begin('[').value(bold.cx).value(bold.cy).end(']');
+    json.key("extent");
+    describeExtent(json, text, dpi, false);
     const std::wstring name = classOf(window);
     if (name == L"Button") json.field("checked", ask(window, BM_GETCHECK) == BST_CHECKED);
     if (name == L"Edit") json.field("passwordChar", static_cast<int>(ask(window, EM_GETPASSWORDCHAR)));
@@ -203,6 +201,11 @@ void describeTree(Json& json, HWND window, unsigned dpi) {
         json.end('}');
     }
     json.end(']').end('}');
+}
+
+void describeExtent(Json& json, const std::wstring& text, unsigned dpi, bool bold) {
+    const SIZE size = extentOf(text, dpi, bold);
+    json.begin('[').value(size.cx).value(size.cy).end(']');
 }
 
 void describeBox(Json& json, HWND window) {

@@ -15,9 +15,12 @@ std::wstring classOf(HWND window);
 /// The visible top-level windows of every process that runs the exe of this name (without folder).
 void describeWindows(Json& json, const std::wstring& exeName);
 
-/// One window: class, text, styles, rectangle on the screen, focus, and its children in native order. Sizes of
-/// texts are those of the message font at `dpi`.
+/// One window: class, text, styles, rectangle on the screen, focus, and its children in native order. The extents
+/// of their texts are those of the message font at `dpi`.
 void describeTree(Json& json, HWND window, unsigned dpi);
+
+/// Width and height of a text in the message font.
+void describeExtent(Json& json, const std::wstring& text, unsigned dpi, bool bold);
 
 /// A message box: text, buttons with their ids, owner, and which system icon its picture equals.
 void describeBox(Json& json, HWND window);

@@ -42,6 +42,10 @@ void tree(Json& json, const Words& words) {
                  words.size() > 2 ? static_cast<unsigned>(std::stoul(words[2])) : GetDpiForWindow(window));
 }
 
+void extent(Json& json, const Words& words) {
+    describeExtent(json, wide(words.at(1)), static_cast<unsigned>(std::stoul(words.at(2))), words.at(3) == "bold");
+}
+
 void list(Json& json, const Words& words) {
     const bool range = words.size() > 3;
     describeList(json, windowOf(words.at(1)), range ? std::stoi(words[2]) : 0, range ? std::stoi(words[3]) : 0);
@@ -96,8 +100,8 @@ std::string answer(const Words& words) {
         std::string_view name;
         void (*run)(Json&, const Words&);
     };
-    static constexpr Command kCommands[] = {{"windows", windows}, {"tree", tree}, {"list", list}, {"box", box},
-                                            {"pixel", pixel},     {"dpi", dpi},   {"type", type}};
+    static constexpr Command kCommands[] = {{"windows", windows}, {"tree", tree},   {"extent", extent}, {"list", list},
+                                            {"box", box},         {"pixel", pixel}, {"dpi", dpi},       {"type", type}};
     Json json;
     try {
         for (const Command& command : kCommands) {
