@@ -1,0 +1,147 @@
+#include <algorithm>
+#include <array>
+#include <gmock/gmock.h>
+#include <random>
+
+#include "base/RuntimeError.h"
+#include "jet/IndexCursor.h"
+#include "jet/sql/SelectExecutor.h"
+#include "tests/support/SampleFile.h"
+
+namespace jet::sql {
+namespace {
+
+using base::Value;
+using testing::HasSubstr;
+
+struct Answer {
+    std::vector<Value> ids;
+    std::size_t extentsRead = 0;
+};
+
+Answer answer(const base::Bytes& file, const base::Text& statement) {
+    Database database = test::openSample(file);
+    ReadOperation operation = database.beginRead();
+    const ResultSet rows = executeSelect(operation, statement);
+    Answer result;
+    for (std::size_t row = 0; row < rows.rowCount(); ++row)
+        result.ids.push_back(rows.value(row, 0));
+    result.extentsRead = operation.pages().extentsRead();
+    return result;
+}
+
+/// Many rows with few names; the same once with indexes ("Mit") and once without ("Ohne").
+class IndexUse : public testing::Test {
+protected:
+    static constexpr std::int32_t kRows = 4000;
+
+    static test::SampleTable tableNamed(base::TextView name) {
+        test::SampleTable table;
+        table.design.name = name;
+        table.design.columns = {{u"Nr", ColumnType::Long},
+                                {u"Name", ColumnType::Text, 80},
+                                {u"Klasse", ColumnType::Integer},
+                                {u"Breit", ColumnType::Text, 250}};
+        std::mt19937 random(20040605);
+        const std::vector<base::Text> names = {u"Müller", u"MÜLLER",  u"müller ",    u"Muller",
+                                               u"Straße", u"Strasse", u"Karl-Heinz", u"KarlHeinz",
+                                               u"",       u" ",       u"Ægir",       u"aegir"};
+        std::vector<std::int32_t> numbers(kRows);
+        for (std::int32_t i = 0; i < kRows; ++i)
+            numbers[static_cast<std::size_t>(i)] = i * 3 - 1000;
+        std::shuffle(numbers.begin(), numbers.end(), random);
+        for (const std::int32_t number : numbers) {
+            const auto pick = random() % (names.size() + 1);
+            const Value klasse =
+                random() % 4 == 0 ? Value(base::Null{}) : Value(static_cast<std::int16_t>(random() % 50));
+            table.rows.push_back({number, pick < names.size() ? Value(names[pick]) : Value(base::Null{}), klasse,
+                                  Value(base::Text(200, u'x'))});
+        }
+        return table;
+    }
+
+    static const base::Bytes& file() {
+        static const base::Bytes bytes = [] {
+            test::SampleTable with = tableNamed(u"Mit");
+            with.design.indexes = {
+                {u"PrimaryKey", {{u"Nr"}}, true, IndexDefinition::kUnique | IndexDefinition::kRequired},
+                {u"Name", {{u"Name"}}, false, 0},
+                {u"Klasse", {{u"Klasse"}}, false, IndexDefinition::kIgnoreNulls},
+                {u"Zwei", {{u"Klasse", false}, {u"Name"}}, false, 0}};
+            return test::sampleFile({with, tableNamed(u"Ohne")});
+        }();
+        return bytes;
+    }
+
+    static std::size_t extentsOfScan() { return answer(file(), u"SELECT * FROM Ohne").extentsRead; }
+};
+
+TEST_F(IndexUse, GivesWhatScanAndSortGive) {
+    for (const base::TextView rest :
+         {u"WHERE Nr = 2000", u"WHERE Nr = 2001", u"WHERE Nr = 1e4", u"WHERE Name = 'MÜLLER'",
+          u"WHERE Name = 'strasse' AND NOT Nr = 5 AND Klasse > 7", u"WHERE Name = ''",
+          u"WHERE Name = 'Aegir' OR Nr = 2", u"WHERE Name IS NULL", u"WHERE Klasse = 7 ORDER BY Name",
+          u"WHERE 7 = Klasse AND Name = 'muller'", u"WHERE Klasse = 70000", u"WHERE Klasse = NULL", u"ORDER BY Name",
+          u"ORDER BY Name DESC", u"ORDER BY Klasse", u"ORDER BY Klasse DESC", u"ORDER BY Klasse DESC, Name, Nr DESC",
+          u"ORDER BY Nr", u"WHERE Klasse > 40 ORDER BY Name"}) {
+        const Answer with = answer(file(), u"SELECT * FROM Mit " + base::Text(rest));
+        const Answer without = answer(file(), u"SELECT * FROM Ohne " + base::Text(rest));
+        EXPECT_EQ(with.ids, without.ids) << base::toUtf8(rest);
+        EXPECT_GE(without.extentsRead, extentsOfScan()) << base::toUtf8(rest);
+    }
+}
+
+TEST_F(IndexUse, ReadsFewPagesForOneRow) {
+    ASSERT_GT(extentsOfScan(), 15U);
+    for (const base::TextView condition : {u"Nr = 2000", u"Nr = 2001", u"Nr = 2000 AND Name = 'x'"})
+        EXPECT_LE(answer(file(), u"SELECT * FROM Mit WHERE " + base::Text(condition)).extentsRead, 7U)
+            << base::toUtf8(condition);
+}
+
+TEST_F(IndexUse, MeetsADamagedIndexWithAnErrorAndNeverMissingOrDoubleRows) {
+    const auto errorOf = [](const base::Bytes& bytes, const base::Text& statement) -> std::string {
+        try {
+            answer(bytes, statement);
+        } catch (const base::RuntimeError& error) {
+            return error.what();
+        }
+        return {};
+    };
+    Database database = test::openSample(file());
+    ReadOperation operation = database.beginRead();
+    const auto table = openTable(operation, u"Mit");
+    IndexCursor cursor(operation, table->definition(), table->definition().indexes[0]);
+    cursor.first();
+    const RowPointer first = cursor.row();
+    cursor.next();
+    const RowPointer second = cursor.row();
+    const auto pointing = [&](RowPointer target) {
+        base::Bytes bytes = file();
+        const auto stored = [](RowPointer row) {
+            return std::array<std::uint8_t, 3>{static_cast<std::uint8_t>(row.page >> 8U),
+                                               static_cast<std::uint8_t>(row.page), row.slot};
+        };
+        const auto leaf = bytes.begin() + static_cast<std::ptrdiff_t>(cursor.leafPage() * kPageSize);
+        const auto wanted = stored(second);
+        const auto replacement = stored(target);
+        const auto found = std::search(leaf + kIndexEntriesOffset, leaf + kPageSize, wanted.begin(), wanted.end());
+        std::copy(replacement.begin(), replacement.end(), found);
+        return bytes;
+    };
+    const base::Text byNumber = u"SELECT * FROM Mit ORDER BY Nr";
+    EXPECT_EQ(errorOf(pointing(second), byNumber), "");
+    EXPECT_THAT(errorOf(pointing(first), byNumber), HasSubstr("enthält eine Zeile zweimal"));
+    EXPECT_THAT(errorOf(pointing({second.page, 250}), byNumber), HasSubstr("eine Zeile, die es nicht gibt"));
+    EXPECT_THAT(errorOf(pointing(first), u"SELECT * FROM Mit WHERE Nr = -997"), HasSubstr("passt nicht"));
+
+    // The index that ignores nulls, with the sign taken off that says so.
+    base::Bytes bytes = file();
+    const auto& block = table->definition().indexes[2].block;
+    const auto place = std::search(bytes.begin(), bytes.end(), block.begin(), block.end());
+    ASSERT_NE(place, bytes.end());
+    *(place + 46) = IndexDefinition::kAlways;
+    EXPECT_THAT(errorOf(bytes, u"SELECT * FROM Mit ORDER BY Klasse"), HasSubstr("Im Index fehlen Zeilen"));
+}
+
+}  // namespace
+}  // namespace jet::sql

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "base/Value.h"
+#include "jet/Creator.h"
+#include "jet/Database.h"
+#include "jet/MemoryIo.h"
+#include "jet/TableDesign.h"
+
+/// Files in memory for tests of statements and of ADO over the engine.
+namespace test {
+
+using Rows = std::vector<std::vector<base::Value>>;
+
+struct SampleTable {
+    jet::TableDesign design;
+    Rows rows;
+};
+
+inline base::Bytes sampleFile(const std::vector<SampleTable>& tables, const base::Text& password = {}) {
+    jet::MemoryIo io;
+    jet::Creator creator(io, password);
+    for (const SampleTable& table : tables) {
+        std::size_t next = 0;
+        creator.addTable(table.design, [&](std::vector<base::Value>& row) {
+            if (next == table.rows.size()) return false;
+            row = table.rows[next++];
+            return true;
+        });
+    }
+    creator.finish();
+    return io.bytes();
+}
+
+inline jet::Database openSample(const base::Bytes& bytes) {
+    return jet::Database::open(std::make_unique<jet::MemoryIo>(bytes), u"Probe.mdb", {});
+}
+
+}  // namespace test
