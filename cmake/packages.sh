@@ -80,9 +80,11 @@ buildPreset() {
         say "configuring $preset"
         cmake --preset "$preset" >"$log" 2>&1 </dev/null || { tail -30 "$log" >&2; return 1; }
     fi
+    # What one clone has compiled serves the next, wherever it lies.
+    export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
     say "building $preset"
     local targets=()
     [ $# = 0 ] || targets=(--target "$@")
-    cmake --build "$dir" "${targets[@]}" >"$log" 2>&1 </dev/null ||
+    cmake --build "$dir" --parallel "$(nproc)" "${targets[@]}" >"$log" 2>&1 </dev/null ||
         { grep -m 40 -E 'error|warning|FAILED|No such' "$log" >&2 || tail -30 "$log" >&2; return 1; }
 }

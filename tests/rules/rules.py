@@ -17,9 +17,9 @@ MAY_USE = {
     "app": TOOL, "win32": TOOL + ["ado/com", "ado/embedded", "jet", "jet/sql"],
     "tools/kontodb": ["base", "jet", "jet/sql", "accounts"],
 }
-FOR_EVERY_ROOM_OF_THE_TOOL = "app/mPublic.h"  # forward declarations alone
+FOR_EVERY_ROOM_OF_THE_TOOL = "app/mPublic.h"  # forward declarations and constants
 WINDOWS_ROOMS = ["win32", "ado/com"]
-C_RUNTIME_HEADERS = r"(fcntl|io|termios|unistd|sys/\w+)\.h"  # the C runtime's of both systems
+C_RUNTIME_HEADERS = r"(conio|fcntl|io|termios|unistd|sys/\w+)\.h"  # the C runtime's of both systems
 MAX_LINES = 600
 # Paths of a machine, and hosts that packages come from: the tree must build anywhere.
 FORBIDDEN = re.compile(r"(?<![\w.$}~-])/(work|root|home|Users)/\w|\b(deb|security|registry|snapshot)\.\w+\.(org|com)\b")
@@ -55,9 +55,8 @@ for name, text in texts.items():
         faults["file sizes"].append(f"{name} has {text.count(chr(10))} lines")
     for match in FORBIDDEN.finditer(text):
         faults["words"].append(f"{name} holds {match[0]}")
-includesOfPublic = re.findall(r'#\s*include\s+"', texts.get(FOR_EVERY_ROOM_OF_THE_TOOL, ""))
-if includesOfPublic:
-    faults["includes"].append(f"{FOR_EVERY_ROOM_OF_THE_TOOL} is to hold forward declarations alone")
+if re.search(r'#\s*include\s+"(?!base/)', texts.get(FOR_EVERY_ROOM_OF_THE_TOOL, "")):
+    faults["includes"].append(f"{FOR_EVERY_ROOM_OF_THE_TOOL} is to hold forward declarations, and of includes those of base/ alone")
 
 
 def circle(start, trail):
