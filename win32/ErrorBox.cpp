@@ -1,0 +1,56 @@
+#include "win32/ErrorBox.h"
+
+#include <cstdio>
+
+#include "win32/WideText.h"
+
+namespace win32 {
+
+const wchar_t* const kApplicationTitle = L"Tolv-Benutzerkontenverwaltung";
+
+namespace {
+
+bool ending = false;
+
+BOOL CALLBACK keepVisible(HWND window, LPARAM found) {
+    if (!IsWindowVisible(window)) return TRUE;
+    *reinterpret_cast<HWND*>(found) = window;
+    return FALSE;
+}
+
+}  // namespace
+
+base::Text errorBoxText(const base::RuntimeError& error) {
+    base::Text number = base::decimal(error.number());
+    if (error.number() < 0) {
+        char hex[16] = "";
+        std::snprintf(hex, sizeof hex, " (%08x)", static_cast<unsigned>(error.number()));
+        number += base::fromUtf8(hex);
+    }
+    return u"Laufzeitfehler '" + number + u"':\r\n\r\n" + error.description();
+}
+
+HWND frontWindow() {
+    HWND window = GetActiveWindow();
+    if (window != nullptr && IsWindowVisible(window)) return window;
+    window = nullptr;
+    EnumThreadWindows(GetCurrentThreadId(), keepVisible, reinterpret_cast<LPARAM>(&window));
+    return window;
+}
+
+void endWithErrorBox(const base::RuntimeError& error) {
+    // A second failure, while the first one's box is up, has nothing to add.
+    if (!ending) {
+        ending = true;
+        SetCursor(LoadCursorW(nullptr, IDC_ARROW));
+        MessageBoxW(frontWindow(), toWide(errorBoxText(error)).c_str(), kApplicationTitle,
+                    MB_OK | MB_ICONERROR | MB_SETFOREGROUND);
+    }
+    ExitProcess(1);
+}
+
+bool isEnding() {
+    return ending;
+}
+
+}  // namespace win32

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <new>
+
+#include "base/RuntimeError.h"
+#include "base/Text.h"
+#include "win32/SystemHeaders.h"
+
+/// The end of every failure: the run-time error box, then the end of the process.
+namespace win32 {
+
+/// "Tolv-Benutzerkontenverwaltung", the title of every message box.
+extern const wchar_t* const kApplicationTitle;
+
+/// Number and description as the box shows them. Large numbers, which come from providers, stand with their
+/// hexadecimal form.
+base::Text errorBoxText(const base::RuntimeError& error);
+
+/// The visible window of the program that stands in front, null if there is none. Boxes belong to it.
+HWND frontWindow();
+
+/// Shows the box and ends the process at once: no unload handler runs and nothing is written.
+[[noreturn]] void endWithErrorBox(const base::RuntimeError& error);
+
+/// True from the moment the error box is made: no further input reaches the forms.
+bool isEnding();
+
+/// The boundary between the system's calls and ours: no exception leaves it. Every window procedure, and the
+/// program's start, runs its work in here.
+template <class Action>
+auto atBoundary(Action&& action) -> decltype(action()) {
+    try {
+        return action();
+    } catch (const base::RuntimeError& error) {
+        endWithErrorBox(error);
+    } catch (const std::bad_alloc&) {
+        endWithErrorBox({7, u"Nicht genügend Speicher"});
+    }
+}
+
+}  // namespace win32

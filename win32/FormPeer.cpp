@@ -1,0 +1,274 @@
+#include "win32/FormPeer.h"
+
+#include <algorithm>
+
+#include "forms/Control.h"
+#include "win32/ErrorBox.h"
+#include "win32/PeerFactory.h"
+#include "win32/WideText.h"
+
+namespace win32 {
+
+namespace {
+
+constexpr DWORD kFixedStyle = WS_OVERLAPPED | WS_CAPTION | WS_SYSMENU | WS_CLIPCHILDREN;
+constexpr DWORD kResizableStyle = WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN;
+constexpr LPARAM kRepeatedKey = 1L << 30;
+
+std::int16_t shiftState() {
+    std::int16_t state = 0;
+    if (GetKeyState(VK_SHIFT) < 0) state |= forms::Form::kShiftMask;
+    if (GetKeyState(VK_CONTROL) < 0) state |= forms::Form::kCtrlMask;
+    if (GetKeyState(VK_MENU) < 0) state |= forms::Form::kAltMask;
+    return state;
+}
+
+RECT workAreaAtPointer() {
+    POINT pointer{};
+    GetCursorPos(&pointer);
+    MONITORINFO monitor{};
+    monitor.cbSize = sizeof monitor;
+    GetMonitorInfoW(MonitorFromPoint(pointer, MONITOR_DEFAULTTONEAREST), &monitor);
+    return monitor.rcWork;
+}
+
+Icon iconOfSize(int metric, unsigned dpi) {
+    const int pixels = GetSystemMetricsForDpi(metric, dpi);
+    return Icon(static_cast<HICON>(
+        LoadImageW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(1), IMAGE_ICON, pixels, pixels, LR_DEFAULTCOLOR)));
+}
+
+}  // namespace
+
+FormPeer::FormPeer(forms::Form& form) : form_(form), layout_(layoutOf(form)) {
+    style_ = layout_.resizable ? kResizableStyle : kFixedStyle;
+    makeWindow();
+    makeControls();
+    centre();
+    form_.attachPeer(*this);
+}
+
+FormPeer::~FormPeer() {
+    form_.detachPeer();
+    for (forms::Control* control : form_.Controls())
+        control->detachPeer();
+    window_ = Window();  // before the controls, whose windows go with it
+}
+
+void FormPeer::makeWindow() {
+    WNDCLASSEXW windowClass{};
+    windowClass.cbSize = sizeof windowClass;
+    windowClass.lpfnWndProc = procedure;
+    windowClass.hInstance = GetModuleHandleW(nullptr);
+    windowClass.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+    windowClass.hbrBackground = GetSysColorBrush(COLOR_BTNFACE);
+    windowClass.lpszClassName = layout_.windowClass;
+    RegisterClassExW(&windowClass);
+
+    // On the right screen from the beginning, so that it has that screen's resolution.
+    const RECT area = workAreaAtPointer();
+    window_ = Window(CreateWindowExW(WS_EX_CONTROLPARENT, layout_.windowClass, toWide(form_.Caption()).c_str(), style_,
+                                     area.left, area.top, 1, 1, nullptr, nullptr, windowClass.hInstance, nullptr));
+    SetWindowLongPtrW(window(), GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+    fonts_ = Fonts(GetDpiForWindow(window()));
+    showIcons();
+}
+
+void FormPeer::makeControls() {
+    const auto all = form_.Controls();
+    for (const Place& place : layout_.places) {
+        const auto control =
+            std::find_if(all.begin(), all.end(), [&](const forms::Control* c) { return c->Name() == place.control; });
+        if (control == all.end()) continue;
+        controls_.push_back(makePeer(**control, {window(), nativeId(**control), fonts_, place.spokenName}));
+        // New windows come in front of their siblings; the table names them from front to back.
+        SetWindowPos(controls_.back()->window(), HWND_BOTTOM, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+    }
+}
+
+void FormPeer::showIcons() {
+    bigIcon_ = iconOfSize(SM_CXICON, fonts_.dpi());
+    smallIcon_ = iconOfSize(SM_CXSMICON, fonts_.dpi());
+    SendMessageW(window(), WM_SETICON, ICON_BIG, reinterpret_cast<LPARAM>(bigIcon_.get()));
+    SendMessageW(window(), WM_SETICON, ICON_SMALL, reinterpret_cast<LPARAM>(smallIcon_.get()));
+}
+
+SIZE FormPeer::windowSize(SIZE client) const {
+    RECT rect{0, 0, client.cx, client.cy};
+    AdjustWindowRectExForDpi(&rect, style_, FALSE, WS_EX_CONTROLPARENT, fonts_.dpi());
+    return {rect.right - rect.left, rect.bottom - rect.top};
+}
+
+void FormPeer::centre() {
+    const RECT area = workAreaAtPointer();
+    const SIZE wanted = windowSize(firstClientSize(layout_, form_, fonts_.dpi()));
+    const LONG width = std::min(wanted.cx, area.right - area.left);
+    const LONG height = std::min(wanted.cy, area.bottom - area.top);
+    SetWindowPos(window(), nullptr, (area.left + area.right - width) / 2, (area.top + area.bottom - height) / 2, width,
+                 height, SWP_NOZORDER | SWP_NOACTIVATE);
+    placeControls();
+}
+
+void FormPeer::placeControls() {
+    RECT client{};
+    GetClientRect(window(), &client);
+    HDWP move = BeginDeferWindowPos(static_cast<int>(controls_.size()));
+    auto native = controls_.begin();
+    for (const Place& place : layout_.places) {
+        if (native == controls_.end() || (*native)->control().Name() != place.control) continue;
+        const RECT rect = placeIn({client.right, client.bottom}, place, layout_, (*native)->control(), fonts_.dpi());
+        const SIZE needed = (*native)->neededSize();
+        move = DeferWindowPos(move, (*native)->window(), nullptr, rect.left, rect.top,
+                              static_cast<int>(std::max(rect.right - rect.left, needed.cx)),
+                              static_cast<int>(std::max(rect.bottom - rect.top, needed.cy)),
+                              SWP_NOZORDER | SWP_NOACTIVATE);
+        ++native;
+    }
+    EndDeferWindowPos(move);
+}
+
+void FormPeer::useFonts() {
+    for (const auto& control : controls_)
+        control->useFonts();
+    placeControls();
+}
+
+void FormPeer::open() {
+    ShowWindow(window(), SW_SHOW);
+    SetForegroundWindow(window());
+    focusActiveControl();
+}
+
+void FormPeer::close() {
+    closed_ = true;
+    ShowWindow(window(), SW_HIDE);
+    // Wakes a loop that waits for messages, should this come from a sent one.
+    PostMessageW(window(), WM_NULL, 0, 0);
+}
+
+bool FormPeer::preview(const MSG& message) {
+    if (closed_ || isEnding()) return false;
+    if (message.message == WM_KEYDOWN || message.message == WM_SYSKEYDOWN) {
+        form_.userPressedKey(static_cast<std::int16_t>(message.wParam), shiftState());
+        if (closed_) return true;
+    }
+    if (message.message == WM_KEYDOWN && (message.wParam == VK_RETURN || message.wParam == VK_ESCAPE)) {
+        // A key still held from a message box must not press the button that has the focus now.
+        if ((message.lParam & kRepeatedKey) != 0) return true;
+        if (message.wParam == VK_RETURN) {
+            form_.userPressedEnter();
+        } else {
+            form_.userPressedEscape();
+        }
+        return true;
+    }
+    MSG copy = message;
+    return IsDialogMessageW(window(), &copy) != FALSE;
+}
+
+void FormPeer::show(forms::Property property) {
+    if (property == forms::Property::Caption) SetWindowTextW(window(), toWide(form_.Caption()).c_str());
+}
+
+void FormPeer::takeFocus() {
+    focusActiveControl();
+}
+
+void FormPeer::refresh() {
+    UpdateWindow(window());
+}
+
+forms::NativeHandle FormPeer::handle() const {
+    return reinterpret_cast<forms::NativeHandle>(window());
+}
+
+void FormPeer::focusActiveControl() {
+    const forms::Control* active = form_.ActiveControl();
+    if (active != nullptr && active->hWnd() != 0) SetFocus(reinterpret_cast<HWND>(active->hWnd()));
+}
+
+NativeControl* FormPeer::controlOf(HWND child) const {
+    const auto found = std::find_if(controls_.begin(), controls_.end(),
+                                    [&](const auto& control) { return control->window() == child; });
+    return found != controls_.end() ? found->get() : nullptr;
+}
+
+void FormPeer::dpiChanged(unsigned dpi, const RECT& suggested) {
+    fonts_ = Fonts(dpi);
+    SIZE size{suggested.right - suggested.left, suggested.bottom - suggested.top};
+    if (!layout_.resizable) size = windowSize(firstClientSize(layout_, form_, dpi));
+    SetWindowPos(window(), nullptr, suggested.left, suggested.top, size.cx, size.cy, SWP_NOZORDER | SWP_NOACTIVATE);
+    showIcons();
+    useFonts();
+}
+
+void FormPeer::limitSize(MINMAXINFO& limits) const {
+    const SIZE smallest = windowSize(smallestClientSize(layout_, fonts_.dpi()));
+    limits.ptMinTrackSize = {smallest.cx, smallest.cy};
+}
+
+void FormPeer::systemChanged(UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_SETTINGCHANGE) {
+        fonts_ = Fonts(fonts_.dpi());
+        useFonts();
+    }
+    for (const auto& control : controls_) {
+        if (message != WM_THEMECHANGED) SendMessageW(control->window(), message, wParam, lParam);
+        control->systemChanged();
+    }
+}
+
+LRESULT FormPeer::message(UINT message, WPARAM wParam, LPARAM lParam) {
+    const auto fromControl = [&] {
+        return isEnding() || closed_ ? nullptr : controlOf(reinterpret_cast<HWND>(lParam));
+    };
+    switch (message) {
+        case WM_COMMAND:
+            if (NativeControl* control = fromControl()) control->command(HIWORD(wParam));
+            return 0;
+        case WM_NOTIFY:
+            if (NativeControl* control = controlOf(reinterpret_cast<NMHDR*>(lParam)->hwndFrom)) {
+                return control->notify(*reinterpret_cast<NMHDR*>(lParam));
+            }
+            break;
+        case WM_CTLCOLOREDIT:
+        case WM_CTLCOLORSTATIC:
+            if (const NativeControl* control = controlOf(reinterpret_cast<HWND>(lParam))) {
+                const HBRUSH brush = const_cast<NativeControl*>(control)->background(reinterpret_cast<HDC>(wParam));
+                if (brush != nullptr) return reinterpret_cast<LRESULT>(brush);
+            }
+            break;
+        case WM_CLOSE:
+            if (!isEnding() && !closed_) form_.userClosed();
+            return 0;
+        case WM_SETFOCUS:
+            focusActiveControl();
+            return 0;
+        case WM_SIZE:
+            if (wParam != SIZE_MINIMIZED) placeControls();
+            return 0;
+        case WM_GETMINMAXINFO:
+            if (layout_.resizable) limitSize(*reinterpret_cast<MINMAXINFO*>(lParam));
+            return 0;
+        case WM_DPICHANGED:
+            dpiChanged(HIWORD(wParam), *reinterpret_cast<const RECT*>(lParam));
+            return 0;
+        case WM_SETTINGCHANGE:
+        case WM_SYSCOLORCHANGE:
+        case WM_THEMECHANGED:
+            systemChanged(message, wParam, lParam);
+            break;
+        default:
+            break;
+    }
+    return DefWindowProcW(window(), message, wParam, lParam);
+}
+
+LRESULT CALLBACK FormPeer::procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    auto* peer = reinterpret_cast<FormPeer*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+    // Null while the window is being made; and the handle is the peer's no more while it is being destroyed.
+    if (peer == nullptr || peer->window() != window) return DefWindowProcW(window, message, wParam, lParam);
+    return atBoundary([&] { return peer->message(message, wParam, lParam); });
+}
+
+}  // namespace win32

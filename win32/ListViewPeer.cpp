@@ -1,0 +1,313 @@
+#include "win32/ListViewPeer.h"
+
+#include <algorithm>
+#include <oleacc.h>
+#include <utility>
+
+#include "forms/ImageList.h"
+#include "win32/HeaderIcons.h"
+#include "win32/SystemHeaders.h"
+#include "win32/TextMeasure.h"
+#include "win32/WideText.h"
+
+namespace win32 {
+
+namespace {
+
+constexpr int kHimetricPerInch = 2540;
+
+// In 96-DPI pixels: what the system draws beside a cell's and a header's text.
+constexpr int kCellPadding = 14;
+constexpr int kHeaderPadding = 18;
+constexpr int kIconSize = 16;
+constexpr int kIconMargin = 12;
+
+/// A flag that is set as long as this lives.
+class During {
+public:
+    explicit During(bool& flag) : flag_(flag), former_(std::exchange(flag, true)) {}
+    During(const During&) = delete;
+    During& operator=(const During&) = delete;
+    ~During() { flag_ = former_; }
+
+private:
+    bool& flag_;
+    bool former_;
+};
+
+DWORD styleOf(forms::ListView::ViewMode view) {
+    switch (view) {
+        case forms::ListView::ViewMode::Icon:
+            return LVS_ICON;
+        case forms::ListView::ViewMode::SmallIcon:
+            return LVS_SMALLICON;
+        case forms::ListView::ViewMode::List:
+            return LVS_LIST;
+        case forms::ListView::ViewMode::Report:
+            break;
+    }
+    return LVS_REPORT;
+}
+
+int formatOf(forms::ColumnHeader::Alignment alignment) {
+    switch (alignment) {
+        case forms::ColumnHeader::Alignment::Right:
+            return LVCFMT_RIGHT;
+        case forms::ColumnHeader::Alignment::Center:
+            return LVCFMT_CENTER;
+        case forms::ColumnHeader::Alignment::Left:
+            break;
+    }
+    return LVCFMT_LEFT;
+}
+
+/// A message in which the user may have moved the selection.
+bool isInput(UINT message) {
+    return message == WM_KEYDOWN || message == WM_CHAR || message == WM_LBUTTONDOWN || message == WM_LBUTTONUP ||
+           message == WM_LBUTTONDBLCLK || message == WM_RBUTTONDOWN || message == WM_RBUTTONUP;
+}
+
+}  // namespace
+
+ListViewPeer::ListViewPeer(forms::ListView& list, const Surroundings& surroundings)
+    : PeerOn(list, surroundings), list_(list) {
+    make(WC_LISTVIEWW, {}, WS_TABSTOP | LVS_SINGLESEL | LVS_SHOWSELALWAYS | LVS_OWNERDATA | styleOf(list.View()),
+         WS_EX_CLIENTEDGE);
+    const DWORD extended = LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LVS_EX_LABELTIP;
+    send(LVM_SETEXTENDEDLISTVIEWSTYLE, extended, extended);
+    setSpokenName();
+    showColumns();
+    showHeaderIcons();
+    show(forms::Property::Rows);
+}
+
+ListViewPeer::~ListViewPeer() = default;
+
+void ListViewPeer::setSpokenName() const {
+    if (spokenName() == nullptr) return;
+    SetWindowTextW(window(), spokenName());
+    // Where the accessibility library is there, the name is said outright.
+    IAccPropServices* services = nullptr;
+    if (FAILED(CoCreateInstance(CLSID_AccPropServices, nullptr, CLSCTX_INPROC_SERVER, IID_IAccPropServices,
+                                reinterpret_cast<void**>(&services)))) {
+        return;
+    }
+    services->SetHwndPropStr(window(), static_cast<DWORD>(OBJID_CLIENT), CHILDID_SELF, PROPID_ACC_NAME, spokenName());
+    services->Release();
+}
+
+void ListViewPeer::showColumns() {
+    while (send(LVM_DELETECOLUMN, 0) != FALSE) {
+    }
+    for (int index = 1; index <= list_.columnCount(); ++index) {
+        const forms::ColumnHeader& header = list_.ColumnHeaders(index);
+        std::wstring text = toWide(header.Text());
+        LVCOLUMNW column{};
+        column.mask = LVCF_TEXT | LVCF_WIDTH | LVCF_FMT | LVCF_SUBITEM;
+        column.pszText = text.data();
+        column.fmt = formatOf(header.alignment());
+        column.cx = MulDiv(header.widthHimetric(), static_cast<int>(fonts().dpi()), kHimetricPerInch);
+        column.iSubItem = index - 1;
+        send(LVM_INSERTCOLUMNW, static_cast<WPARAM>(index - 1), reinterpret_cast<LPARAM>(&column));
+    }
+}
+
+void ListViewPeer::show(forms::Property property) {
+    switch (property) {
+        case forms::Property::Rows:
+            // Told a million times in a refill: the rows are looked at when the list is next used or painted.
+            if (!outOfDate_) repaint();
+            outOfDate_ = true;
+            break;
+        case forms::Property::Columns:
+            showColumns();
+            break;
+        case forms::Property::Selection:
+            catchUp();
+            showSelection();
+            break;
+        case forms::Property::HeaderIcons:
+            showHeaderIcons();
+            break;
+        case forms::Property::Enabled:
+            showEnabled();
+            break;
+        default:
+            break;
+    }
+}
+
+void ListViewPeer::catchUp() {
+    if (!outOfDate_) return;
+    outOfDate_ = false;
+    {
+        const During guard(fromCode_);
+        send(LVM_SETITEMCOUNT, static_cast<WPARAM>(list_.rowCount()), LVSICF_NOSCROLL);
+    }
+    showSelection();
+}
+
+int ListViewPeer::selectedRow() const {
+    return static_cast<int>(send(LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_SELECTED));
+}
+
+void ListViewPeer::showSelection() {
+    const std::optional<std::size_t> place = list_.selectedPlace();
+    const int row = place ? static_cast<int>(*place) : -1;
+    if (row == selectedRow() && row == send(LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_FOCUSED)) return;
+    const During guard(fromCode_);
+    LVITEMW item{};
+    item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
+    send(LVM_SETITEMSTATE, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(&item));
+    if (row < 0) return;
+    item.state = LVIS_SELECTED | LVIS_FOCUSED;
+    send(LVM_SETITEMSTATE, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
+    send(LVM_SETSELECTIONMARK, 0, row);
+}
+
+void ListViewPeer::ensureVisible(std::size_t rowIndex) {
+    send(LVM_ENSUREVISIBLE, rowIndex, FALSE);
+}
+
+void ListViewPeer::showHeaderIcons() {
+    const forms::ImageList* icons = list_.ColumnHeaderIcons();
+    IconList drawn = icons != nullptr ? drawHeaderIcons(icons->pictures(), fonts().scaled(kIconSize)) : IconList();
+    const auto header = reinterpret_cast<HWND>(send(LVM_GETHEADER));
+    SendMessageW(header, HDM_SETIMAGELIST, HDSIL_NORMAL, reinterpret_cast<LPARAM>(drawn.get()));
+    headerIcons_ = std::move(drawn);
+}
+
+void ListViewPeer::useFonts() {
+    PeerOn::useFonts();
+    showHeaderIcons();
+}
+
+void ListViewPeer::systemChanged() {
+    showHeaderIcons();
+    PeerOn::systemChanged();
+}
+
+LRESULT ListViewPeer::message(UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message != WM_ERASEBKGND && message != WM_DESTROY) catchUp();
+    if (message == LVM_SETCOLUMNWIDTH && setColumnWidth(static_cast<int>(wParam), static_cast<short>(LOWORD(lParam)))) {
+        return TRUE;
+    }
+    if (handleClick(message, lParam)) return 0;
+    const LRESULT result = PeerOn::message(message, wParam, lParam);
+    if (isInput(message)) keepSelection();
+    if (message == WM_SIZE) fillWithLastColumn();
+    if (message == WM_NOTIFY && reinterpret_cast<const NMHDR*>(lParam)->code == HDN_ENDTRACKW) lastFitting_.reset();
+    return result;
+}
+
+/// @return true if the click stays without further effect
+bool ListViewPeer::handleClick(UINT message, LPARAM lParam) {
+    if (message != WM_LBUTTONDOWN && message != WM_LBUTTONDBLCLK && message != WM_RBUTTONDOWN) return false;
+    LVHITTESTINFO hit{};
+    hit.pt = {static_cast<short>(LOWORD(lParam)), static_cast<short>(HIWORD(lParam))};
+    selectedBeforeClick_ = selectedRow();
+    if (send(LVM_SUBITEMHITTEST, 0, reinterpret_cast<LPARAM>(&hit)) >= 0) return false;
+    SetFocus(window());
+    return true;
+}
+
+void ListViewPeer::keepSelection() {
+    if (selectedRow() < 0 && list_.selectedPlace()) list_.userEmptiedSelection();
+}
+
+LRESULT ListViewPeer::notify(NMHDR& header) {
+    switch (header.code) {
+        case LVN_GETDISPINFOW:
+            return giveCell(reinterpret_cast<NMLVDISPINFOW&>(header));
+        case LVN_ODFINDITEMW:
+            return findRow(reinterpret_cast<const NMLVFINDITEMW&>(header));
+        case LVN_ITEMCHANGED:
+            rowChanged(reinterpret_cast<const NMLISTVIEW&>(header));
+            return 0;
+        case NM_CLICK:
+            clicked(reinterpret_cast<const NMITEMACTIVATE&>(header));
+            return 0;
+        case LVN_COLUMNCLICK:
+            list_.userClickedColumn(reinterpret_cast<const NMLISTVIEW&>(header).iSubItem + 1);
+            return 0;
+        default:
+            return 0;
+    }
+}
+
+LRESULT ListViewPeer::giveCell(NMLVDISPINFOW& info) {
+    LVITEMW& item = info.item;
+    if ((item.mask & LVIF_TEXT) == 0 || item.cchTextMax <= 0) return 0;
+    base::TextView text;
+    // A list that has not caught up yet may ask for a row that is gone.
+    if (item.iItem >= 0 && item.iItem < list_.rowCount()) {
+        text = list_.cellAt(static_cast<std::size_t>(item.iItem), item.iSubItem);
+    }
+    const base::TextView shown = text.substr(0, static_cast<std::size_t>(item.cchTextMax) - 1);
+    *std::copy(shown.begin(), shown.end(), item.pszText) = L'\0';
+    return 0;
+}
+
+LRESULT ListViewPeer::findRow(const NMLVFINDITEMW& search) {
+    const LVFINDINFOW& wanted = search.lvfi;
+    if ((wanted.flags & (LVFI_STRING | LVFI_PARTIAL)) == 0 || list_.rowCount() == 0) return -1;
+    const int start = std::clamp(search.iStart, 0, list_.rowCount() - 1);
+    const auto found =
+        list_.findPrefix(static_cast<std::size_t>(start), fromWide(wanted.psz), (wanted.flags & LVFI_WRAP) != 0);
+    return found ? static_cast<LRESULT>(*found) : -1;
+}
+
+void ListViewPeer::rowChanged(const NMLISTVIEW& change) {
+    const bool becameSelected = (change.uNewState & LVIS_SELECTED) != 0 && (change.uOldState & LVIS_SELECTED) == 0;
+    if (fromCode_ || change.iItem < 0 || !becameSelected) return;
+    list_.userSelectedRow(static_cast<std::size_t>(change.iItem));
+}
+
+void ListViewPeer::clicked(const NMITEMACTIVATE& click) {
+    if (click.iItem >= 0 && click.iItem == std::exchange(selectedBeforeClick_, -1)) list_.userClickedSelectedRow();
+}
+
+/// Answers the two width codes. @return false for a width in pixels
+bool ListViewPeer::setColumnWidth(int column, int code) {
+    if (code != LVSCW_AUTOSIZE && code != LVSCW_AUTOSIZE_USEHEADER) return false;
+    if (column < 0 || column >= list_.columnCount()) return false;
+    int width = fittingWidth(column, code == LVSCW_AUTOSIZE_USEHEADER);
+    if (column == list_.columnCount() - 1) {
+        lastFitting_ = code == LVSCW_AUTOSIZE_USEHEADER ? std::optional(width) : std::nullopt;
+        if (lastFitting_) width = std::max(width, widthLeftFor(column));
+    }
+    PeerOn::message(LVM_SETCOLUMNWIDTH, static_cast<WPARAM>(column), MAKELPARAM(width, 0));
+    return true;
+}
+
+/// Width in pixels of the widest value, and of the header with room for its mark.
+int ListViewPeer::fittingWidth(int column, bool withHeader) {
+    const WindowDc dc(window(), fonts().normal());
+    TextMeasure values(dc.get());
+    for (int row = 0; row < list_.rowCount(); ++row)
+        values.add(list_.cellAt(static_cast<std::size_t>(row), column));
+    const int valueWidth = values.widest() + fonts().scaled(kCellPadding);
+    if (!withHeader) return valueWidth;
+    TextMeasure header(dc.get());
+    header.add(list_.ColumnHeaders(column + 1).Text());
+    return std::max(valueWidth, header.widest() + fonts().scaled(kHeaderPadding + kIconSize + kIconMargin));
+}
+
+int ListViewPeer::widthLeftFor(int column) const {
+    RECT client{};
+    GetClientRect(window(), &client);
+    int width = client.right;
+    for (int other = 0; other < list_.columnCount(); ++other) {
+        if (other != column) width -= static_cast<int>(send(LVM_GETCOLUMNWIDTH, static_cast<WPARAM>(other)));
+    }
+    return width;
+}
+
+void ListViewPeer::fillWithLastColumn() {
+    if (!lastFitting_) return;
+    const int column = list_.columnCount() - 1;
+    const int width = std::max(*lastFitting_, widthLeftFor(column));
+    PeerOn::message(LVM_SETCOLUMNWIDTH, static_cast<WPARAM>(column), MAKELPARAM(width, 0));
+}
+
+}  // namespace win32

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <optional>
+
+#include "forms/ListView.h"
+#include "win32/NativeControl.h"
+
+namespace win32 {
+
+/// A virtual list window: it holds no rows but asks the model for those on the screen.
+///
+/// Selection. The native list shows the model's selected row and moves it for the user; what the user did is
+/// told from the notification that names the newly selected row, so that the model has handled it before the
+/// key press or click returns. A click below the rows would empty the selection and goes no further than to
+/// give the list the focus; whatever else empties it is undone before the message ends.
+///
+/// Widths. The codes "fit the values" and "fit values and header" are answered from the model's rows.
+class ListViewPeer final : public PeerOn<forms::ListViewPeer> {
+public:
+    ListViewPeer(forms::ListView& list, const Surroundings& surroundings);
+    ~ListViewPeer() override;
+
+    void show(forms::Property property) override;
+    void ensureVisible(std::size_t rowIndex) override;
+    LRESULT notify(NMHDR& header) override;
+    void useFonts() override;
+    void systemChanged() override;
+
+protected:
+    LRESULT message(UINT message, WPARAM wParam, LPARAM lParam) override;
+
+private:
+    void showColumns();
+    void showSelection();
+    void showHeaderIcons();
+    void setSpokenName() const;
+    /// Tells the native list of the rows, if the model has changed them since.
+    void catchUp();
+
+    int selectedRow() const;
+    bool handleClick(UINT message, LPARAM lParam);
+    void keepSelection();
+
+    LRESULT giveCell(NMLVDISPINFOW& info);
+    LRESULT findRow(const NMLVFINDITEMW& search);
+    void rowChanged(const NMLISTVIEW& change);
+    void clicked(const NMITEMACTIVATE& click);
+
+    bool setColumnWidth(int column, int code);
+    int fittingWidth(int column, bool withHeader);
+    int widthLeftFor(int column) const;
+    void fillWithLastColumn();
+
+    forms::ListView& list_;
+    IconList headerIcons_;
+    bool outOfDate_ = false;
+    bool fromCode_ = false;           ///< while the model's state is shown: notifications are not the user's
+    int selectedBeforeClick_ = -1;    ///< the selected row when the mouse button went down
+    std::optional<int> lastFitting_;  ///< least width of the last column while it fills the list
+};
+
+}  // namespace win32

@@ -1,0 +1,10 @@
+#pragma once
+
+/// The system's headers, in the order in which they need each other.
+
+// clang-format off
+#include <windows.h>
+#include <commctrl.h>
+#include <objbase.h>
+#include <oleauto.h>
+// clang-format on

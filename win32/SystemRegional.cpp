@@ -1,0 +1,131 @@
+#include "win32/SystemRegional.h"
+
+#include <cstdio>
+#include <type_traits>
+
+#include "base/RuntimeError.h"
+#include "win32/Handles.h"
+#include "win32/SystemHeaders.h"
+#include "win32/WideText.h"
+
+namespace win32 {
+
+namespace {
+
+using base::RuntimeErrorNumber;
+
+void freeText(BSTR text) {
+    SysFreeString(text);
+}
+using AutomationText = Owned<BSTR, freeText>;
+
+void check(HRESULT result) {
+    if (SUCCEEDED(result)) return;
+    throw base::runtimeError(result == DISP_E_OVERFLOW ? RuntimeErrorNumber::Overflow
+                                                       : RuntimeErrorNumber::TypeMismatch);
+}
+
+/// The text that one of the VarBstrFrom... functions makes of a number or date.
+template <class Function, class Source>
+base::Text converted(Function function, Source source) {
+    BSTR made = nullptr;
+    check(function(source, LOCALE_USER_DEFAULT, 0, &made));
+    const AutomationText text(made);
+    return fromWide({made, SysStringLen(made)});
+}
+
+DECIMAL automationDecimal(const base::Decimal& value) {
+    if (value.magnitude[3] != 0) throw base::runtimeError(RuntimeErrorNumber::Overflow);
+    DECIMAL decimal{};
+    decimal.scale = value.scale;
+    decimal.sign = value.negative ? DECIMAL_NEG : 0;
+    decimal.Lo32 = value.magnitude[0];
+    decimal.Mid32 = value.magnitude[1];
+    decimal.Hi32 = value.magnitude[2];
+    return decimal;
+}
+
+/// In braces, as the database names it: the first three groups are little-endian numbers.
+base::Text bracedGuid(const base::Guid& guid) {
+    constexpr int order[] = {3, 2, 1, 0, -1, 5, 4, -1, 7, 6, -1, 8, 9, -1, 10, 11, 12, 13, 14, 15};
+    base::Text text = u"{";
+    for (const int index : order) {
+        if (index < 0) {
+            text += u'-';
+            continue;
+        }
+        const std::uint8_t byte = guid.bytes[static_cast<std::size_t>(index)];
+        text += u"0123456789ABCDEF"[byte >> 4U];
+        text += u"0123456789ABCDEF"[byte & 15U];
+    }
+    return text + u'}';
+}
+
+base::Text textOfValue(const base::Value& value) {
+    return std::visit(
+        [](const auto& v) -> base::Text {
+            using Type = std::decay_t<decltype(v)>;
+            if constexpr (std::is_same_v<Type, base::Null>) {
+                throw base::runtimeError(RuntimeErrorNumber::InvalidUseOfNull);
+            } else if constexpr (std::is_same_v<Type, bool>) {
+                return v ? u"Wahr" : u"Falsch";
+            } else if constexpr (std::is_integral_v<Type>) {
+                return base::decimal(v);
+            } else if constexpr (std::is_same_v<Type, base::Currency>) {
+                CY amount{};
+                amount.int64 = v.tenThousandths;
+                return converted(VarBstrFromCy, amount);
+            } else if constexpr (std::is_same_v<Type, float>) {
+                return converted(VarBstrFromR4, v);
+            } else if constexpr (std::is_same_v<Type, double>) {
+                return converted(VarBstrFromR8, v);
+            } else if constexpr (std::is_same_v<Type, base::Date>) {
+                return converted(VarBstrFromDate, v.days);
+            } else if constexpr (std::is_same_v<Type, base::Text>) {
+                return v;
+            } else if constexpr (std::is_same_v<Type, base::Guid>) {
+                return bracedGuid(v);
+            } else if constexpr (std::is_same_v<Type, base::Decimal>) {
+                DECIMAL decimal = automationDecimal(v);
+                return converted(VarBstrFromDec, &decimal);
+            } else {
+                throw base::runtimeError(RuntimeErrorNumber::TypeMismatch);
+            }
+        },
+        value);
+}
+
+}  // namespace
+
+base::Text SystemRegional::toText(const base::Value& value) const {
+    return textOfValue(value);
+}
+
+std::int32_t SystemRegional::toLong(base::TextView text) const {
+    LONG number = 0;
+    check(VarI4FromStr(toWide(text).data(), LOCALE_USER_DEFAULT, 0, &number));
+    return number;
+}
+
+std::optional<base::Text> SystemRegional::toSortableDate(base::TextView text) const {
+    DATE date = 0;
+    SYSTEMTIME parts{};
+    if (FAILED(VarDateFromStr(toWide(text).data(), LOCALE_USER_DEFAULT, 0, &date)) ||
+        VariantTimeToSystemTime(date, &parts) == FALSE) {
+        return std::nullopt;
+    }
+    char sortable[32] = "";
+    std::snprintf(sortable, sizeof sortable, "%04d%02d%02d", parts.wYear, parts.wMonth, parts.wDay);
+    return base::fromUtf8(sortable);
+}
+
+int SystemRegional::compare(base::TextView a, base::TextView b) const {
+    // An empty view may have no address, which the system does not take.
+    if (a.empty() || b.empty()) return static_cast<int>(!a.empty()) - static_cast<int>(!b.empty());
+    return CompareStringEx(LOCALE_NAME_USER_DEFAULT, NORM_IGNORECASE, reinterpret_cast<const wchar_t*>(a.data()),
+                           static_cast<int>(a.size()), reinterpret_cast<const wchar_t*>(b.data()),
+                           static_cast<int>(b.size()), nullptr, nullptr, 0) -
+           CSTR_EQUAL;
+}
+
+}  // namespace win32

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "forms/TextBox.h"
+#include "win32/NativeControl.h"
+
+namespace win32 {
+
+/// An edit window of one line.
+class TextBoxPeer final : public PeerOn<forms::Peer> {
+public:
+    TextBoxPeer(forms::TextBox& box, const Surroundings& surroundings);
+
+    void show(forms::Property property) override;
+    void command(WORD code) override;
+    HBRUSH background(HDC dc) override;
+
+private:
+    forms::TextBox& box_;
+    Brush brush_;                  ///< of a background that is no system colour
+    forms::Color brushColor_ = 0;  ///< the colour brush_ was made for
+    bool fromCode_ = false;        ///< while the model's text is shown: the edit reports it like typing
+};
+
+}  // namespace win32
