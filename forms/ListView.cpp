@@ -1,8 +1,6 @@
 #include "forms/ListView.h"
 
 #include <algorithm>
-#include <cassert>
-#include <numeric>
 #include <utility>
 
 #include "base/RuntimeError.h"
@@ -207,17 +205,33 @@ void ListView::setSorted(bool sorted) {
     sorted_ = sorted;
 }
 
-bool ListView::standsBefore(RowId a, RowId b) const {
-    const auto cell = static_cast<std::size_t>(sortKey_) + 1;
-    const base::TextView textA = rows_[a].texts.cell(cell);
-    const base::TextView textB = rows_[b].texts.cell(cell);
-    const int comparison = compareTexts ? compareTexts(textA, textB) : textA.compare(textB);
+bool ListView::standsBefore(base::TextView a, base::TextView b) const {
+    const int comparison = compareTexts ? compareTexts(a, b) : a.compare(b);
     return sortOrder_ == Order::Ascending ? comparison < 0 : comparison > 0;
 }
 
+base::TextView ListView::sortTextOf(RowId row) const {
+    return rows_[row].texts.cell(static_cast<std::size_t>(sortKey_) + 1);
+}
+
+void ListView::sortFrom(std::size_t firstPlace) {
+    // With the texts at hand, so that a comparison does not go through two rows to find them.
+    struct Entry {
+        base::TextView text;
+        RowId row;
+    };
+    std::vector<Entry> entries;
+    entries.reserve(order_.size() - firstPlace);
+    for (std::size_t place = firstPlace; place < order_.size(); ++place)
+        entries.push_back({sortTextOf(order_[place]), order_[place]});
+    std::stable_sort(entries.begin(), entries.end(),
+                     [this](const Entry& a, const Entry& b) { return standsBefore(a.text, b.text); });
+    std::transform(entries.begin(), entries.end(), order_.begin() + static_cast<std::ptrdiff_t>(firstPlace),
+                   [](const Entry& entry) { return entry.row; });
+}
+
 void ListView::orderAnew() {
-    const auto before = [this](RowId a, RowId b) { return standsBefore(a, b); };
-    std::stable_sort(order_.begin(), order_.end(), before);
+    sortFrom(0);
     settlePlaces();
     tellPeer(Property::Rows);
     if (selected_) tellPeer(Property::Selection);
@@ -225,16 +239,15 @@ void ListView::orderAnew() {
 
 void ListView::putAddedRowsInOrder() {
     if (orderedCount_ == order_.size()) return;
-    const auto before = [this](RowId a, RowId b) { return standsBefore(a, b); };
-    const auto added = order_.begin() + static_cast<std::ptrdiff_t>(orderedCount_);
-    std::stable_sort(added, order_.end(), before);
+    sortFrom(orderedCount_);
     if (orderedCount_ > 0) {
         // By hand and not by std::merge: settled rows may be out of order by now, as texts have changed.
+        const auto added = order_.begin() + static_cast<std::ptrdiff_t>(orderedCount_);
         std::vector<RowId> merged;
         merged.reserve(order_.size());
         auto next = added;
         for (auto settled = order_.begin(); settled != added; ++settled) {
-            while (next != order_.end() && before(*next, *settled))
+            while (next != order_.end() && standsBefore(sortTextOf(*next), sortTextOf(*settled)))
                 merged.push_back(*next++);
             merged.push_back(*settled);
         }

@@ -141,7 +141,10 @@ private:
     std::size_t placeOf(const ListItem& item);
     void ensureVisible(const ListItem& item);
 
-    bool standsBefore(RowId a, RowId b) const;
+    bool standsBefore(base::TextView a, base::TextView b) const;
+    base::TextView sortTextOf(RowId row) const;
+    /// Sorts the rows from this place on among themselves.
+    void sortFrom(std::size_t firstPlace);
     void orderAnew();
     void putAddedRowsInOrder();
     void settlePlaces();

@@ -12,7 +12,6 @@ using test::errorOf;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
-using testing::IsEmpty;
 
 const char* const kWrongPassword = "box Falsches Passwort. [OK] critical";
 

@@ -182,7 +182,7 @@ TEST_F(ListViewTest, manyRandomStepsLeaveTheOrderThatAPlainListWouldHave) {
     ASSERT_EQ(list.rowCount(), static_cast<int>(plain.size()));
     for (std::size_t place = 0; place < plain.size(); ++place) {
         ASSERT_EQ(list.cellAt(place, 0), plain[place].first) << place;
-        ListItem byKey = list.ListItems(base::TextView(u"k:" + base::decimal(plain[place].second)));
+        ListItem byKey = list.ListItems(u"k:" + base::decimal(plain[place].second));
         ASSERT_EQ(byKey.Index(), static_cast<int>(place) + 1);
     }
 }
