@@ -24,11 +24,11 @@ PASSWORD = "HwendorpliqZ"
 WAIT_SECONDS = 30  # far more than anything takes: a busy machine fails no test
 SETTLE_SECONDS = 0.4
 
-# The native control identifiers of win32/Layout.cpp, which stand for the controls' names.
+# The native control identifiers, which stand for the controls' names: from 1001 in a form's order of definition.
 LOGIN_CONTROLS = dict(enumerate(["Label6", "txtPasswort", "cmdLogin", "cmdAbbrechen"], 1001))
 ACCOUNT_CONTROLS = dict(enumerate(
-    ["lvwBenKto", "cmbAddNew", "Label1", "txtUserNameDexo", "Label5", "txtPathGlobal", "cmdGlobal", "chbProgrammupdate",
-     "cmdSpeichern", "cmbResetPWD", "cmdDel", "cmdAbbrechen", "Frame27"], 1101))
+    ["chbProgrammupdate", "Frame27", "cmbResetPWD", "txtUserNameDexo", "txtPathGlobal", "cmdGlobal", "Label1", "Label5",
+     "cmdAbbrechen", "cmdDel", "cmbAddNew", "cmdSpeichern", "lvwBenKto"], 1001))
 
 
 class Failure(Exception):
