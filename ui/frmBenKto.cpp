@@ -40,7 +40,7 @@ frmBenKto::frmBenKto(forms::FormHost& host, const platform::Services& services)
       cmbResetPWD(*this, u"cmbResetPWD", u"Passwort zurücksetzen"),
       txtUserNameDexo(*this, u"txtUserNameDexo"),
       txtPathGlobal(*this, u"txtPathGlobal"),
-      cmdGlobal(*this, u"cmdGlobal", u"..."),
+      cmdGlobal(*this, u"cmdGlobal", u"Durchsuchen..."),
       Label1(*this, u"Label1", u"Benutzername"),
       Label5(*this, u"Label5", u"TOLV_SERVER Pfad:"),
       cmdAbbrechen(*this, u"cmdAbbrechen", u"Schließen"),
