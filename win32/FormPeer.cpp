@@ -113,16 +113,21 @@ void FormPeer::placeControls() {
     RECT client{};
     GetClientRect(window(), &client);
     HDWP move = BeginDeferWindowPos(static_cast<int>(controls_.size()));
-    auto native = controls_.begin();
+    auto next = controls_.begin();
     for (const Place& place : layout_.places) {
-        if (native == controls_.end() || (*native)->control().Name() != place.control) continue;
-        const RECT rect = placeIn({client.right, client.bottom}, place, layout_, (*native)->control(), fonts_.dpi());
-        const SIZE needed = (*native)->neededSize();
-        move = DeferWindowPos(move, (*native)->window(), nullptr, rect.left, rect.top,
-                              static_cast<int>(std::max(rect.right - rect.left, needed.cx)),
-                              static_cast<int>(std::max(rect.bottom - rect.top, needed.cy)),
-                              SWP_NOZORDER | SWP_NOACTIVATE);
-        ++native;
+        if (next == controls_.end() || (*next)->control().Name() != place.control) continue;
+        const NativeControl& control = **next++;
+        RECT rect = placeIn({client.right, client.bottom}, place, layout_, control.control(), fonts_.dpi());
+        const SIZE needed = control.neededSize();
+        rect.right = std::max(rect.right, rect.left + needed.cx);
+        rect.bottom = std::max(rect.bottom, rect.top + needed.cy);
+        const LONG spare = rect.bottom - rect.top - control.fittingHeight();
+        if (place.width != 0 && control.fittingHeight() != 0 && spare > 0) {
+            rect.top += spare / 2;
+            rect.bottom = rect.top + control.fittingHeight();
+        }
+        move = DeferWindowPos(move, control.window(), nullptr, rect.left, rect.top, rect.right - rect.left,
+                              rect.bottom - rect.top, SWP_NOZORDER | SWP_NOACTIVATE);
     }
     EndDeferWindowPos(move);
 }

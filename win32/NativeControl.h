@@ -43,6 +43,8 @@ public:
     virtual void systemChanged();
     /// The size in pixels that the control needs beyond what its place gives; 0 by 0 for most.
     virtual SIZE neededSize() const { return {0, 0}; }
+    /// The height in pixels that fits the control best; it stands in the middle of its place then. 0: its place's.
+    virtual int fittingHeight() const { return 0; }
 
 protected:
     const Fonts& fonts() const { return surroundings_.fonts; }

@@ -33,6 +33,11 @@ void TextBoxPeer::command(WORD code) {
     if (code == EN_CHANGE && !fromCode_) box_.userTyped(textOf(window()));
 }
 
+int TextBoxPeer::fittingHeight() const {
+    const int edge = GetSystemMetricsForDpi(SM_CYEDGE, fonts().dpi());
+    return static_cast<int>(fonts().extent(u"Ag", fonts().normal()).cy) + 2 * (edge + 1);
+}
+
 HBRUSH TextBoxPeer::background(HDC dc) {
     const forms::Color color = box_.BackColor();
     SetBkColor(dc, presentColor(color));

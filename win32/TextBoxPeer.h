@@ -13,6 +13,8 @@ public:
     void show(forms::Property property) override;
     void command(WORD code) override;
     HBRUSH background(HDC dc) override;
+    /// The edit draws its line at the top; in a box of this height it stands level with a label beside it.
+    int fittingHeight() const override;
 
 private:
     forms::TextBox& box_;
