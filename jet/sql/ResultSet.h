@@ -3,7 +3,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
+#include <string_view>
 #include <vector>
 
 #include "base/Value.h"
@@ -13,6 +15,32 @@
 #include "jet/TableDefinition.h"
 
 namespace jet::sql {
+
+class ResultSet;
+
+/// One row of a result, for whoever wants several of its fields. Valid as long as the set keeps its rows.
+class ResultRow {
+public:
+    RowPointer pointer() const { return view_.place(); }
+    const RowView& view() const { return view_; }
+
+    /// @param column  below the set's columnCount()
+    /// @throws base::RuntimeError (damage) if the field's bytes are no value of the column's type
+    base::Value value(std::size_t column) const;
+
+    /// The short way to most texts: the characters of a Text column if they lie in the file as ASCII alone, one
+    /// byte each. Nothing in all other cases; then value() knows.
+    std::optional<std::string_view> asciiText(std::size_t column) const;
+
+private:
+    friend class ResultSet;
+    ResultRow(const ResultSet& set, std::size_t firstLong, RowView view)
+        : set_(set), firstLong_(firstLong), view_(view) {}
+
+    const ResultSet& set_;
+    std::size_t firstLong_;
+    RowView view_;
+};
 
 /// Rows as they were at one moment. Keeps their bytes, long values too, and decodes a field when it is asked
 /// for; nothing in it depends on the file any more.
@@ -24,14 +52,13 @@ public:
     const Column& column(std::size_t column) const { return *columns_[column]; }
     std::size_t rowCount() const { return rows_.size(); }
 
-    /// @param row, column  below the counts
-    /// @throws base::RuntimeError (damage) if the field's bytes are no value of the column's type
-    base::Value value(std::size_t row, std::size_t column) const;
-
+    /// @param row  below rowCount()
+    ResultRow row(std::size_t row) const;
+    base::Value value(std::size_t row, std::size_t column) const { return this->row(row).value(column); }
     RowPointer pointer(std::size_t row) const { return rows_[row].pointer; }
 
-    /// The row's frame, valid as long as the set.
-    RowView view(std::size_t row) const;
+    /// Makes room for so many rows, which is a guess.
+    void reserve(std::size_t rows) { rows_.reserve(rows); }
 
     /// Copies the row and reads its long values.
     /// @throws base::RuntimeError (damage) also if the long values together are more than the file holds
@@ -42,25 +69,26 @@ public:
     void arrange(std::span<const std::uint32_t> order);
 
 private:
+    friend class ResultRow;
+    using Stored = std::span<const std::uint8_t>;
     struct StoredRow {
+        Stored bytes;
         RowPointer pointer;
-        std::uint32_t lengthBytes = 0;
-        std::size_t offset = 0;     ///< in bytes_
         std::size_t firstLong = 0;  ///< in longValues_
     };
-    struct LongValueBytes {
-        std::size_t offset = 0;  ///< in bytes_
-        std::size_t lengthBytes = 0;
-    };
 
-    std::span<const std::uint8_t> longValue(const StoredRow& row, const Column& column) const;
+    Stored store(Stored bytes);
+    Stored longValue(std::size_t firstLong, const Column& column) const;
 
     std::unique_ptr<const TableDefinition> definition_;
     std::vector<const Column*> columns_;      ///< in the order of SELECT *
     std::vector<const Column*> longColumns_;  ///< those of long values
     std::vector<StoredRow> rows_;
-    std::vector<LongValueBytes> longValues_;  ///< of each row, one for each of longColumns_
-    base::Bytes bytes_;
+    std::vector<Stored> longValues_;  ///< of each row, one for each of longColumns_
+    // Bytes lie in blocks that never move.
+    std::vector<std::unique_ptr<std::uint8_t[]>> blocks_;
+    std::uint8_t* free_ = nullptr;  ///< of the last block
+    std::size_t freeBytes_ = 0;
     std::uint64_t longBytes_ = 0;
 };
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <numeric>
+#include <optional>
 #include <utility>
 
 #include "jet/Errors.h"
@@ -37,6 +39,35 @@ bool isBefore(const base::Bytes& arena, const KeyedRow& a, const KeyedRow& b) {
     return a.row < b.row;
 }
 
+/// Finds rows by their pointers. They lie in the order of these, so each page's rows stand together.
+class RowFinder {
+public:
+    explicit RowFinder(const ResultSet& rows) : pointers_(rows.rowCount()) {
+        for (std::size_t row = 0; row < pointers_.size(); ++row)
+            pointers_[row] = rows.pointer(row);
+        if (pointers_.empty()) return;
+        firstPage_ = pointers_.front().page;
+        firstOfPage_.resize(std::size_t{pointers_.back().page} - firstPage_ + 2);
+        for (const RowPointer pointer : pointers_)
+            ++firstOfPage_[pointer.page - firstPage_ + 1];
+        std::partial_sum(firstOfPage_.begin(), firstOfPage_.end(), firstOfPage_.begin());
+    }
+
+    std::optional<std::uint32_t> find(RowPointer pointer) const {
+        const std::size_t page = std::size_t{pointer.page} - firstPage_;
+        if (pointer.page < firstPage_ || page + 1 >= firstOfPage_.size()) return std::nullopt;
+        const auto end = pointers_.begin() + firstOfPage_[page + 1];
+        const auto found = std::lower_bound(pointers_.begin() + firstOfPage_[page], end, pointer);
+        if (found == end || *found != pointer) return std::nullopt;
+        return static_cast<std::uint32_t>(found - pointers_.begin());
+    }
+
+private:
+    std::vector<RowPointer> pointers_;
+    PageNumber firstPage_ = 0;
+    std::vector<std::uint32_t> firstOfPage_;  ///< of each page from firstPage_ on; the last is the count
+};
+
 }  // namespace
 
 std::vector<std::uint32_t> orderByKeys(const ResultSet& rows, const std::vector<OrderColumn>& columns) {
@@ -44,8 +75,9 @@ std::vector<std::uint32_t> orderByKeys(const ResultSet& rows, const std::vector<
     std::vector<KeyedRow> keys(rows.rowCount());
     for (std::uint32_t row = 0; row < keys.size(); ++row) {
         const std::size_t offset = arena.size();
+        const ResultRow fields = rows.row(row);
         for (const OrderColumn& column : columns)
-            appendKeyPart(arena, rows.column(column.column), rows.value(row, column.column), !column.descending);
+            appendKeyPart(arena, rows.column(column.column), fields.value(column.column), !column.descending);
         const auto key = std::span(arena).subspan(offset);
         keys[row] = {beginningOf(key), offset, key.size(), row};
     }
@@ -60,23 +92,18 @@ std::vector<std::uint32_t> orderByKeys(const ResultSet& rows, const std::vector<
 
 std::vector<std::uint32_t> orderByIndex(PageSource& source, const ResultSet& rows, const TableDefinition& definition,
                                         const IndexDefinition& index) {
-    // Rows lie in the order of their pointers, which therefore can be searched.
     const std::size_t count = rows.rowCount();
-    std::vector<RowPointer> pointers(count);
-    for (std::size_t row = 0; row < count; ++row)
-        pointers[row] = rows.pointer(row);
+    const RowFinder finder(rows);
     std::vector<bool> met(count);
     std::vector<std::uint32_t> order;
     order.reserve(count);
     IndexCursor cursor(source, definition, index);
     for (cursor.first(); cursor.isAtEntry(); cursor.next()) {
-        const auto found = std::lower_bound(pointers.begin(), pointers.end(), cursor.row());
-        const auto row = static_cast<std::size_t>(found - pointers.begin());
-        if (found == pointers.end() || *found != cursor.row())
-            throw damaged(cursor.leafPage(), u"Ein Indexeintrag zeigt auf eine Zeile, die es nicht gibt");
-        if (met[row]) throw damaged(cursor.leafPage(), u"Der Index enthält eine Zeile zweimal");
-        met[row] = true;
-        order.push_back(static_cast<std::uint32_t>(row));
+        const auto row = finder.find(cursor.row());
+        if (!row) throw damaged(cursor.leafPage(), u"Ein Indexeintrag zeigt auf eine Zeile, die es nicht gibt");
+        if (met[*row]) throw damaged(cursor.leafPage(), u"Der Index enthält eine Zeile zweimal");
+        met[*row] = true;
+        order.push_back(*row);
     }
     if (order.size() != count) throw damaged(index.rootPage, u"Im Index fehlen Zeilen der Tabelle");
     return order;

@@ -16,6 +16,8 @@ namespace jet::sql {
 
 namespace {
 
+constexpr std::size_t kMostRowsOfPage = 255;
+
 ValueClass classOf(ColumnType type) {
     switch (type) {
         case ColumnType::Text:
@@ -107,6 +109,8 @@ void SelectExecutor::takeRow(ResultSet& rows, const Row& row) {
 
 ResultSet SelectExecutor::scan() {
     ResultSet rows(table_.definition());
+    const std::size_t mostRows = std::size_t{source_.pageCount()} * kMostRowsOfPage;
+    if (!condition_) rows.reserve(std::min<std::size_t>(table_.definition().rowCount, mostRows));
     for (RowCursor cursor(table_); cursor.next();)
         takeRow(rows, cursor.row());
     return rows;
@@ -158,7 +162,7 @@ const IndexDefinition* SelectExecutor::indexOfOrder(const ResultSet& rows) const
 
 bool SelectExecutor::keysAreCertain(const IndexDefinition& index, const ResultSet& rows) const {
     for (std::size_t row = 0; row < rows.rowCount(); ++row)
-        if (!keyOfRowIsCertain(source_, index, rows.view(row))) return false;
+        if (!keyOfRowIsCertain(source_, index, rows.row(row).view())) return false;
     return true;
 }
 

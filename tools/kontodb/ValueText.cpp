@@ -1,5 +1,6 @@
 #include "tools/kontodb/ValueText.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <chrono>
@@ -131,18 +132,22 @@ struct Appender {
     void operator()(const base::Decimal& number) const { appendDecimal(line, number); }
 };
 
-/// Appends the text with each unit below U+0080 written by `appendAscii`.
-template <typename AppendAscii>
-void appendUnits(std::string& line, base::TextView text, AppendAscii appendAscii) {
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] < 0x80) {
-            appendAscii(static_cast<char>(text[i]));
-            continue;
-        }
+/// Appends the text; the ASCII units that are not plain are written by `appendSpecial`.
+template <typename IsPlain, typename AppendSpecial>
+void appendUnits(std::string& line, base::TextView text, IsPlain isPlain, AppendSpecial appendSpecial) {
+    for (std::size_t i = 0; i < text.size();) {
         const std::size_t begin = i;
-        while (i + 1 < text.size() && text[i + 1] >= 0x80)
+        while (i < text.size() && text[i] < 0x80 && isPlain(static_cast<char>(text[i])))
             ++i;
-        line += base::toUtf8(text.substr(begin, i + 1 - begin));
+        line.resize(line.size() + (i - begin));
+        std::transform(text.begin() + static_cast<std::ptrdiff_t>(begin), text.begin() + static_cast<std::ptrdiff_t>(i),
+                       line.end() - static_cast<std::ptrdiff_t>(i - begin),
+                       [](char16_t unit) { return static_cast<char>(unit); });
+        if (i < text.size() && text[i] < 0x80) appendSpecial(static_cast<char>(text[i++]));
+        const std::size_t foreign = i;
+        while (i < text.size() && text[i] >= 0x80)
+            ++i;
+        if (i > foreign) line += base::toUtf8(text.substr(foreign, i - foreign));
     }
 }
 
@@ -155,27 +160,39 @@ bool isJsonNumber(const base::Value& value) {
            std::holds_alternative<base::Decimal>(value);
 }
 
+constexpr std::array<bool, 128> kEscaped = [] {
+    std::array<bool, 128> escaped{};
+    for (const char unit : {'\\', '\t', '\n', '\r'})
+        escaped[static_cast<unsigned char>(unit)] = true;
+    return escaped;
+}();
+
+/// @param unit  ASCII
+inline bool isEscaped(char unit) {
+    return kEscaped[static_cast<unsigned char>(unit) & 0x7FU];
+}
+
+void appendEscape(std::string& line, char unit) {
+    line += '\\';
+    line += unit == '\t' ? 't' : unit == '\n' ? 'n' : unit == '\r' ? 'r' : unit;
+}
+
 }  // namespace
 
 void appendPlainText(std::string& line, base::TextView text) {
-    appendUnits(line, text, [&line](char unit) {
-        switch (unit) {
-            case '\t':
-                line += "\\t";
-                break;
-            case '\n':
-                line += "\\n";
-                break;
-            case '\r':
-                line += "\\r";
-                break;
-            case '\\':
-                line += "\\\\";
-                break;
-            default:
-                line += unit;
-        }
-    });
+    appendUnits(
+        line, text, [](char unit) { return !isEscaped(unit); }, [&line](char unit) { appendEscape(line, unit); });
+}
+
+void appendPlainAscii(std::string& line, std::string_view ascii) {
+    std::size_t begin = 0;
+    for (std::size_t i = 0; i < ascii.size(); ++i) {
+        if (!isEscaped(ascii[i])) continue;
+        line.append(ascii, begin, i - begin);
+        appendEscape(line, ascii[i]);
+        begin = i + 1;
+    }
+    line.append(ascii, begin);
 }
 
 void appendPlain(std::string& line, const base::Value& value) {
@@ -190,21 +207,14 @@ void appendPlain(std::string& line, const base::Value& value) {
 }
 
 void appendJsonText(std::string& line, base::TextView text) {
+    const auto isPlain = [](char unit) { return unit >= 0x20 && unit != '"' && unit != '\\'; };
     line += '"';
-    appendUnits(line, text, [&line](char unit) {
-        if (unit == '"' || unit == '\\') {
-            line += '\\';
-            line += unit;
-        } else if (unit == '\n') {
-            line += "\\n";
-        } else if (unit == '\r') {
-            line += "\\r";
-        } else if (unit == '\t') {
-            line += "\\t";
-        } else if (unit < 0x20) {
+    appendUnits(line, text, isPlain, [&line](char unit) {
+        if (unit < 0x20) {
             line += "\\u00";
             appendHex(line, static_cast<std::uint8_t>(unit));
         } else {
+            line += '\\';
             line += unit;
         }
     });

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "base/Text.h"
 #include "base/Value.h"
@@ -14,6 +15,7 @@ namespace kontodb {
 /// For a line of values parted by tabs: null is \N, yes/no is -1 or 0, and tab, line end, carriage return and
 /// backslash are written \t \n \r \\.
 void appendPlainText(std::string& line, base::TextView text);
+void appendPlainAscii(std::string& line, std::string_view ascii);
 void appendPlain(std::string& line, const base::Value& value);
 
 /// For an object of JSON: null, true and false, numbers; all else is a string.

@@ -25,9 +25,13 @@ public:
         }
         endLine();
         for (std::size_t row = 0; row < rows_.rowCount(); ++row) {
+            const jet::sql::ResultRow fields = rows_.row(row);
             for (std::size_t column = 0; column < rows_.columnCount(); ++column) {
                 if (column > 0) buffer_ += '\t';
-                appendPlain(buffer_, rows_.value(row, column));
+                if (const auto text = fields.asciiText(column))
+                    appendPlainAscii(buffer_, *text);
+                else
+                    appendPlain(buffer_, fields.value(column));
             }
             endLine();
         }
@@ -42,9 +46,10 @@ public:
             names[column] += ": ";
         }
         for (std::size_t row = 0; row < rows_.rowCount(); ++row) {
+            const jet::sql::ResultRow fields = rows_.row(row);
             for (std::size_t column = 0; column < names.size(); ++column) {
                 buffer_ += names[column];
-                appendJson(buffer_, rows_.value(row, column));
+                appendJson(buffer_, fields.value(column));
             }
             buffer_ += '}';
             endLine();
