@@ -86,5 +86,5 @@ buildPreset() {
     local targets=()
     [ $# = 0 ] || targets=(--target "$@")
     cmake --build "$dir" --parallel "$(nproc)" "${targets[@]}" >"$log" 2>&1 </dev/null ||
-        { grep -m 40 -E 'error|warning|FAILED|No such' "$log" >&2 || tail -30 "$log" >&2; return 1; }
+        { grep -m 40 -E 'error|warning|FAILED|No such|undefined reference' "$log" >&2 || tail -30 "$log" >&2; return 1; }
 }

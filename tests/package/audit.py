@@ -11,7 +11,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 # Windows takes these from its own folder, whatever lies beside the program; others are to be loaded by full path.
 SYSTEM_DLLS = {"kernel32.dll", "user32.dll", "gdi32.dll", "advapi32.dll", "shell32.dll", "ole32.dll", "oleaut32.dll",
                "comctl32.dll", "msvcrt.dll"}
-MAX_BYTES = 1024 * 1024
+MAX_BYTES = 1024 * 1024  # of the tool; its companion may be larger
 ICON_SIZES = {16, 20, 24, 32, 40, 48, 64, 256}
 GERMAN, UNICODE = 0x0407, 1200
 WINDOWS_10 = "{8e0f7a12-bfb3-4fe8-b9a5-48fd50a15a9a}"
@@ -19,7 +19,7 @@ VERSION_TEXTS = ("FileDescription", "FileVersion", "ProductVersion", "InternalNa
 
 
 def version():
-    return re.search(r"VERSION ([\d.]+)", (ROOT / "CMakeLists.txt").read_text())[1]
+    return re.search(r"project\(\w+ VERSION ([\d.]+)", (ROOT / "CMakeLists.txt").read_text())[1]
 
 
 def resources(pe, kind):
@@ -55,11 +55,11 @@ def imports(pe):
             if entry.dll.decode().lower() not in SYSTEM_DLLS]
 
 
-def traces(data):
+def traces(data, windowed):
     """No path of the machine that built it, as bytes or as UTF-16."""
     found = [text for text in (str(ROOT), str(pathlib.Path.home()) + "/", "CMakeFiles", "/usr/include")
              if text.encode() in data or text.encode("utf-16-le") in data]
-    return [f"holds {text}" for text in found] + ([f"{len(data)} bytes"] if len(data) > MAX_BYTES else [])
+    return [f"holds {text}" for text in found] + ([f"{len(data)} bytes"] if windowed and len(data) > MAX_BYTES else [])
 
 
 def manifest(pe):
@@ -118,7 +118,8 @@ for kind in ("x64", "x86"):
             print(f"FAIL {kind} {name}: not built")
             continue
         pe = pefile.PE(str(path))
-        results = {"header": header(pe, kind == "x64", windowed), "imports": imports(pe), "size and traces": traces(path.read_bytes())}
+        results = {"header": header(pe, kind == "x64", windowed), "imports": imports(pe),
+                   "size and traces": traces(path.read_bytes(), windowed)}
         if windowed:
             results.update({"manifest": manifest(pe), "version block": versionBlock(pe, name), "icon": icon(pe)})
         for rule, faults in results.items():
