@@ -1,0 +1,66 @@
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+
+#include "settings/cINI.h"
+#include "win32/SystemHeaders.h"
+#include "win32/SystemServices.h"
+#include "win32/WideText.h"
+
+namespace {
+
+/// A program folder of the test's own, with a settings file in it.
+class Folder final : public platform::ProgramFolder {
+public:
+    explicit Folder(const std::string& settings)
+        : path_(std::filesystem::temp_directory_path() / ("tolv-settings-" + std::to_string(GetCurrentProcessId()))) {
+        std::filesystem::create_directory(path_);
+        std::ofstream(path_ / "Tolv.ini", std::ios::binary) << settings;
+    }
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+    ~Folder() override { std::filesystem::remove_all(path_); }
+
+    base::Text path() const override { return win32::fromWide(path_.wstring()); }
+
+private:
+    std::filesystem::path path_;
+};
+
+base::Text databaseFolder(const std::string& settings) {
+    const Folder folder(settings);
+    win32::SystemSettingsFile file;
+    tolv::cINI ini(file, folder);
+    return ini.GetINIString(tolv::INIKey::BenKtoPath);
+}
+
+TEST(SettingsFile, GivesTheFolderAsTheFileHoldsItInTheAnsiCodePage) {
+    EXPECT_EQ(databaseFolder("[SETTINGS]\r\nBenKtoPath=D:\\Konten\r\n"), u"D:\\Konten");
+    EXPECT_EQ(databaseFolder("[settings]\nBENKTOPATH = D:\\B\xFCro\\ \n"), u"D:\\Büro\\");
+    EXPECT_EQ(databaseFolder("[SETTINGS]\r\nBenKtoPath=\r\n"), u"");
+    EXPECT_EQ(databaseFolder("[SETTINGS]\r\nBenKtoPath=" + std::string(300, 'x')), base::Text(254, u'x'));
+}
+
+TEST(SettingsFile, FallsBackToTheProgramFolder) {
+    const Folder folder("[MAIN]\r\nBenKtoPath=D:\\Konten\r\n");
+    win32::SystemSettingsFile file;
+    tolv::cINI ini(file, folder);
+    EXPECT_EQ(ini.GetINIString(tolv::INIKey::BenKtoPath), folder.path());
+}
+
+TEST(ProgramFolder, IsTheFolderOfTheExe) {
+    const base::Text path = win32::SystemProgramFolder().path();
+    EXPECT_NE(path.back(), u'\\');
+    EXPECT_TRUE(std::filesystem::exists(std::filesystem::path(path) / L"win32_test.exe"));
+}
+
+TEST(FileSystem, KnowsFilesButNotFolders) {
+    const Folder folder("");
+    win32::SystemFileSystem fileSystem;
+    const auto object = fileSystem.createObject();
+    EXPECT_TRUE(object->FileExists(folder.path() + u"\\Tolv.ini"));
+    EXPECT_FALSE(object->FileExists(folder.path()));
+    EXPECT_FALSE(object->FileExists(folder.path() + u"\\nichts"));
+}
+
+}  // namespace
