@@ -2,32 +2,43 @@
 # Signs in to the tool in FOLDER with real keys, leaves a picture of its account window there and closes it.
 # usage, under with-display.sh: demo.sh FOLDER
 set -euo pipefail
-folder=$1
+folder=$1 picture=$1/window.png
 
-# The window of that title, once it is there and has the keyboard.
+fail() { echo "demo: $*" >&2; exit 1; }
+
+# Waits until the screen shows the same twice: then a window is painted and takes keys.
+settle() {
+    local before='' now=none
+    for _ in $(seq 80); do
+        sleep 0.3
+        import -silent -window root "$picture"
+        now=$(identify -format '%#' "$picture") # of the pixels alone
+        [ "$now" != "$before" ] || break
+        before=$now
+    done
+}
+
+# Brings the window of that title and at least that width to the front. A window may vanish while it is looked at.
 window() {
-    local id
-    id=$(timeout 60 xdotool search --sync --onlyvisible --name "$1" | head -1)
-    xdotool windowactivate --sync "$id"
-    echo "$id"
+    local id width
+    for _ in $(seq 300); do
+        sleep 0.2
+        kill -0 "$tool" 2>/dev/null || fail "the tool has ended"
+        for id in $(xdotool search --onlyvisible --name "$1" 2>/dev/null); do
+            width=$(xdotool getwindowgeometry --shell "$id" 2>/dev/null | sed -n 's/^WIDTH=//p')
+            [ "${width:-0}" -ge "$2" ] && xdotool windowactivate --sync "$id" 2>/dev/null && settle && return
+        done
+    done
+    fail "no window $1"
 }
 
 $TOLV_WINE "$folder/prjDexoBenutzerkonten.exe" &
 tool=$!
-window '^Anmeldung$' >/dev/null
-xdotool type --delay 30 HwendorpliqZ
+window '^Anmeldung$' 300
+xdotool type --delay 60 HwendorpliqZ
 xdotool key Return
-window '^Tolv-Benutzerkontenverwaltung$' >/dev/null
-# Painting takes its time: the picture is done when it stays the same.
-before='' now=none
-for _ in $(seq 40); do
-    sleep 0.25
-    import -window root "$folder/window.png"
-    now=$(identify -format '%#' "$folder/window.png") # of the pixels alone
-    [ "$now" != "$before" ] || break
-    before=$now
-done
+window '^Tolv-Benutzerkontenverwaltung$' 500 # a message box has that title too
 # What is drawn beside the window is the empty screen; it is left off.
-convert "$folder/window.png" -trim +repage "$folder/window.png"
+convert "$picture" -trim +repage "$picture"
 xdotool key Escape
-timeout 20 tail --pid="$tool" -f /dev/null
+timeout 20 tail --pid="$tool" -f /dev/null || fail "the tool does not close"
