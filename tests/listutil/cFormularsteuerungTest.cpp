@@ -36,6 +36,7 @@ protected:
         messages.answer = [this](const test::FakeWindowMessages::Sent& sent) -> std::intptr_t {
             if (sent.message == 4127 && sent.window == kListWindow) return kHeaderWindow;
             if (sent.message == 4612 && sent.window == kHeaderWindow) {
+                // NOLINTNEXTLINE(performance-no-int-to-ptr): messages carry addresses as numbers
                 const auto& item = *reinterpret_cast<const HeaderItem*>(sent.lParam);
                 marks.push_back(std::to_string(sent.wParam) + ": mask " + std::to_string(item.mask) + " format " +
                                 std::to_string(item.format) + " image " + std::to_string(item.imageIndex));
