@@ -17,10 +17,16 @@ constexpr std::int32_t kFileExists = 58;
 constexpr std::uint64_t kMostAccounts = 1'000'000;
 constexpr std::uint64_t kLargestSeed = ~std::uint64_t{0};
 
+/// By way of UTF-8, since a half surrogate pair would be an error here.
+std::filesystem::path nativePath(const base::Text& path) {
+    const std::string utf8 = base::toUtf8(path);
+    return std::u8string(utf8.begin(), utf8.end());
+}
+
 /// A file that was begun and goes away again unless it is kept.
 class NewFile {
 public:
-    explicit NewFile(const base::Text& path) : path_(path) {
+    explicit NewFile(const base::Text& path) : path_(nativePath(path)) {
         // The opening below refuses an existing file too; this only says it better.
         std::error_code unknown;
         if (std::filesystem::exists(path_, unknown)) {
