@@ -210,13 +210,9 @@ void appendJsonText(std::string& line, base::TextView text) {
     const auto isPlain = [](char unit) { return unit >= 0x20 && unit != '"' && unit != '\\'; };
     line += '"';
     appendUnits(line, text, isPlain, [&line](char unit) {
-        if (unit < 0x20) {
-            line += "\\u00";
-            appendHex(line, static_cast<std::uint8_t>(unit));
-        } else {
-            line += '\\';
-            line += unit;
-        }
+        if (unit >= 0x20 || isEscaped(unit)) return appendEscape(line, unit);
+        line += "\\u00";
+        appendHex(line, static_cast<std::uint8_t>(unit));
     });
     line += '"';
 }
