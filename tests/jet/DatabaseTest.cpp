@@ -1,0 +1,154 @@
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <memory>
+#include <random>
+#include <string>
+
+#include "jet/Catalog.h"
+#include "jet/Creator.h"
+#include "jet/Database.h"
+#include "jet/MemoryIo.h"
+#include "jet/Table.h"
+#include "tests/jet/PagesInMemory.h"
+
+namespace jet {
+namespace {
+
+constexpr base::TextView kPassword = u"Geheim";
+
+base::Bytes sampleFile(base::TextView password = kPassword) {
+    MemoryIo io;
+    Creator creator(io, base::Text(password));
+    creator.finish();
+    return io.bytes();
+}
+
+Database open(base::Bytes bytes, base::TextView password) {
+    return Database::open(std::make_unique<MemoryIo>(std::move(bytes)), u"C:\\konten.mdb", password);
+}
+
+TEST(Database, OpensOnlyJet4FilesAndSaysSo) {
+    const base::Bytes sound = sampleFile();
+    base::Bytes older = sound, later = sound, foreign = sound;
+    older[0x14] = 0;
+    later[0x14] = 3;
+    foreign[4] = 'M';
+    base::Bytes cut = sound;
+    cut.resize(4095);
+    for (const base::Bytes& bytes : {older, later, foreign, cut, base::Bytes{}, base::Bytes(100000, 0)}) {
+        EXPECT_EQ(errorOf([&] { open(bytes, kPassword); }),
+                  "-2147467259: Nicht erkennbares Datenbankformat 'C:\\konten.mdb'.");
+    }
+}
+
+TEST(Database, WantsThePasswordToTheLetter) {
+    for (const base::TextView wrong : {u"", u"geheim", u"Geheim ", u"Gehei", u"GeheimX"})
+        EXPECT_EQ(errorOf([&] { open(sampleFile(), wrong); }), "-2147217843: Kein zulässiges Kennwort.");
+    EXPECT_EQ(errorOf([&] { open(sampleFile(), kPassword); }), "no error");
+    EXPECT_EQ(errorOf([&] { open(sampleFile(u""), u"irgendeins"); }), "no error");
+}
+
+TEST(Database, ReadsEncodedPages) {
+    constexpr std::uint32_t kKey = 0xA1B2C3D4;
+    base::Bytes file = sampleFile();
+    Header header = Header::read(base::ByteView(std::span(file).first(kPageSize)));
+    header.databaseKey = kKey;
+    header.write(std::span(file).first(kPageSize));
+    for (PageNumber page = 0; page < file.size() / kPageSize; ++page)
+        encodePage(std::span(file).subspan(page * kPageSize, kPageSize), page, kKey);
+    Database database = open(file, kPassword);
+    ReadOperation operation = database.beginRead();
+    EXPECT_EQ(Catalog(operation).entries().size(), 8U);
+}
+
+/// A file of this test alone.
+class FileTest : public testing::Test {
+protected:
+    FileTest() {
+        std::filesystem::create_directory(folder_);
+        std::ofstream(file_, std::ios::binary).write(reinterpret_cast<const char*>(bytes_.data()), std::ssize(bytes_));
+    }
+    ~FileTest() override { std::filesystem::remove_all(folder_); }
+    FileTest(const FileTest&) = delete;
+    FileTest& operator=(const FileTest&) = delete;
+
+    static base::Text text(const std::filesystem::path& path) { return path.u16string(); }
+
+    base::Bytes bytes_ = sampleFile();
+    std::filesystem::path folder_ =
+        std::filesystem::temp_directory_path() / ("tolv-jet-" + std::to_string(std::random_device{}()));
+    std::filesystem::path file_ = folder_ / u"Kontenübersicht.mdb";
+};
+
+TEST_F(FileTest, StaysAsItIsWhenItIsRead) {
+    const auto yesterday = std::filesystem::file_time_type::clock::now() - std::chrono::hours(24);
+    std::filesystem::last_write_time(file_, yesterday);
+    const auto before = std::filesystem::last_write_time(file_);
+    for (const OpenMode mode : {OpenMode::Read, OpenMode::ReadWrite}) {
+        Database database = Database::open(openFile(text(file_), mode), text(file_), kPassword);
+        ReadOperation operation = database.beginRead();
+        EXPECT_TRUE(openTable(operation, u"MSysACEs").has_value());
+    }
+    EXPECT_EQ(std::filesystem::last_write_time(file_), before);
+    std::ifstream stream(file_, std::ios::binary);
+    EXPECT_EQ(base::Bytes(std::istreambuf_iterator<char>(stream), {}), bytes_);
+}
+
+TEST_F(FileTest, SaysWhyItCannotBeOpened) {
+    const auto error = [](const std::filesystem::path& path, OpenMode mode) {
+        return errorOf([&] { openFile(text(path), mode); });
+    };
+    EXPECT_NE(error(folder_ / "fehlt.mdb", OpenMode::Read).find("nicht gefunden."), std::string::npos);
+    EXPECT_NE(error(folder_ / "fehlt" / "fehlt.mdb", OpenMode::Read).find("ist kein zulässiger Pfad."),
+              std::string::npos);
+    EXPECT_NE(error(folder_, OpenMode::Read).find("Berechtigung"), std::string::npos);
+    EXPECT_NE(error(file_, OpenMode::CreateNew), "no error") << "an existing file is never taken for a new one";
+    EXPECT_EQ(error(folder_ / "neu.mdb", OpenMode::CreateNew), "no error");
+}
+
+TEST_F(FileTest, IsReadByManyAndWrittenByOne) {
+    constexpr std::chrono::milliseconds kNow{0};
+    const auto first = openFile(text(file_), OpenMode::ReadWrite);
+    const auto second = openFile(text(file_), OpenMode::ReadWrite);
+    EXPECT_TRUE(first->lock(LockKind::Shared, kNow));
+    EXPECT_TRUE(second->lock(LockKind::Shared, kNow));
+    EXPECT_FALSE(second->lock(LockKind::Exclusive, kNow));
+    first->lock(LockKind::None, kNow);
+    EXPECT_TRUE(second->lock(LockKind::Exclusive, kNow));
+    EXPECT_FALSE(first->lock(LockKind::Shared, kNow));
+    EXPECT_TRUE(second->lock(LockKind::Shared, kNow)) << "an exclusive lock can be lowered";
+    EXPECT_TRUE(first->lock(LockKind::Shared, kNow));
+}
+
+TEST_F(FileTest, IsInUseWhileSomebodyWritesAndFreeWhenAnOperationFailed) {
+    Database database = Database::open(openFile(text(file_), OpenMode::Read), text(file_), kPassword);
+    const auto writer = openFile(text(file_), OpenMode::ReadWrite);
+    ASSERT_TRUE(writer->lock(LockKind::Exclusive, {}));
+    EXPECT_NE(errorOf([&] { database.beginRead(); }).find("wird bereits benutzt."), std::string::npos);
+    writer->write(0x14, base::Bytes{9});
+    writer->lock(LockKind::None, {});
+    EXPECT_NE(errorOf([&] { database.beginRead(); }).find("Nicht erkennbares"), std::string::npos);
+    EXPECT_TRUE(writer->lock(LockKind::Exclusive, {})) << "the failed operation kept its lock";
+}
+
+TEST(PageFile, ReadsInExtentsAndKeepsAViewWhileOthersComeAndGo) {
+    constexpr PageNumber kPages = 16 * 300 + 5;  // more extents than the cache keeps
+    base::Bytes bytes(kPages * kPageSize + 100);
+    for (PageNumber page = 0; page < kPages; ++page)
+        base::putU32(bytes, page * kPageSize, page);
+    MemoryIo io(std::move(bytes));
+    PageFile pages(io, 0);
+    EXPECT_EQ(pages.pageCount(), kPages);
+    const PageView first = pages.page(3);
+    for (PageNumber page = 0; page < kPages; ++page)
+        ASSERT_EQ(pages.page(page).bytes.u32(0), page);
+    EXPECT_EQ(first.bytes.u32(0), 3U);
+    EXPECT_EQ(pages.extentsRead(), 301U);
+    EXPECT_THROW(pages.page(kPages), base::RuntimeError);
+    EXPECT_THROW(pages.page(0xFFFFFFFF), base::RuntimeError);
+}
+
+}  // namespace
+}  // namespace jet

@@ -1,0 +1,63 @@
+#include <gtest/gtest.h>
+
+#include "jet/Header.h"
+#include "jet/PageSource.h"
+#include "jet/Rc4.h"
+#include "tests/jet/Hex.h"
+
+namespace jet {
+namespace {
+
+TEST(Rc4, GivesTheKnownStream) {
+    const std::string key = "Wiki";
+    base::Bytes bytes = fromHex("70 65 64 69 61");  // "pedia"
+    Rc4(std::span(reinterpret_cast<const std::uint8_t*>(key.data()), key.size())).apply(bytes);
+    EXPECT_EQ(toHex(bytes), "10 21 BF 04 20");
+}
+
+TEST(Header, IsMaskedAndThePasswordOnceMore) {
+    Header header = Header::fresh({38143.5});  // 0x94FF: the mask reaches into every second unit
+    header.password = u"HwendorpliqZ";
+    base::Bytes page(kPageSize);
+    header.write(page);
+    // 1/0 and 1/1 under the stream B5 6F 03 62 61 08 C2 55 ...
+    EXPECT_EQ(toHex(std::span(page).subspan(0x18, 8)), "B5 6E 03 62 60 09 C2 55");
+    Rc4(fromHex("C7 DA 39 6B")).apply(std::span(page).subspan(0x18, 128));
+    EXPECT_EQ(toHex(std::span(page).subspan(0x42, 6)), "B7 94 77 00 9A 94");
+    EXPECT_EQ(toHex(std::span(page).subspan(0x42 + 24, 4)), "FF 94 00 00");
+    Rc4(fromHex("C7 DA 39 6B")).apply(std::span(page).subspan(0x18, 128));
+
+    page[0xB00] = 0xEE;  // without a name
+    Header read = Header::read(base::ByteView(page));
+    EXPECT_EQ(read.password, u"HwendorpliqZ");
+    EXPECT_EQ(read.created, base::Date{38143.5});
+    base::Bytes again(kPageSize);
+    read.write(again);
+    EXPECT_EQ(again, page);
+
+    read.password = base::Text(20, u'Z');  // no room for an end mark
+    read.created = {45000.25};
+    read.write(again);
+    EXPECT_EQ(Header::read(base::ByteView(again)).password, base::Text(20, u'Z'));
+}
+
+TEST(Header, TellsTheFormats) {
+    base::Bytes page(kPageSize);
+    Header::fresh({38143.0}).write(page);
+    const auto formatWith = [&page](std::size_t offset, std::uint8_t value) {
+        base::Bytes changed = page;
+        changed[offset] = value;
+        return Header::formatOf(base::ByteView(changed));
+    };
+    EXPECT_EQ(Header::formatOf(base::ByteView(page)), Header::Format::Jet4);
+    EXPECT_EQ(formatWith(0x14, 0), Header::Format::Jet3);
+    EXPECT_EQ(formatWith(0x14, 2), Header::Format::Later);
+    EXPECT_EQ(formatWith(0x17, 1), Header::Format::Later);
+    EXPECT_EQ(formatWith(0x05, 's'), Header::Format::Unknown);
+    EXPECT_EQ(formatWith(0x13, ' '), Header::Format::Unknown);
+    EXPECT_EQ(formatWith(0x00, 1), Header::Format::Unknown);
+    EXPECT_EQ(Header::formatOf(base::ByteView(std::span(page).first(20))), Header::Format::Unknown);
+}
+
+}  // namespace
+}  // namespace jet

@@ -1,0 +1,207 @@
+#include <algorithm>
+#include <functional>
+#include <gtest/gtest.h>
+#include <memory>
+
+#include "jet/Catalog.h"
+#include "jet/Creator.h"
+#include "jet/Database.h"
+#include "jet/MemoryIo.h"
+#include "jet/Table.h"
+#include "jet/TextCodec.h"
+#include "tests/jet/PagesInMemory.h"
+
+namespace jet {
+namespace {
+
+constexpr base::TextView kName = u"Straße";
+
+/// A table with rows 1 to `count`, each with a text that fills part of a page.
+base::Bytes sampleFile(std::int32_t count) {
+    MemoryIo io;
+    Creator creator(io, {});
+    TableDesign design;
+    design.name = base::Text(kName);
+    design.columns = {{u"Nr", ColumnType::Long}, {u"Text", ColumnType::Text, 255}};
+    std::int32_t nr = 0;
+    creator.addTable(design, [&](std::vector<base::Value>& row) {
+        row = {++nr, base::Text(150, u'Ł')};
+        return nr <= count;
+    });
+    creator.finish();
+    return io.bytes();
+}
+
+/// The file as pages that a test may change.
+PagesInMemory pagesOf(const base::Bytes& file) {
+    PagesInMemory pages;
+    std::copy_n(file.begin() + kPageSize, kPageSize, pages.bytes(1).begin());
+    for (std::size_t start = 2 * kPageSize; start < file.size(); start += kPageSize) {
+        const auto begin = file.begin() + static_cast<std::ptrdiff_t>(start);
+        pages.add({begin, begin + kPageSize});
+    }
+    return pages;
+}
+
+class SampleTable {
+public:
+    explicit SampleTable(std::int32_t count) : pages(pagesOf(sampleFile(count))) {
+        Table table(*openTable(pages, kName));
+        for (auto page = table.ownedPages().next(0); page; page = table.ownedPages().next(*page + 1))
+            dataPages.push_back(*page);
+        definitionPage = table.definition().page;
+    }
+
+    /// Sets a slot's flags and keeps its place.
+    void setState(RowPointer row, SlotState state) {
+        const auto bytes = pages.bytes(row.page);
+        const std::size_t place = kDataPageHeaderBytes + kSlotBytes * row.slot;
+        const std::uint16_t offset = base::ByteView(bytes).u16(place) & 0x1FFFU;
+        base::putU16(bytes, place, static_cast<std::uint16_t>(offset | static_cast<std::uint16_t>(state)));
+    }
+
+    /// Makes the row a pointer.
+    void pointTo(RowPointer row, RowPointer target) {
+        setState(row, SlotState::Moved);
+        const auto bytes = pages.bytes(row.page);
+        const std::size_t offset = base::ByteView(bytes).u16(kDataPageHeaderBytes + kSlotBytes * row.slot) & 0x1FFFU;
+        base::putU32(bytes, offset, target.packed());
+    }
+
+    RowPointer row(std::size_t page, std::uint8_t slot) const { return {dataPages.at(page), slot}; }
+
+    /// The numbers of all rows, as a scan finds them.
+    std::vector<std::int32_t> scan() {
+        const Table table(*openTable(pages, kName));
+        const Column& number = *table.definition().column(u"nr");
+        std::vector<std::int32_t> numbers;
+        for (RowCursor cursor(table); cursor.next();)
+            numbers.push_back(std::get<std::int32_t>(table.value(cursor.row().view, number)));
+        return numbers;
+    }
+
+    PagesInMemory pages;
+    std::vector<PageNumber> dataPages;
+    PageNumber definitionPage = 0;
+};
+
+TEST(Table, IsScannedInTheOrderOfItsSlotsWhereverTheRowsWereMoved) {
+    SampleTable sample(30);
+    ASSERT_EQ(sample.dataPages.size(), 3U);
+    const std::int32_t secondPage = 13;  // 12 rows of some 320 bytes fill a page
+    // Row 2 lies in the slot of row 14, and row 3, after two moves, in that of row 15; row 4 is gone.
+    sample.pointTo(sample.row(0, 1), sample.row(1, 1));
+    sample.setState(sample.row(1, 1), SlotState::Hidden);
+    sample.pointTo(sample.row(0, 2), sample.row(0, 3));
+    sample.pointTo(sample.row(0, 3), sample.row(1, 2));
+    sample.setState(sample.row(1, 2), SlotState::Hidden);
+    const Table table(*openTable(sample.pages, u"STRASSE"));
+    const Column& number = table.definition().columns[0];
+    EXPECT_EQ(table.value(table.rowAt(sample.row(0, 1)).view, number), base::Value{secondPage + 1});
+    EXPECT_EQ(table.rowAt(sample.row(0, 1)).pointer, sample.row(0, 1));
+    EXPECT_EQ(table.value(table.rowAt(sample.row(0, 2)).view, number), base::Value{secondPage + 2});
+    EXPECT_EQ(table.value(table.rowAt(sample.row(1, 0)).view, number), base::Value{secondPage});
+
+    sample.setState(sample.row(0, 3), SlotState::Deleted);
+    sample.pointTo(sample.row(0, 2), sample.row(1, 2));
+    std::vector<std::int32_t> expected = {1, 14, 15};
+    for (std::int32_t nr = 5; nr <= 30; ++nr)
+        if (nr != 14 && nr != 15) expected.push_back(nr);
+    EXPECT_EQ(sample.scan(), expected);
+    for (const RowPointer lost : {sample.row(0, 3), sample.row(1, 1), sample.row(0, 200), RowPointer{999, 0}, {}})
+        EXPECT_THROW(table.rowAt(lost), base::RuntimeError) << lost.page << "/" << int{lost.slot};
+}
+
+TEST(Table, ReportsDamageInsteadOfLosingRows) {
+    struct Case {
+        const char* what;
+        std::function<void(SampleTable&)> harm;
+        const char* found;
+    };
+    const Case cases[] = {
+        {"a row moved to itself", [](SampleTable& s) { s.pointTo(s.row(0, 1), s.row(0, 1)); }, "Schleife"},
+        {"a row moved to a live one", [](SampleTable& s) { s.pointTo(s.row(0, 1), s.row(1, 1)); }, "verschobene Zeile"},
+        {"two rows moved to one place",
+         [](SampleTable& s) {
+             s.setState(s.row(1, 1), SlotState::Hidden);
+             s.pointTo(s.row(0, 1), s.row(1, 1));
+             s.pointTo(s.row(0, 2), s.row(1, 1));
+         },
+         "Zwei Zeilen"},
+        {"a row moved to the catalog's page",
+         [](SampleTable& s) {
+             s.pointTo(s.row(0, 1), {14, 0});
+         },
+         "gehört zu"},
+        {"a page of another table", [](SampleTable& s) { base::putU32(s.pages.bytes(s.dataPages[1]), 4, 2); },
+         "gehört zu 2"},
+        {"a page that is none", [](SampleTable& s) { s.pages.bytes(s.dataPages[1])[0] = 4; }, "Seitenart 4"},
+        {"a row behind the page", [](SampleTable& s) { base::putU16(s.pages.bytes(s.dataPages[1]), 14, 0x1001); },
+         "Zeilenversatz"},
+        {"rows in the offset table", [](SampleTable& s) { base::putU16(s.pages.bytes(s.dataPages[1]), 12, 250); },
+         "Zeilenversatz"},
+        {"more slots than rows can be named",
+         [](SampleTable& s) { base::putU16(s.pages.bytes(s.dataPages[1]), 12, 2000); }, "2000 Zeilen"},
+        {"an unknown flag", [](SampleTable& s) { base::putU16(s.pages.bytes(s.dataPages[1]), 14, 0x2E00); },
+         "Zeilenversatz"},
+        {"a map without its page",
+         [](SampleTable& s) {
+             base::putU32(s.pages.bytes(s.definitionPage), 55, RowPointer{500, 0}.packed());
+         },
+         "500"},
+    };
+    for (const Case& each : cases) {
+        SampleTable sample(30);
+        each.harm(sample);
+        const std::string error = errorOf([&] { sample.scan(); });
+        EXPECT_NE(error.find("beschädigt, Seite"), std::string::npos) << each.what << ": " << error;
+        EXPECT_NE(error.find(each.found), std::string::npos) << each.what << ": " << error;
+    }
+}
+
+TEST(Table, IsNotReadAsShorterWhenTheFileWasCut) {
+    const base::Bytes file = sampleFile(30);
+    const auto count = [](base::Bytes bytes) {
+        Database database = Database::open(std::make_unique<MemoryIo>(std::move(bytes)), u"konten.mdb", {});
+        ReadOperation operation = database.beginRead();
+        const auto table = openTable(operation, kName);
+        if (!table) return -1;
+        int rows = 0;
+        for (RowCursor cursor(*table); cursor.next();)
+            ++rows;
+        return rows;
+    };
+    ASSERT_EQ(count(file), 30);
+    for (std::size_t sizeBytes = 0; sizeBytes < file.size(); sizeBytes += 1000) {
+        base::Bytes cut = file;
+        cut.resize(sizeBytes);
+        // The last pages are not needed for reading; without them the rows are all there.
+        int rows = 30;
+        const std::string error = errorOf([&] { rows = count(cut); });
+        EXPECT_EQ(rows, 30) << sizeBytes;
+        EXPECT_TRUE(error != "no error" || sizeBytes >= file.size() / 2) << sizeBytes;
+    }
+}
+
+TEST(Catalog, RefusesTwoTablesOfOneName) {
+    MemoryIo io;
+    Creator creator(io, {});
+    for (const char16_t* name : {u"Konten", u"Kontem"}) {
+        TableDesign design;
+        design.name = name;
+        design.columns = {{u"Nr", ColumnType::Long}};
+        creator.addTable(design, [](std::vector<base::Value>&) { return false; });
+    }
+    creator.finish();
+    base::Bytes file = io.bytes();
+    const base::Bytes name = encodeText(u"Kontem", false);
+    const auto found = std::search(file.begin(), file.end(), name.begin(), name.end());
+    ASSERT_NE(found, file.end());
+    *(found + 10) = 'N';
+    PagesInMemory pages = pagesOf(file);
+    EXPECT_NE(errorOf([&] { openTable(pages, u"Konten"); }).find("doppelt"), std::string::npos);
+    EXPECT_FALSE(openTable(pages, u"Tables").has_value()) << "a container is no table";
+}
+
+}  // namespace
+}  // namespace jet
