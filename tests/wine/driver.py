@@ -111,6 +111,12 @@ class Session:
         subprocess.run(["xdotool", *map(str, words)], env=self.environment, check=True, stdin=subprocess.DEVNULL,
                        stdout=subprocess.DEVNULL, timeout=WAIT_SECONDS)
 
+    def has_keyboard(self, title):
+        """The display gives key presses to a window of this title. A window is in front for Windows a moment earlier, and
+        keys pressed in between are lost."""
+        return subprocess.run(["xdotool", "getwindowfocus", "getwindowname"], env=self.environment, text=True,
+                              capture_output=True, timeout=WAIT_SECONDS).stdout.rstrip("\n") == title
+
     def picture(self, name):
         if self.pictures:
             time.sleep(SETTLE_SECONDS)
@@ -157,14 +163,16 @@ class Tool:
         def ready():
             check(self.process.poll() is None, f"the exe has ended with {self.process.poll()}, no window '{title}'")
             found = [w for w in self.windows() if w["text"] == title and w["class"] != BOX_CLASS]
-            return found[0]["handle"] if found and found[0]["front"] and found[0]["enabled"] else None
+            if not found or not found[0]["front"] or not found[0]["enabled"] or not self.session.has_keyboard(title):
+                return None
+            return found[0]["handle"]
         return until(ready, f"a window '{title}' in front", seconds)
 
     def box(self):
         """The message box in front, once it is there."""
         def ready():
             found = [w for w in self.windows() if w["class"] == BOX_CLASS and w["front"]]
-            if not found:
+            if not found or not self.session.has_keyboard(found[0]["text"]):
                 return None
             box = self.session.ask("box", found[0]["handle"])
             return box if box["icon"] != "other" else None  # painted
@@ -190,6 +198,17 @@ class Tool:
             with contextlib.suppress(OSError):
                 opened.append(os.readlink(number))
         return opened
+
+    def bytes_read_by(self, action):
+        """How much the process reads, files above all, while it answers the action."""
+        def read_so_far():
+            lines = pathlib.Path(f"/proc/{self.process.pid}/io").read_text().splitlines()
+            return int(dict(line.split(": ") for line in lines)["rchar"])
+        time.sleep(SETTLE_SECONDS)
+        before = read_so_far()
+        action()
+        time.sleep(SETTLE_SECONDS)
+        return read_so_far() - before
 
     # What the user does
 

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <memory>
+#include <set>
 #include <vector>
 
 namespace probe {
@@ -102,11 +103,11 @@ BOOL CALLBACK describeIfOf(HWND window, LPARAM parameter) {
     return TRUE;
 }
 
-/// Colours of a square of pixels, row by row, as 0x00RRGGBB. `paint` fills the memory device context.
+/// Colours of a rectangle of pixels, row by row, as 0x00RRGGBB. `paint` fills the memory device context.
 template <class Paint>
-std::vector<std::uint32_t> pixels(int side, Paint&& paint) {
+std::vector<std::uint32_t> pixels(int width, int height, Paint&& paint) {
     BITMAPINFO info{};
-    info.bmiHeader = {sizeof info.bmiHeader, side, -side, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    info.bmiHeader = {sizeof info.bmiHeader, width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
     void* bits = nullptr;
     HDC memory = CreateCompatibleDC(nullptr);
     HBITMAP bitmap = CreateDIBSection(memory, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
@@ -114,13 +115,23 @@ std::vector<std::uint32_t> pixels(int side, Paint&& paint) {
     paint(memory);
     GdiFlush();
     const auto* first = static_cast<const std::uint32_t*>(bits);
-    std::vector<std::uint32_t> colours(first, first + static_cast<std::ptrdiff_t>(side) * side);
+    std::vector<std::uint32_t> colours(first, first + static_cast<std::ptrdiff_t>(width) * height);
     for (std::uint32_t& colour : colours)
         colour &= 0xFFFFFFU;
     SelectObject(memory, former);
     DeleteObject(bitmap);
     DeleteDC(memory);
     return colours;
+}
+
+std::vector<std::uint32_t> screenPixels(const RECT& place) {
+    const int width = place.right - place.left;
+    const int height = place.bottom - place.top;
+    return pixels(width, height, [&](HDC memory) {
+        HDC screen = GetDC(nullptr);
+        BitBlt(memory, 0, 0, width, height, screen, place.left, place.top, SRCCOPY);
+        ReleaseDC(nullptr, screen);
+    });
 }
 
 /// The system icon whose picture stands at this place of the screen; an icon's handle means nothing in another
@@ -136,15 +147,11 @@ std::string_view iconShownAt(const RECT& place) {
                                                   {"information", IDI_INFORMATION}}};
     const int side = place.right - place.left;
     if (side <= 0 || side > 256) return "none";
-    const auto shown = pixels(side, [&](HDC memory) {
-        HDC screen = GetDC(nullptr);
-        BitBlt(memory, 0, 0, side, side, screen, place.left, place.top, SRCCOPY);
-        ReleaseDC(nullptr, screen);
-    });
+    const auto shown = screenPixels({place.left, place.top, place.left + side, place.top + side});
     std::string_view best = "other";
     std::size_t fewest = shown.size() / 10;  // A tenth of the pixels may differ: edges are drawn half transparent.
     for (const Candidate& candidate : candidates) {
-        const auto drawn = pixels(side, [&](HDC memory) {
+        const auto drawn = pixels(side, side, [&](HDC memory) {
             const RECT all = {0, 0, side, side};
             FillRect(memory, &all, GetSysColorBrush(COLOR_3DFACE));
             DrawIconEx(memory, 0, 0, LoadIconW(nullptr, candidate.resource), side, side, 0, nullptr, DI_NORMAL);
@@ -206,6 +213,12 @@ void describeTree(Json& json, HWND window, unsigned dpi) {
 void describeExtent(Json& json, const std::wstring& text, unsigned dpi, bool bold) {
     const SIZE size = extentOf(text, dpi, bold);
     json.begin('[').value(size.cx).value(size.cy).end(']');
+}
+
+std::size_t coloursIn(const RECT& place) {
+    if (place.right <= place.left || place.bottom <= place.top) return 0;
+    const auto colours = screenPixels(place);
+    return std::set<std::uint32_t>(colours.begin(), colours.end()).size();
 }
 
 void describeBox(Json& json, HWND window) {

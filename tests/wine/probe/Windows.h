@@ -22,6 +22,9 @@ void describeTree(Json& json, HWND window, unsigned dpi);
 /// Width and height of a text in the message font.
 void describeExtent(Json& json, const std::wstring& text, unsigned dpi, bool bold);
 
+/// How many different colours a rectangle of the screen has: one or two where a control is not painted.
+std::size_t coloursIn(const RECT& place);
+
 /// A message box: text, buttons with their ids, owner, and which system icon its picture equals.
 void describeBox(Json& json, HWND window);
 

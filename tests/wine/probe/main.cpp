@@ -62,6 +62,19 @@ void pixel(Json& json, const Words& words) {
     json.begin('[').value(GetRValue(colour)).value(GetGValue(colour)).value(GetBValue(colour)).end(']');
 }
 
+void colours(Json& json, const Words& words) {
+    json.value(
+        coloursIn({std::stoi(words.at(1)), std::stoi(words.at(2)), std::stoi(words.at(3)), std::stoi(words.at(4))}));
+}
+
+/// Gives the window another size, as a window manager does; its own smallest size holds. (Wine's display driver lets
+/// the display's window manager shrink a window below that, so a dragged frame shows nothing.)
+void resize(Json& json, const Words& words) {
+    const BOOL done = SetWindowPos(windowOf(words.at(1)), nullptr, 0, 0, std::stoi(words.at(2)), std::stoi(words.at(3)),
+                                   SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+    json.value(done != 0);
+}
+
 /// Tells the window that it now stands on a screen of another resolution, with its rectangle grown to match.
 void dpi(Json& json, const Words& words) {
     const HWND window = windowOf(words.at(1));
@@ -100,8 +113,9 @@ std::string answer(const Words& words) {
         std::string_view name;
         void (*run)(Json&, const Words&);
     };
-    static constexpr Command kCommands[] = {{"windows", windows}, {"tree", tree},   {"extent", extent}, {"list", list},
-                                            {"box", box},         {"pixel", pixel}, {"dpi", dpi},       {"type", type}};
+    static constexpr Command kCommands[] = {
+        {"windows", windows}, {"tree", tree},       {"extent", extent}, {"list", list}, {"box", box},
+        {"pixel", pixel},     {"colours", colours}, {"resize", resize}, {"dpi", dpi},   {"type", type}};
     Json json;
     try {
         for (const Command& command : kCommands) {
