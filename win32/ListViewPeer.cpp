@@ -97,6 +97,8 @@ void ListViewPeer::setSpokenName() const {
 }
 
 void ListViewPeer::showColumns() {
+    widthCodes_.assign(static_cast<std::size_t>(list_.columnCount()), 0);
+    shownDpi_ = fonts().dpi();
     while (send(LVM_DELETECOLUMN, 0) != FALSE) {
     }
     for (int index = 1; index <= list_.columnCount(); ++index) {
@@ -180,6 +182,7 @@ void ListViewPeer::showHeaderIcons() {
 void ListViewPeer::useFonts() {
     PeerOn::useFonts();
     showHeaderIcons();
+    adaptColumnWidths();
 }
 
 void ListViewPeer::systemChanged() {
@@ -196,8 +199,17 @@ LRESULT ListViewPeer::message(UINT message, WPARAM wParam, LPARAM lParam) {
     const LRESULT result = PeerOn::message(message, wParam, lParam);
     if (isInput(message)) keepSelection();
     if (message == WM_SIZE) fillWithLastColumn();
-    if (message == WM_NOTIFY && reinterpret_cast<const NMHDR*>(lParam)->code == HDN_ENDTRACKW) lastFitting_.reset();
+    if (message == WM_NOTIFY) headerNotified(*reinterpret_cast<const NMHDR*>(lParam));
     return result;
+}
+
+/// A width that the user gave a column stays.
+void ListViewPeer::headerNotified(const NMHDR& header) {
+    if (header.code != HDN_ENDTRACKW && header.code != HDN_ENDTRACKA) return;
+    const int column = reinterpret_cast<const NMHEADERW&>(header).iItem;
+    if (column < 0 || column >= list_.columnCount()) return;
+    widthCodes_[static_cast<std::size_t>(column)] = 0;
+    if (column == list_.columnCount() - 1) lastFitting_.reset();
 }
 
 /// @return true if the click stays without further effect
@@ -271,6 +283,7 @@ void ListViewPeer::clicked(const NMITEMACTIVATE& click) {
 bool ListViewPeer::setColumnWidth(int column, int code) {
     if (code != LVSCW_AUTOSIZE && code != LVSCW_AUTOSIZE_USEHEADER) return false;
     if (column < 0 || column >= list_.columnCount()) return false;
+    widthCodes_[static_cast<std::size_t>(column)] = code;
     int width = fittingWidth(column, code == LVSCW_AUTOSIZE_USEHEADER);
     if (column == list_.columnCount() - 1) {
         lastFitting_ = code == LVSCW_AUTOSIZE_USEHEADER ? std::optional(width) : std::nullopt;
@@ -278,6 +291,17 @@ bool ListViewPeer::setColumnWidth(int column, int code) {
     }
     PeerOn::message(LVM_SETCOLUMNWIDTH, static_cast<WPARAM>(column), MAKELPARAM(width, 0));
     return true;
+}
+
+/// After a change of the font: fitted columns fit again, others keep their size on the screen.
+void ListViewPeer::adaptColumnWidths() {
+    const auto formerDpi = static_cast<int>(std::exchange(shownDpi_, fonts().dpi()));
+    for (int column = 0; column < list_.columnCount(); ++column) {
+        if (setColumnWidth(column, widthCodes_[static_cast<std::size_t>(column)])) continue;
+        const auto width = static_cast<int>(send(LVM_GETCOLUMNWIDTH, static_cast<WPARAM>(column)));
+        PeerOn::message(LVM_SETCOLUMNWIDTH, static_cast<WPARAM>(column),
+                        MAKELPARAM(MulDiv(width, static_cast<int>(fonts().dpi()), formerDpi), 0));
+    }
 }
 
 /// Width in pixels of the widest value, and of the header with room for its mark.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <vector>
 
 #include "forms/ListView.h"
 #include "win32/NativeControl.h"
@@ -40,6 +41,7 @@ private:
     int selectedRow() const;
     bool handleClick(UINT message, LPARAM lParam);
     void keepSelection();
+    void headerNotified(const NMHDR& header);
 
     LRESULT giveCell(NMLVDISPINFOW& info);
     LRESULT findRow(const NMLVFINDITEMW& search);
@@ -47,6 +49,7 @@ private:
     void clicked(const NMITEMACTIVATE& click);
 
     bool setColumnWidth(int column, int code);
+    void adaptColumnWidths();
     int fittingWidth(int column, bool withHeader);
     int widthLeftFor(int column) const;
     void fillWithLastColumn();
@@ -57,6 +60,8 @@ private:
     bool fromCode_ = false;           ///< while the model's state is shown: notifications are not the user's
     int selectedBeforeClick_ = -1;    ///< the selected row when the mouse button went down
     std::optional<int> lastFitting_;  ///< least width of the last column while it fills the list
+    std::vector<int> widthCodes_;     ///< by column: the width code last asked for, 0 if the width is given in pixels
+    unsigned shownDpi_ = 0;           ///< the resolution that the widths are made for
 };
 
 }  // namespace win32
