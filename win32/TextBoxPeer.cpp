@@ -41,6 +41,8 @@ int TextBoxPeer::fittingHeight() const {
 HBRUSH TextBoxPeer::background(HDC dc) {
     const forms::Color color = box_.BackColor();
     SetBkColor(dc, presentColor(color));
+    // A fixed ground needs a fixed text colour. The text of a disabled box is drawn grey whatever is set here.
+    SetTextColor(dc, isSystemColor(color) ? GetSysColor(COLOR_WINDOWTEXT) : RGB(0, 0, 0));
     if (isSystemColor(color)) return GetSysColorBrush(systemColorIndex(color));
     if (!brush_ || brushColor_ != color) {
         brush_ = Brush(CreateSolidBrush(color));
