@@ -130,6 +130,8 @@ void FormPeer::placeControls() {
                               rect.bottom - rect.top, SWP_NOZORDER | SWP_NOACTIVATE);
     }
     EndDeferWindowPos(move);
+    // What has moved keeps the pixels of its old place, or none: Wine leaves buttons and labels blank.
+    RedrawWindow(window(), nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
 }
 
 void FormPeer::useFonts() {
