@@ -19,7 +19,6 @@ constexpr std::size_t kLongestGlobalRow = 4009;
 constexpr std::size_t kRowStep = 4;
 constexpr std::size_t kBitmapHeaderBytes = 4;
 
-/// A bitmap page in which the bits of the pages from `firstSet` (relative to the bitmap) on are set.
 base::Bytes emptyBitmap() {
     base::Bytes page(kPageSize, 0);
     page[0] = static_cast<std::uint8_t>(PageKind::UsageBitmap);

@@ -109,6 +109,7 @@ void FreshTable::addToIndexes(std::span<const base::Value> values, RowPointer ro
         const IndexDefinition& index = definition_.indexes[i];
         key.clear();
         bool allNull = true;
+        bool hasNull = false;
         for (const IndexColumn& part : index.columns) {
             const Column& column = *definition_.columnNumbered(part.columnNumber);
             const base::Value& value = values[column.number];
@@ -116,10 +117,15 @@ void FreshTable::addToIndexes(std::span<const base::Value> values, RowPointer ro
                 throw failure(u"Der Wert des Feldes '" + column.name +
                               u"' kann nicht in den Index aufgenommen werden.");
             }
-            allNull = allNull && base::isNull(value) && column.type != ColumnType::Boolean;
+            const bool isNull = base::isNull(value) && column.type != ColumnType::Boolean;
+            allNull = allNull && isNull;
+            hasNull = hasNull || isNull;
             appendKeyPart(key, column, value, part.ascending);
         }
-        if (!allNull || !index.ignoresNulls()) entries_[i].add(key, row);
+        if (hasNull && (index.isRequired() || index.isPrimary)) {
+            throw failure(u"Der Index '" + index.name + u"' der Tabelle '" + name_ + u"' lässt keinen Nullwert zu.");
+        }
+        if (!allNull || !index.ignoresNulls()) entries_[i].add(key, row, hasNull);
     }
 }
 
@@ -142,7 +148,7 @@ void FreshTable::countKeys(IndexDefinition& index, const IndexEntries& entries) 
     for (std::size_t i = 0; i < entries.size(); ++i) {
         if (i == 0 || !std::ranges::equal(entries.key(i - 1), entries.key(i)))
             ++index.distinctKeys;
-        else if (index.isUnique())
+        else if (index.isUnique() && !entries.hasNull(i))
             throw failure(u"Zwei Datensätze der Tabelle '" + name_ + u"' haben im eindeutigen Index '" + index.name +
                           u"' denselben Schlüssel.");
     }

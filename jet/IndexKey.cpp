@@ -1,6 +1,7 @@
 #include "jet/IndexKey.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <limits>
 #include <variant>
@@ -74,53 +75,54 @@ void appendDecimal(Bytes& key, const base::Decimal& value, bool ascending) {
 }
 
 /// Appends a value's bytes in their final form.
-struct ValueAppender {
-    Bytes& key;
-    const Column& column;
-    bool ascending;
+class ValueAppender {
+public:
+    ValueAppender(Bytes& key, const Column& column, bool ascending)
+        : key_(key), column_(column), ascending_(ascending) {}
 
     void operator()(base::Null) const {}
     void operator()(bool value) const {
-        simple([&] { key.push_back(value ? 0x00 : 0xFF); });
+        simple([&] { key_.push_back(value ? 0x00 : 0xFF); });
     }
     void operator()(std::uint8_t value) const {
-        simple([&] { key.push_back(value); });
+        simple([&] { key_.push_back(value); });
     }
     void operator()(std::int16_t value) const {
-        simple([&] { appendWhole(key, static_cast<std::uint16_t>(value), 2); });
+        simple([&] { appendWhole(key_, static_cast<std::uint16_t>(value), 2); });
     }
     void operator()(std::int32_t value) const {
-        simple([&] { appendWhole(key, static_cast<std::uint32_t>(value), 4); });
+        simple([&] { appendWhole(key_, static_cast<std::uint32_t>(value), 4); });
     }
     void operator()(base::Currency value) const {
-        simple([&] { appendWhole(key, static_cast<std::uint64_t>(value.tenThousandths), 8); });
+        simple([&] { appendWhole(key_, static_cast<std::uint64_t>(value.tenThousandths), 8); });
     }
     void operator()(float value) const {
-        simple([&] { appendReal(key, std::bit_cast<std::uint32_t>(value), 4); });
+        simple([&] { appendReal(key_, std::bit_cast<std::uint32_t>(value), 4); });
     }
     void operator()(double value) const {
-        simple([&] { appendReal(key, std::bit_cast<std::uint64_t>(value), 8); });
+        simple([&] { appendReal(key_, std::bit_cast<std::uint64_t>(value), 8); });
     }
     void operator()(base::Date value) const { (*this)(value.days); }
     void operator()(const base::Text& value) const {
-        simple([&] { appendSortKey(key, value, column.textOrder); });
-        if (!ascending) key.push_back(0x00);
+        simple([&] { appendSortKey(key_, value, column_.textOrder); });
+        if (!ascending_) key_.push_back(0x00);
     }
-    void operator()(const Bytes& value) const { appendGroups(key, value, ascending); }
-    void operator()(const base::Guid& value) const { appendGroups(key, asWritten(value), ascending); }
-    void operator()(const base::Decimal& value) const { appendDecimal(key, value, ascending); }
+    void operator()(const Bytes& value) const { appendGroups(key_, value, ascending_); }
+    void operator()(const base::Guid& value) const { appendGroups(key_, asWritten(value), ascending_); }
+    void operator()(const base::Decimal& value) const { appendDecimal(key_, value, ascending_); }
 
 private:
     /// Most values are inverted as a whole in a descending key.
     template <typename Append>
     void simple(Append append) const {
-        const std::size_t start = key.size();
+        const std::size_t start = key_.size();
         append();
-        if (!ascending) invertFrom(key, start);
+        if (!ascending_) invertFrom(key_, start);
     }
 
-public:
-    ValueAppender(Bytes& k, const Column& c, bool a) : key(k), column(c), ascending(a) {}
+    Bytes& key_;
+    const Column& column_;
+    bool ascending_;
 };
 
 const Column& columnOf(const RowView& row, const IndexColumn& part) {

@@ -94,11 +94,11 @@ private:
 
 }  // namespace
 
-void IndexEntries::add(std::span<const std::uint8_t> key, RowPointer row) {
+void IndexEntries::add(std::span<const std::uint8_t> key, RowPointer row, bool hasNull) {
     const std::size_t offset = bytes_.size();
     bytes_.insert(bytes_.end(), key.begin(), key.end());
     appendRowPointer(bytes_, row);
-    places_.push_back({offset, bytes_.size() - offset});
+    places_.push_back({offset, bytes_.size() - offset, hasNull});
 }
 
 void IndexEntries::sort() {

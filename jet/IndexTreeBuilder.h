@@ -13,18 +13,21 @@ namespace jet {
 /// The entries of an index, gathered in any order and then put in theirs.
 class IndexEntries {
 public:
-    void add(std::span<const std::uint8_t> key, RowPointer row);
+    /// @param hasNull  whether a part of the key is null: such keys may be equal in a unique index
+    void add(std::span<const std::uint8_t> key, RowPointer row, bool hasNull = false);
     std::size_t size() const { return places_.size(); }
     void sort();
 
     /// Key and row pointer of entry i.
     std::span<const std::uint8_t> entry(std::size_t i) const;
     std::span<const std::uint8_t> key(std::size_t i) const { return withoutRow(entry(i)); }
+    bool hasNull(std::size_t i) const { return places_[i].hasNull; }
 
 private:
     struct Place {
         std::size_t offset;
         std::size_t bytes;
+        bool hasNull;
     };
     static std::span<const std::uint8_t> withoutRow(std::span<const std::uint8_t> entry) {
         return entry.first(entry.size() - kIndexRowBytes);

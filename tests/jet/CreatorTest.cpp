@@ -149,6 +149,9 @@ TEST(Creator, RefusesWhatWouldMakeAnUnsoundFile) {
     design.columns = {{u"Name", ColumnType::Text, 255}};
     design.indexes = {{u"Name", {{u"Name"}}, false, IndexDefinition::kUnique}};
     EXPECT_THROW(fileWith(design, {{base::Text(u"Straße")}, {base::Text(u"STRASSE ")}}), base::RuntimeError);
+    EXPECT_NO_THROW(fileWith(design, {{base::Null{}}, {base::Null{}}}));  // nulls are not equal
+    design.indexes[0].flags |= IndexDefinition::kRequired;
+    EXPECT_THROW(fileWith(design, {{base::Null{}}}), base::RuntimeError);
     EXPECT_THROW(fileWith(design, {{base::Text{0xD83D, 0xDE00}}}), base::RuntimeError);
     EXPECT_THROW(fileWith(design, {}, u"einundzwanzig Zeichen"), base::RuntimeError);
     EXPECT_NO_THROW(fileWith(design, {{base::Text(u"Strasse")}, {base::Text(u"Straße 2")}}, u"zwanzig Zeichen lang"));
