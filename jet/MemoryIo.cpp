@@ -12,12 +12,12 @@ void MemoryIo::read(std::uint64_t offset, std::span<std::uint8_t> bytes) {
 }
 
 void MemoryIo::write(std::uint64_t offset, std::span<const std::uint8_t> bytes) {
-    bytes_.resize(std::max<std::uint64_t>(bytes_.size(), offset + bytes.size()));
+    bytes_.resize(std::max(bytes_.size(), static_cast<std::size_t>(offset) + bytes.size()));
     std::copy(bytes.begin(), bytes.end(), bytes_.begin() + static_cast<std::ptrdiff_t>(offset));
 }
 
 void MemoryIo::resize(std::uint64_t sizeBytes) {
-    bytes_.resize(sizeBytes);
+    bytes_.resize(static_cast<std::size_t>(sizeBytes));
 }
 
 }  // namespace jet
