@@ -22,6 +22,9 @@ constexpr int kHeaderPadding = 18;
 constexpr int kIconSize = 16;
 constexpr int kIconMargin = 12;
 
+/// Column widths travel as 16-bit numbers.
+constexpr int kWidestColumn = 0x7FFF;
+
 /// A flag that is set as long as this lives.
 class During {
 public:
@@ -80,8 +83,6 @@ ListViewPeer::ListViewPeer(forms::ListView& list, const Surroundings& surroundin
     showHeaderIcons();
     show(forms::Property::Rows);
 }
-
-ListViewPeer::~ListViewPeer() = default;
 
 void ListViewPeer::setSpokenName() const {
     if (spokenName() == nullptr) return;
@@ -310,7 +311,7 @@ int ListViewPeer::fittingWidth(int column, bool withHeader) {
     TextMeasure values(dc.get());
     for (int row = 0; row < list_.rowCount(); ++row)
         values.add(list_.cellAt(static_cast<std::size_t>(row), column));
-    const int valueWidth = values.widest() + fonts().scaled(kCellPadding);
+    const int valueWidth = std::min(kWidestColumn, values.widest() + fonts().scaled(kCellPadding));
     if (!withHeader) return valueWidth;
     TextMeasure header(dc.get());
     header.add(list_.ColumnHeaders(column + 1).Text());

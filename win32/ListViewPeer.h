@@ -19,7 +19,6 @@ namespace win32 {
 class ListViewPeer final : public PeerOn<forms::ListViewPeer> {
 public:
     ListViewPeer(forms::ListView& list, const Surroundings& surroundings);
-    ~ListViewPeer() override;
 
     void show(forms::Property property) override;
     void ensureVisible(std::size_t rowIndex) override;

@@ -41,7 +41,8 @@ void runTool() {
     tolv::Application application(
         {windowMessages, settingsFile, programFolder, fileSystem, messageBoxes, mousePointer, folderChooser, regional},
         *connections, host);
-    tolv::Main();
+    // Caught before anything is taken down: after the error box nothing runs any more.
+    win32::atBoundary([] { tolv::Main(); });
     host.run();
 }
 
