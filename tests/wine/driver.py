@@ -112,8 +112,8 @@ class Session:
                        stdout=subprocess.DEVNULL, timeout=WAIT_SECONDS)
 
     def has_keyboard(self, title):
-        """The display gives key presses to a window of this title. A window is in front for Windows a moment earlier, and
-        keys pressed in between are lost."""
+        """The display gives key presses to a window of this title. A window is in front for Windows a moment earlier,
+        and keys pressed in between are lost."""
         return subprocess.run(["xdotool", "getwindowfocus", "getwindowname"], env=self.environment, text=True,
                               capture_output=True, timeout=WAIT_SECONDS).stdout.rstrip("\n") == title
 

@@ -219,7 +219,7 @@ def every_move_loads_the_account_once(scene):
         for row in (top, top + 5, top + 5, top + 3):
             tool.click(*accounts.row_middle(row))
             accounts.until_selected(row)
-        # A click on the selected row loads its account once more; a move to that row may read as much, not twice as much.
+        # A click on the selected row loads its account once more; a move to that row reads as much, not twice as much.
         again = [tool.bytes_read_by(lambda: tool.click(*accounts.row_middle(top + 3))) for _ in range(2)][1]
         for keys in ("Down", "Up"), ("Up", "Down"):
             tool.key(keys[0])
@@ -311,10 +311,7 @@ def nothing_is_clipped_at_any_size(scene):
         check_texts_fit(scene, accounts.tree(), "the window as opened")
         check(scene.session.ask("resize", accounts.window, 200, 150), "the window cannot be resized")
         inspect(scene, accounts, "smallest")
-        left, top, right, _ = accounts.tree()["rect"]
-        tool.click((left + right) // 2, top + 10)
-        tool.click((left + right) // 2, top + 10)
-        until(lambda: accounts.tree()["rect"][2] > 1300, "the window maximised by two clicks on its title", 5)
+        maximise(accounts)
         rows = inspect(scene, accounts, "maximised")["by"]["lvwBenKto"]["rect"]
         check(rows[2] - rows[0] > 1200, f"the list does not grow with the window: {rows}")
 
@@ -325,6 +322,18 @@ def nothing_is_clipped_at_any_size(scene):
         name_width = accounts.list()["columns"][0]["width"]
         check(abs(name_width - widths[0] * to / dpi) < 0.1 * name_width,
               f"the names' column was {widths[0]} pixels wide at {dpi} dpi and is {name_width} at {to}")
+
+
+def maximise(accounts):
+    """By two clicks on the title. A busy machine may take them for two single ones: then once more."""
+    left, top, width, _ = accounts.tree()["client"]  # the window manager's title lies directly above
+    for _ in range(5):
+        accounts.tool.session.xdotool("mousemove", left + width // 2, top - 8, "click", "--repeat", 2, "--delay", 50, 1)
+        try:
+            return until(lambda: accounts.tree()["rect"][2] > 1300, "the window maximised", 3)
+        except Failure:
+            continue
+    raise Failure("two clicks on the title do not maximise the window")
 
 
 def inspect(scene, accounts, what, dpi=None):
@@ -362,7 +371,7 @@ def check_texts_fit(scene, tree, where, dpi=None):
             needed += line_height  # the square before the text
         needed += {"Static": 0, "Button": 8, "Edit": 4}[kind]
         check(width >= needed and height >= line_height,
-              f"{name} ('{control['text']}') is {width} by {height} pixels, needs {needed} by {line_height}, in {where}")
+              f"{name} ('{control['text']}') is {width} by {height}, needs {needed} by {line_height} pixels in {where}")
 
 
 def check_places(tree):

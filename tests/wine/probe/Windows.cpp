@@ -60,7 +60,9 @@ void describeOne(Json& json, HWND window, HWND focus, unsigned dpi) {
         .field("focus", window == focus)
         .field("dpi", GetDpiForWindow(window));
     rectangle(json, "rect", rect);
-    rectangle(json, "client", client);
+    POINT origin{};
+    ClientToScreen(window, &origin);
+    json.key("client").begin('[').value(origin.x).value(origin.y).value(client.right).value(client.bottom).end(']');
     json.key("extent");
     describeExtent(json, text, dpi, false);
     const std::wstring name = classOf(window);

@@ -15,7 +15,8 @@ std::wstring classOf(HWND window);
 /// The visible top-level windows of every process that runs the exe of this name (without folder).
 void describeWindows(Json& json, const std::wstring& exeName);
 
-/// One window: class, text, styles, rectangle on the screen, focus, and its children in native order. The extents
+/// One window: class, text, styles, rectangle on the screen, client area (place on the screen, width, height), focus,
+/// and its children in native order. The extents
 /// of their texts are those of the message font at `dpi`.
 void describeTree(Json& json, HWND window, unsigned dpi);
 
