@@ -1,7 +1,8 @@
 #!/usr/bin/python3
 """Goes through the tool as a user does, by real key presses and clicks, and reads what the real windows show.
 
-Each journey starts the exe in a folder of its own. Prints a line a journey: PASS name, FAIL name: why, SKIP name: why.
+Each journey starts the exe in a folder of its own. Prints a line a journey: PASS name, or FAIL name: why.
+TOLV_CORPUS may name a folder with further account files (BenKTO-*.mdb) to go through.
 """
 import argparse
 import json
@@ -181,12 +182,8 @@ def compare_with_file(scene, accounts, file):
               f"the program-update box of row {index}")
 
 
-@journey
 def files_of_other_writers_are_listed(scene):
-    corpus = os.environ.get("TOLV_CORPUS")
-    if not corpus:
-        return "TOLV_CORPUS is not set"
-    for path in sorted(pathlib.Path(corpus).glob("BenKTO-*.mdb")):
+    for path in sorted(pathlib.Path(os.environ["TOLV_CORPUS"]).glob("BenKTO-*.mdb")):
         with scene.tool(path) as tool:
             accounts = tool.accounts()
             scene.picture(path.stem)
@@ -194,7 +191,10 @@ def files_of_other_writers_are_listed(scene):
                 compare_with_file(scene, accounts, path)
             else:
                 equal(accounts.list()["count"], 0, f"the number of rows of {path.name}")
-    return None
+
+
+if os.environ.get("TOLV_CORPUS"):
+    journey(files_of_other_writers_are_listed)
 
 
 @journey
@@ -493,8 +493,8 @@ def run_all(names, arguments, files):
 
 def run_one(name, session, files):
     try:
-        skipped = JOURNEYS[name](Scene(session, files, name))
-        return f"SKIP {name}: {skipped}" if skipped else f"PASS {name}"
+        JOURNEYS[name](Scene(session, files, name))
+        return f"PASS {name}"
     except Failure as failure:
         session.picture(f"failed-{name}")
         return f"FAIL {name}: {failure}"
