@@ -14,6 +14,18 @@ namespace {
 /// Pause between two tries for the lock.
 constexpr std::chrono::milliseconds kLockPause{10};
 
+short lockType(LockKind kind) {
+    switch (kind) {
+        case LockKind::None:
+            return F_UNLCK;
+        case LockKind::Shared:
+            return F_RDLCK;
+        case LockKind::Exclusive:
+            return F_WRLCK;
+    }
+    return F_UNLCK;
+}
+
 class FileIo : public PageIo {
 public:
     FileIo(int descriptor, base::Text path) : descriptor_(descriptor), path_(std::move(path)) {}
@@ -75,7 +87,7 @@ private:
     /// A lock of the open file, not of the process: two connections of one process exclude each other too.
     bool tryLock(LockKind kind) {
         struct flock range {};
-        range.l_type = kind == LockKind::None ? F_UNLCK : kind == LockKind::Shared ? F_RDLCK : F_WRLCK;
+        range.l_type = lockType(kind);
         range.l_whence = SEEK_SET;
         range.l_start = static_cast<off_t>(kLockOffset);
         range.l_len = 1;

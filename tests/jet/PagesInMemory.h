@@ -23,7 +23,7 @@ public:
 
     PageNumber add(base::Bytes bytes = base::Bytes(kPageSize, 0)) {
         pages_.push_back(std::make_unique<base::Bytes>(std::move(bytes)));
-        return pageCount() - 1;
+        return static_cast<PageNumber>(pages_.size() - 1);
     }
 
     /// A data page with these rows.

@@ -133,7 +133,7 @@ base::RuntimeError openingFailed(const base::Text& path, DWORD systemError) {
 
 /// Long paths need the whole path in the system's plainest form; short ones stay as they are.
 std::wstring nativePath(const base::Text& path) {
-    const std::wstring native(path.begin(), path.end());
+    std::wstring native(path.begin(), path.end());
     if (native.size() < kOldPathUnits || native.starts_with(kLongPath)) return native;
     const DWORD needed = GetFullPathNameW(native.c_str(), 0, nullptr, nullptr);
     std::wstring whole(needed, L'\0');
