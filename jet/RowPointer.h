@@ -21,6 +21,7 @@ struct RowPointer {
     std::uint32_t packed() const { return (page << 8U) | slot; }
     bool isNone() const { return page == 0; }
 
+    // NOLINTNEXTLINE(modernize-use-nullptr): the checker takes the comparison's own zero for a pointer
     friend auto operator<=>(const RowPointer&, const RowPointer&) = default;
 };
 

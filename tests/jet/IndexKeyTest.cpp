@@ -68,22 +68,22 @@ TEST(IndexKey, EachTypeHasItsBytes) {
 
 TEST(IndexKey, ASearchIsAnsweredOnlyWhereTheKeyIsSure) {
     const struct {
-        ColumnType type;
         Value value;
+        ColumnType type;
         bool answered;
     } cases[] = {
-        {ColumnType::Long, std::int16_t{17}, true},
-        {ColumnType::Byte, std::int32_t{255}, true},
-        {ColumnType::Byte, std::int32_t{256}, false},
-        {ColumnType::Integer, std::int32_t{-32769}, false},
-        {ColumnType::Long, 17.0, false},
-        {ColumnType::Long, base::Text(u"17"), false},
-        {ColumnType::Long, base::Null{}, true},
-        {ColumnType::Text, base::Text(u"Müller"), true},
-        {ColumnType::Text, base::Text{u'a', 0xD83D}, false},
-        {ColumnType::Text, std::int32_t{1}, false},
-        {ColumnType::Double, 0.0, false},  // -0.0 is equal and has other bytes
-        {ColumnType::Memo, base::Text(u"a"), false},
+        {std::int16_t{17}, ColumnType::Long, true},
+        {std::int32_t{255}, ColumnType::Byte, true},
+        {std::int32_t{256}, ColumnType::Byte, false},
+        {std::int32_t{-32769}, ColumnType::Integer, false},
+        {17.0, ColumnType::Long, false},
+        {base::Text(u"17"), ColumnType::Long, false},
+        {base::Null{}, ColumnType::Long, true},
+        {base::Text(u"Müller"), ColumnType::Text, true},
+        {base::Text{u'a', 0xD83D}, ColumnType::Text, false},
+        {std::int32_t{1}, ColumnType::Text, false},
+        {0.0, ColumnType::Double, false},  // -0.0 is equal and has other bytes
+        {base::Text(u"a"), ColumnType::Memo, false},
     };
     for (const auto& c : cases)
         EXPECT_EQ(searchKeyPart(columnOf(c.type), c.value, true).has_value(), c.answered) << static_cast<int>(c.type);
