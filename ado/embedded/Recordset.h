@@ -21,6 +21,7 @@ public:
     // Its fields refer to it.
     Recordset(const Recordset&) = delete;
     Recordset& operator=(const Recordset&) = delete;
+    ~Recordset() override = default;
 
     /// @param connection  one of this engine's own (else 3001) that is open (else 3709)
     /// @throws 3705 if it is open already; the engine's errors of the statement

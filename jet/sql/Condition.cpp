@@ -46,17 +46,17 @@ std::partial_ordering compare(const Comparable& a, const Comparable& b) {
 bool fits(std::partial_ordering order, Comparison comparison) {
     switch (comparison) {
         case Comparison::Equal:
-            return order == 0;
+            return std::is_eq(order);
         case Comparison::NotEqual:
-            return order != 0;
+            return std::is_neq(order);
         case Comparison::Less:
-            return order < 0;
+            return std::is_lt(order);
         case Comparison::LessOrEqual:
-            return order <= 0;
+            return std::is_lteq(order);
         case Comparison::Greater:
-            return order > 0;
+            return std::is_gt(order);
         case Comparison::GreaterOrEqual:
-            return order >= 0;
+            return std::is_gteq(order);
     }
     return false;
 }

@@ -46,6 +46,8 @@ public:
     /// @param table  name under which the columns may be qualified
     /// @throws base::RuntimeError if a name is unknown or types do not match; so also for an empty table
     Condition(const Expression& expression, base::TextView table, const std::vector<ConditionColumn>& columns);
+    Condition(const Condition&) = delete;
+    Condition& operator=(const Condition&) = delete;
     Condition(Condition&&) noexcept;
     Condition& operator=(Condition&&) noexcept;
     ~Condition();

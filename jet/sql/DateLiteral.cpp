@@ -60,7 +60,7 @@ std::optional<int> daysOf(int year, int month, int day) {
                                            std::chrono::day(static_cast<unsigned>(day))};
     if (year < 100 || !date.ok()) return std::nullopt;
     const sys_days dayZero = std::chrono::year(1899) / std::chrono::December / 30;
-    return static_cast<int>((sys_days(date) - dayZero).count());
+    return static_cast<int>((sys_days{date} - dayZero).count());
 }
 
 std::optional<int> scanDate(Scanner& scanner) {

@@ -1,6 +1,7 @@
 #include "jet/sql/LikePattern.h"
 
 #include <algorithm>
+#include <compare>
 #include <cstddef>
 #include <utility>
 
@@ -105,8 +106,8 @@ bool LikePattern::matchesUnit(const Part& part, char16_t unit) const {
 bool LikePattern::isInRange(const Range& range, char16_t unit) const {
     if (range.first == range.last) return sameUnit(range.first, unit, order_);
     const base::TextView text(&unit, 1);
-    return countsInKeys(unit) && compareTexts({&range.first, 1}, text, order_) <= 0 &&
-           compareTexts(text, {&range.last, 1}, order_) <= 0;
+    return countsInKeys(unit) && std::is_lteq(compareTexts({&range.first, 1}, text, order_)) &&
+           std::is_lteq(compareTexts(text, {&range.last, 1}, order_));
 }
 
 }  // namespace jet::sql

@@ -67,7 +67,7 @@ std::optional<Number> Number::from(const base::Value& value) {
         } else if constexpr (std::is_integral_v<Held>) {
             return Form(held * kTenThousand);
         } else if constexpr (std::is_floating_point_v<Held>) {
-            return Form(static_cast<double>(held));
+            return Form{static_cast<double>(held)};
         } else if constexpr (std::is_same_v<Held, base::Currency>) {
             return Form(held.tenThousandths);
         } else if constexpr (std::is_same_v<Held, base::Date>) {

@@ -28,6 +28,8 @@ protected:
         makeFile(open_, u"");
     }
     ~Query() override { std::filesystem::remove_all(folder_); }
+    Query(const Query&) = delete;
+    Query& operator=(const Query&) = delete;
 
     static void makeFile(const Text& path, const Text& password) {
         const auto io = jet::openFile(path, jet::OpenMode::CreateNew);
