@@ -28,6 +28,8 @@ protected:
         std::filesystem::create_directory(folder_);
     }
     ~Create() override { std::filesystem::remove_all(folder_); }
+    Create(const Create&) = delete;
+    Create& operator=(const Create&) = delete;
 
     Text path(const char16_t* name) const { return (folder_ / name).u16string(); }
 
