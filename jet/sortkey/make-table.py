@@ -147,8 +147,9 @@ def main():
     if "--check" in sys.argv[1:]:
         with open(TARGET, encoding="ascii") as there:
             if there.read() != text:
-                print("SortKeyTable.inc is not what make-table.py makes of weights.txt; run it again", file=sys.stderr)
+                print("FAIL sort_key_table: it is not what make-table.py makes of weights.txt; run it again")
                 return 1
+        print("PASS sort_key_table")
         return 0
     with open(TARGET, "w", encoding="ascii", newline="\n") as target:
         target.write(text)
