@@ -4,7 +4,9 @@
 usage: tests/programs.py BUILD [--wine]
 
 The programs are those ctest knows, two at a time. Natively they run as they are, with --wine through the command
-that TOLV_WINE names (see tests/wine/wine-env.sh). A skipped case is a failed one: what a machine lacks must be said by the script that runs the tests.
+that TOLV_WINE names (see tests/wine/wine-env.sh). A skipped case is a failed one: what a machine lacks must be said
+by the script that runs the tests. Only corpus_test, which compares files of other programs, is left out where
+TOLV_CORPUS names no folder of them.
 """
 import concurrent.futures
 import json
