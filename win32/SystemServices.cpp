@@ -23,7 +23,7 @@ std::size_t SystemSettingsFile::read(base::TextView section, base::TextView key,
     const DWORD byteCount =
         GetPrivateProfileStringA(toAnsi(section).c_str(), toAnsi(key).c_str(), toAnsi(defaultValue).c_str(),
                                  bytes.data(), static_cast<DWORD>(bytes.size()), toAnsi(filePath).c_str());
-    const base::Text value = fromAnsi(std::string_view(bytes).substr(0, byteCount));
+    const base::Text value = fromAnsi(std::string_view{bytes}.substr(0, byteCount));
     std::copy(value.begin(), value.end(), reply.begin());
     reply[value.size()] = u'\0';
     return value.size();
@@ -39,7 +39,7 @@ base::Text SystemProgramFolder::path() const {
     file.resize(length);
     const std::size_t separator = file.find_last_of(L'\\');
     const bool isRoot = separator == 2 && file[1] == L':';
-    return fromWide(std::wstring_view(file).substr(0, isRoot ? separator + 1 : separator));
+    return fromWide(std::wstring_view{file}.substr(0, isRoot ? separator + 1 : separator));
 }
 
 namespace {

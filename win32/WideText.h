@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "base/Text.h"
+#include "win32/SystemHeaders.h"
 
 /// Passage between base::Text and the two forms of text that Windows knows: UTF-16 in wchar_t, and the
 /// ANSI code page.
@@ -22,6 +23,6 @@ std::string toAnsi(base::TextView text);
 base::Text fromAnsi(std::string_view bytes);
 
 /// The text of a window.
-base::Text textOf(struct HWND__* window);
+base::Text textOf(HWND window);
 
 }  // namespace win32
