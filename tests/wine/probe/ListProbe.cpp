@@ -1,6 +1,7 @@
 #include "tests/wine/probe/ListProbe.h"
 
 #include <array>
+#include <bit>
 #include <commctrl.h>
 
 #include "tests/wine/probe/RemoteMemory.h"
@@ -98,7 +99,7 @@ void describeList(Json& json, HWND list, int first, int count) {
     constexpr auto kFromStart = static_cast<WPARAM>(-1);
     const int rowCount = ask(LVM_GETITEMCOUNT);
     if (first + count > rowCount) count = rowCount > first ? rowCount - first : 0;
-    auto* header = reinterpret_cast<HWND>(SendMessageW(list, LVM_GETHEADER, 0, 0));
+    auto* header = std::bit_cast<HWND>(SendMessageW(list, LVM_GETHEADER, 0, 0));
     const auto columns = static_cast<int>(SendMessageW(header, HDM_GETITEMCOUNT, 0, 0));
     json.begin('{')
         .field("count", rowCount)

@@ -1,6 +1,7 @@
 #include "tests/wine/probe/Windows.h"
 
 #include <array>
+#include <bit>
 #include <memory>
 #include <set>
 #include <vector>
@@ -87,7 +88,7 @@ struct Search {
 };
 
 BOOL CALLBACK describeIfOf(HWND window, LPARAM parameter) {
-    const auto& search = *reinterpret_cast<const Search*>(parameter);
+    const auto& search = *std::bit_cast<const Search*>(parameter);
     DWORD process = 0;
     GetWindowThreadProcessId(window, &process);
     if (!IsWindowVisible(window) || lstrcmpiW(exeOf(process).c_str(), search.exeName.c_str()) != 0) return TRUE;

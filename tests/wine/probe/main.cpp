@@ -5,6 +5,7 @@
 ///                        asking a running probe costs a millisecond, starting one a tenth of a second
 ///
 /// Handles are decimal. Texts are UTF-8. Coordinates are those of the screen.
+#include <bit>
 #include <cstdio>
 #include <fcntl.h>
 #include <io.h>
@@ -24,7 +25,7 @@ namespace {
 using Words = std::vector<std::string>;
 
 HWND windowOf(const std::string& word) {
-    return reinterpret_cast<HWND>(static_cast<std::uintptr_t>(std::stoull(word)));
+    return std::bit_cast<HWND>(static_cast<std::uintptr_t>(std::stoull(word)));
 }
 
 std::wstring wide(const std::string& utf8) {
