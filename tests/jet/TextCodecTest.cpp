@@ -21,7 +21,7 @@ TEST(TextCodec, StoresTextAsTheOriginalEngineDoes) {
         {u"abcŁ", "61 00 62 00 63 00 41 01", "61 00 62 00 63 00 41 01"},
         {u"a\u4E00bc", "61 00 00 4E 62 00 63 00", "61 00 00 4E 62 00 63 00"},
         {base::Text(u"a\0bc", 4), "61 00 00 00 62 00 63 00", "61 00 00 00 62 00 63 00"},
-        {base::Text(1, char16_t(0xD800)), "00 D8", "00 D8"},
+        {base::Text(1, u'\xD800'), "00 D8", "00 D8"},
         // Plain, it would read as the mark of compressed text.
         {u"\uFEFFab\u0141", "FF FE 00 FF FE 00 61 62 00 41 01", "FF FE 00 FF FE 00 61 62 00 41 01"},
     };
