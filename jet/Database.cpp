@@ -3,9 +3,15 @@
 #include <algorithm>
 
 #include "jet/Errors.h"
+#include "jet/WriteAccess.h"
 
 namespace jet {
 namespace {
+
+/// Several writers in a row may die; more than a few do not.
+constexpr int kRollBacks = 5;
+
+}  // namespace
 
 Header readHeader(PageIo& io, const base::Text& path) {
     base::Bytes page(static_cast<std::size_t>(std::min<std::uint64_t>(io.sizeBytes(), kPageSize)));
@@ -15,14 +21,37 @@ Header readHeader(PageIo& io, const base::Text& path) {
     return Header::read(bytes);
 }
 
-}  // namespace
+Database Database::open(std::unique_ptr<Storage> storage, base::TextView password, LeftJournalRule rule) {
+    auto io = storage->openForReading();
+    Database database(std::move(io), storage->path());
+    database.storage_ = std::move(storage);
+    database.rule_ = rule;
+    database.checkPassword(password);
+    return database;
+}
 
 Database Database::open(std::unique_ptr<PageIo> io, base::Text displayPath, base::TextView password) {
     Database database(std::move(io), std::move(displayPath));
-    const ReadOperation operation(database);
+    database.checkPassword(password);
+    return database;
+}
+
+void Database::checkPassword(base::TextView password) {
+    const ReadOperation operation(*this);
     const base::Text& wanted = operation.header().password;
     if (!wanted.empty() && wanted != password) throw wrongPassword();
-    return database;
+}
+
+/// An empty journal has not been begun; the file is whole.
+bool Database::journalLies() const {
+    return storage_ && storage_->journalSizeBytes().value_or(0) > 0;
+}
+
+std::optional<base::Text> Database::leftJournal() {
+    if (!io_->lock(LockKind::Shared, kLockWait)) throw fileInUse(path_);
+    const bool lies = journalLies();
+    io_->lock(LockKind::None, {});
+    return lies ? std::optional(storage_->journalPath()) : std::nullopt;
 }
 
 ReadOperation Database::beginRead() {
@@ -30,7 +59,15 @@ ReadOperation Database::beginRead() {
 }
 
 ReadOperation::SharedLock::SharedLock(Database& database) : io_(*database.io_) {
-    if (!io_.lock(LockKind::Shared, kLockWait)) throw fileInUse(database.path_);
+    for (int rollBacks = 0;; ++rollBacks) {
+        if (!io_.lock(LockKind::Shared, kLockWait)) throw fileInUse(database.path_);
+        if (database.rule_ == LeftJournalRule::Ignore || !database.journalLies()) return;
+        io_.lock(LockKind::None, {});
+        Storage& storage = *database.storage_;
+        if (database.rule_ == LeftJournalRule::Refuse || rollBacks == kRollBacks)
+            throw journalLeft(storage.path(), storage.journalPath());
+        WriteAccess::rollBack(storage);
+    }
 }
 
 ReadOperation::SharedLock::~SharedLock() {

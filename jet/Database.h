@@ -1,25 +1,37 @@
 #pragma once
 
-#include <chrono>
 #include <memory>
+#include <optional>
 
 #include "base/Text.h"
 #include "jet/Header.h"
 #include "jet/PageFile.h"
 #include "jet/PageIo.h"
+#include "jet/Storage.h"
 
 namespace jet {
 
-/// How long an operation waits for another program of this engine.
-inline constexpr std::chrono::milliseconds kLockWait{2000};
-
 class ReadOperation;
+
+/// What an operation that reads does about a journal that a dead writer left.
+enum class LeftJournalRule {
+    Refuse,    ///< for those who must not write: an error that says so
+    RollBack,  ///< for those who may write
+    Ignore,    ///< for who reports the journal himself, and shows the file as it lies there
+};
 
 /// An open file. Nothing read from it is kept between operations: other programs announce no change.
 /// Opening, reading and closing change no byte of the file.
 class Database {
 public:
     /// Checks format and password.
+    /// @param password     ignored by a file that has none; case counts
+    /// @throws RuntimeError: the file cannot be opened; unknown format (no database, an older or a later one), wrong
+    ///         password; a journal lies there
+    static Database open(std::unique_ptr<Storage> storage, base::TextView password,
+                         LeftJournalRule rule = LeftJournalRule::Refuse);
+
+    /// The same for bytes that lie nowhere: they can be read only.
     /// @param displayPath  for error messages
     /// @param password     ignored by a file that has none; case counts
     /// @throws RuntimeError: unknown format (no database, an older or a later one), wrong password
@@ -28,16 +40,28 @@ public:
     const base::Text& path() const { return path_; }
 
     /// A view of the file as it is now, steady until the operation ends. The database must outlive it. One at a time.
-    /// @throws RuntimeError if somebody keeps the file locked
+    /// @throws RuntimeError if somebody keeps the file locked, or a journal lies there that is not rolled back
     ReadOperation beginRead();
+
+    /// The journal that lies beside the file while nobody writes.
+    std::optional<base::Text> leftJournal();
 
 private:
     friend class ReadOperation;
+    friend class Transaction;
     Database(std::unique_ptr<PageIo> io, base::Text path) : io_(std::move(io)), path_(std::move(path)) {}
 
+    void checkPassword(base::TextView password);
+    bool journalLies() const;
+
+    std::unique_ptr<Storage> storage_;  ///< none for bytes that lie nowhere
     std::unique_ptr<PageIo> io_;
     base::Text path_;
+    LeftJournalRule rule_ = LeftJournalRule::Ignore;
 };
+
+/// @throws RuntimeError if this is no database of the format
+Header readHeader(PageIo& io, const base::Text& path);
 
 /// The file during one operation: takes the shared lock and starts with nothing cached.
 ///
@@ -54,7 +78,8 @@ public:
     const PageFile& pages() const { return *pages_; }
 
 private:
-    /// Gives the lock back also when the beginning of an operation fails.
+    /// Gives the lock back also when the beginning of an operation fails. No journal lies there while it is held,
+    /// unless the database ignores it.
     class SharedLock {
     public:
         explicit SharedLock(Database& database);

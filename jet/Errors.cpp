@@ -13,6 +13,8 @@ RuntimeError error(ErrorNumber number, Text description) {
     return {static_cast<std::int32_t>(number), std::move(description)};
 }
 
+constexpr TextView kDamage = u"Die Datenbank ist beschädigt, ";
+
 Text quoted(TextView text) {
     return u"'" + Text(text) + u"'";
 }
@@ -57,6 +59,47 @@ RuntimeError tableNotFound(TextView name) {
                      u"richtig eingegeben wurde.");
 }
 
+RuntimeError lockedByUser(WriteKind kind, TextView path, TextView user, TextView computer) {
+    const ErrorNumber number = kind == WriteKind::Recordset ? ErrorNumber::NotUpdated : ErrorNumber::Unspecified;
+    const Text holder = user.empty() && computer.empty()
+                            ? u"einen anderen Benutzer der Datei " + quoted(path)
+                            : u"Benutzer " + quoted(user) + u" auf Computer " + quoted(computer);
+    return error(number, u"Aktualisieren nicht möglich; derzeit gesperrt durch " + holder + u".");
+}
+
+RuntimeError readOnly(WriteKind kind) {
+    if (kind == WriteKind::Recordset)
+        return error(ErrorNumber::ReadOnly,
+                     u"Aktualisieren nicht möglich. Datenbank oder Objekt ist schreibgeschützt.");
+    return error(ErrorNumber::Unspecified, u"Operation muss eine aktualisierbare Abfrage verwenden.");
+}
+
+RuntimeError fileTooLarge() {
+    return error(ErrorNumber::Unspecified, u"Ungültiges Argument.");
+}
+
+RuntimeError diskFull() {
+    return error(ErrorNumber::Unspecified, u"Nicht genügend Speicherplatz auf dem Datenträger.");
+}
+
+RuntimeError journalLeft(TextView path, TextView journalPath) {
+    return error(ErrorNumber::Unspecified,
+                 u"Die Datei " + quoted(path) +
+                     u" ist vielleicht nur halb geschrieben: Ein Schreibvorgang wurde "
+                     u"unterbrochen und hat das Journal " +
+                     quoted(journalPath) +
+                     u" hinterlassen. Öffnen Sie die Datei mit einem Programm, das schreiben darf; es stellt den Stand "
+                     u"davor wieder her.");
+}
+
+RuntimeError journalRefused(TextView path, TextView journalPath, TextView why) {
+    return error(ErrorNumber::Unspecified,
+                 u"Die Datei " + quoted(path) + u" wird nicht geöffnet: Das Journal " + quoted(journalPath) + u" " +
+                     Text(why) +
+                     u". Nichts wurde geändert. Prüfen Sie die Datei an einer Kopie ohne das Journal; ist sie in "
+                     u"Ordnung, löschen Sie das Journal, sonst stellen Sie die Datei aus einer Sicherung wieder her.");
+}
+
 RuntimeError deviceFailed(TextView path, std::int64_t systemError) {
     return error(ErrorNumber::Unspecified, u"Fehler beim Zugriff auf die Datei " + quoted(path) + u" (Systemfehler " +
                                                base::decimal(systemError) + u").");
@@ -64,12 +107,18 @@ RuntimeError deviceFailed(TextView path, std::int64_t systemError) {
 
 RuntimeError damaged(PageNumber page, TextView found) {
     return error(ErrorNumber::Unspecified,
-                 u"Die Datenbank ist beschädigt, Seite " + base::decimal(page) + u": " + Text(found) + u".");
+                 Text(kDamage) + u"Seite " + base::decimal(page) + u": " + Text(found) + u".");
 }
 
 RuntimeError damagedRow(RowPointer row, TextView found) {
-    return error(ErrorNumber::Unspecified, u"Die Datenbank ist beschädigt, Seite " + base::decimal(row.page) +
-                                               u", Zeile " + base::decimal(row.slot) + u": " + Text(found) + u".");
+    return error(ErrorNumber::Unspecified, Text(kDamage) + u"Seite " + base::decimal(row.page) + u", Zeile " +
+                                               base::decimal(row.slot) + u": " + Text(found) + u".");
+}
+
+std::optional<Text> damageOf(const RuntimeError& error) {
+    const Text& description = error.description();
+    if (!description.starts_with(kDamage)) return std::nullopt;
+    return description.substr(kDamage.size());
 }
 
 }  // namespace jet

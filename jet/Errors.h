@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <utility>
 
 #include "base/ByteView.h"
@@ -17,6 +18,7 @@ enum class ErrorNumber : std::int32_t {
     WrongPassword = -2147217843,  ///< 80040E4D
     MissingTable = -2147217865,   ///< 80040E37
     NotUpdated = -2147217887,     ///< 80040E21
+    ReadOnly = -2147217911,       ///< 80040E09
 };
 
 base::RuntimeError fileNotFound(base::TextView path);
@@ -26,6 +28,22 @@ base::RuntimeError accessDenied(base::TextView path);
 base::RuntimeError unknownFormat(base::TextView path);
 base::RuntimeError wrongPassword();
 base::RuntimeError tableNotFound(base::TextView name);
+
+/// Who writes: the same failure has one number for record sets and another one for statements.
+enum class WriteKind { Recordset, Execute };
+
+/// @param user  who holds the file, where it is known; otherwise the text names the file
+base::RuntimeError lockedByUser(WriteKind kind, base::TextView path, base::TextView user, base::TextView computer);
+base::RuntimeError readOnly(WriteKind kind);
+base::RuntimeError fileTooLarge();
+base::RuntimeError diskFull();
+
+/// Somebody who may not write has found a journal: the file may be half written.
+base::RuntimeError journalLeft(base::TextView path, base::TextView journalPath);
+
+/// A journal that must not be applied.
+/// @param why  goes on after "... das Journal '...' "
+base::RuntimeError journalRefused(base::TextView path, base::TextView journalPath, base::TextView why);
 
 /// The disk or the network failed under way.
 /// @param systemError  the system's own number
@@ -37,6 +55,10 @@ base::RuntimeError damaged(PageNumber page, base::TextView found);
 
 /// The same for a row: the sentence names page and slot.
 base::RuntimeError damagedRow(RowPointer row, base::TextView found);
+
+/// What a damage error says behind its opening words: "Seite 5, Zeile 3: ...".
+/// @return nothing if the error is of another kind (the disk, another program)
+std::optional<base::Text> damageOf(const base::RuntimeError& error);
 
 /// Runs a piece of decoding; a read outside of the bytes at hand becomes damage of that page.
 template <typename Decode>

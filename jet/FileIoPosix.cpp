@@ -1,3 +1,5 @@
+#include "jet/FileIoPosix.h"
+
 #include <cerrno>
 #include <fcntl.h>
 #include <string>
@@ -6,7 +8,6 @@
 #include <unistd.h>
 
 #include "jet/Errors.h"
-#include "jet/PageIo.h"
 
 namespace jet {
 namespace {
@@ -97,7 +98,10 @@ private:
         fail();
     }
 
-    [[noreturn]] void fail() const { throw deviceFailed(path_, errno); }
+    [[noreturn]] void fail() const {
+        if (errno == ENOSPC || errno == EDQUOT) throw diskFull();
+        throw deviceFailed(path_, errno);
+    }
 
     int descriptor_;
     base::Text path_;
@@ -110,12 +114,14 @@ bool folderExists(const std::string& path) {
     return ::stat(path.substr(0, slash).c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-base::RuntimeError openingFailed(const base::Text& path, const std::string& nativePath, int systemError) {
+}  // namespace
+
+base::RuntimeError openingFailed(const base::Text& path, int systemError) {
     switch (systemError) {
         case ENOENT:
         case ENOTDIR:
         case ENAMETOOLONG:
-            return folderExists(nativePath) ? fileNotFound(path) : folderNotFound(path);
+            return folderExists(base::toUtf8(path)) ? fileNotFound(path) : folderNotFound(path);
         case EACCES:
         case EPERM:
         case EISDIR:
@@ -129,7 +135,12 @@ base::RuntimeError openingFailed(const base::Text& path, const std::string& nati
     }
 }
 
-}  // namespace
+std::unique_ptr<PageIo> fileIo(int descriptor, const base::Text& path) {
+    auto io = std::make_unique<FileIo>(descriptor, path);
+    struct stat status {};
+    if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) throw accessDenied(path);
+    return io;
+}
 
 std::unique_ptr<PageIo> openFile(const base::Text& path, OpenMode mode) {
     const std::string nativePath = base::toUtf8(path);
@@ -137,11 +148,8 @@ std::unique_ptr<PageIo> openFile(const base::Text& path, OpenMode mode) {
     int flags = O_CLOEXEC | O_NONBLOCK | (mode == OpenMode::Read ? O_RDONLY : O_RDWR);
     if (mode == OpenMode::CreateNew) flags |= O_CREAT | O_EXCL;
     const int descriptor = ::open(nativePath.c_str(), flags, 0666);
-    if (descriptor < 0) throw openingFailed(path, nativePath, errno);
-    auto io = std::make_unique<FileIo>(descriptor, path);
-    struct stat status {};
-    if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) throw accessDenied(path);
-    return io;
+    if (descriptor < 0) throw openingFailed(path, errno);
+    return fileIo(descriptor, path);
 }
 
 }  // namespace jet

@@ -7,8 +7,6 @@
 namespace jet {
 namespace {
 
-constexpr PageNumber kMaxPages = 524'288;
-
 base::RuntimeError failure(base::TextView description) {
     return {static_cast<std::int32_t>(ErrorNumber::Unspecified), base::Text(description)};
 }

@@ -41,6 +41,9 @@ protected:
     PageIo() = default;
 };
 
+/// How long an operation waits for another program of this engine.
+inline constexpr std::chrono::milliseconds kLockWait{2000};
+
 /// Where the lock lies; no file of this format reaches so far.
 inline constexpr std::uint64_t kLockOffset = 0x4000'0000'0000;
 

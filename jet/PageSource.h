@@ -10,6 +10,9 @@ namespace jet {
 
 inline constexpr std::size_t kPageSize = 4096;
 
+/// 2 GiB, the largest file of this format.
+inline constexpr PageNumber kMaxPages = 524'288;
+
 /// What the first byte of a page says. Only pages that something refers to may be asked: a freed page keeps
 /// its old bytes.
 enum class PageKind : std::uint8_t {

@@ -1,9 +1,8 @@
-#include <string>
+#include "win32/fileio/FileIoWindows.h"
+
 #include <thread>
-#include <windows.h>
 
 #include "jet/Errors.h"
-#include "jet/PageIo.h"
 
 namespace jet {
 namespace {
@@ -100,6 +99,7 @@ private:
     [[noreturn]] void fail() const {
         const DWORD systemError = GetLastError();
         if (systemError == ERROR_LOCK_VIOLATION || systemError == ERROR_SHARING_VIOLATION) throw fileInUse(path_);
+        if (systemError == ERROR_DISK_FULL || systemError == ERROR_HANDLE_DISK_FULL) throw diskFull();
         throw deviceFailed(path_, systemError);
     }
 
@@ -107,6 +107,14 @@ private:
     base::Text path_;
     bool isLocked_ = false;
 };
+
+}  // namespace
+
+std::unique_ptr<PageIo> fileIo(HANDLE handle, const base::Text& path) {
+    auto io = std::make_unique<FileIo>(handle, path);
+    if (GetFileType(handle) != FILE_TYPE_DISK) throw accessDenied(path);
+    return io;
+}
 
 base::RuntimeError openingFailed(const base::Text& path, DWORD systemError) {
     switch (systemError) {
@@ -131,7 +139,6 @@ base::RuntimeError openingFailed(const base::Text& path, DWORD systemError) {
     }
 }
 
-/// Long paths need the whole path in the system's plainest form; short ones stay as they are.
 std::wstring nativePath(const base::Text& path) {
     std::wstring native(path.begin(), path.end());
     if (native.size() < kOldPathUnits || native.starts_with(kLongPath)) return native;
@@ -144,17 +151,13 @@ std::wstring nativePath(const base::Text& path) {
     return kLongPath + whole;
 }
 
-}  // namespace
-
 std::unique_ptr<PageIo> openFile(const base::Text& path, OpenMode mode) {
     const DWORD access = mode == OpenMode::Read ? GENERIC_READ : GENERIC_READ | GENERIC_WRITE;
     const DWORD disposition = mode == OpenMode::CreateNew ? CREATE_NEW : OPEN_EXISTING;
     const HANDLE handle = CreateFileW(nativePath(path).c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                                       disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE) throw openingFailed(path, GetLastError());
-    auto io = std::make_unique<FileIo>(handle, path);
-    if (GetFileType(handle) != FILE_TYPE_DISK) throw accessDenied(path);
-    return io;
+    return fileIo(handle, path);
 }
 
 }  // namespace jet

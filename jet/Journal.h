@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "jet/JournalRecord.h"
+#include "jet/PageIo.h"
+#include "jet/Storage.h"
+
+/// The file beside the file that makes a write whole: the old bytes of all pages that a transaction changes. It exists
+/// from the transaction's commit until its pages are flushed.
+///
+/// A writer holds the exclusive lock from before the journal is made until it is gone. So a journal that lies there
+/// while the lock is free was left by a writer who died: a *left* journal. It is *complete* if both headers, both
+/// indexes and all images agree with their checksums. A page is *torn* if each of its 512-byte sectors is the old or
+/// the new one.
+///
+/// Promises, each with the test that tries to break it (tests/jet/CrashTest.cpp and JournalTest.cpp):
+///
+///  1. No byte of the file changes before the journal is complete and, with its name, on the disk.
+///     CrashSweep.EveryCutLeavesTheOldFileOrTheNewOne
+///  2. The journal goes only after all pages are on the disk. So: a file whose left journal is not complete is the old
+///     one, or whole.   CrashSweep.EveryCutLeavesTheOldFileOrTheNewOne
+///  3. A commit that has returned stays, even if the deletion of its journal is lost: a left journal whose pages are
+///     all new ones is dropped, not applied.   CrashSweep.AnAcknowledgedCommitStays
+///  4. A left journal is applied only if every page it names is the old one, the new one or torn, and the file's length
+///     lies between the old and the new one.   LeftJournal.IsNeverAppliedToAFileThatSomebodyElseHasWritten
+///  5. An incomplete one is dropped only if all that can be read of it says that the file is the old one.
+///     LeftJournal.IsNeverDroppedWhenItIsDamagedAndTheFileHalfWritten
+///  6. One of another file, or one that is none, is never applied.   LeftJournal.OfAnotherFileIsNeverApplied
+///  7. In the cases that 4, 5 and 6 refuse, nothing is changed: neither the file nor the journal.   The same three
+///  8. A rollback that is cut off can be done again.   CrashSweep.ARollbackCanBeCutToo
+///  9. A write that fails while its program lives on leaves the old file, or the journal to the next one.
+///     FailingMachine.LeavesTheOldFileAndSaysWhy
+///
+/// What may be lost: the transaction that was being committed. What cannot be seen: a journal that was moved or deleted
+/// while it was needed, and a second hard link to the file under another name.
+namespace jet {
+
+class Journal {
+public:
+    /// @param storage  must outlive the journal
+    explicit Journal(Storage& storage) : storage_(storage) {}
+
+    /// Makes the journal and returns when it is on the disk. If that fails, none is left where it can be helped.
+    Refusal write(const JournalRecord& record, const std::vector<PageChange>& changes);
+
+    /// What to do with a left journal whose pages are all new ones.
+    enum class WholeWrite {
+        Keep,  ///< the next opener: it may have been acknowledged
+        Undo,  ///< the writer himself, who is about to report a failure
+    };
+
+    /// Sees to the journal that lies there, if there is one: afterwards the file is whole and on the disk, and the
+    /// journal gone.
+    /// @param file  open for writing, and locked
+    /// @throws RuntimeError naming both files if it must not be applied (promises 4 to 6)
+    void recover(PageIo& file, WholeWrite wholeWrite);
+
+    /// The journal is not needed any more. One that cannot be removed is dropped by the next opener (promise 3).
+    void remove() { storage_.removeJournal(); }
+
+private:
+    void settle(PageIo& file, PageIo& journal, const JournalHeader& header, const std::vector<JournalEntry>& entries,
+                WholeWrite wholeWrite);
+    [[noreturn]] void refuse(base::TextView why) const;
+
+    Storage& storage_;
+};
+
+/// @throws RuntimeError if the file has no header
+FileIdentity identityOf(Storage& storage, PageIo& file);
+
+}  // namespace jet

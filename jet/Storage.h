@@ -1,0 +1,82 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+#include "base/Text.h"
+#include "jet/PageIo.h"
+
+namespace jet {
+
+/// Who holds a file through the original engine, as its lock file names him; either name may be empty.
+struct FileUser {
+    base::Text computer;
+    base::Text user;
+};
+
+enum class Refusal {
+    None,
+    InUse,     ///< somebody has it open in a way that excludes us
+    ReadOnly,  ///< the file, the folder or the medium may not be written
+};
+
+/// A file opened for writing, or the reason why it was not.
+struct OpenedFile {
+    std::unique_ptr<PageIo> io;
+    Refusal refusal = Refusal::None;
+};
+
+/// Where a database lies: the file, the journal beside it, and the lock file of the original engine. What a writer
+/// needs of the machine beyond the bytes of one file.
+///
+/// Names are resolved once, through links and short names, so that everybody who opens the file by whatever name
+/// finds the same journal. All methods throw a RuntimeError when the machine fails in another way than said here.
+class Storage {
+public:
+    virtual ~Storage() = default;
+    Storage(const Storage&) = delete;
+    Storage& operator=(const Storage&) = delete;
+
+    /// As the user named it, for messages.
+    virtual const base::Text& path() const = 0;
+    /// The file's own name, without folder.
+    virtual base::Text fileName() const = 0;
+    virtual base::Text journalPath() const = 0;
+
+    /// For reading only; others may read and write.
+    virtual std::unique_ptr<PageIo> openForReading() = 0;
+
+    /// For reading and writing, denying others the writing where the system can (Windows). Does not wait.
+    virtual OpenedFile openForWriting() = 0;
+
+    /// Bytes of the journal that lies there; nothing if there is none.
+    virtual std::optional<std::uint64_t> journalSizeBytes() = 0;
+    virtual std::unique_ptr<PageIo> openJournal() = 0;
+
+    /// A new journal; an empty one that could not be deleted is used again.
+    virtual OpenedFile createJournal() = 0;
+
+    /// @return false if the journal could be neither deleted nor emptied. It must not be open.
+    virtual bool removeJournal() = 0;
+
+    /// Returns when what was created in the folder is on the disk under its name. Nothing to do on Windows, where
+    /// flushing a file does it.
+    virtual void syncFolder() = 0;
+
+    /// Who holds the file through the original engine: looks whether anybody has locked his byte of the lock file. The
+    /// lock file is neither changed nor deleted; one that was left behind has no locked byte.
+    virtual std::optional<FileUser> originalUser() = 0;
+
+protected:
+    Storage() = default;
+};
+
+/// What a journal is called: the file's name and this. It keeps beside the file in a sorted folder, and no program
+/// that looks for databases takes it for one.
+inline constexpr base::TextView kJournalSuffix = u"-journal";
+
+/// A file of this machine. Opens nothing yet and does not fail.
+std::unique_ptr<Storage> fileStorage(const base::Text& path);
+
+}  // namespace jet

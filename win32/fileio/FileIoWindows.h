@@ -1,0 +1,23 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <windows.h>
+
+#include "base/RuntimeError.h"
+#include "jet/PageIo.h"
+
+/// What the two sides of the door to the machine share.
+namespace jet {
+
+/// Takes over an open handle.
+/// @throws RuntimeError if it is no ordinary file
+std::unique_ptr<PageIo> fileIo(HANDLE handle, const base::Text& path);
+
+/// Why a file could not be opened, in the original engine's words.
+base::RuntimeError openingFailed(const base::Text& path, DWORD systemError);
+
+/// Long paths need the whole path in the system's plainest form; short ones stay as they are.
+std::wstring nativePath(const base::Text& path);
+
+}  // namespace jet
