@@ -1,0 +1,104 @@
+#include "jet/DataPageEditor.h"
+
+#include <algorithm>
+#include <cassert>
+#include <cstring>
+
+#include "jet/Errors.h"
+
+namespace jet {
+namespace {
+
+constexpr std::uint16_t kOffsetMask = 0x1FFF;
+constexpr std::uint16_t kStateMask = 0xC000;
+constexpr std::size_t kFreeOffset = 2;
+constexpr std::size_t kSlotCountOffset = 12;
+
+std::size_t slotPlace(std::size_t index) {
+    return kDataPageHeaderBytes + kSlotBytes * index;
+}
+
+}  // namespace
+
+DataPageEditor::DataPageEditor(PageStore& store, PageNumber number, std::uint32_t owner)
+    : store_(store), number_(number) {
+    DataPage::read(store, number, owner);
+}
+
+std::size_t DataPageEditor::slotCount() const {
+    return store_.page(number_).bytes.u16(kSlotCountOffset);
+}
+
+std::size_t DataPageEditor::slotStart(std::size_t index) const {
+    return store_.page(number_).bytes.u16(slotPlace(index)) & kOffsetMask;
+}
+
+std::size_t DataPageEditor::freeBytes() const {
+    const std::size_t count = slotCount();
+    return slotEnd(count) - slotPlace(count);
+}
+
+bool DataPageEditor::takes(std::size_t rowBytes) const {
+    return slotCount() < kMaxSlotsOfPage && rowBytes + kSlotBytes <= freeBytes();
+}
+
+Slot DataPageEditor::slot(std::size_t index) const {
+    if (index >= slotCount()) {
+        throw damaged(number_, u"Die Zeile " + base::decimal(static_cast<std::int64_t>(index)) + u" gibt es nicht");
+    }
+    const PageView page = store_.page(number_);
+    const std::uint16_t word = page.bytes.u16(slotPlace(index));
+    const std::size_t start = word & kOffsetMask;
+    return {static_cast<SlotState>(word & kStateMask), page.bytes.bytes().subspan(start, slotEnd(index) - start)};
+}
+
+bool DataPageEditor::hasRows() const {
+    for (std::size_t i = 0; i < slotCount(); ++i) {
+        if (slot(i).state != SlotState::Deleted) return true;
+    }
+    return false;
+}
+
+int DataPageEditor::append(std::span<const std::uint8_t> row, SlotState state) {
+    return takes(row.size()) ? appendRow(bytes(), row, state) : -1;
+}
+
+bool DataPageEditor::replace(std::size_t index, std::span<const std::uint8_t> row) {
+    assert(index < slotCount());
+    const std::size_t oldBytes = slotEnd(index) - slotStart(index);
+    const std::size_t free = freeBytes();
+    if (row.size() > oldBytes + free) return false;
+    const std::size_t count = slotCount();
+    const std::size_t end = slotEnd(index);
+    const std::size_t lowest = slotEnd(count);
+    const std::size_t laterBytes = slotStart(index) - lowest;
+    const std::span<std::uint8_t> page = bytes();
+    const std::size_t start = end - row.size();
+    std::memmove(page.data() + start - laterBytes, page.data() + lowest, laterBytes);
+    std::copy(row.begin(), row.end(), page.begin() + static_cast<std::ptrdiff_t>(start));
+    // What the rows left behind when they moved up.
+    const std::size_t newLowest = start - laterBytes;
+    if (newLowest > lowest) std::memset(page.data() + lowest, 0, newLowest - lowest);
+    const base::ByteView view{page};
+    for (std::size_t i = index; i < count; ++i) {
+        const std::uint16_t word = view.u16(slotPlace(i));
+        const std::size_t moved = (word & kOffsetMask) + oldBytes - row.size();
+        base::putU16(page, slotPlace(i), static_cast<std::uint16_t>((word & kStateMask) | moved));
+    }
+    base::putU16(page, kFreeOffset, static_cast<std::uint16_t>(free + oldBytes - row.size()));
+    return true;
+}
+
+void DataPageEditor::setState(std::size_t index, SlotState state) {
+    assert(index < slotCount());
+    const std::span<std::uint8_t> page = bytes();
+    base::putU16(page, slotPlace(index),
+                 static_cast<std::uint16_t>(slotStart(index) | static_cast<std::uint16_t>(state)));
+}
+
+void DataPageEditor::remove(std::size_t index) {
+    replace(index, {});
+    setState(index, SlotState::Deleted);
+}
+
+}  // namespace jet

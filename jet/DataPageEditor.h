@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "jet/DataPage.h"
+#include "jet/PageStore.h"
+
+namespace jet {
+
+/// More slots are never given to a page.
+inline constexpr std::size_t kMaxSlotsOfPage = 255;
+
+/// A data page being changed. It keeps the page's law: rows lie without gaps from the end downwards, slots keep their
+/// numbers for ever, and the free bytes are those between the slots and the lowest row.
+class DataPageEditor {
+public:
+    /// @param store  must outlive the editor
+    /// @throws RuntimeError (damage) if the page is no sound data page of this owner
+    DataPageEditor(PageStore& store, PageNumber number, std::uint32_t owner);
+
+    PageNumber number() const { return number_; }
+    std::size_t slotCount() const;
+    std::size_t freeBytes() const;
+
+    /// Whether a further row of this length fits, with its slot.
+    bool takes(std::size_t rowBytes) const;
+
+    /// Valid until the next change of the page.
+    /// @throws RuntimeError (damage) if there is no such slot
+    Slot slot(std::size_t index) const;
+
+    /// Whether any slot is something other than deleted.
+    bool hasRows() const;
+
+    /// @return slot number, or -1 and nothing changed if it does not fit
+    int append(std::span<const std::uint8_t> row, SlotState state = SlotState::Live);
+
+    /// Gives the slot other bytes, moving the later rows.
+    /// @return false, and nothing changed, if the page has no room for them
+    bool replace(std::size_t index, std::span<const std::uint8_t> row);
+
+    void setState(std::size_t index, SlotState state);
+
+    /// Marks the slot as deleted and squeezes its bytes out.
+    void remove(std::size_t index);
+
+private:
+    std::size_t slotStart(std::size_t index) const;
+    std::size_t slotEnd(std::size_t index) const { return index == 0 ? kPageSize : slotStart(index - 1); }
+    std::span<std::uint8_t> bytes() { return store_.change(number_); }
+
+    PageStore& store_;
+    PageNumber number_;
+};
+
+}  // namespace jet

@@ -1,0 +1,167 @@
+#include <gtest/gtest.h>
+#include <random>
+#include <set>
+
+#include "jet/DataPageEditor.h"
+#include "jet/PageAllocator.h"
+#include "jet/UsageMapWriter.h"
+#include "tests/support/MemoryPageStore.h"
+#include "tests/support/SampleFile.h"
+
+namespace jet {
+namespace {
+
+constexpr RowPointer kGlobalMap{1, 0};
+
+/// A file of no tables with further pages, all of them in use.
+test::MemoryPageStore fileOf(PageNumber pages, std::size_t rowBytes = 0, PageNumber maxPages = 524'288) {
+    test::MemoryPageStore store(test::sampleFile({}), maxPages);
+    store.extendTo(pages);
+    if (rowBytes != 0) {
+        std::vector<PageNumber> behind;
+        for (PageNumber page = pages; page < 8 * (rowBytes - 5); ++page)
+            behind.push_back(page);
+        EXPECT_TRUE(UsageMapRow(store, kGlobalMap).replace(UsageMap::inlineRow(0, behind, rowBytes)));
+    }
+    return store;
+}
+
+std::uint8_t kindOf(test::MemoryPageStore& store, RowPointer map) {
+    return DataPage(store.page(map.page)).slot(map.slot).bytes[0];
+}
+
+TEST(PageAllocator, TakesTheLowestFreePageBeforeTheFileGrows) {
+    test::MemoryPageStore store(test::sampleFile({}));
+    PageAllocator allocator(store);
+    const PageNumber count = store.pageCount();
+    for (PageNumber i = 0; i < 3; ++i)
+        EXPECT_EQ(allocator.allocate(), count + i);
+    store.change(count)[100] = 7;
+    allocator.free(count + 1);
+    allocator.free(count);
+    EXPECT_EQ(store.page(count).bytes.u32(0), 0U);
+    EXPECT_EQ(store.page(count).bytes.u8(100), 7) << "the rest stays as it was";
+    EXPECT_EQ(PageAllocator(store).allocate(), count) << "another one sees it too";
+    EXPECT_EQ(store.page(count).bytes.u8(100), 0);
+    EXPECT_EQ(allocator.allocate(), count + 1);
+    EXPECT_EQ(allocator.allocate(), count + 3);
+    EXPECT_EQ(store.pageCount(), count + 4);
+}
+
+TEST(PageAllocator, RefusesWhatMustNotBecomeFree) {
+    test::MemoryPageStore store(test::sampleFile({}));
+    PageAllocator allocator(store);
+    const PageNumber page = allocator.allocate();
+    allocator.free(page);
+    for (const PageNumber wrong : {page, PageNumber{0}, PageNumber{1}, PageNumber{5}, page + 1})
+        EXPECT_THROW(allocator.free(wrong), base::RuntimeError) << wrong;
+    UsageMapRow(store, kGlobalMap).put(2, true);
+    EXPECT_THROW(PageAllocator(store).allocate(), base::RuntimeError) << "a definition in use as free page";
+}
+
+/// Over each boundary of the map: longer rows, the end of page 1, one and two bitmap pages more.
+TEST(PageAllocator, TheMapGrowsWithTheFile) {
+    const struct {
+        const char* what;
+        std::size_t rowBytes;
+        PageNumber pages;
+        int kind;
+    } cases[] = {
+        {"a row as it is", 69, 500, 0},
+        {"a longer row", 69, 512, 0},
+        {"a row of the greatest length", 4001, 31'960, 0},
+        {"page 1 is full", 4009, 32'032, 1},
+        {"page 1 is full, just before the second bitmap", 4009, 32'700, 1},
+    };
+    for (const auto& c : cases) {
+        test::MemoryPageStore store = fileOf(c.pages, c.rowBytes);
+        PageAllocator growing(store);
+        std::set<PageNumber> handedOut;
+        for (int i = 0; i < 60; ++i)
+            EXPECT_TRUE(handedOut.insert(growing.allocate()).second) << c.what;
+        EXPECT_EQ(kindOf(store, kGlobalMap), c.kind) << c.what;
+        const UsageMap map = UsageMap::read(store, kGlobalMap);
+        for (PageNumber page = 0; page < store.pageCount(); ++page)
+            ASSERT_FALSE(map.contains(page)) << c.what << ", page " << page;
+        DataPageEditor first(store, 1, 1);
+        EXPECT_EQ(first.freeBytes(), store.page(1).bytes.u16(2)) << c.what;
+        growing.free(*handedOut.begin());
+        EXPECT_EQ(PageAllocator(store).allocate(), *handedOut.begin()) << c.what;
+    }
+}
+
+TEST(PageAllocator, PagesOfWhichTheMapSaysNothingAreNeverTaken) {
+    test::MemoryPageStore store = fileOf(700);
+    // A window, as other programs leave it: pages before and behind belong to somebody.
+    const std::vector<PageNumber> free = {130, 140};
+    UsageMapRow(store, kGlobalMap).replace(UsageMap::inlineRow(128, free, 69));
+    PageAllocator allocator(store);
+    for (const PageNumber expected : {PageNumber{130}, PageNumber{140}, PageNumber{700}, PageNumber{701}})
+        EXPECT_EQ(allocator.allocate(), expected);
+    EXPECT_EQ(UsageMap::read(store, kGlobalMap).next(0), std::optional<PageNumber>(702));
+}
+
+TEST(PageAllocator, AFileOfTwoGigabytesGrowsNoFurther) {
+    test::MemoryPageStore store = fileOf(40'000, 0, 40'050);
+    PageAllocator allocator(store);
+    PageNumber last = 0;
+    const auto fill = [&] {
+        while (true)
+            last = allocator.allocate();
+    };
+    EXPECT_THROW(fill(), base::RuntimeError);
+    EXPECT_EQ(last, 40'049U);
+    allocator.free(39'000);
+    EXPECT_EQ(allocator.allocate(), 39'000U) << "what is free can still be taken";
+}
+
+/// Maps are changed at random and held against a plain set; the rows share one page, which becomes full.
+TEST(UsageMapWriter, HoldsAnySetOfPages) {
+    const unsigned seed = std::random_device{}();
+    SCOPED_TRACE(seed);
+    std::mt19937 random(seed);
+    test::MemoryPageStore store = fileOf(70'000);
+    PageAllocator allocator(store);
+    const PageNumber page = allocator.allocate();
+    clearDataPage(store.change(page), 0);
+    constexpr std::size_t kMaps = 12;
+    std::vector<std::set<PageNumber>> expected(kMaps);
+    for (std::size_t i = 0; i < kMaps; ++i)
+        appendRow(store.change(page), UsageMap::inlineRow(0, {}));
+    for (int step = 0; step < 3000; ++step) {
+        const std::size_t i = random() % kMaps;
+        // Each map lives in a wider part of the file than the one before.
+        const PageNumber number = static_cast<PageNumber>(20'000 + random() % (100U << i)) % 70'000;
+        UsageMapWriter map(store, allocator, {page, static_cast<std::uint8_t>(i)});
+        ASSERT_EQ(map.contains(number), expected[i].contains(number)) << step;
+        if (random() % 4 == 0) {
+            map.clear(number);
+            expected[i].erase(number);
+        } else {
+            map.set(number);
+            expected[i].insert(number);
+        }
+        if (step % 500 == 0) {
+            expected[i].clear();
+            for (auto at = map.next(0); at; at = map.next(*at))
+                map.clear(*at);
+        }
+    }
+    int references = 0;
+    for (std::size_t i = 0; i < kMaps; ++i) {
+        const RowPointer row{page, static_cast<std::uint8_t>(i)};
+        const UsageMap map = UsageMap::read(store, row);
+        std::set<PageNumber> found;
+        for (auto at = map.next(0); at; at = map.next(*at + 1))
+            found.insert(*at);
+        EXPECT_EQ(found, expected[i]) << i;
+        references += kindOf(store, row);
+    }
+    EXPECT_GT(references, 2);
+    EXPECT_LT(references, 10);
+    const DataPageEditor editor(store, page, 0);
+    EXPECT_EQ(editor.freeBytes(), store.page(page).bytes.u16(2));
+}
+
+}  // namespace
+}  // namespace jet
