@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/RuntimeError.h"
+#include "forms/RowSort.h"
 
 namespace forms {
 namespace {
@@ -18,6 +19,17 @@ bool readsAsNumber(base::TextView key) {
     if (!key.empty() && (key.front() == u'+' || key.front() == u'-')) key.remove_prefix(1);
     return !key.empty() && key.find_first_not_of(u"0123456789.,") == base::TextView::npos &&
            key.find_first_of(u"0123456789") != base::TextView::npos;
+}
+
+/// The units' high bytes before their low ones, so that bytes stand as the units do.
+base::Bytes unitBytes(base::TextView text) {
+    base::Bytes bytes;
+    bytes.reserve(2 * text.size());
+    for (const char16_t unit : text) {
+        bytes.push_back(static_cast<std::uint8_t>(unit >> 8U));
+        bytes.push_back(static_cast<std::uint8_t>(unit & 0xFFU));
+    }
+    return bytes;
 }
 
 }  // namespace
@@ -69,6 +81,7 @@ void ListView::setColumnHeaderIcons(ImageList* icons) {
 // Rows
 
 ListItem ListView::addRow() {
+    if (orderIsDue_) settleOrder();
     const auto row = static_cast<RowId>(rows_.size());
     rows_.emplace_back().place = row;
     order_.push_back(row);
@@ -84,6 +97,7 @@ void ListView::clearRows() {
     rows_.clear();
     order_.clear();
     orderedCount_ = 0;
+    orderIsDue_ = false;
     const bool hadSelection = selected_.has_value();
     selected_.reset();
     tellPeer(Property::Rows);
@@ -110,13 +124,15 @@ ListView::Row& ListView::rowOf(const ListItem& item) {
 
 std::size_t ListView::placeOf(const ListItem& item) {
     const Row& row = rowOf(item);
-    putAddedRowsInOrder();
+    settleOrder();
     return row.place;
 }
 
 void ListView::setCell(const ListItem& item, std::size_t cell, base::TextView text) {
     Row& row = rowOf(item);
     if (row.texts.cell(cell) == text) return;
+    if (orderIsDue_) settleOrder();  // by the text before the change
+    textsChanged_ = true;
     row.texts.setCell(cell, text);
     tellPeer(Property::Rows);
 }
@@ -157,7 +173,7 @@ void ListView::setSelectedItem(std::optional<ListItem> item) {
 
 std::optional<std::size_t> ListView::selectedPlace() {
     if (!selected_) return std::nullopt;
-    putAddedRowsInOrder();
+    settleOrder();
     return rows_[*selected_].place;
 }
 
@@ -185,86 +201,65 @@ void ListView::userClickedColumn(int column) {
 
 void ListView::setSortKey(std::int16_t sortKey) {
     if (sortKey == sortKey_) return;
+    settleOrder();
     sortKey_ = sortKey;
-    if (sorted_) orderAnew();
+    if (sorted_) orderLater();
 }
 
 void ListView::setSortOrder(Order order) {
     if (order == sortOrder_) return;
+    if (!orderIsDue_) settleOrder();  // equal rows stand the same either way
     sortOrder_ = order;
-    if (sorted_) orderAnew();
+    if (sorted_) orderLater();
 }
 
 void ListView::setSorted(bool sorted) {
-    if (sorted && rows_.size() > 1) {
-        sorted_ = true;
-        orderAnew();  // also when it was true: texts may have changed since
-        return;
-    }
-    putAddedRowsInOrder();
+    settleOrder();
+    if (sorted && (!sorted_ || textsChanged_)) orderAnew();
     sorted_ = sorted;
-}
-
-bool ListView::standsBefore(base::TextView a, base::TextView b) const {
-    const int comparison = compareTexts ? compareTexts(a, b) : a.compare(b);
-    return sortOrder_ == Order::Ascending ? comparison < 0 : comparison > 0;
 }
 
 base::TextView ListView::sortTextOf(RowId row) const {
     return rows_[row].texts.cell(static_cast<std::size_t>(sortKey_) + 1);
 }
 
-void ListView::sortFrom(std::size_t firstPlace) {
-    // With the texts at hand, so that a comparison does not go through two rows to find them.
-    struct Entry {
-        base::TextView text;
-        RowId row;
-    };
-    std::vector<Entry> entries;
-    entries.reserve(order_.size() - firstPlace);
-    for (std::size_t place = firstPlace; place < order_.size(); ++place)
-        entries.push_back({sortTextOf(order_[place]), order_[place]});
-    std::stable_sort(entries.begin(), entries.end(),
-                     [this](const Entry& a, const Entry& b) { return standsBefore(a.text, b.text); });
-    std::transform(entries.begin(), entries.end(), order_.begin() + static_cast<std::ptrdiff_t>(firstPlace),
-                   [](const Entry& entry) { return entry.row; });
-}
-
 void ListView::orderAnew() {
-    sortFrom(0);
-    settlePlaces();
+    putInOrder(0);
     tellPeer(Property::Rows);
     if (selected_) tellPeer(Property::Selection);
 }
 
-void ListView::putAddedRowsInOrder() {
-    if (orderedCount_ == order_.size()) return;
-    sortFrom(orderedCount_);
-    if (orderedCount_ > 0) {
-        // By hand and not by std::merge: settled rows may be out of order by now, as texts have changed.
-        const auto added = order_.begin() + static_cast<std::ptrdiff_t>(orderedCount_);
-        std::vector<RowId> merged;
-        merged.reserve(order_.size());
-        auto next = added;
-        for (auto settled = order_.begin(); settled != added; ++settled) {
-            while (next != order_.end() && standsBefore(sortTextOf(*next), sortTextOf(*settled)))
-                merged.push_back(*next++);
-            merged.push_back(*settled);
-        }
-        merged.insert(merged.end(), next, order_.end());
-        order_ = std::move(merged);
-    }
-    settlePlaces();
+/// Key and direction are mostly set one after the other: one sort for both.
+void ListView::orderLater() {
+    orderIsDue_ = true;
+    tellPeer(Property::Rows);
 }
 
-void ListView::settlePlaces() {
+void ListView::settleOrder() {
+    if (orderIsDue_) {
+        putInOrder(0);
+    } else if (orderedCount_ < order_.size()) {
+        putInOrder(orderedCount_);
+    }
+}
+
+void ListView::putInOrder(std::size_t settledCount) {
+    RowSort sort(sortOrder_ == Order::Descending);
+    sort.reserve(order_.size());
+    for (const RowId row : order_) {
+        const base::TextView text = sortTextOf(row);
+        sort.add(row, sortKeyOf ? sortKeyOf(text) : unitBytes(text));
+    }
+    order_ = sort.inOrder(settledCount);
     for (std::size_t place = 0; place < order_.size(); ++place)
         rows_[order_[place]].place = static_cast<std::uint32_t>(place);
     orderedCount_ = order_.size();
+    orderIsDue_ = false;
+    if (settledCount == 0) textsChanged_ = false;
 }
 
 ListView::RowId ListView::rowAt(std::size_t place) {
-    putAddedRowsInOrder();
+    settleOrder();
     return order_[place];
 }
 
@@ -277,7 +272,7 @@ std::optional<std::size_t> ListView::findPrefix(std::size_t startPlace, base::Te
     const auto matches = [&](std::size_t place) {
         const base::TextView start = cellAt(place, 0).substr(0, prefix.size());
         if (start.size() < prefix.size()) return false;
-        return compareTexts ? compareTexts(start, prefix) == 0 : start == prefix;
+        return areEqual ? areEqual(start, prefix) : start == prefix;
     };
     for (std::size_t place = startPlace; place < rows_.size(); ++place) {
         if (matches(place)) return place;

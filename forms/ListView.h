@@ -21,10 +21,10 @@ class ImageList;
 
 /// A list of rows in columns, of which at most one row is selected. Made for 1,000,000 rows.
 ///
-/// Order. Rows stand as they were added until Sorted is set. While it is, setting Sorted, SortKey or
-/// SortOrder orders them anew; rows added since then are put in their places, once, at the first read of
-/// the order; a change of text never moves a row that has its place. Rows that compare equal keep their
-/// former order.
+/// Order. Rows stand as they were added until Sorted is set; setting it orders them at once, by the texts of
+/// that moment. While it is set, another SortKey or SortOrder orders them anew, and rows added are put in
+/// their places, once, at the first read of the order; a change of text never moves a row that has its
+/// place. Rows that compare equal keep their former order.
 ///
 /// Selection. Nothing is selected until code or the user selects a row, and after Clear. The user cannot
 /// empty the selection. ItemClick comes once for each row that the user goes to or clicks, the selected one
@@ -44,8 +44,10 @@ public:
     std::function<void(ListItem item)> onItemClick;
     std::function<void(const ColumnHeader& header)> onColumnClick;
 
-    /// Order of two texts: negative, 0, positive. Without one, texts stand by the values of their units.
-    std::function<int(base::TextView, base::TextView)> compareTexts;
+    /// Bytes that stand as the texts do. Without it, texts stand by the values of their units.
+    std::function<base::Bytes(base::TextView)> sortKeyOf;
+    /// Whether a text is the one that the user types. Without it, all units must be the same.
+    std::function<bool(base::TextView, base::TextView)> areEqual;
 
     // Columns.
     int columnCount() const { return static_cast<int>(columns_.size()); }
@@ -89,7 +91,7 @@ public:
     base::TextView cellAt(std::size_t place, int column);
     /// The selected row's place, nothing if there is none.
     std::optional<std::size_t> selectedPlace();
-    /// The first row from startPlace on whose text begins with the prefix, as compareTexts sees it.
+    /// The first row from startPlace on whose text begins with the prefix, as areEqual sees it.
     /// @param wrap  go on at the first row behind the last
     std::optional<std::size_t> findPrefix(std::size_t startPlace, base::TextView prefix, bool wrap);
 
@@ -141,13 +143,13 @@ private:
     std::size_t placeOf(const ListItem& item);
     void ensureVisible(const ListItem& item);
 
-    bool standsBefore(base::TextView a, base::TextView b) const;
     base::TextView sortTextOf(RowId row) const;
-    /// Sorts the rows from this place on among themselves.
-    void sortFrom(std::size_t firstPlace);
     void orderAnew();
-    void putAddedRowsInOrder();
-    void settlePlaces();
+    void orderLater();
+    /// Does what is due: the rows' new order, or the places of those added.
+    void settleOrder();
+    /// The first settledCount rows keep their order among themselves.
+    void putInOrder(std::size_t settledCount);
     RowId rowAt(std::size_t place);
 
     std::vector<ColumnHeader> columns_;
@@ -164,6 +166,8 @@ private:
     std::int16_t sortKey_ = 0;
     Order sortOrder_ = Order::Ascending;
     bool sorted_ = false;
+    bool orderIsDue_ = false;    ///< key or direction are others than those by which the rows stand
+    bool textsChanged_ = false;  ///< since the rows were ordered
 
     ListViewPeer* listPeer_ = nullptr;
 };

@@ -67,7 +67,8 @@ void frmBenKto::setUpControls() {
     lvwBenKto.setView(forms::ListView::ViewMode::Report);
     lvwBenKto.addColumn(u"Benutzername", kNameWidthHimetric);
     lvwBenKto.addColumn(u"ServerPath", kServerPathWidthHimetric);
-    lvwBenKto.compareTexts = [this](base::TextView a, base::TextView b) { return regional_.compare(a, b); };
+    lvwBenKto.sortKeyOf = [this](base::TextView text) { return regional_.sortKey(text); };
+    lvwBenKto.areEqual = [this](base::TextView a, base::TextView b) { return regional_.compare(a, b) == 0; };
 
     int tabIndex = 0;
     for (forms::Control* control :

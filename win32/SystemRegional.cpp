@@ -14,6 +14,10 @@ namespace {
 
 using base::RuntimeErrorNumber;
 
+// Room in which nearly every sort key fits: two bytes a letter, one more for its accent, and the ends.
+constexpr std::size_t kUsualKeyBytesPerUnit = 4;
+constexpr std::size_t kUsualKeyBytes = 32;
+
 void freeText(BSTR text) {
     SysFreeString(text);
 }
@@ -126,6 +130,25 @@ int SystemRegional::compare(base::TextView a, base::TextView b) const {
                            static_cast<int>(a.size()), reinterpret_cast<const wchar_t*>(b.data()),
                            static_cast<int>(b.size()), nullptr, nullptr, 0) -
            CSTR_EQUAL;
+}
+
+base::Bytes SystemRegional::sortKey(base::TextView text) const {
+    if (text.empty()) return {};
+    const auto make = [text](std::uint8_t* place, std::size_t sizeBytes) {
+        const int count =
+            LCMapStringEx(LOCALE_NAME_USER_DEFAULT, LCMAP_SORTKEY | NORM_IGNORECASE,
+                          reinterpret_cast<const wchar_t*>(text.data()), static_cast<int>(text.size()),
+                          reinterpret_cast<wchar_t*>(place), static_cast<int>(sizeBytes), nullptr, nullptr, 0);
+        return static_cast<std::size_t>(count);
+    };
+    base::Bytes key(kUsualKeyBytesPerUnit * text.size() + kUsualKeyBytes);
+    std::size_t sizeBytes = make(key.data(), key.size());
+    if (sizeBytes == 0) {  // no room
+        key.resize(make(nullptr, 0));
+        sizeBytes = make(key.data(), key.size());
+    }
+    key.resize(sizeBytes);
+    return key;
 }
 
 }  // namespace win32

@@ -12,6 +12,7 @@ public:
     std::int32_t toLong(base::TextView text) const override;
     std::optional<base::Text> toSortableDate(base::TextView text) const override;
     int compare(base::TextView a, base::TextView b) const override;
+    base::Bytes sortKey(base::TextView text) const override;
 };
 
 }  // namespace win32

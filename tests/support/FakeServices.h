@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
+#include <gtest/gtest.h>
 #include <map>
 #include <set>
 #include <tuple>
@@ -78,12 +80,14 @@ struct FakeMessageBoxes : platform::MessageBoxes {
     explicit FakeMessageBoxes(Log& log) : log_(log) {}
 
     Answer answer = Answer::Ok;
+    std::function<void()> whileShown;  ///< what happens before the user answers
 
     Answer show(base::TextView text, Buttons buttons, Icon icon) override {
         log_.push_back("box " + base::toUtf8(text) + (buttons == Buttons::Ok ? " [OK]" : " [Yes/No]") +
                        (icon == Icon::Critical   ? " critical"
                         : icon == Icon::Question ? " question"
                                                  : " information"));
+        if (whileShown) whileShown();
         return answer;
     }
 
@@ -97,7 +101,20 @@ struct FakeMousePointer : platform::MousePointer {
 };
 
 struct FakeFolderChooser : platform::FolderChooser {
-    bool choose(platform::WindowHandle, base::TextView, base::Text&) override { return false; }
+    explicit FakeFolderChooser(Log& log) : log_(log) {}
+
+    bool confirmed = true;
+    base::Text path;  ///< what the shell writes into the buffer; empty writes nothing
+
+    bool choose(platform::WindowHandle owner, base::TextView title, base::Text& buffer) override {
+        log_.push_back("choose folder for window " + std::to_string(owner) + ": " + base::toUtf8(title));
+        EXPECT_EQ(buffer, base::Text(260, u' '));
+        if (confirmed) std::copy(path.begin(), path.end(), buffer.begin());
+        return confirmed;
+    }
+
+private:
+    Log& log_;
 };
 
 /// German conversions of what the tests need; texts are compared without regard to the case of A to Z.
@@ -111,16 +128,33 @@ struct FakeRegional : platform::Regional {
         throw base::runtimeError(base::RuntimeErrorNumber::TypeMismatch);
     }
     std::int32_t toLong(base::TextView text) const override {
-        const std::string digits = base::toUtf8(text);
-        std::int32_t number = 0;
+        std::string digits = base::toUtf8(base::trimBlanks(text));
+        std::replace(digits.begin(), digits.end(), ',', '.');
+        if (digits.starts_with('+')) digits.erase(0, 1);
+        double number = 0;
         const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
         if (error != std::errc() || end != digits.data() + digits.size()) {
             throw base::runtimeError(base::RuntimeErrorNumber::TypeMismatch);
         }
-        return number;
+        number = std::nearbyint(number);
+        if (number < -2147483648.0 || number > 2147483647.0) {
+            throw base::runtimeError(base::RuntimeErrorNumber::Overflow);
+        }
+        return static_cast<std::int32_t>(number);
     }
-    std::optional<base::Text> toSortableDate(base::TextView) const override { return std::nullopt; }
+    std::optional<base::Text> toSortableDate(base::TextView text) const override {
+        if (text.size() != 10 || text[2] != u'.' || text[5] != u'.') return std::nullopt;
+        return base::Text(text.substr(6)).append(text.substr(3, 2)).append(text.substr(0, 2));
+    }
     int compare(base::TextView a, base::TextView b) const override { return folded(a).compare(folded(b)); }
+    base::Bytes sortKey(base::TextView text) const override {
+        base::Bytes key;
+        for (const char16_t unit : folded(text)) {
+            key.push_back(static_cast<std::uint8_t>(unit >> 8U));
+            key.push_back(static_cast<std::uint8_t>(unit & 0xFFU));
+        }
+        return key;
+    }
 
 private:
     static base::Text folded(base::TextView text) {
@@ -132,7 +166,7 @@ private:
 };
 
 struct FakeServices {
-    explicit FakeServices(Log& log) : settingsFile(log), fileSystem(log), messageBoxes(log) {}
+    explicit FakeServices(Log& log) : settingsFile(log), fileSystem(log), messageBoxes(log), folderChooser(log) {}
 
     FakeWindowMessages windowMessages;
     FakeSettingsFile settingsFile;

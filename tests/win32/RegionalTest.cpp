@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <vector>
 
 #include "base/RuntimeError.h"
 #include "win32/SystemRegional.h"
@@ -75,6 +76,56 @@ TEST(SystemRegional, ComparesWithoutRegardToCaseInTheOrderOfTheLanguage) {
     EXPECT_LT(regional.compare(u"", u"a"), 0);
     EXPECT_GT(regional.compare(u"a", {}), 0);
     EXPECT_EQ(regional.compare({}, {}), 0);
+}
+
+TEST(SystemRegional, SortKeysStandAsTheTextsCompare) {
+    const SystemRegional regional;
+    const auto sign = [](auto order) { return static_cast<int>(order > 0) - static_cast<int>(order < 0); };
+    const std::vector<base::Text> texts{u"",
+                                        u"a",
+                                        u"A",
+                                        u"ä",
+                                        u"Ae",
+                                        u"Öl",
+                                        u"Pol",
+                                        u"Müller",
+                                        u"MÜLLER",
+                                        u"Mueller",
+                                        u"Muller",
+                                        u" a",
+                                        u"a ",
+                                        u"a-b",
+                                        u"ab",
+                                        u"O'Neil",
+                                        u"Straße",
+                                        u"Strasse",
+                                        u"STRASSE",
+                                        u"9",
+                                        u"10",
+                                        u"C:\\A",
+                                        u"C:\\a\\b",
+                                        u"\\\\server\\x",
+                                        u"№ 5",
+                                        u"Иванов",
+                                        u"иванов",
+                                        u"名前",
+                                        u"\U0001F600",
+                                        u"a_b",
+                                        u"a.b",
+                                        base::Text(u"a\0b", 3),
+                                        u"coté",
+                                        u"côte",
+                                        u"cote",
+                                        u"(x)",
+                                        u"x",
+                                        u"x1",
+                                        base::Text(3000, u'ß')};
+    for (const base::Text& a : texts) {
+        for (const base::Text& b : texts) {
+            EXPECT_EQ(sign(regional.sortKey(a) <=> regional.sortKey(b)), sign(regional.compare(a, b)))
+                << base::toUtf8(a) << " and " << base::toUtf8(b);
+        }
+    }
 }
 
 }  // namespace
