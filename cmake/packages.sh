@@ -81,7 +81,7 @@ buildPreset() {
         cmake --preset "$preset" >"$log" 2>&1 </dev/null || { tail -30 "$log" >&2; return 1; }
     fi
     # What one clone has compiled serves the next, wherever it lies.
-    export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1 CCACHE_IGNOREOPTIONS='-ffile-prefix-map=*'
+    export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1 CCACHE_IGNOREOPTIONS='-ffile-prefix-map=/*'
     say "building $preset"
     local targets=()
     [ $# = 0 ] || targets=(--target "$@")
