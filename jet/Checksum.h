@@ -11,7 +11,7 @@ namespace jet {
 inline std::uint64_t checksum(std::span<const std::uint8_t> bytes) {
     static constexpr auto kTable = [] {
         std::array<std::uint64_t, 256> table{};
-        for (std::uint64_t byte = 0; byte < table.size(); ++byte) {
+        for (std::size_t byte = 0; byte < table.size(); ++byte) {
             std::uint64_t value = byte;
             for (int bit = 0; bit < 8; ++bit)
                 value = (value & 1U) != 0 ? (value >> 1U) ^ 0xC96C5795D7870F42U : value >> 1U;
@@ -21,7 +21,7 @@ inline std::uint64_t checksum(std::span<const std::uint8_t> bytes) {
     }();
     std::uint64_t value = ~std::uint64_t{0};
     for (const std::uint8_t byte : bytes)
-        value = kTable[(value ^ byte) & 0xFFU] ^ (value >> 8U);
+        value = kTable[static_cast<std::uint8_t>(value) ^ byte] ^ (value >> 8U);
     return ~value;
 }
 

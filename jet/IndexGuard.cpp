@@ -1,0 +1,52 @@
+#include "jet/IndexGuard.h"
+
+#include <algorithm>
+
+#include "jet/IndexCursor.h"
+#include "jet/IndexKey.h"
+#include "jet/WriteErrors.h"
+
+namespace jet {
+namespace {
+
+const Column* columnOf(const TableDefinition& table, const IndexColumn& part) {
+    return table.columnNumbered(part.columnNumber);
+}
+
+void compare(const Table& table, const IndexDefinition& index, const IndexCursor& cursor) {
+    const Row row = table.rowAt(cursor.row());
+    base::Bytes key;
+    const bool hasEntry = keyOfRow(table.source(), index, row.view, key);
+    if (hasEntry && std::ranges::equal(key, cursor.key())) return;
+    if (!hasEntry || keyOfRowIsCertain(table.source(), index, row.view)) throw foreignKeys(index.name);
+}
+
+}  // namespace
+
+IndexEntryKey keyToWrite(PageSource& source, const IndexDefinition& index, const RowView& row) {
+    IndexEntryKey entry;
+    entry.hasEntry = keyOfRow(source, index, row, entry.key);
+    if (entry.hasEntry && !keyOfRowIsCertain(source, index, row)) throw uncertainKey(index.name);
+    entry.hasNull = std::ranges::any_of(
+        index.columns, [&](const IndexColumn& part) { return row.isNull(*columnOf(row.definition(), part)); });
+    return entry;
+}
+
+void requireOwnKeys(const Table& table, const IndexDefinition& index) {
+    const bool hasText = std::ranges::any_of(index.columns, [&](const IndexColumn& part) {
+        const Column* column = columnOf(table.definition(), part);
+        return column != nullptr && column->isText();
+    });
+    if (!hasText) return;
+    IndexCursor cursor(table.source(), table.definition(), index);
+    if (!cursor.first()) return;
+    const PageNumber first = cursor.leafPage();
+    for (bool there = true; there && cursor.leafPage() == first; there = cursor.next())
+        compare(table, index, cursor);
+    if (!cursor.last() || cursor.leafPage() == first) return;
+    const PageNumber last = cursor.leafPage();
+    for (bool there = true; there && cursor.leafPage() == last; there = cursor.previous())
+        compare(table, index, cursor);
+}
+
+}  // namespace jet

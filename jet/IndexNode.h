@@ -1,0 +1,77 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "base/Value.h"
+#include "jet/IndexPage.h"
+#include "jet/PageStore.h"
+
+namespace jet {
+
+/// An index page being changed: its entries whole in memory, more of them than a page takes if need be. It is read from
+/// a page and written to one; what it shows in between is in no file.
+class IndexNode {
+public:
+    explicit IndexNode(bool isLeaf) : isLeaf_(isLeaf) {}
+    explicit IndexNode(const IndexPage& page);
+
+    bool isLeaf() const { return isLeaf_; }
+    std::size_t size() const { return places_.size(); }
+
+    /// Key and row pointer.
+    std::span<const std::uint8_t> entry(std::size_t i) const { return part(places_[i]); }
+    PageNumber child(std::size_t i) const { return places_[i].child; }
+
+    /// Children count the tail, the last of them.
+    std::size_t childCount() const { return size() + (tail != 0 ? 1 : 0); }
+    PageNumber childAt(std::size_t i) const { return i < size() ? child(i) : tail; }
+    void setChildAt(std::size_t i, PageNumber page) { (i < size() ? places_[i].child : tail) = page; }
+
+    /// Index of the first entry that is not less; size() if all are less.
+    std::size_t lowerBound(std::span<const std::uint8_t> wanted) const;
+
+    void insert(std::size_t i, std::span<const std::uint8_t> entry, PageNumber child = 0);
+    void erase(std::size_t i) { places_.erase(places_.begin() + static_cast<std::ptrdiff_t>(i)); }
+    void replaceEntry(std::size_t i, std::span<const std::uint8_t> entry);
+
+    bool fits() const { return fits(0, size()); }
+
+    /// Where to cut a node of at least two entries that does not fit: the entries before go to another page. Both
+    /// parts fit if that can be, and are about equally large; else the first one fits.
+    std::size_t middle() const;
+
+    /// Moves the first entries to a node of their own; links and tail stay here.
+    IndexNode takeFront(std::size_t count);
+
+    /// @param page  all of its bytes are written
+    void write(std::span<std::uint8_t> page, PageNumber definitionPage, std::uint8_t height) const;
+
+    PageNumber previous = 0;
+    PageNumber next = 0;
+    PageNumber tail = 0;  ///< of a node
+
+private:
+    struct Place {
+        std::size_t offset;
+        std::size_t bytes;
+        PageNumber child;
+    };
+    std::span<const std::uint8_t> part(const Place& place) const {
+        return std::span(bytes_).subspan(place.offset, place.bytes);
+    }
+    Place keep(std::span<const std::uint8_t> entry, PageNumber child);
+    std::size_t storedBytes(std::size_t begin, std::size_t end) const;
+    bool fits(std::size_t begin, std::size_t end) const { return storedBytes(begin, end) <= kIndexEntriesBytes; }
+
+    bool isLeaf_;
+    base::Bytes bytes_;  ///< of all entries there ever were, in any order
+    std::vector<Place> places_;
+};
+
+/// Longest entry of which two fit on a node, so that each one branches.
+inline constexpr std::size_t kLongestIndexEntry = kIndexEntriesBytes / 2 - kIndexChildBytes;
+
+}  // namespace jet

@@ -1,0 +1,78 @@
+#pragma once
+
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "base/Value.h"
+#include "jet/IndexNode.h"
+#include "jet/PageAllocator.h"
+#include "jet/PageStore.h"
+#include "jet/TableDefinition.h"
+#include "jet/UsageMapWriter.h"
+
+namespace jet {
+
+/// Changes an index tree of any height, entry by entry.
+///
+/// Laws, kept by each change:
+/// - An entry of a node is the last leaf entry under its child.
+/// - The root keeps its page. The tree becomes higher when the root is full, and lower when it has only one child left.
+/// - Leaves are linked with their neighbours over the whole index; no leaf or node but the root is empty.
+/// - The index's map holds the pages of the tree and no others; what leaves the tree is free.
+///
+/// A node that comes to be has a tail only on the rightmost path. Nodes of other writers may have tails elsewhere, or
+/// none: both are understood, and stay as they are.
+class IndexWriter {
+public:
+    /// @param indexNumber  position in table.indexes
+    /// All arguments must outlive the writer.
+    /// @throws RuntimeError (damage) if the index has no sound map
+    IndexWriter(PageStore& store, PageAllocator& allocator, const TableDefinition& table, std::size_t indexNumber);
+
+    /// Whether any row has exactly this key.
+    bool hasKey(std::span<const std::uint8_t> key) const;
+
+    /// Adds an entry, and counts it in the definition if its key is new.
+    /// @param hasNull  whether a part of the key is null: such keys may be equal in a unique index
+    /// @throws RuntimeError if the key is too long, or there in a unique index; damage if the entry is there already
+    void insert(std::span<const std::uint8_t> key, RowPointer row, bool hasNull = false);
+
+    /// @throws RuntimeError (damage) if there is no such entry
+    void remove(std::span<const std::uint8_t> key, RowPointer row);
+
+    /// Removes the entry of a row whose key cannot be made again (see keyOfRowIsCertain), by going through all entries.
+    /// @throws RuntimeError (damage) if there is none
+    void removeEntryOf(RowPointer row);
+
+private:
+    struct Level {
+        PageNumber page;
+        IndexNode node;
+        std::size_t position;  ///< node: of the child on the path
+        bool isChanged;
+        std::uint8_t height;  ///< above the leaves
+    };
+
+    void descend(std::span<const std::uint8_t> entry);
+    void push(PageNumber page, std::span<const std::uint8_t> after, std::span<const std::uint8_t> upTo);
+    void settle(bool isAppended);
+    void lastChanged(std::size_t level);
+    void split(std::size_t level, bool isAppended);
+    void raise();
+    void dropEmpty(std::size_t level);
+    void lower();
+    bool isRightmost(std::size_t level) const;
+    void relink(PageNumber page, PageNumber from, PageNumber to, bool isNext);
+    PageNumber allocate();
+    void release(PageNumber page);
+
+    PageStore& store_;
+    PageAllocator& allocator_;
+    const TableDefinition& table_;
+    std::size_t indexNumber_;
+    UsageMapWriter map_;
+    std::vector<Level> path_;  ///< from the root to a leaf, during a change
+};
+
+}  // namespace jet

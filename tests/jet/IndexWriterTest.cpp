@@ -1,0 +1,245 @@
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <map>
+#include <random>
+#include <set>
+
+#include "jet/DefinitionCounters.h"
+#include "jet/IndexCursor.h"
+#include "jet/IndexWriter.h"
+#include "jet/Table.h"
+#include "tests/support/MemoryPageStore.h"
+#include "tests/support/SampleFile.h"
+
+namespace jet {
+namespace {
+
+using Entries = std::set<std::pair<base::Bytes, RowPointer>>;
+
+base::Bytes emptyTable(bool isUnique) {
+    TableDesign design;
+    design.name = u"Probe";
+    design.columns = {{.name = u"Schlüssel", .type = ColumnType::Text, .maxUnits = 255}};
+    design.indexes = {{.name = u"Index",
+                       .columns = {{u"Schlüssel"}},
+                       .flags = isUnique ? IndexDefinition::kUnique : std::uint8_t{0}}};
+    return test::sampleFile({{design, {}}});
+}
+
+/// An index without a table's rows, and what it must hold. The writer does not ask what keys mean.
+class Tree {
+public:
+    explicit Tree(bool isUnique)
+        : store(emptyTable(isUnique)),
+          definition(openTable(store, u"Probe")->definition()),
+          allocator(store),
+          writer(store, allocator, definition, 0) {}
+
+    void insert(const base::Bytes& key, RowPointer row) {
+        writer.insert(key, row);
+        expected.emplace(key, row);
+    }
+    void remove(const base::Bytes& key, RowPointer row) {
+        writer.remove(key, row);
+        expected.erase({key, row});
+    }
+
+    Entries read() {
+        Entries entries;
+        IndexCursor cursor(store, definition, definition.indexes[0]);
+        for (bool there = cursor.first(); there; there = cursor.next())
+            entries.emplace(base::Bytes(cursor.key().begin(), cursor.key().end()), cursor.row());
+        std::size_t backwards = 0;
+        for (bool there = cursor.last(); there; there = cursor.previous())
+            ++backwards;
+        EXPECT_EQ(backwards, entries.size());
+        return entries;
+    }
+
+    /// Holds the tree against its laws: entries of nodes are exact, the map has its pages, no page is lost.
+    void check() {
+        EXPECT_EQ(read(), expected);
+        pages.clear();
+        height = checkPage(definition.indexes[0].rootPage, true);
+        const UsageMap owned = UsageMap::read(store, definition.indexes[0].usageMap);
+        std::set<PageNumber> mapped;
+        for (auto page = owned.next(0); page; page = owned.next(*page + 1))
+            mapped.insert(*page);
+        EXPECT_EQ(mapped, pages);
+        const UsageMap global = UsageMap::read(store, {1, 0});
+        const PageNumber before = static_cast<PageNumber>(firstPages);
+        for (PageNumber page = before; page < store.pageCount(); ++page)
+            EXPECT_NE(global.contains(page), pages.contains(page)) << page;
+    }
+
+    /// Lets nodes have the shape that other writers give them: a tail everywhere, or nowhere.
+    void reshape(bool tails) {
+        for (const PageNumber page : pages) {
+            const IndexPage read(store.page(page), definition.page);
+            if (read.isLeaf() || read.size() < 2) continue;
+            const std::uint8_t nodeHeight = store.page(page).bytes.u8(26);
+            IndexNode node(read);
+            if (tails && node.tail == 0) {
+                node.tail = node.child(node.size() - 1);
+                node.erase(node.size() - 1);
+            } else if (!tails && node.tail != 0) {
+                node.insert(node.size(), lastEntry(node.tail), node.tail);
+                node.tail = 0;
+                if (!node.fits()) continue;
+            }
+            node.write(store.change(page), definition.page, nodeHeight);
+        }
+    }
+
+    test::MemoryPageStore store;
+    std::size_t firstPages = store.pageCount();
+    TableDefinition definition;
+    PageAllocator allocator;
+    IndexWriter writer;
+    Entries expected;
+    std::set<PageNumber> pages;  ///< of the tree, found by check()
+    int height = 0;
+
+private:
+    base::Bytes lastEntry(PageNumber page) {
+        const IndexPage read(store.page(page), definition.page);
+        if (read.isLeaf() || read.tail() == 0) return read.entry(read.size() - 1);
+        return lastEntry(read.tail());
+    }
+
+    int checkPage(PageNumber number, bool isRoot) {
+        EXPECT_TRUE(pages.insert(number).second);
+        const IndexPage page(store.page(number), definition.page);
+        int below = -1;
+        for (std::size_t i = 0; !page.isLeaf() && i < page.size(); ++i) {
+            EXPECT_EQ(page.entry(i), lastEntry(page.child(i))) << number;
+            below = checkPage(page.child(i), false);
+        }
+        if (!page.isLeaf() && page.tail() != 0) below = checkPage(page.tail(), false);
+        EXPECT_TRUE(isRoot || page.size() + page.tail() > 0) << "an empty page";
+        EXPECT_EQ(store.page(number).bytes.u8(26), below + 1);
+        return below + 1;
+    }
+};
+
+/// Keys share beginnings of any length, so that prefixes come and go.
+base::Bytes randomKey(std::mt19937& random, std::size_t bytes) {
+    base::Bytes key(bytes, 0x40);
+    for (std::size_t i = 0; i < 6; ++i)
+        key[random() % bytes] = static_cast<std::uint8_t>(0x30 + random() % 32);
+    return key;
+}
+
+RowPointer randomRow(std::mt19937& random) {
+    return {static_cast<PageNumber>(3 + random() % 60'000), static_cast<std::uint8_t>(random() % 250)};
+}
+
+TEST(IndexWriter, HoldsAnySetOfEntriesWhileItGrowsAndShrinks) {
+    const unsigned seed = std::random_device{}();
+    SCOPED_TRACE(seed);
+    std::mt19937 random(seed);
+    const struct {
+        const char* what;
+        std::size_t shortest, longest;
+        int entries;
+        int height;
+        int shape;  ///< reshaped after each batch: 1 with tails, 2 without, 3 changing
+    } cases[] = {
+        {"one leaf", 4, 12, 60, 0, 0},
+        {"short keys", 6, 14, 3000, 1, 0},
+        {"long keys", 200, 500, 500, 2, 0},
+        {"keys of any length", 8, 1700, 400, 2, 0},
+        {"tails everywhere", 300, 510, 400, 2, 1},
+        {"no tails", 300, 510, 400, 2, 2},
+        {"both shapes", 100, 900, 500, 2, 3},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        Tree tree(false);
+        const auto add = [&] {
+            tree.insert(randomKey(random, c.shortest + random() % (c.longest - c.shortest)), randomRow(random));
+        };
+        const auto take = [&] {
+            auto found = tree.expected.lower_bound({randomKey(random, c.shortest), {}});
+            if (found == tree.expected.end()) found = tree.expected.begin();
+            const auto entry = *found;
+            tree.remove(entry.first, entry.second);
+        };
+        for (int batch = 0; batch < 12; ++batch) {
+            // Up, around, down to nothing, and up again.
+            const int goal = batch == 8 ? 0 : batch < 8 || batch == 11 ? c.entries : c.entries / 8;
+            for (int i = 0; i < c.entries / 3 && !tree.expected.empty(); ++i) {
+                take();
+                add();
+            }
+            while (static_cast<int>(tree.expected.size()) < goal)
+                add();
+            while (static_cast<int>(tree.expected.size()) > goal)
+                take();
+            tree.check();
+            ASSERT_FALSE(testing::Test::HasFailure()) << batch;
+            EXPECT_TRUE(batch != 0 || tree.height >= c.height) << tree.height;
+            EXPECT_TRUE(batch != 8 || tree.pages.size() == 1) << tree.pages.size();
+            if (c.shape != 0) tree.reshape(c.shape == 1 || (c.shape == 3 && batch % 2 == 0));
+        }
+    }
+}
+
+TEST(IndexWriter, AscendingKeysFillTheirLeaves) {
+    Tree tree(true);
+    base::Bytes key(300, 0x41);
+    for (std::uint32_t i = 0; i < 2000; ++i) {
+        for (unsigned byte = 0; byte < 4; ++byte)
+            key[100 + byte] = static_cast<std::uint8_t>(i >> (24 - 8 * byte));
+        // A common prefix would make leaves of thousands.
+        key[0] = static_cast<std::uint8_t>(i / 8);
+        tree.insert(key, {3 + i, 0});
+    }
+    tree.check();
+    std::size_t leaves = 0;
+    for (const PageNumber page : tree.pages)
+        leaves += IndexPage(tree.store.page(page), tree.definition.page).isLeaf() ? 1 : 0;
+    EXPECT_LE(leaves, 2000 / 11 + 1U) << "eleven such entries fit on a page, more with a prefix";
+    EXPECT_EQ(tree.height, 3);
+    EXPECT_EQ(DefinitionCounters(tree.store, tree.definition).distinctKeys(0), 2000U);
+}
+
+TEST(IndexWriter, AKeyIsUniqueAcrossTheLeavesUnlessItHoldsNull) {
+    Tree tree(true);
+    for (std::uint8_t i = 1; i < 40; ++i)
+        tree.insert(base::Bytes(400, i), {100U + i, 1});
+    for (std::uint8_t i = 1; i < 40; ++i) {
+        // Lower and higher row pointers: the equal key is on the left, on the right, in another leaf.
+        for (const RowPointer row : {RowPointer{3, 0}, RowPointer{9999, 0}}) {
+            EXPECT_THROW(tree.writer.insert(base::Bytes(400, i), row), base::RuntimeError);
+        }
+    }
+    const base::Bytes null = {0x00};
+    tree.writer.insert(null, {5, 1}, true);
+    tree.writer.insert(null, {6, 1}, true);
+    tree.expected.insert({{null, {5, 1}}, {null, {6, 1}}});
+    EXPECT_THROW(tree.insert(base::Bytes(2000, 1), {7, 7}), base::RuntimeError) << "longer than half a page";
+    tree.writer.removeEntryOf({120, 1});
+    tree.expected.erase({base::Bytes(400, 20), {120, 1}});
+    EXPECT_THROW(tree.writer.remove(base::Bytes(400, 20), {120, 1}), base::RuntimeError) << "gone already";
+    EXPECT_THROW(tree.writer.removeEntryOf({120, 1}), base::RuntimeError);
+    tree.check();
+    EXPECT_EQ(DefinitionCounters(tree.store, tree.definition).distinctKeys(0), 40U);
+}
+
+TEST(IndexWriter, AChangeTouchesFewPages) {
+    Tree tree(false);
+    std::mt19937 random(7);
+    for (int i = 0; i < 6000; ++i)
+        tree.insert(randomKey(random, 12), randomRow(random));
+    std::size_t touched = 0;
+    for (int i = 0; i < 300; ++i) {
+        tree.store.settle();
+        tree.insert(randomKey(random, 12), randomRow(random));
+        touched += tree.store.changedPages();
+    }
+    EXPECT_LT(touched, 300 * 2 + 60U) << "the leaf and the definition, now and then a split";
+}
+
+}  // namespace
+}  // namespace jet
