@@ -36,10 +36,11 @@ void Connection::Close() {
     properties_.setLocked(false);
 }
 
-void Connection::Execute(base::TextView commandText) {
+std::int32_t Connection::Execute(base::TextView commandText) {
     if (!database_) throw adoError(AdoErrorNumber::ObjectClosed);
     auto operation = database_->beginRead();
     jet::sql::executeSelect(operation, commandText);
+    return 0;
 }
 
 }  // namespace ado::embedded

@@ -58,7 +58,10 @@ private:
             state_ = ado::adStateClosed;
             database_.note("close connection");
         }
-        void Execute(base::TextView statement) override { database_.note("execute " + base::toUtf8(statement)); }
+        std::int32_t Execute(base::TextView statement) override {
+            database_.note("execute " + base::toUtf8(statement));
+            return 1;
+        }
 
     private:
         class FakeProperty : public ado::Property {
