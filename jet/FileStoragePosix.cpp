@@ -1,10 +1,11 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdlib>
 #include <fcntl.h>
+#include <filesystem>
 #include <string>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -36,11 +37,9 @@ private:
 
 /// The one name under which everybody finds the file, whatever links lead to it.
 std::string wholePath(const std::string& path) {
-    char* const found = ::realpath(path.c_str(), nullptr);
-    if (found == nullptr) return path;
-    std::string whole(found);
-    std::free(found);
-    return whole;
+    std::error_code error;
+    const std::filesystem::path whole = std::filesystem::canonical(path, error);
+    return error ? path : whole.string();
 }
 
 bool isReadOnly(int systemError) {

@@ -1,7 +1,6 @@
 #include "jet/Journal.h"
 
 #include <algorithm>
-#include <string_view>
 
 #include "jet/Checksum.h"
 #include "jet/Errors.h"
@@ -137,16 +136,6 @@ bool isUntouched(PageIo& file, const LeftJournal& left) {
     });
 }
 
-/// Whether a first sector is one that was cut off while it was being written, or never reached the disk.
-bool isUnwritten(const base::Bytes& firstSector) {
-    constexpr std::string_view kMagic = "TOLVJRN1";
-    if (isZero(firstSector)) return true;
-    if (firstSector.size() == kSectorBytes) return false;
-    const std::size_t count = std::min(firstSector.size(), kMagic.size());
-    return std::equal(firstSector.begin(), firstSector.begin() + static_cast<std::ptrdiff_t>(count), kMagic.begin(),
-                      [](std::uint8_t byte, char c) { return byte == static_cast<std::uint8_t>(c); });
-}
-
 }  // namespace
 
 Refusal Journal::write(const JournalRecord& record, const std::vector<PageChange>& changes) {
@@ -173,7 +162,8 @@ void Journal::recover(PageIo& file, WholeWrite wholeWrite) {
     if (!storage_.journalSizeBytes()) return;
     auto journal = storage_.openJournal();
     const base::Bytes firstSector = readAtMost(*journal, 0, kSectorBytes);
-    if (!isUnwritten(firstSector)) {
+    // Nothing at all: it never reached the disk, or it has been emptied because it could not be deleted.
+    if (!isZero(firstSector)) {
         const LeftJournal left = readJournal(*journal, firstSector);
         if (!left.header) refuse(u"ist beschädigt oder keines dieses Programms");
         if (left.header->file != identityOf(storage_, file)) refuse(u"gehört zu einer anderen Datei");

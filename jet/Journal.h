@@ -34,8 +34,8 @@
 ///  9. A write that fails while its program lives on leaves the old file, or the journal to the next one.
 ///     FailingMachine.LeavesTheOldFileAndSaysWhy
 ///
-/// What may be lost: the transaction that was being committed. What cannot be seen: a journal that was moved or deleted
-/// while it was needed, and a second hard link to the file under another name.
+/// What may be lost: the transaction that was being committed. What cannot be seen: a journal that was moved,
+/// deleted or emptied while it was needed, and a second hard link to the file under another name.
 namespace jet {
 
 class Journal {

@@ -49,6 +49,8 @@ public:
     /// @throws RuntimeError with the numbers of `kind`: in use, read-only; and those of WriteAccess
     Transaction(Database& database, WriteKind kind);
     ~Transaction() override;
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
 
     PageNumber pageCount() const override { return pageCount_; }
     PageView page(PageNumber number) override;

@@ -1,0 +1,195 @@
+#include <functional>
+#include <gtest/gtest.h>
+#include <string>
+
+#include "jet/Transaction.h"
+#include "tests/support/FaultyStorage.h"
+#include "tests/support/SampleFile.h"
+
+namespace jet {
+namespace {
+
+using test::Loss;
+using test::Machine;
+
+/// What a transaction does to the file's pages.
+struct Pattern {
+    const char* name;
+    std::function<void(Transaction&)> change;
+};
+
+void scribble(std::span<std::uint8_t> page, std::uint8_t mark, std::size_t from = 0, std::size_t count = kPageSize) {
+    for (std::size_t i = from; i < from + count; ++i)
+        page[i] = static_cast<std::uint8_t>(page[i] + mark + i % 7);
+}
+
+const std::vector<Pattern>& patterns() {
+    static const std::vector<Pattern> kPatterns = {
+        {"one sector", [](Transaction& transaction) { scribble(transaction.change(5), 3, 1030, 40); }},
+        {"pages here and there",
+         [](Transaction& transaction) {
+             for (const PageNumber page : {2U, 3U, 9U, 14U})
+                 scribble(transaction.change(page), static_cast<std::uint8_t>(page));
+         }},
+        {"growth alone", [](Transaction& transaction) { scribble(transaction.change(transaction.append()), 9); }},
+        {"the header, pages and growth",
+         [](Transaction& transaction) {
+             scribble(transaction.change(0), 1, 0xE00, 2);
+             scribble(transaction.change(1), 5, 500, 1500);
+             scribble(transaction.change(7), 5);
+             for (int i = 0; i < 3; ++i)
+                 scribble(transaction.change(transaction.append()), 77, 0, 3000);
+         }},
+    };
+    return kPatterns;
+}
+
+base::Bytes sampleBytes(std::uint32_t databaseKey) {
+    base::Bytes file = test::sampleFile({});
+    Header header = Header::read(base::ByteView(std::span(file).first(kPageSize)));
+    header.databaseKey = databaseKey;
+    header.write(std::span(file).first(kPageSize));
+    for (PageNumber page = 0; page < file.size() / kPageSize; ++page)
+        encodePage(std::span(file).subspan(page * kPageSize, kPageSize), page, databaseKey);
+    return file;
+}
+
+/// @return whether the commit was acknowledged
+bool commitOn(const Machine& machine, const Pattern& pattern) {
+    Database database = Database::open(machine.storage(), {}, LeftJournalRule::RollBack);
+    Transaction transaction(database, WriteKind::Execute);
+    pattern.change(transaction);
+    try {
+        transaction.commit();
+    } catch (const base::RuntimeError&) {
+        EXPECT_EQ(transaction.state(), Transaction::State::Failed);
+        return false;
+    }
+    EXPECT_EQ(transaction.state(), Transaction::State::Committed);
+    return true;
+}
+
+base::Bytes fileAfter(const base::Bytes& old, const Pattern& pattern) {
+    const Machine machine(old);
+    EXPECT_TRUE(commitOn(machine, pattern));
+    return machine.file();
+}
+
+/// Each pattern on a plain and an encoded file, with its state before and after.
+void forEachPattern(const std::function<void(const Pattern&, const base::Bytes& old, const base::Bytes& fresh)>& step) {
+    for (const std::uint32_t key : {0U, 0xA1B2C3D4U}) {
+        for (const Pattern& pattern : patterns()) {
+            SCOPED_TRACE(std::string(pattern.name) + (key != 0 ? ", encoded" : ""));
+            const base::Bytes old = sampleBytes(key);
+            const base::Bytes fresh = fileAfter(old, pattern);
+            ASSERT_NE(old, fresh);
+            step(pattern, old, fresh);
+        }
+    }
+}
+
+/// How often the disk's choice is left to chance.
+int tries(Loss loss) {
+    return loss == Loss::Some ? 25 : 1;
+}
+
+/// Stops the commit at every step and gives the machine as it starts again.
+/// @param step  told the machine and whether the commit had been acknowledged
+void forEachStop(const Pattern& pattern, const base::Bytes& old,
+                 const std::function<void(const Machine&, bool isAcknowledged)>& step) {
+    bool isPast = false;
+    for (int stop = 1; !isPast; ++stop) {
+        Machine machine(old);
+        machine.stopAt(stop);
+        const bool isAcknowledged = commitOn(machine, pattern);
+        isPast = machine.steps() < stop;
+        for (const Loss loss : {Loss::Nothing, Loss::LastSector, Loss::All, Loss::Some}) {
+            for (int seed = 0; seed < tries(loss) && !testing::Test::HasFailure(); ++seed) {
+                SCOPED_TRACE("stopped at step " + std::to_string(stop) + ", loss " +
+                             std::to_string(static_cast<int>(loss)) + ", seed " + std::to_string(seed));
+                step(machine.afterStop(loss, static_cast<unsigned>(stop * 1000 + seed)), isAcknowledged);
+            }
+        }
+    }
+}
+
+TEST(CrashSweep, EveryCutLeavesTheOldFileOrTheNewOne) {
+    int refusals = 0;
+    forEachPattern([&](const Pattern& pattern, const base::Bytes& old, const base::Bytes& fresh) {
+        forEachStop(pattern, old, [&](const Machine& machine, bool) {
+            // Whoever only reads sees a whole file or none.
+            try {
+                Database::open(machine.storage(), {}, LeftJournalRule::Refuse);
+                EXPECT_TRUE(machine.file() == old || machine.file() == fresh);
+            } catch (const base::RuntimeError& error) {
+                EXPECT_NE(std::string(error.what()).find("unterbrochen"), std::string::npos) << error.what();
+                ++refusals;
+            }
+            Database::open(machine.storage(), {}, LeftJournalRule::RollBack);
+            WriteAccess::rollBack(*machine.storage());
+            EXPECT_TRUE(machine.file() == old || machine.file() == fresh);
+            EXPECT_FALSE(machine.journal().has_value());
+        });
+    });
+    EXPECT_GT(refusals, 0);
+}
+
+TEST(CrashSweep, AnAcknowledgedCommitStays) {
+    int acknowledged = 0;
+    forEachPattern([&](const Pattern& pattern, const base::Bytes& old, const base::Bytes& fresh) {
+        forEachStop(pattern, old, [&](const Machine& machine, bool isAcknowledged) {
+            if (!isAcknowledged) return;
+            ++acknowledged;
+            WriteAccess::rollBack(*machine.storage());
+            EXPECT_TRUE(machine.file() == fresh);
+        });
+    });
+    EXPECT_GT(acknowledged, 0);
+}
+
+TEST(CrashSweep, ARollbackCanBeCutToo) {
+    const Pattern& pattern = patterns().back();
+    const base::Bytes old = sampleBytes(0);
+    const base::Bytes fresh = fileAfter(old, pattern);
+    forEachStop(pattern, old, [&](const Machine& stopped, bool) {
+        if (!stopped.journal()) return;
+        bool isPast = false;
+        for (int stop = 1; !isPast; ++stop) {
+            Machine machine(stopped.file(), stopped.journal());
+            machine.stopAt(stop);
+            try {
+                WriteAccess::rollBack(*machine.storage());
+            } catch (const base::RuntimeError&) {
+                EXPECT_GE(machine.steps(), stop) << "refused";
+            }
+            isPast = machine.steps() < stop;
+            for (unsigned seed = 0; seed < 4; ++seed) {
+                const Machine again = machine.afterStop(seed == 0 ? Loss::Nothing : Loss::Some, seed);
+                WriteAccess::rollBack(*again.storage());
+                ASSERT_TRUE(again.file() == old || again.file() == fresh) << "rollback stopped at step " << stop;
+            }
+        }
+    });
+}
+
+TEST(FailingMachine, LeavesTheOldFileAndSaysWhy) {
+    forEachPattern([](const Pattern& pattern, const base::Bytes& old, const base::Bytes& fresh) {
+        bool isPast = false;
+        for (int step = 1; !isPast; ++step) {
+            SCOPED_TRACE("step " + std::to_string(step));
+            Machine machine(old);
+            machine.failAt(step);
+            const bool isAcknowledged = commitOn(machine, pattern);
+            isPast = machine.steps() < step;
+            EXPECT_TRUE(machine.file() == (isAcknowledged ? fresh : old));
+            machine.failAt(0);
+            // The next one finds nothing that hinders him.
+            EXPECT_TRUE(commitOn(machine, pattern));
+            EXPECT_FALSE(machine.journal().has_value());
+            EXPECT_TRUE(isAcknowledged || machine.file() == fresh);
+        }
+    });
+}
+
+}  // namespace
+}  // namespace jet

@@ -1,0 +1,76 @@
+#include <gtest/gtest.h>
+
+#include "jet/Transaction.h"
+#include "tests/jet/PagesInMemory.h"
+#include "tests/support/FaultyStorage.h"
+#include "tests/support/SampleFile.h"
+
+namespace jet {
+namespace {
+
+using test::Machine;
+
+TEST(Transaction, ShowsItsOwnChangesAndNobodyElseDoes) {
+    const base::Bytes old = test::sampleFile({});
+    const Machine machine(old);
+    Database database = Database::open(machine.storage(), {});
+    Transaction transaction(database, WriteKind::Recordset);
+    const PageView earlier = transaction.page(6);
+    const std::uint8_t byte = earlier.bytes.u8(100);
+    transaction.change(6)[100] = static_cast<std::uint8_t>(byte + 1);
+    transaction.change(6)[101] = 9;
+    const PageNumber added = transaction.append();
+    EXPECT_EQ(added, old.size() / kPageSize);
+    EXPECT_EQ(transaction.pageCount(), added + 1);
+    EXPECT_EQ(transaction.page(6).bytes.u8(100), static_cast<std::uint8_t>(byte + 1));
+    EXPECT_EQ(transaction.page(added).bytes.u32(0), 0U);
+    EXPECT_EQ(earlier.bytes.u8(100), byte);
+    EXPECT_THROW(transaction.change(added + 1), base::RuntimeError);
+    EXPECT_THROW(transaction.page(added + 1), base::RuntimeError);
+    EXPECT_EQ(machine.file(), old);
+    transaction.commit();
+    EXPECT_EQ(transaction.pagesWritten(), 2U);
+    EXPECT_EQ(machine.file()[6 * kPageSize + 101], 9);
+    EXPECT_EQ(database.beginRead().pageCount(), added + 1);
+}
+
+TEST(Transaction, CostsTwoFlushesAndNothingWithoutAChange) {
+    const base::Bytes old = test::sampleFile({});
+    const Machine machine(old);
+    Database database = Database::open(machine.storage(), {});
+    {
+        Transaction idle(database, WriteKind::Execute);
+        idle.change(4)[7] ^= 0U;
+        idle.commit();
+        Transaction forgotten(database, WriteKind::Execute);
+        forgotten.change(4)[7] ^= 1U;
+        Transaction dropped(database, WriteKind::Execute);
+        dropped.change(4)[7] ^= 1U;
+        dropped.drop();
+    }
+    EXPECT_EQ(machine.steps(), 0);
+    Transaction transaction(database, WriteKind::Execute);
+    for (const PageNumber page : {4U, 9U, 11U})
+        transaction.change(page)[7] ^= 1U;
+    transaction.commit();
+    EXPECT_EQ(machine.flushes(), 2);
+    // Journal made, written, flushed, its name flushed; three pages, flushed; journal gone.
+    EXPECT_EQ(machine.steps(), 9);
+}
+
+TEST(Transaction, IsRefusedWhereThereIsNothingToWriteTo) {
+    const base::Bytes file = test::sampleFile({});
+    Database database = test::openSample(file);
+    EXPECT_EQ(errorOf([&] { Transaction(database, WriteKind::Recordset); }),
+              "-2147217911: Aktualisieren nicht möglich. Datenbank oder Objekt ist schreibgeschützt.");
+    EXPECT_EQ(errorOf([&] { Transaction(database, WriteKind::Execute); }),
+              "-2147467259: Operation muss eine aktualisierbare Abfrage verwenden.");
+    base::Bytes withTail = file;
+    withTail.push_back(1);
+    const Machine machine(withTail);
+    Database cut = Database::open(machine.storage(), {});
+    EXPECT_NE(errorOf([&] { Transaction(cut, WriteKind::Execute); }).find("mitten in dieser Seite"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace jet

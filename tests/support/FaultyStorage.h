@@ -1,0 +1,218 @@
+#pragma once
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <random>
+#include <utility>
+#include <vector>
+
+#include "base/Value.h"
+#include "jet/Errors.h"
+#include "jet/JournalRecord.h"
+#include "jet/MemoryIo.h"
+#include "jet/Storage.h"
+
+namespace test {
+
+/// What is lost of that which was written and not flushed when a machine stops.
+enum class Loss {
+    Nothing,     ///< the program was killed, the machine goes on
+    LastSector,  ///< the last write reached the disk but for its last sectors
+    All,
+    Some,  ///< any sector, change of length and directory entry, whatever their order
+};
+
+/// A file and its journal on a disk that fails. Every write, flush, change of length, making and removing is a step; it
+/// can fail once, or the machine stops there. A stopped machine does nothing more, and `afterStop` gives what is on its
+/// disk. Sectors of 512 bytes are written whole or not at all; a disk that lies about flushing, and one that changes
+/// sectors that nobody wrote, are not imitated.
+///
+/// Without a fault planned it is a file in memory that can be written.
+class Machine {
+public:
+    explicit Machine(base::Bytes file, std::optional<base::Bytes> journal = std::nullopt)
+        : state_(std::make_shared<State>()) {
+        state_->file = std::make_shared<DiskFile>(std::move(file));
+        if (journal) state_->journal = std::make_shared<DiskFile>(std::move(*journal));
+        state_->journalOnDisk = state_->journal;
+    }
+
+    const base::Bytes& file() const { return state_->file->now; }
+    std::optional<base::Bytes> journal() const {
+        return state_->journal ? std::optional(state_->journal->now) : std::nullopt;
+    }
+    int steps() const { return state_->steps; }
+    int flushes() const { return state_->flushes; }
+
+    /// The machine stops at this step, counted from 1. A write gets as far as its first half.
+    void stopAt(int step) { state_->stopAt = step; }
+    void failAt(int step) { state_->failAt = step; }
+
+    std::unique_ptr<jet::Storage> storage(base::Text name = u"Konten.mdb") const {
+        return std::make_unique<FaultyStorage>(state_, std::move(name));
+    }
+
+    /// The machine when it has been started again.
+    Machine afterStop(Loss loss, unsigned seed) const {
+        std::mt19937 random(seed);
+        const bool isSynced = loss == Loss::All || (loss == Loss::Some && random() % 2 == 0);
+        const auto& journal = isSynced ? state_->journalOnDisk : state_->journal;
+        base::Bytes file = state_->file->afterStop(loss, random);
+        return Machine(std::move(file), journal ? std::optional(journal->afterStop(loss, random)) : std::nullopt);
+    }
+
+private:
+    struct Step {
+        std::uint64_t offset = 0;
+        base::Bytes bytes;
+        std::optional<std::uint64_t> newSize;
+    };
+
+    struct DiskFile {
+        explicit DiskFile(base::Bytes bytes) : now(bytes), onDisk(std::move(bytes)) {}
+
+        static void apply(base::Bytes& bytes, const Step& step) {
+            if (step.newSize) bytes.resize(static_cast<std::size_t>(*step.newSize));
+            const std::size_t end = static_cast<std::size_t>(step.offset) + step.bytes.size();
+            if (!step.bytes.empty() && bytes.size() < end) bytes.resize(end);
+            std::copy(step.bytes.begin(), step.bytes.end(), bytes.begin() + static_cast<std::ptrdiff_t>(step.offset));
+        }
+
+        void add(Step step) {
+            apply(now, step);
+            unflushed.push_back(std::move(step));
+        }
+
+        base::Bytes afterStop(Loss loss, std::mt19937& random) const {
+            base::Bytes bytes = onDisk;
+            if (loss == Loss::Nothing) return now;
+            if (loss == Loss::All) return bytes;
+            for (std::size_t i = 0; i < unflushed.size(); ++i) {
+                Step step = unflushed[i];
+                const bool isLast = i + 1 == unflushed.size();
+                if (loss == Loss::LastSector) {
+                    if (isLast) step.bytes.resize(step.bytes.size() / 2 / jet::kSectorBytes * jet::kSectorBytes);
+                    apply(bytes, step);
+                } else if (step.newSize) {
+                    if (random() % 2 == 0) apply(bytes, step);
+                } else {
+                    applySome(bytes, step, random);
+                }
+            }
+            return bytes;
+        }
+
+        static void applySome(base::Bytes& bytes, const Step& step, std::mt19937& random) {
+            const unsigned oneIn = 1 + random() % 4;
+            for (std::size_t at = 0; at < step.bytes.size(); at += jet::kSectorBytes) {
+                if (random() % oneIn != 0) continue;
+                const auto begin = step.bytes.begin() + static_cast<std::ptrdiff_t>(at);
+                const auto count = std::min(jet::kSectorBytes, step.bytes.size() - at);
+                apply(bytes, {step.offset + at, {begin, begin + static_cast<std::ptrdiff_t>(count)}, std::nullopt});
+            }
+        }
+
+        base::Bytes now;
+        base::Bytes onDisk;
+        std::vector<Step> unflushed;
+    };
+
+    struct State {
+        /// @return false if the machine stops here, for a write to be done by half
+        bool begin() {
+            ++steps;
+            if (stopAt && steps > *stopAt) throw jet::deviceFailed(u"Platte", 1);
+            if (failAt == steps) throw jet::deviceFailed(u"Platte", 2);
+            return stopAt != steps;
+        }
+        void step() {
+            if (!begin()) throw jet::deviceFailed(u"Platte", 1);
+        }
+
+        std::shared_ptr<DiskFile> file, journal, journalOnDisk;
+        int steps = 0;
+        int flushes = 0;
+        std::optional<int> stopAt, failAt;
+    };
+
+    class FaultyIo : public jet::PageIo {
+    public:
+        FaultyIo(std::shared_ptr<State> state, std::shared_ptr<DiskFile> file)
+            : state_(std::move(state)), file_(std::move(file)) {}
+
+        std::uint64_t sizeBytes() override { return file_->now.size(); }
+        void read(std::uint64_t offset, std::span<std::uint8_t> bytes) override {
+            if (offset + bytes.size() > file_->now.size()) throw jet::deviceFailed(u"Platte", 3);
+            std::copy_n(file_->now.begin() + static_cast<std::ptrdiff_t>(offset), bytes.size(), bytes.begin());
+        }
+        void write(std::uint64_t offset, std::span<const std::uint8_t> bytes) override {
+            const bool isWhole = state_->begin();
+            const auto part = isWhole ? bytes : bytes.first(bytes.size() / 2 / jet::kSectorBytes * jet::kSectorBytes);
+            file_->add({offset, {part.begin(), part.end()}, std::nullopt});
+            if (!isWhole) throw jet::deviceFailed(u"Platte", 1);
+        }
+        void sync() override {
+            state_->step();
+            ++state_->flushes;
+            file_->onDisk = file_->now;
+            file_->unflushed.clear();
+        }
+        void resize(std::uint64_t sizeBytes) override {
+            state_->step();
+            file_->add({0, {}, sizeBytes});
+        }
+        bool lock(jet::LockKind, std::chrono::milliseconds) override { return true; }
+
+    private:
+        std::shared_ptr<State> state_;
+        std::shared_ptr<DiskFile> file_;
+    };
+
+    class FaultyStorage : public jet::Storage {
+    public:
+        FaultyStorage(std::shared_ptr<State> state, base::Text name)
+            : state_(std::move(state)), name_(std::move(name)) {}
+
+        const base::Text& path() const override { return name_; }
+        base::Text fileName() const override { return name_; }
+        base::Text journalPath() const override { return name_ + base::Text(jet::kJournalSuffix); }
+        std::unique_ptr<jet::PageIo> openForReading() override { return open(state_->file); }
+        jet::OpenedFile openForWriting() override { return {open(state_->file), jet::Refusal::None}; }
+        std::optional<std::uint64_t> journalSizeBytes() override {
+            return state_->journal ? std::optional<std::uint64_t>(state_->journal->now.size()) : std::nullopt;
+        }
+        std::unique_ptr<jet::PageIo> openJournal() override { return open(state_->journal); }
+        jet::OpenedFile createJournal() override {
+            state_->step();
+            state_->journal = std::make_shared<DiskFile>(base::Bytes{});
+            return {open(state_->journal), jet::Refusal::None};
+        }
+        bool removeJournal() override {
+            try {
+                state_->step();
+            } catch (const base::RuntimeError&) {
+                return false;
+            }
+            state_->journal.reset();
+            return true;
+        }
+        void syncFolder() override {
+            state_->step();
+            state_->journalOnDisk = state_->journal;
+        }
+        std::optional<jet::FileUser> originalUser() override { return std::nullopt; }
+
+    private:
+        std::unique_ptr<jet::PageIo> open(const std::shared_ptr<DiskFile>& file) const {
+            return std::make_unique<FaultyIo>(state_, file);
+        }
+
+        std::shared_ptr<State> state_;
+        base::Text name_;
+    };
+
+    std::shared_ptr<State> state_;
+};
+
+}  // namespace test
