@@ -8,6 +8,7 @@
 
 #include "jet/Errors.h"
 #include "jet/Table.h"
+#include "jet/TextCodec.h"
 
 namespace jet {
 namespace {
@@ -220,7 +221,11 @@ bool keyOfRow(PageSource& source, const IndexDefinition& index, const RowView& r
 bool keyOfRowIsCertain(PageSource& source, const IndexDefinition& index, const RowView& row) {
     return std::all_of(index.columns.begin(), index.columns.end(), [&](const IndexColumn& part) {
         const Column& column = columnOf(row, part);
-        if (!column.isText()) return true;
+        if (!column.isText() || row.isNull(column)) return true;
+        if (column.type == ColumnType::Text) {
+            const auto units = oneByteUnits(row.stored(column));
+            if (units && latinSortKeyIsCertain(units->size(), column.textOrder)) return true;
+        }
         const Value value = valueOf(source, row, column);
         const auto* text = std::get_if<base::Text>(&value);
         return text == nullptr || sortKeyIsCertain(*text, column.textOrder);

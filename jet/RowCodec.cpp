@@ -13,10 +13,6 @@ constexpr std::size_t kCountBytes = 2;
 /// A row must be able to become a pointer to where it was moved.
 constexpr std::size_t kShortestRowBytes = 4;
 
-std::size_t nullMaskBytes(std::size_t columnCount) {
-    return (columnCount + 7) / 8;
-}
-
 std::uint16_t u16At(std::span<const std::uint8_t> bytes, std::size_t offset) {
     return static_cast<std::uint16_t>(bytes[offset] | (bytes[offset + 1] << 8U));
 }
@@ -61,17 +57,6 @@ RowView::RowView(std::span<const std::uint8_t> bytes, const TableDefinition& def
 
 std::size_t RowView::variableOffset(std::size_t index) const {
     return u16At(bytes_, offsetsEnd_ - 2 * (index + 1));
-}
-
-bool RowView::bit(std::uint16_t number) const {
-    if (number >= columnCount_) return false;
-    const std::size_t maskStart = bytes_.size() - nullMaskBytes(columnCount_);
-    return ((bytes_[maskStart + number / 8U] >> (number % 8U)) & 1U) != 0;
-}
-
-bool RowView::isNull(const Column& column) const {
-    if (column.type == ColumnType::Boolean) return false;
-    return !bit(column.number) || (!column.isFixed() && column.variableIndex >= variableCount_);
 }
 
 std::span<const std::uint8_t> RowView::stored(const Column& column) const {

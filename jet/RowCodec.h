@@ -24,6 +24,10 @@
 /// A table that never had a variable column has rows without the three u16 parts. See docs/file-format.md, "Rows".
 namespace jet {
 
+inline std::size_t nullMaskBytes(std::size_t columnCount) {
+    return (columnCount + 7) / 8;
+}
+
 /// Looks at a row; owns nothing and is cheap to make. A column is found when it is asked for.
 class RowView {
 public:
@@ -39,7 +43,10 @@ public:
     const TableDefinition& definition() const { return *definition_; }
 
     /// Never true for a Boolean.
-    bool isNull(const Column& column) const;
+    bool isNull(const Column& column) const {
+        if (column.type == ColumnType::Boolean) return false;
+        return !bit(column.number) || (!column.isFixed() && column.variableIndex >= variableCount_);
+    }
 
     /// The value of a Boolean column.
     bool flag(const Column& column) const { return bit(column.number); }
@@ -49,7 +56,11 @@ public:
     std::span<const std::uint8_t> stored(const Column& column) const;
 
 private:
-    bool bit(std::uint16_t number) const;
+    bool bit(std::uint16_t number) const {
+        if (number >= columnCount_) return false;
+        const std::size_t maskStart = bytes_.size() - nullMaskBytes(columnCount_);
+        return ((bytes_[maskStart + number / 8U] >> (number % 8U)) & 1U) != 0;
+    }
     std::size_t variableOffset(std::size_t index) const;
 
     std::span<const std::uint8_t> bytes_;

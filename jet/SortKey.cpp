@@ -249,6 +249,13 @@ private:
     bool hasKana_ = false;
 };
 
+/// No unit gives more than six bytes, so a short text needs no look at its key.
+constexpr std::size_t kUnitsOfShortText = 80;
+
+bool isKnown(TextOrder order) {
+    return order.version == 0 && (order.lcid == kGeneral || order.lcid == kFrench);
+}
+
 bool hasSurrogate(base::TextView units) {
     return std::any_of(units.begin(), units.end(), [](char16_t unit) { return (unit & 0xF800U) == kFirstSurrogate; });
 }
@@ -268,11 +275,14 @@ base::Bytes sortKey(base::TextView text, TextOrder order) {
 }
 
 bool sortKeyIsCertain(base::TextView text, TextOrder order) {
-    if (order.version != 0 || (order.lcid != kGeneral && order.lcid != kFrench)) return false;
+    if (!isKnown(order)) return false;
     const base::TextView units = countingUnits(text);
     if (hasSurrogate(units)) return false;
-    // No unit gives more than six bytes, so a short text needs no look at its key.
-    return units.size() <= 80 || sortKey(units, order).size() <= kLongestCertainSortKey;
+    return units.size() <= kUnitsOfShortText || sortKey(units, order).size() <= kLongestCertainSortKey;
+}
+
+bool latinSortKeyIsCertain(std::size_t unitCount, TextOrder order) {
+    return isKnown(order) && unitCount <= kUnitsOfShortText;
 }
 
 std::strong_ordering compareTexts(base::TextView a, base::TextView b, TextOrder order) {

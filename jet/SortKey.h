@@ -41,6 +41,10 @@ base::Bytes sortKey(base::TextView text, TextOrder order = {});
 /// one total, stable order, but an index must be neither searched nor written by them.
 bool sortKeyIsCertain(base::TextView text, TextOrder order = {});
 
+/// The same without the text, for one of units below U+0100 alone.
+/// @return false also if that cannot be told without the text
+bool latinSortKeyIsCertain(std::size_t unitCount, TextOrder order);
+
 std::strong_ordering compareTexts(base::TextView a, base::TextView b, TextOrder order = {});
 
 bool textsAreEqual(base::TextView a, base::TextView b, TextOrder order = {});

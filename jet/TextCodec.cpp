@@ -100,6 +100,13 @@ bool decodeText(std::span<const std::uint8_t> stored, base::Text& text) {
     return isCompressed(stored) ? decodeCompressed(stored.subspan(2), text) : decodePlain(stored, text);
 }
 
+std::optional<std::span<const std::uint8_t>> oneByteUnits(std::span<const std::uint8_t> stored) {
+    if (!isCompressed(stored)) return std::nullopt;
+    const auto units = stored.subspan(2);
+    if (bytesBeforeZero(units) != units.size()) return std::nullopt;
+    return units;
+}
+
 bool isCompressible(base::TextView text) {
     return text.size() >= kFewestCompressedUnits && std::all_of(text.begin(), text.end(), isOneByte);
 }

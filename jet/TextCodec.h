@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 
 #include "base/Text.h"
@@ -13,6 +14,10 @@ namespace jet {
 /// Replaces `text`; its room is used again, which saves a scan one allocation a value.
 /// @return false if half a unit was left over at the end; then `text` holds the units before it
 [[nodiscard]] bool decodeText(std::span<const std::uint8_t> stored, base::Text& text);
+
+/// The bytes of a compressed text that never leaves the form of one byte a unit: each stands for U+0000 + byte, none is
+/// zero. Nothing for any other text.
+std::optional<std::span<const std::uint8_t>> oneByteUnits(std::span<const std::uint8_t> stored);
 
 /// Whether the original engine compresses this text where a column allows it.
 bool isCompressible(base::TextView text);

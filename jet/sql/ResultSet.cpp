@@ -1,10 +1,10 @@
 #include "jet/sql/ResultSet.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "jet/Errors.h"
 #include "jet/LongValue.h"
+#include "jet/TextCodec.h"
 #include "jet/ValueCodec.h"
 
 namespace jet::sql {
@@ -12,7 +12,8 @@ namespace jet::sql {
 namespace {
 
 constexpr std::size_t kBlockBytes = std::size_t{256} * 1024;
-constexpr std::size_t kRowsAhead = 8;
+constexpr std::size_t kRowsAhead = 12;
+constexpr std::size_t kCacheLineBytes = 64;
 
 }  // namespace
 
@@ -20,24 +21,14 @@ base::Value ResultRow::value(std::size_t column) const {
     const Column& wanted = set_.column(column);
     if (wanted.type == ColumnType::Boolean) return view_.flag(wanted);
     if (view_.isNull(wanted)) return base::Null{};
-    const auto stored = wanted.isLongValue() ? set_.longValue(firstLong_, wanted) : view_.stored(wanted);
+    const auto stored = wanted.isLongValue() ? set_.longValue(row_, wanted) : view_.stored(wanted);
     return decodeValue(wanted, stored, view_.place());
 }
 
-std::optional<std::string_view> ResultRow::asciiText(std::size_t column) const {
+std::optional<std::span<const std::uint8_t>> ResultRow::latinText(std::size_t column) const {
     const Column& wanted = set_.column(column);
     if (wanted.type != ColumnType::Text || view_.isNull(wanted)) return std::nullopt;
-    const auto stored = view_.stored(wanted);
-    if (stored.size() < 2 || stored[0] != 0xFF || stored[1] != 0xFE) return std::nullopt;
-    // A zero would end the run of bytes that stand for themselves.
-    std::uint8_t all = 0;
-    std::uint8_t zeros = 0;
-    for (const std::uint8_t byte : stored.subspan(2)) {
-        all |= byte;
-        zeros |= static_cast<std::uint8_t>(byte == 0);
-    }
-    if (all >= 0x80 || zeros != 0) return std::nullopt;
-    return std::string_view(reinterpret_cast<const char*>(stored.data()) + 2, stored.size() - 2);
+    return oneByteUnits(view_.stored(wanted));
 }
 
 ResultSet::ResultSet(const TableDefinition& definition)
@@ -47,21 +38,21 @@ ResultSet::ResultSet(const TableDefinition& definition)
 }
 
 ResultRow ResultSet::row(std::size_t row) const {
-    const StoredRow& stored = rows_[row];
     // Rows are asked for one after the other, but in another order they lie far apart.
-    if (row + kRowsAhead < rows_.size()) {
-        const Stored ahead = rows_[row + kRowsAhead].bytes;
-        __builtin_prefetch(ahead.data());
+    if (!order_.empty() && row + kRowsAhead < rows_.size()) {
+        const Stored ahead = rows_[row + kRowsAhead].bytes();
+        for (std::size_t at = 0; at < ahead.size(); at += kCacheLineBytes)
+            __builtin_prefetch(ahead.data() + at);
         __builtin_prefetch(ahead.data() + ahead.size() - 1);
     }
-    return {*this, stored.firstLong, RowView(stored.bytes, *definition_, stored.pointer)};
+    const StoredRow& stored = rows_[row];
+    return {*this, row, RowView(stored.bytes(), *definition_, stored.pointer())};
 }
 
-ResultSet::Stored ResultSet::longValue(std::size_t firstLong, const Column& column) const {
-    std::size_t place = firstLong;
-    for (std::size_t i = 0; longColumns_[i] != &column; ++i)
-        ++place;
-    return longValues_[place];
+ResultSet::Stored ResultSet::longValue(std::size_t row, const Column& column) const {
+    const std::size_t appended = order_.empty() ? row : order_[row];
+    const auto found = std::find(longColumns_.begin(), longColumns_.end(), &column);
+    return longValues_[appended * longColumns_.size() + static_cast<std::size_t>(found - longColumns_.begin())];
 }
 
 ResultSet::Stored ResultSet::store(Stored bytes) {
@@ -78,10 +69,6 @@ ResultSet::Stored ResultSet::store(Stored bytes) {
 }
 
 void ResultSet::append(PageSource& source, const Row& row) {
-    StoredRow stored;
-    stored.pointer = row.pointer;
-    stored.firstLong = longValues_.size();
-    stored.bytes = store(row.view.bytes());
     for (const Column* column : longColumns_) {
         Stored& value = longValues_.emplace_back();
         if (row.view.isNull(*column)) continue;
@@ -91,15 +78,17 @@ void ResultSet::append(PageSource& source, const Row& row) {
         if (longBytes_ > std::uint64_t{source.pageCount()} * kPageSize)
             throw damagedRow(row.pointer, u"Mehrere Zeilen teilen sich ein langes Feld");
     }
-    rows_.push_back(stored);
+    const Stored bytes = store(row.view.bytes());
+    rows_.push_back({bytes.data(), row.pointer.page, static_cast<std::uint16_t>(bytes.size()), row.pointer.slot});
 }
 
-void ResultSet::arrange(std::span<const std::uint32_t> order) {
+void ResultSet::arrange(std::vector<std::uint32_t> order) {
     std::vector<StoredRow> arranged;
-    arranged.reserve(rows_.size());
+    arranged.reserve(order.size());
     for (const std::uint32_t row : order)
         arranged.push_back(rows_[row]);
     rows_ = std::move(arranged);
+    order_ = std::move(order);
 }
 
 }  // namespace jet::sql

@@ -5,7 +5,7 @@
 #include <memory>
 #include <optional>
 #include <span>
-#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "base/Value.h"
@@ -28,17 +28,16 @@ public:
     /// @throws base::RuntimeError (damage) if the field's bytes are no value of the column's type
     base::Value value(std::size_t column) const;
 
-    /// The short way to most texts: the characters of a Text column if they lie in the file as ASCII alone, one
-    /// byte each. Nothing in all other cases; then value() knows.
-    std::optional<std::string_view> asciiText(std::size_t column) const;
+    /// The short way to most texts: the units of a Text column if they lie in the file as one byte each, which
+    /// stands for U+0000 + byte. Nothing in all other cases; then value() knows.
+    std::optional<std::span<const std::uint8_t>> latinText(std::size_t column) const;
 
 private:
     friend class ResultSet;
-    ResultRow(const ResultSet& set, std::size_t firstLong, RowView view)
-        : set_(set), firstLong_(firstLong), view_(view) {}
+    ResultRow(const ResultSet& set, std::size_t row, RowView view) : set_(set), row_(row), view_(view) {}
 
     const ResultSet& set_;
-    std::size_t firstLong_;
+    std::size_t row_;
     RowView view_;
 };
 
@@ -55,36 +54,42 @@ public:
     /// @param row  below rowCount()
     ResultRow row(std::size_t row) const;
     base::Value value(std::size_t row, std::size_t column) const { return this->row(row).value(column); }
-    RowPointer pointer(std::size_t row) const { return rows_[row].pointer; }
+    RowPointer pointer(std::size_t row) const { return rows_[row].pointer(); }
 
     /// Makes room for so many rows, which is a guess.
     void reserve(std::size_t rows) { rows_.reserve(rows); }
 
-    /// Copies the row and reads its long values.
+    /// Copies the row and reads its long values. Comes before arrange().
     /// @throws base::RuntimeError (damage) also if the long values together are more than the file holds
     void append(PageSource& source, const Row& row);
 
     /// Puts the rows in another order.
     /// @param order  each row's number once
-    void arrange(std::span<const std::uint32_t> order);
+    void arrange(std::vector<std::uint32_t> order);
 
 private:
     friend class ResultRow;
     using Stored = std::span<const std::uint8_t>;
+    /// In 16 bytes, since there may be a million.
     struct StoredRow {
-        Stored bytes;
-        RowPointer pointer;
-        std::size_t firstLong = 0;  ///< in longValues_
+        const std::uint8_t* begin;
+        PageNumber page;
+        std::uint16_t lengthBytes;
+        std::uint8_t slot;
+
+        Stored bytes() const { return {begin, lengthBytes}; }
+        RowPointer pointer() const { return {page, slot}; }
     };
 
     Stored store(Stored bytes);
-    Stored longValue(std::size_t firstLong, const Column& column) const;
+    Stored longValue(std::size_t row, const Column& column) const;
 
     std::unique_ptr<const TableDefinition> definition_;
     std::vector<const Column*> columns_;      ///< in the order of SELECT *
     std::vector<const Column*> longColumns_;  ///< those of long values
     std::vector<StoredRow> rows_;
-    std::vector<Stored> longValues_;  ///< of each row, one for each of longColumns_
+    std::vector<std::uint32_t> order_;  ///< the how-manieth appended each row was; empty: they stand so
+    std::vector<Stored> longValues_;    ///< of each row as appended, one for each of longColumns_
     // Bytes lie in blocks that never move.
     std::vector<std::unique_ptr<std::uint8_t[]>> blocks_;
     std::uint8_t* free_ = nullptr;  ///< of the last block

@@ -42,28 +42,32 @@ bool isBefore(const base::Bytes& arena, const KeyedRow& a, const KeyedRow& b) {
 /// Finds rows by their pointers. They lie in the order of these, so each page's rows stand together.
 class RowFinder {
 public:
-    explicit RowFinder(const ResultSet& rows) : pointers_(rows.rowCount()) {
-        for (std::size_t row = 0; row < pointers_.size(); ++row)
-            pointers_[row] = rows.pointer(row);
-        if (pointers_.empty()) return;
-        firstPage_ = pointers_.front().page;
-        firstOfPage_.resize(std::size_t{pointers_.back().page} - firstPage_ + 2);
-        for (const RowPointer pointer : pointers_)
-            ++firstOfPage_[pointer.page - firstPage_ + 1];
+    explicit RowFinder(const ResultSet& rows) : rows_(rows) {
+        const std::size_t count = rows.rowCount();
+        if (count == 0) return;
+        firstPage_ = rows.pointer(0).page;
+        firstOfPage_.resize(std::size_t{rows.pointer(count - 1).page} - firstPage_ + 2);
+        for (std::size_t row = 0; row < count; ++row)
+            ++firstOfPage_[rows.pointer(row).page - firstPage_ + 1];
         std::partial_sum(firstOfPage_.begin(), firstOfPage_.end(), firstOfPage_.begin());
     }
 
     std::optional<std::uint32_t> find(RowPointer pointer) const {
         const std::size_t page = std::size_t{pointer.page} - firstPage_;
         if (pointer.page < firstPage_ || page + 1 >= firstOfPage_.size()) return std::nullopt;
-        const auto end = pointers_.begin() + firstOfPage_[page + 1];
-        const auto found = std::lower_bound(pointers_.begin() + firstOfPage_[page], end, pointer);
-        if (found == end || *found != pointer) return std::nullopt;
-        return static_cast<std::uint32_t>(found - pointers_.begin());
+        // Where no slot before it is free, the row stands where its slot says; else before that.
+        const std::uint32_t begin = firstOfPage_[page];
+        const std::uint32_t end = firstOfPage_[page + 1];
+        for (std::uint32_t row = std::min(end, begin + pointer.slot + 1); row > begin; --row) {
+            const RowPointer found = rows_.pointer(row - 1);
+            if (found == pointer) return row - 1;
+            if (found < pointer) break;
+        }
+        return std::nullopt;
     }
 
 private:
-    std::vector<RowPointer> pointers_;
+    const ResultSet& rows_;
     PageNumber firstPage_ = 0;
     std::vector<std::uint32_t> firstOfPage_;  ///< of each page from firstPage_ on; the last is the count
 };

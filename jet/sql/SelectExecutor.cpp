@@ -65,8 +65,7 @@ private:
     ResultSet scan();
     std::optional<IndexRange> rangeOfCondition() const;
     ResultSet search(const IndexRange& range);
-    const IndexDefinition* indexOfOrder(const ResultSet& rows) const;
-    bool keysAreCertain(const IndexDefinition& index, const ResultSet& rows) const;
+    const IndexDefinition* indexOfOrder() const;
 
     PageSource& source_;
     Table table_;
@@ -74,6 +73,7 @@ private:
     std::vector<ConditionColumn> names_;
     std::optional<Condition> condition_;
     std::vector<OrderColumn> order_;
+    const IndexDefinition* orderedBy_ = nullptr;  ///< stands as the order wants it; null if none does
 };
 
 SelectExecutor::SelectExecutor(PageSource& source, Table table, const Select& statement)
@@ -82,6 +82,7 @@ SelectExecutor::SelectExecutor(PageSource& source, Table table, const Select& st
         names_.push_back({column->name, classOf(column->type), column->textOrder});
     if (statement.where) condition_.emplace(*statement.where, table_.name(), names_);
     bindOrder(statement);
+    orderedBy_ = indexOfOrder();
 }
 
 void SelectExecutor::bindOrder(const Select& statement) {
@@ -97,9 +98,8 @@ ResultSet SelectExecutor::run() {
     const auto range = rangeOfCondition();
     ResultSet rows = range ? search(*range) : scan();
     if (order_.empty()) return rows;
-    const IndexDefinition* index = indexOfOrder(rows);
-    rows.arrange(index != nullptr ? orderByIndex(source_, rows, table_.definition(), *index)
-                                  : orderByKeys(rows, order_));
+    rows.arrange(orderedBy_ != nullptr ? orderByIndex(source_, rows, table_.definition(), *orderedBy_)
+                                       : orderByKeys(rows, order_));
     return rows;
 }
 
@@ -107,12 +107,15 @@ void SelectExecutor::takeRow(ResultSet& rows, const Row& row) {
     if (!condition_ || condition_->holds(ValuesOfRow(table_, columns_, row))) rows.append(source_, row);
 }
 
+/// An index is no help with the order once the key of one row is not certain.
 ResultSet SelectExecutor::scan() {
     ResultSet rows(table_.definition());
     const std::size_t mostRows = std::size_t{source_.pageCount()} * kMostRowsOfPage;
     if (!condition_) rows.reserve(std::min<std::size_t>(table_.definition().rowCount, mostRows));
-    for (RowCursor cursor(table_); cursor.next();)
+    for (RowCursor cursor(table_); cursor.next();) {
         takeRow(rows, cursor.row());
+        if (orderedBy_ != nullptr && !keyOfRowIsCertain(source_, *orderedBy_, cursor.row().view)) orderedBy_ = nullptr;
+    }
     return rows;
 }
 
@@ -149,21 +152,15 @@ ResultSet SelectExecutor::search(const IndexRange& range) {
 }
 
 /// The index that stands as the order wants it, for all rows of the table.
-const IndexDefinition* SelectExecutor::indexOfOrder(const ResultSet& rows) const {
+const IndexDefinition* SelectExecutor::indexOfOrder() const {
     if (condition_ || order_.size() != 1) return nullptr;
     const Column& column = *columns_[order_[0].column];
     for (const IndexDefinition& index : table_.definition().indexes) {
         const bool fits = index.columns.size() == 1 && index.columns[0].columnNumber == column.number &&
                           index.columns[0].ascending != order_[0].descending;
-        if (fits && !index.ignoresNulls() && keysAreCertain(index, rows)) return &index;
+        if (fits && !index.ignoresNulls()) return &index;
     }
     return nullptr;
-}
-
-bool SelectExecutor::keysAreCertain(const IndexDefinition& index, const ResultSet& rows) const {
-    for (std::size_t row = 0; row < rows.rowCount(); ++row)
-        if (!keyOfRowIsCertain(source_, index, rows.row(row).view())) return false;
-    return true;
 }
 
 }  // namespace

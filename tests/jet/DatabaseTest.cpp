@@ -133,19 +133,32 @@ TEST_F(FileTest, IsInUseWhileSomebodyWritesAndFreeWhenAnOperationFailed) {
     EXPECT_TRUE(writer->lock(LockKind::Exclusive, {})) << "the failed operation kept its lock";
 }
 
-TEST(PageFile, ReadsInExtentsAndKeepsAViewWhileOthersComeAndGo) {
+class CountingIo final : public MemoryIo {
+public:
+    using MemoryIo::MemoryIo;
+    void read(std::uint64_t offset, std::span<std::uint8_t> bytes) override {
+        ++reads;
+        MemoryIo::read(offset, bytes);
+    }
+    std::size_t reads = 0;
+};
+
+TEST(PageFile, ReadsAheadInAScanAndKeepsAViewWhileOthersComeAndGo) {
     constexpr PageNumber kPages = 16 * 300 + 5;  // more extents than the cache keeps
     base::Bytes bytes(kPages * kPageSize + 100);
     for (PageNumber page = 0; page < kPages; ++page)
         base::putU32(bytes, page * kPageSize, page);
-    MemoryIo io(std::move(bytes));
+    CountingIo io(std::move(bytes));
     PageFile pages(io, 0);
     EXPECT_EQ(pages.pageCount(), kPages);
     const PageView first = pages.page(3);
     for (PageNumber page = 0; page < kPages; ++page)
         ASSERT_EQ(pages.page(page).bytes.u32(0), page);
     EXPECT_EQ(first.bytes.u32(0), 3U);
-    EXPECT_EQ(pages.extentsRead(), 301U);
+    EXPECT_EQ(pages.pagesRead(), kPages) << "each page once";
+    EXPECT_LT(io.reads, 310U) << "in whole extents but for the beginning";
+    EXPECT_EQ(pages.page(160).bytes.u32(0), 160U);
+    EXPECT_EQ(pages.pagesRead(), kPages + 1) << "a page far from the others is read alone";
     EXPECT_THROW(pages.page(kPages), base::RuntimeError);
     EXPECT_THROW(pages.page(0xFFFFFFFF), base::RuntimeError);
 }

@@ -6,7 +6,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdint>
-#include <string_view>
+#include <cstring>
 #include <type_traits>
 
 namespace kontodb {
@@ -177,6 +177,42 @@ void appendEscape(std::string& line, char unit) {
     line += unit == '\t' ? 't' : unit == '\n' ? 'n' : unit == '\r' ? 'r' : unit;
 }
 
+/// What a unit below U+0100 becomes in a line: one byte or two.
+struct LatinForm {
+    std::array<char, 2> bytes;
+    std::uint8_t length;
+};
+
+constexpr std::array<LatinForm, 256> kLatinForms = [] {
+    std::array<LatinForm, 256> forms{};
+    for (unsigned unit = 0; unit < forms.size(); ++unit) {
+        const auto low = static_cast<char>(unit);
+        if (unit >= 0x80)
+            forms[unit] = {{static_cast<char>(0xC0U | (unit >> 6U)), static_cast<char>(0x80U | (unit & 0x3FU))}, 2};
+        else if (kEscaped[unit])
+            forms[unit] = {{'\\', low == '\t' ? 't' : low == '\n' ? 'n' : low == '\r' ? 'r' : low}, 2};
+        else
+            forms[unit] = {{low, 0}, 1};
+    }
+    return forms;
+}();
+
+/// @param out  two bytes of room
+/// @return behind what was put
+inline char* putLatin(char* out, std::uint8_t unit) {
+    const LatinForm& form = kLatinForms[unit];
+    std::memcpy(out, form.bytes.data(), form.bytes.size());
+    return out + form.length;
+}
+
+/// Whether no byte of the eight needs more than itself: none is a backslash, below U+0020 or above U+007F.
+inline bool isPlainAscii(std::uint64_t eight) {
+    constexpr std::uint64_t kOnes = 0x0101010101010101;
+    constexpr std::uint64_t kTops = 0x8080808080808080;
+    const std::uint64_t others = eight ^ (kOnes * '\\');
+    return ((eight | (eight - kOnes * 0x20) | (others - kOnes)) & kTops) == 0;
+}
+
 }  // namespace
 
 void appendPlainText(std::string& line, base::TextView text) {
@@ -184,15 +220,26 @@ void appendPlainText(std::string& line, base::TextView text) {
         line, text, [](char unit) { return !isEscaped(unit); }, [&line](char unit) { appendEscape(line, unit); });
 }
 
-void appendPlainAscii(std::string& line, std::string_view ascii) {
-    std::size_t begin = 0;
-    for (std::size_t i = 0; i < ascii.size(); ++i) {
-        if (!isEscaped(ascii[i])) continue;
-        line.append(ascii, begin, i - begin);
-        appendEscape(line, ascii[i]);
-        begin = i + 1;
+void appendPlainLatin(std::string& line, std::span<const std::uint8_t> units) {
+    const std::size_t start = line.size();
+    line.resize(start + 2 * units.size());
+    char* out = line.data() + start;
+    const std::uint8_t* unit = units.data();
+    const std::uint8_t* const end = unit + units.size();
+    for (; static_cast<std::size_t>(end - unit) >= sizeof(std::uint64_t); unit += sizeof(std::uint64_t)) {
+        std::uint64_t eight = 0;
+        std::memcpy(&eight, unit, sizeof(eight));
+        if (isPlainAscii(eight)) {
+            std::memcpy(out, &eight, sizeof(eight));
+            out += sizeof(eight);
+        } else {
+            for (std::size_t i = 0; i < sizeof(eight); ++i)
+                out = putLatin(out, unit[i]);
+        }
     }
-    line.append(ascii, begin);
+    for (; unit != end; ++unit)
+        out = putLatin(out, *unit);
+    line.resize(static_cast<std::size_t>(out - line.data()));
 }
 
 void appendPlain(std::string& line, const base::Value& value) {

@@ -1,7 +1,8 @@
 #pragma once
 
+#include <cstdint>
+#include <span>
 #include <string>
-#include <string_view>
 
 #include "base/Text.h"
 #include "base/Value.h"
@@ -15,7 +16,8 @@ namespace kontodb {
 /// For a line of values parted by tabs: null is \N, yes/no is -1 or 0, and tab, line end, carriage return and
 /// backslash are written \t \n \r \\.
 void appendPlainText(std::string& line, base::TextView text);
-void appendPlainAscii(std::string& line, std::string_view ascii);
+/// @param units  a text of units below U+0100, one byte each
+void appendPlainLatin(std::string& line, std::span<const std::uint8_t> units);
 void appendPlain(std::string& line, const base::Value& value);
 
 /// For an object of JSON: null, true and false, numbers; all else is a string.

@@ -28,8 +28,8 @@ public:
             const jet::sql::ResultRow fields = rows_.row(row);
             for (std::size_t column = 0; column < rows_.columnCount(); ++column) {
                 if (column > 0) buffer_ += '\t';
-                if (const auto text = fields.asciiText(column))
-                    appendPlainAscii(buffer_, *text);
+                if (const auto units = fields.latinText(column))
+                    appendPlainLatin(buffer_, *units);
                 else
                     appendPlain(buffer_, fields.value(column));
             }
