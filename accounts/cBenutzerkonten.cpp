@@ -5,6 +5,7 @@
 
 #include "accounts/AccountId.h"
 #include "accounts/AccountTable.h"
+#include "accounts/InitialPasswordNotice.h"
 #include "app/mPublic.h"
 #include "db/cDB.h"
 #include "forms/CheckBox.h"
@@ -13,6 +14,42 @@
 #include "listutil/cFormularsteuerung.h"
 
 namespace tolv {
+
+std::int16_t cBenutzerkonten::KontoSchonDa(base::TextView /*name*/, std::int32_t id) {
+    const base::Text& name = fields_.txtUserNameDexo.Text();
+    const auto recordset = openRecordset(
+        id == accountTable::kNewAccount ? accountTable::selectByName(name) : accountTable::selectOthersByName(name, id),
+        ado::LockType::adLockReadOnly);
+    const std::int16_t exists = recordset->RecordCount() > 0 ? kTrue : kFalse;
+    recordset->Close();
+    return exists;
+}
+
+std::int32_t cBenutzerkonten::SaveBenKto(std::int32_t id) {
+    const auto recordset = openRecordset(accountTable::selectById(id), ado::LockType::adLockPessimistic);
+    if (recordset->RecordCount() == 0) recordset->AddNew();  // also where somebody has deleted the row
+    ado::Fields& row = recordset->Fields();
+    row.Item(accountTable::kName).setValue(fields_.txtUserNameDexo.Text());
+    if (id == accountTable::kNewAccount) {
+        row.Item(accountTable::kPass).setValue(base::Text(accountTable::kStoredInitialPassword));
+        announceInitialPassword();
+    }
+    row.Item(accountTable::kProgUpdate).setValue(fields_.chbProgrammupdate.Value());
+    row.Item(accountTable::kServerPath).setValue(base::Text(base::trimBlanks(fields_.txtPathGlobal.Text())));
+    // Before Update: a new row's number is known since AddNew.
+    const std::int32_t savedId = accountId(row.Item(accountTable::kId).Value(), regional_);
+    recordset->Update();
+    recordset->Close();
+    return savedId;
+}
+
+/// "Initialpasswwort" with the doubled w, as the administrators know the message.
+void cBenutzerkonten::announceInitialPassword() {
+    const base::Text created =
+        u"Das Benutzerkonto '" + fields_.txtUserNameDexo.Text() + u"' wurde mit folgendem Initialpasswwort angelegt:";
+    messageBoxes_.show(initialPasswordNotice(created), platform::MessageBoxes::Buttons::Ok,
+                       platform::MessageBoxes::Icon::Information);
+}
 
 void cBenutzerkonten::ShowBenKto(forms::ListView& listView) {
     listView.clearRows();

@@ -12,13 +12,23 @@
 
 namespace tolv {
 
-/// The account store: brings accounts from the table into the account window. Every operation opens a record
-/// set of its own on the shared connection and closes it before it returns.
+/// The account store: brings accounts from the table into the account window, and from its fields into the
+/// table. Every operation opens a record set of its own on the shared connection and closes it before it
+/// returns; errors pass, and what was not stored by then is not written.
 class cBenutzerkonten {
 public:
-    cBenutzerkonten(ado::ConnectionFactory& connections, const platform::Regional& regional, AccountFields fields)
-        : connections_(connections), regional_(regional), fields_(fields) {}
+    cBenutzerkonten(ado::ConnectionFactory& connections, const platform::Regional& regional,
+                    platform::MessageBoxes& messageBoxes, AccountFields fields)
+        : connections_(connections), regional_(regional), messageBoxes_(messageBoxes), fields_(fields) {}
 
+    /// Whether another account bears the name in the window, as the database compares names.
+    /// @param name  not looked at: what counts is the text of the field, not trimmed
+    /// @param id  the account's own ID, accountTable::kNewAccount if it has no row yet
+    std::int16_t KontoSchonDa(base::TextView name, std::int32_t id);
+    /// Stores the window's fields as the account's row, as a new one if there is none with this ID. For
+    /// accountTable::kNewAccount the row gets the initial password, which is announced before it is stored.
+    /// @return the row's ID
+    std::int32_t SaveBenKto(std::int32_t id);
     /// Empties the list and fills it with all accounts in the order of their names; selects none.
     void ShowBenKto(forms::ListView& listView);
     /// Loads one account into the window's fields. One backslash at the end of its path is not shown;
@@ -29,10 +39,12 @@ public:
     static std::int16_t GiveCheckBoxValueForFORM(const base::Value& value);
 
 private:
+    void announceInitialPassword();
     std::unique_ptr<ado::Recordset> openRecordset(base::TextView statement, ado::LockType lockType);
 
     ado::ConnectionFactory& connections_;
     const platform::Regional& regional_;
+    platform::MessageBoxes& messageBoxes_;
     AccountFields fields_;
 };
 

@@ -37,9 +37,9 @@ void CreateSharedObjects() {
     objFSO = services.fileSystem.createObject();
     objINI = std::make_unique<cINI>(services.settingsFile, services.programFolder);
     objDB = std::make_unique<cDB>(application.connections(), services.regional);
-    objBenKto = std::make_unique<cBenutzerkonten>(application.connections(), services.regional,
+    objBenKto = std::make_unique<cBenutzerkonten>(application.connections(), services.regional, services.messageBoxes,
                                                   application.accountWindow().accountFields());
-    objForm = std::make_unique<cFormularsteuerung>(services.windowMessages);
+    objForm = std::make_unique<cFormularsteuerung>(services.windowMessages, services.regional);
 }
 
 void ReleaseSharedObjects() {

@@ -1,6 +1,12 @@
 #include "listutil/cFormularsteuerung.h"
 
+#include <functional>
+#include <vector>
+
+#include "app/mPublic.h"
+#include "base/RuntimeError.h"
 #include "listutil/HeaderItem.h"
+#include "listutil/SortRestoreEntry.h"
 
 namespace tolv {
 namespace {
@@ -17,7 +23,72 @@ constexpr std::int32_t HDF_IMAGE = 0x800;
 constexpr std::int32_t HDF_BITMAP_ON_RIGHT = 0x1000;
 constexpr std::int32_t HDF_STRING = 0x4000;
 
+// Types of columns, as their headers' tags name them.
+constexpr base::TextView kDate = u"DATE";
+constexpr base::TextView kNumber = u"NUMBER";
+constexpr base::TextView kFromTo = u"VONBIS";
+
+constexpr std::size_t kShownDateLength = 10;    // dd.mm.yyyy
+constexpr std::size_t kSortableDateLength = 8;  // yyyymmdd
+
+/// @param column  from 1
+base::TextView valueOf(const forms::ListItem& item, int column) {
+    return column == 1 ? item.Text() : item.SubItems(column - 1);
+}
+
+void setValue(forms::ListItem item, int column, base::TextView value) {
+    if (column == 1) {
+        item.setText(value);
+    } else {
+        item.setSubItems(column - 1, value);
+    }
+}
+
+/// Replaces every value of the column, in the order of the rows.
+void rewrite(forms::ListView& listView, int column, const std::function<base::Text(base::TextView)>& rewritten) {
+    const int rowCount = listView.rowCount();
+    for (int index = 1; index <= rowCount; ++index) {
+        const forms::ListItem item = listView.ListItems(index);
+        setValue(item, column, rewritten(valueOf(item, column)));
+    }
+}
+
+base::Text shownDate(base::TextView value) {
+    if (value.size() != kSortableDateLength) return base::Text(value);
+    return base::Text(value.substr(6)).append(u".").append(value.substr(4, 2)).append(u".").append(value.substr(0, 4));
+}
+
+/// Puts the texts back that were set aside before the sort.
+void restore(forms::ListView& listView, int column, const std::vector<SortRestoreEntry>& entries) {
+    if (listView.rowCount() == 0) return;
+    if (entries.empty()) throw base::runtimeError(base::RuntimeErrorNumber::SubscriptOutOfRange);
+    for (const SortRestoreEntry& entry : entries)
+        setValue(listView.ListItems(entry.Key), column, entry.Text);
+}
+
 }  // namespace
+
+void cFormularsteuerung::Sort_ListView(const forms::ColumnHeader& header, forms::ListView& listView) {
+    const int column = header.Index();
+    if (header.Tag() == kDate) {
+        rewrite(listView, column, [this](base::TextView value) {
+            const auto date = value.size() == kShownDateLength ? regional_.toSortableDate(value) : std::nullopt;
+            return date ? *date : base::Text(value);
+        });
+    }
+    listView.setSortKey(static_cast<std::int16_t>(column - 1));
+    listView.setSortOrder(listView.SortOrder() == forms::ListView::Order::Ascending
+                              ? forms::ListView::Order::Descending
+                              : forms::ListView::Order::Ascending);
+    objForm->SetHeaderIcon(listView);
+    listView.setSorted(true);
+    if (header.Tag() == kDate) rewrite(listView, column, shownDate);
+    if (header.Tag() == kNumber) {
+        rewrite(listView, column, [this](base::TextView value) { return base::decimal(regional_.toLong(value)); });
+    }
+    // Ranges have no sortable form so far: nothing is set aside for them.
+    if (header.Tag() == kFromTo) restore(listView, column, {});
+}
 
 void cFormularsteuerung::SetHeaderIcon(const forms::ListView& listView) {
     const std::int32_t sortColumn = listView.SortKey() + 1;

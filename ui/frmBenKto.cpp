@@ -1,7 +1,11 @@
 #include "ui/frmBenKto.h"
 
 #include "accounts/AccountId.h"
+#include "accounts/AccountTable.h"
+#include "accounts/InitialPasswordNotice.h"
 #include "accounts/cBenutzerkonten.h"
+#include "base/RuntimeError.h"
+#include "db/cDB.h"
 #include "forms/ComboBox.h"
 #include "forms/OptionButton.h"
 #include "listutil/cFormularsteuerung.h"
@@ -10,6 +14,12 @@ namespace tolv {
 namespace {
 
 constexpr forms::Color kLockedGrey = 0x00C0C0C0;
+constexpr forms::Color kChangedRed = 0x000000FF;
+
+constexpr std::int16_t kKeyS = 83;
+
+/// Room for a path that the shell gives.
+constexpr std::size_t kPathUnits = 260;
 
 /// The name by which the locking loops pass over the button for new accounts.
 constexpr base::TextView kAddNewName = u"cmbAddNew";
@@ -33,7 +43,7 @@ private:
 
 }  // namespace
 
-frmBenKto::frmBenKto(forms::FormHost& host, const platform::Services& services)
+frmBenKto::frmBenKto(forms::FormHost& host, const platform::Services& services, bool commandsAvailable)
     : Form(host, u"frmBenKto", base::Text(kApplicationTitle)),
       chbProgrammupdate(*this, u"chbProgrammupdate", u"Programmupdate"),
       Frame27(*this, u"Frame27", u""),
@@ -51,13 +61,33 @@ frmBenKto::frmBenKto(forms::FormHost& host, const platform::Services& services)
       imgList_Sort(*this, u"imgList_Sort",
                    {forms::ImageList::Picture::SortAscending, forms::ImageList::Picture::SortDescending}),
       mousePointer_(services.mousePointer),
-      regional_(services.regional) {
+      messageBoxes_(services.messageBoxes),
+      folderChooser_(services.folderChooser),
+      regional_(services.regional),
+      commandsAvailable_(commandsAvailable) {
+    connectEvents();
+    if (commandsAvailable_) connectCommands();
+    setUpControls();
+}
+
+void frmBenKto::connectEvents() {
     onLoad = [this] { Form_Load(); };
     onUnload = [this] { Form_Unload(); };
     lvwBenKto.onItemClick = [this](const forms::ListItem& item) { lvwBenKto_ItemClick(item); };
+    lvwBenKto.onColumnClick = [this](const forms::ColumnHeader& header) { lvwBenKto_ColumnClick(header); };
     cmdAbbrechen.onClick = [this] { cmdAbbrechen_Click(); };
+}
 
-    setUpControls();
+void frmBenKto::connectCommands() {
+    onKeyDown = [this](std::int16_t keyCode, std::int16_t shift) { Form_KeyDown(keyCode, shift); };
+    txtUserNameDexo.onChange = [this] { txtUserNameDexo_Change(); };
+    txtPathGlobal.onChange = [this] { txtPathGlobal_Change(); };
+    chbProgrammupdate.onClick = [this] { chbProgrammupdate_Click(); };
+    cmdGlobal.onClick = [this] { cmdGlobal_Click(); };
+    cmbAddNew.onClick = [this] { cmbAddNew_Click(); };
+    cmdSpeichern.onClick = [this] { cmdSpeichern_Click(); };
+    cmdDel.onClick = [this] { cmdDel_Click(); };
+    cmbResetPWD.onClick = [this] { cmbResetPWD_Click(); };
 }
 
 void frmBenKto::setUpControls() {
@@ -87,18 +117,29 @@ void frmBenKto::Form_Load() {
     lvwBenKto.setColumnHeaderIcons(&imgList_Sort);
     objForm->SetHeaderIcon(lvwBenKto);
     bTrackChanges = kFalse;
-    if (lvwBenKto.rowCount() == 0) {
-        ClearAndLockControls();
-    } else {
-        lvwBenKto.ListItems(1).Select();
-        lvwBenKto_ItemClick(*lvwBenKto.SelectedItem());
-    }
+    showFirstAccount();
     bTrackChanges = kTrue;
     disableMissingCommands();
 }
 
 void frmBenKto::Form_Unload() {
     ReleaseSharedObjects();
+}
+
+void frmBenKto::Form_KeyDown(std::int16_t keyCode, std::int16_t shift) {
+    if (keyCode == kKeyS && shift == kCtrlMask && cmdSpeichern.Enabled()) cmdSpeichern_Click();
+}
+
+void frmBenKto::txtUserNameDexo_Change() {
+    MarkChanged();
+}
+
+void frmBenKto::txtPathGlobal_Change() {
+    MarkChanged();
+}
+
+void frmBenKto::chbProgrammupdate_Click() {
+    MarkChanged();
 }
 
 void frmBenKto::lvwBenKto_ItemClick(const forms::ListItem& item) {
@@ -111,16 +152,114 @@ void frmBenKto::lvwBenKto_ItemClick(const forms::ListItem& item) {
     lvwBenKto.Refresh();
     {
         const Hourglass hourglass(mousePointer_);
-        objBenKto->ShowBenKtoValues(accountId(item.Tag(), regional_));
+        objBenKto->ShowBenKtoValues(idOf(item));
         ResetSaveButton();
     }
     bTrackChanges = kTrue;
     disableMissingCommands();
 }
 
+void frmBenKto::lvwBenKto_ColumnClick(const forms::ColumnHeader& header) {
+    objForm->Sort_ListView(header, lvwBenKto);
+}
+
+void frmBenKto::cmdGlobal_Click() {
+    const base::Text path = GivePathName(this, u"Ordner für globale Dokumente");
+    if (!path.empty()) txtPathGlobal.setText(path);
+}
+
+base::Text frmBenKto::GivePathName(const forms::Form* owner, base::TextView title) {
+    base::Text buffer(kPathUnits, u' ');
+    if (!folderChooser_.choose(owner != nullptr ? owner->hWnd() : 0, title, buffer)) return {};
+    const std::size_t end = buffer.find(u'\0');
+    return end != base::Text::npos ? buffer.substr(0, end) : base::Text();
+}
+
+// Commands
+
+void frmBenKto::cmbAddNew_Click() {
+    if (bHandleAddNew == kFalse) return;
+    bTrackChanges = kFalse;
+    if (cmbAddNew.Value() == forms::CheckBox::kChecked) {
+        ResetSaveButton();
+        PrepareNewAccount();
+        lvwBenKto.clearRows();
+        cmbResetPWD.setEnabled(false);
+    } else {
+        objBenKto->ShowBenKto(lvwBenKto);
+        showFirstAccount();
+        ResetSaveButton();
+    }
+    bTrackChanges = kTrue;
+}
+
+void frmBenKto::cmdSpeichern_Click() {
+    txtPathGlobal.setText(base::Text(base::trimBlanks(txtPathGlobal.Text())));
+    txtUserNameDexo.setText(base::Text(base::trimBlanks(txtUserNameDexo.Text())));
+    if (txtUserNameDexo.Text().empty()) {
+        notify(u"Bitte geben Sie den Benutzernamen an.");
+        txtUserNameDexo.SetFocus();
+        return;
+    }
+    if (txtPathGlobal.Text().empty()) {
+        notify(u"Bitte geben Sie den Datenbankpfad an.");
+        txtPathGlobal.SetFocus();
+        return;
+    }
+    const bool isNew = cmbAddNew.Value() == forms::CheckBox::kChecked;
+    const std::int32_t id = isNew ? accountTable::kNewAccount : idOf(selectedRow());
+    if (objBenKto->KontoSchonDa(txtUserNameDexo.Text(), id) == kTrue) {
+        notify(u"Es existiert bereits ein Benutzerkonto mit dieser Bezeichnung.");
+        return;
+    }
+    const std::int32_t savedId = objBenKto->SaveBenKto(id);
+    if (isNew) {
+        bHandleAddNew = kFalse;
+        cmbAddNew.setValue(forms::CheckBox::kUnchecked);
+        bHandleAddNew = kTrue;
+    }
+    objBenKto->ShowBenKto(lvwBenKto);
+    forms::ListItem saved = lvwBenKto.ListItems(accountTable::listKey(savedId));
+    saved.Select();
+    saved.EnsureVisible();
+    lvwBenKto_ItemClick(saved);
+    ResetSaveButton();
+    lvwBenKto.SetFocus();
+}
+
+void frmBenKto::cmdDel_Click() {
+    const auto row = lvwBenKto.SelectedItem();
+    if (!row) return;
+    if (!isConfirmed(base::Text(u"Soll das Benutzerkonto '").append(row->Text()).append(u"' jetzt gelöscht werden?"))) {
+        return;
+    }
+    objDB->Connection().Execute(accountTable::deleteById(regional_.toText(row->Tag())));
+    bTrackChanges = kFalse;
+    objBenKto->ShowBenKto(lvwBenKto);
+    showFirstAccount();
+    ResetSaveButton();
+    bTrackChanges = kTrue;
+}
+
+void frmBenKto::cmbResetPWD_Click() {
+    const auto row = lvwBenKto.SelectedItem();
+    if (!row) return;
+    if (!isConfirmed(
+            base::Text(u"Soll das Passwort für '").append(row->Text()).append(u"' jetzt zurückgesetzt werden?"))) {
+        return;
+    }
+    objDB->Connection().Execute(accountTable::updateToInitialPassword(regional_.toText(row->Tag())));
+    notify(initialPasswordNotice(base::Text(u"Das Passwort für '")
+                                     .append(row->Text())
+                                     .append(u"' wurde auf folgendes Initialpasswwort zurückgesetzt:")));
+    lvwBenKto_ItemClick(selectedRow());
+}
+
 void frmBenKto::cmdAbbrechen_Click() {
     Unload();
 }
+
+// Edit state
 
 void frmBenKto::EnableEditControls() {
     for (forms::Control* control : Controls()) {
@@ -136,6 +275,13 @@ void frmBenKto::EnableEditControls() {
             checkBox->setEnabled(true);
         }
     }
+}
+
+void frmBenKto::ResetSaveButton() {
+    cmdSpeichern.setCaption(u"Speichern");
+    cmdSpeichern.setBackColor(forms::kButtonFace);
+    cmdSpeichern.setFontBold(false);
+    cmdSpeichern.setEnabled(false);
 }
 
 void frmBenKto::ClearAndLockControls() {
@@ -161,14 +307,72 @@ void frmBenKto::ClearAndLockControls() {
     ResetSaveButton();
 }
 
-void frmBenKto::ResetSaveButton() {
-    cmdSpeichern.setCaption(u"Speichern");
-    cmdSpeichern.setBackColor(forms::kButtonFace);
-    cmdSpeichern.setFontBold(false);
-    cmdSpeichern.setEnabled(false);
+void frmBenKto::PrepareNewAccount() {
+    for (forms::Control* control : Controls()) {
+        if (control->Name() == kAddNewName) continue;
+        if (auto* textBox = forms::as<forms::TextBox>(*control)) {
+            textBox->setText(u"");
+            textBox->setEnabled(true);
+            textBox->setBackColor(forms::kWindowBackground);
+        } else if (auto* comboBox = forms::as<forms::ComboBox>(*control)) {
+            comboBox->setListIndex(-1);
+            comboBox->setEnabled(true);
+            comboBox->setBackColor(forms::kWindowBackground);
+        } else if (auto* checkBox = forms::as<forms::CheckBox>(*control)) {
+            checkBox->setValue(forms::CheckBox::kUnchecked);
+            checkBox->setEnabled(true);
+        }
+    }
+    cmdGlobal.setEnabled(true);
+    ResetSaveButton();
+}
+
+void frmBenKto::MarkChanged() {
+    if (bTrackChanges != kTrue) return;
+    cmdSpeichern.setCaption(u"Speichern (Strg+S)");
+    cmdSpeichern.setBackColor(kChangedRed);
+    cmdSpeichern.setFontBold(true);
+    cmdSpeichern.setEnabled(true);
+}
+
+void frmBenKto::SetChanged() {
+    MarkChanged();
+}
+
+// Helpers of the handlers
+
+void frmBenKto::showFirstAccount() {
+    if (lvwBenKto.rowCount() == 0) {
+        ClearAndLockControls();
+        return;
+    }
+    forms::ListItem first = lvwBenKto.ListItems(1);
+    first.Select();
+    first.EnsureVisible();  // a refilled list stays scrolled as it was
+    lvwBenKto_ItemClick(first);
+}
+
+forms::ListItem frmBenKto::selectedRow() {
+    const auto row = lvwBenKto.SelectedItem();
+    if (!row) throw base::runtimeError(base::RuntimeErrorNumber::ObjectVariableNotSet);
+    return *row;
+}
+
+std::int32_t frmBenKto::idOf(const forms::ListItem& row) const {
+    return accountId(row.Tag(), regional_);
+}
+
+void frmBenKto::notify(base::TextView text) {
+    messageBoxes_.show(text, platform::MessageBoxes::Buttons::Ok, platform::MessageBoxes::Icon::Information);
+}
+
+bool frmBenKto::isConfirmed(base::TextView question) {
+    return messageBoxes_.show(question, platform::MessageBoxes::Buttons::YesNo,
+                              platform::MessageBoxes::Icon::Question) == platform::MessageBoxes::Answer::Yes;
 }
 
 void frmBenKto::disableMissingCommands() {
+    if (commandsAvailable_) return;
     cmbAddNew.setEnabled(false);
     cmdGlobal.setEnabled(false);
     cmbResetPWD.setEnabled(false);

@@ -16,17 +16,22 @@
 
 namespace tolv {
 
-/// The account window: the list of all accounts and the fields of the selected one. It is in one of these
-/// states, which its controls themselves hold:
+/// The account window: the list of all accounts, the fields of the selected one and the commands. It is in
+/// one of these states, which its controls themselves hold:
 ///
-///     Empty    no accounts; fields empty, grey, disabled
-///     Viewing  one account selected; fields show what the table held when it was selected
+///     Empty             no accounts; fields empty, grey, disabled
+///     Viewing           one account selected; fields show what the table held when it was selected
+///     Viewing, changed  the same, edited: the save button is red and enabled
+///     New               cmbAddNew is on; list and fields are empty, fields can be edited
+///     New, changed      the same, edited
 ///
-/// Selection and fields never part: every move of the selection loads the account before it returns.
-/// Unloading releases the shared objects, and unsaved edits are dropped without a question.
+/// The save button is the only record of unsaved edits; they are dropped without a question by whatever
+/// loads an account, by cmbAddNew and by unloading, which releases the shared objects. Selection and fields
+/// never part: every move of the selection loads the account before it returns.
 class frmBenKto : public forms::Form {
 public:
-    frmBenKto(forms::FormHost& host, const platform::Services& services);
+    /// @param commandsAvailable  false keeps all off that would write
+    frmBenKto(forms::FormHost& host, const platform::Services& services, bool commandsAvailable = true);
 
     /// The controls that the account store works on.
     AccountFields accountFields() { return {txtPathGlobal, txtUserNameDexo, chbProgrammupdate, cmbResetPWD}; }
@@ -47,22 +52,53 @@ public:
     forms::ListView lvwBenKto;
     forms::ImageList imgList_Sort;
 
+    /// Lets the user choose a folder.
+    /// @param owner  the window that waits meanwhile, nothing for none
+    /// @return as the shell gives it; empty if the user cancels, or for an item without a path
+    base::Text GivePathName(const forms::Form* owner = nullptr, base::TextView title = u"Wählen Sie einen Ordner aus");
+
 private:
+    void connectEvents();
+    void connectCommands();
     void setUpControls();
 
     void Form_Load();
     void Form_Unload();
+    void Form_KeyDown(std::int16_t keyCode, std::int16_t shift);
+    void txtUserNameDexo_Change();
+    void txtPathGlobal_Change();
+    void chbProgrammupdate_Click();
     void lvwBenKto_ItemClick(const forms::ListItem& item);
+    void lvwBenKto_ColumnClick(const forms::ColumnHeader& header);
+    void cmdGlobal_Click();
+    void cmbAddNew_Click();
+    void cmdSpeichern_Click();
+    void cmdDel_Click();
+    void cmbResetPWD_Click();
     void cmdAbbrechen_Click();
 
     void EnableEditControls();
-    void ClearAndLockControls();
     void ResetSaveButton();
-    /// The buttons of commands that the window does not have yet stay disabled in every state.
+    void ClearAndLockControls();
+    void PrepareNewAccount();
+    void MarkChanged();
+    void SetChanged();
+
+    /// The first row as the header sorts them, or the locked fields if there is none.
+    void showFirstAccount();
+    /// @throws base::RuntimeError 91 if no row is selected
+    forms::ListItem selectedRow();
+    std::int32_t idOf(const forms::ListItem& row) const;
+    void notify(base::TextView text);
+    bool isConfirmed(base::TextView question);
+    /// The buttons of commands that are not available stay disabled in every state.
     void disableMissingCommands();
 
     platform::MousePointer& mousePointer_;
+    platform::MessageBoxes& messageBoxes_;
+    platform::FolderChooser& folderChooser_;
     const platform::Regional& regional_;
+    bool commandsAvailable_;
 
     std::int16_t bTrackChanges = kFalse;  ///< while false, edits do not mark the account as changed
     std::int16_t bHandleAddNew = kFalse;  ///< while false, cmbAddNew changes without effect

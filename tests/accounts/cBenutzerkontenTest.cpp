@@ -145,5 +145,85 @@ TEST_F(cBenutzerkontenTest, loadingAnAccountSetsItsFieldsAndClosesTheRowsThatItR
     EXPECT_THAT(tool.log, testing::Not(Contains("close rows")));
 }
 
+TEST_F(cBenutzerkontenTest, aNameIsTakenIfAnotherRowBearsTheOneInTheField) {
+    tool.database.add(3, u"Abel");
+    tool.database.add(8, u"Meier");
+    struct Case {
+        base::Text field;
+        std::int32_t id;
+        std::int16_t answer;
+        const char* condition;
+    };
+    for (const Case& c : {Case{u"Meier", 0, kTrue, "BenKTO_Name = 'Meier'"},
+                          {u"Meier", 8, kFalse, "BenKTO_Name = 'Meier' AND NOT BenKTO_ID = 8"},
+                          {u"meier", 3, kTrue, "BenKTO_Name = 'meier' AND NOT BenKTO_ID = 3"},
+                          {u" Meier", 0, kFalse, "BenKTO_Name = ' Meier'"},
+                          {u"", 0, kFalse, "BenKTO_Name = ''"}}) {
+        window.txtUserNameDexo.setText(c.field);
+        tool.log.clear();
+        EXPECT_EQ(objBenKto->KontoSchonDa(u"Abel", c.id), c.answer) << "the argument is not looked at";
+        EXPECT_THAT(tool.log,
+                    ElementsAre("open rows SELECT * FROM Benutzerkonto WHERE " + std::string(c.condition) + " 3 1 -1",
+                                "close rows"));
+    }
+    window.txtUserNameDexo.setText(u"O'Neil");
+    EXPECT_EQ(errorOf([] { objBenKto->KontoSchonDa(u"Abel", 0); }), test::FakeDatabase::kSyntaxError);
+}
+
+TEST_F(cBenutzerkontenTest, aNewAccountIsAnnouncedWhileItsRowIsPending) {
+    tool.database.add(41, u"Abel");
+    window.txtUserNameDexo.setText(u" Neu ");
+    window.txtPathGlobal.setText(u"  C:\\Daten\\ ");
+    window.chbProgrammupdate.setValue(forms::CheckBox::kChecked);
+    tool.services.messageBoxes.whileShown = [this] { EXPECT_EQ(tool.database.rows.size(), 1U); };
+    tool.log.clear();
+    EXPECT_EQ(objBenKto->SaveBenKto(0), 42);
+    EXPECT_THAT(
+        tool.log,
+        ElementsAre("open rows SELECT * FROM Benutzerkonto WHERE BenKTO_ID = 0 3 2 -1", "add row", "set BenKTO_Name",
+                    "set BenKTO_Pass",
+                    "box Das Benutzerkonto ' Neu ' wurde mit folgendem Initialpasswwort angelegt:\r\n\r\n"
+                    "MNwelKOP\r\n\r\nDer Anwender wird beim ersten Login aufgefordert dieses zu ändern."
+                    " [OK] information",
+                    "set BenKTO_R_ProgUpdate", "set BenKTO_ServerPath", "read BenKTO_ID", "update", "close rows"));
+    const test::FakeDatabase::Row stored{std::int32_t{42}, base::Text(u" Neu "), kInitial, base::Text(u"C:\\Daten\\"),
+                                         true};
+    EXPECT_EQ(tool.database.rows.at(1), stored);
+}
+
+TEST_F(cBenutzerkontenTest, savingAnAccountLeavesItsPasswordAndADeletedOneBecomesANewRowWithoutPassword) {
+    window.txtUserNameDexo.setText(u"Berta");
+    window.txtPathGlobal.setText(u"   ");
+    struct Case {
+        bool isDeleted;
+        std::int32_t savedId;
+        base::Value pass;
+    };
+    for (const Case& c : {Case{false, 5, base::Text(u"geheim")}, {true, 6, base::Null{}}}) {
+        tool.database.rows.clear();
+        tool.database.add(5, u"Abel", u"C:", base::Text(u"geheim"), true);
+        if (c.isDeleted) tool.database.rows.clear();
+        tool.log.clear();
+        EXPECT_EQ(objBenKto->SaveBenKto(5), c.savedId);
+        EXPECT_THAT(tool.log, testing::Not(Contains(testing::StartsWith("box"))));
+        const test::FakeDatabase::Row stored{c.savedId, base::Text(u"Berta"), c.pass, base::Text(), false};
+        EXPECT_THAT(tool.database.rows, ElementsAre(stored));
+    }
+}
+
+TEST_F(cBenutzerkontenTest, aSaveThatFailsWritesNothingWhicheverCallItIs) {
+    for (const std::int32_t id : {0, 5}) {
+        for (const char* call : {"open rows", "add row", "set BenKTO_Name", "set BenKTO_ServerPath", "update"}) {
+            if (id == 5 && call == std::string("add row")) continue;
+            tool.database.rows.clear();
+            tool.database.add(5, u"Abel");
+            const auto before = tool.database.rows;
+            tool.database.lockedFrom = call;
+            EXPECT_EQ(errorOf([&] { objBenKto->SaveBenKto(id); }), test::FakeDatabase::kLocked) << call;
+            EXPECT_EQ(tool.database.rows, before) << call;
+        }
+    }
+}
+
 }  // namespace
 }  // namespace tolv

@@ -1,9 +1,5 @@
-#include <gmock/gmock.h>
-
-#include "accounts/AccountTable.h"
 #include "tests/support/Expect.h"
-#include "tests/support/Tool.h"
-#include "ui/frmBenKto.h"
+#include "tests/ui/AccountWindow.h"
 
 namespace tolv {
 namespace {
@@ -11,55 +7,8 @@ namespace {
 using test::errorOf;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
+using frmBenKtoTest = AccountWindow;
 using Shape = platform::MousePointer::Shape;
-
-constexpr forms::Color kGrey = 0x00C0C0C0;
-
-class frmBenKtoTest : public testing::Test {
-protected:
-    void addAccounts() {
-        tool.database.add(17, u"Zorn", u"D:\\Z\\", base::Text(u"geändert"), true);
-        tool.database.add(3, u"Abel", u"C:\\A", base::Text(accountTable::kStoredInitialPassword));
-        tool.database.add(8, u"Meier", u"C:\\M");
-    }
-    void expectCleanSaveButton() {
-        EXPECT_EQ(window.cmdSpeichern.Caption(), u"Speichern");
-        EXPECT_EQ(window.cmdSpeichern.BackColor(), 0x8000000FU);
-        EXPECT_FALSE(window.cmdSpeichern.FontBold());
-        EXPECT_FALSE(window.cmdSpeichern.Enabled());
-    }
-    void expectAccount(base::TextView name, base::TextView path, std::int16_t update) {
-        EXPECT_EQ(window.txtUserNameDexo.Text(), name);
-        EXPECT_EQ(window.txtPathGlobal.Text(), path);
-        EXPECT_EQ(window.chbProgrammupdate.Value(), update);
-        EXPECT_EQ(window.lvwBenKto.SelectedItem()->Text(), name) << "selection and fields never part";
-        for (forms::TextBox* box : {&window.txtUserNameDexo, &window.txtPathGlobal}) {
-            EXPECT_TRUE(box->Enabled());
-            EXPECT_EQ(box->BackColor(), 0x80000005U);
-        }
-        EXPECT_TRUE(window.chbProgrammupdate.Enabled());
-        expectCleanSaveButton();
-    }
-    void expectEmpty() {
-        for (forms::TextBox* box : {&window.txtUserNameDexo, &window.txtPathGlobal}) {
-            EXPECT_FALSE(box->Enabled());
-            EXPECT_EQ(box->BackColor(), kGrey);
-            EXPECT_EQ(box->Text(), u"");
-        }
-        EXPECT_FALSE(window.chbProgrammupdate.Enabled());
-        EXPECT_EQ(window.chbProgrammupdate.Value(), forms::CheckBox::kUnchecked);
-        EXPECT_FALSE(window.cmdGlobal.Enabled());
-        expectCleanSaveButton();
-    }
-    int loads() const {
-        return static_cast<int>(std::count_if(tool.log.begin(), tool.log.end(), [](const std::string& entry) {
-            return entry.find("WHERE BenKTO_ID") != std::string::npos;
-        }));
-    }
-
-    test::Tool tool;
-    frmBenKto& window = tool.window();
-};
 
 TEST_F(frmBenKtoTest, itsControlsStandInTheOrderOfDefinitionAndAnotherTabOrder) {
     std::vector<std::string> names;
@@ -143,17 +92,24 @@ TEST_F(frmBenKtoTest, aRowClickWithNothingSelectedLocksTheFields) {
     expectAccount(u"Meier", u"C:\\M", 0);
 }
 
-TEST_F(frmBenKtoTest, theCommandsThatAreMissingCannotBeReached) {
-    addAccounts();
+TEST(frmBenKtoWithoutCommandsTest, theCommandsThatAreMissingCannotBeReachedButTheListIsSorted) {
+    test::Tool tool(test::Tool::Commands::Missing);
+    frmBenKto& window = tool.window();
+    tool.database.add(3, u"Abel");
+    tool.database.add(8, u"Meier");
     tool.openAccountWindow();
-    window.lvwBenKto.userSelectedRow(2);
+    window.lvwBenKto.userSelectedRow(1);
     window.txtUserNameDexo.userTyped(u"anders");
     for (const forms::Control* control : std::initializer_list<forms::Control*>{
              &window.cmbAddNew, &window.cmdSpeichern, &window.cmdDel, &window.cmbResetPWD, &window.cmdGlobal}) {
         EXPECT_FALSE(control->Enabled()) << test::shown(control->Name());
     }
     window.userPressedKey(u'S', forms::Form::kCtrlMask);
-    EXPECT_EQ(tool.database.rows.size(), 3U);
+    EXPECT_EQ(window.cmdSpeichern.Caption(), u"Speichern");
+    EXPECT_EQ(test::shown(nameOf(tool.database.rows.at(1))), "Meier");
+    window.lvwBenKto.userClickedColumn(1);
+    EXPECT_EQ(window.lvwBenKto.ListItems(1).Text(), u"Meier");
+    EXPECT_FALSE(window.cmbAddNew.Enabled());
 }
 
 TEST_F(frmBenKtoTest, everyWayToCloseReleasesTheAccountFileAndAsksNothing) {
