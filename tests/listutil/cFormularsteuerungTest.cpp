@@ -48,7 +48,7 @@ protected:
         };
     }
 
-    ~cFormularsteuerungTest() override { objForm.reset(); }
+    void TearDown() override { objForm.reset(); }
 
     test::Log log;
     test::FakeHost host{log};
