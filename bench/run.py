@@ -2,18 +2,22 @@
 """Benchmarks as ratios within one run: bench/run.py (after ./build linux).
 
 Reading, ordering and printing 100,000 accounts against mdb-export and sort, and against reading the file's bytes;
-opening the account window without native windows at 1,000, 100,000 and 1,000,000 accounts. Times are the best of
-several runs.
+opening the account window without native windows at 1,000, 100,000 and 1,000,000 accounts; under Wine, the start of
+the tool against that of an empty window (after ./build windows-x64 and ./test, else it is left out). Times are the
+best of several runs.
 """
 import json
 import os
 import subprocess
+import sys
 import tempfile
 import time
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 KONTODB = os.path.join(ROOT, "out/linux/bin/kontodb")
 BUILD = os.path.join(ROOT, "out/build/native-release")
+WINDOWS = os.path.join(ROOT, "out/build/windows-x64")
+TOOL = os.path.join(ROOT, "out/windows-x64/bin/prjDexoBenutzerkonten.exe")
 PASSWORD = "HwendorpliqZ"
 ORDERED = "SELECT * FROM Benutzerkonto ORDER BY BenKTO_Name"
 
@@ -29,10 +33,10 @@ def best(command, runs=5):
 
 def reading(file):
     ours = best(f"'{KONTODB}' query '{file}' '{ORDERED}' --password {PASSWORD}")
-    foreign = best(f"mdb-export -H '{file}' Benutzerkonto | sort")
+    foreign = best(f"mdb-export -H '{file}' Benutzerkonto | LC_ALL=C sort")
     plain = best(f"cat '{file}'")
     print(f"100,000 accounts read, ordered and printed: {ours * 1000:.0f} ms")
-    print(f"  mdb-export | sort takes {foreign / ours:.1f} times as long (wanted: 5 or more)")
+    print(f"  mdb-export | LC_ALL=C sort takes {foreign / ours:.1f} times as long (wanted: 5 or more)")
     print(f"  reading the file's bytes alone: 1/{ours / plain:.1f} of it")
 
 
@@ -52,7 +56,17 @@ def windows(files):
         last = one
 
 
+def starting():
+    built = (f"{WINDOWS}/bench/start_window.exe", f"{WINDOWS}/tests/wine/probe/probe.exe", TOOL)
+    missing = [file for file in built if not os.path.exists(file)]
+    if missing:
+        print(f"start to window: left out, not built: {', '.join(os.path.relpath(file, ROOT) for file in missing)}")
+        return
+    subprocess.run([sys.executable, f"{ROOT}/bench/start_window.py", "--arch", "x64"], check=True)
+
+
 def main():
+    sys.stdout.reconfigure(line_buffering=True)  # so that start_window.py's line stands where it belongs
     subprocess.run(["cmake", "--build", BUILD, "--target", "open_window"], check=True, stdout=subprocess.DEVNULL)
     with tempfile.TemporaryDirectory() as folder:
         files = {}
@@ -65,6 +79,7 @@ def main():
                   f"{os.path.getsize(files[count]) / 1e6:.1f} MB")
         reading(files[100000])
         windows(files)
+    starting()
 
 
 main()
