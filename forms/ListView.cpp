@@ -32,17 +32,17 @@ base::Bytes unitBytes(base::TextView text) {
     return bytes;
 }
 
-}  // namespace
-
-std::size_t ListView::KeyHash::operator()(base::TextView key) const {
-    std::uint32_t hash = 2166136261U;  // FNV-1a
+/// FNV-1a of the units, the same for keys that differ in case alone.
+std::uint32_t hashOf(base::TextView key) {
+    std::uint32_t hash = 2166136261U;
     for (const char16_t unit : key)
         hash = (hash ^ asciiLower(unit)) * 16777619U;
     return hash;
 }
 
-ListView::ListView(Form& form, base::Text name)
-    : Control(form, kKind, std::move(name)), keys_(0, KeyHash{&rows_}, KeyEqual{&rows_}) {}
+}  // namespace
+
+ListView::ListView(Form& form, base::Text name) : Control(form, kKind, std::move(name)) {}
 
 void ListView::attachPeer(ListViewPeer& peer) {
     Control::attachPeer(peer);
@@ -93,7 +93,7 @@ ListItem ListView::addRow() {
 void ListView::clearRows() {
     ++filling_;
     if (rows_.empty()) return;
-    keys_.clear();  // before the rows whose texts it looks at
+    keys_.clear();
     rows_.clear();
     order_.clear();
     orderedCount_ = 0;
@@ -110,8 +110,8 @@ ListItem ListView::ListItems(int index) {
 }
 
 ListItem ListView::ListItems(base::TextView key) {
-    const auto found = keys_.find(key);
-    if (found == keys_.end()) throw base::runtimeError(base::RuntimeErrorNumber::ElementNotFound);
+    const auto found = rowWithKey(key);
+    if (!found) throw base::runtimeError(base::RuntimeErrorNumber::ElementNotFound);
     return itemOf(*found);
 }
 
@@ -120,6 +120,11 @@ ListView::Row& ListView::rowOf(const ListItem& item) {
         throw base::runtimeError(base::RuntimeErrorNumber::ElementNotFound);
     }
     return rows_[item.row_];
+}
+
+std::optional<ListView::RowId> ListView::rowWithKey(base::TextView key) const {
+    return keys_.find(hashOf(key),
+                      [this, key](RowId row) { return base::equalsIgnoringAsciiCase(key, rows_[row].texts.cell(0)); });
 }
 
 std::size_t ListView::placeOf(const ListItem& item) {
@@ -141,14 +146,13 @@ void ListView::setKeyOf(const ListItem& item, base::TextView key) {
     Row& row = rowOf(item);
     if (row.texts.cell(0) == key) return;
     if (readsAsNumber(key)) throw base::runtimeError(base::RuntimeErrorNumber::InvalidKey);
-    const auto holder = key.empty() ? keys_.end() : keys_.find(key);
-    if (holder != keys_.end() && *holder != item.row_) {
-        throw base::runtimeError(base::RuntimeErrorNumber::KeyNotUnique);
-    }
-    // Out of the index under the old key, and in again under the new one.
-    if (!row.texts.cell(0).empty()) keys_.erase(item.row_);
+    const auto holder = rowWithKey(key);
+    if (holder && *holder != item.row_) throw base::runtimeError(base::RuntimeErrorNumber::KeyNotUnique);
+    const base::TextView keyBefore = row.texts.cell(0);
+    if (!keyBefore.empty()) keys_.erase(hashOf(keyBefore), item.row_);
     row.texts.setCell(0, key);
-    if (!key.empty()) keys_.insert(item.row_);
+    // `key` itself may have looked at the row's texts.
+    if (!key.empty()) keys_.insert(hashOf(row.texts.cell(0)), item.row_);
 }
 
 void ListView::ensureVisible(const ListItem& item) {

@@ -5,13 +5,13 @@
 #include <deque>
 #include <functional>
 #include <optional>
-#include <unordered_set>
 #include <vector>
 
 #include "base/Text.h"
 #include "base/Value.h"
 #include "forms/ColumnHeader.h"
 #include "forms/Control.h"
+#include "forms/KeyIndex.h"
 #include "forms/ListItem.h"
 #include "forms/RowTexts.h"
 
@@ -110,7 +110,7 @@ public:
 private:
     friend class ListItem;
 
-    using RowId = std::uint32_t;  ///< the how-manieth row added since the list was cleared, from 0
+    using RowId = KeyIndex::Row;  ///< the how-manieth row added since the list was cleared, from 0
 
     struct Row {
         RowTexts texts;  ///< cell 0 is the key, then text and sub-items
@@ -118,25 +118,8 @@ private:
         std::uint32_t place = 0;
     };
 
-    // Rows are found by key through the texts they hold: the index itself holds only their numbers.
-    struct KeyHash {
-        using is_transparent = void;
-        const std::deque<Row>* rows;
-        std::size_t operator()(base::TextView key) const;
-        std::size_t operator()(RowId row) const { return (*this)((*rows)[row].texts.cell(0)); }
-    };
-    struct KeyEqual {
-        using is_transparent = void;
-        const std::deque<Row>* rows;
-        bool operator()(RowId a, RowId b) const { return a == b; }
-        bool operator()(base::TextView key, RowId row) const {
-            return base::equalsIgnoringAsciiCase(key, (*rows)[row].texts.cell(0));
-        }
-        bool operator()(RowId row, base::TextView key) const { return (*this)(key, row); }
-    };
-    using KeyIndex = std::unordered_set<RowId, KeyHash, KeyEqual>;
-
     Row& rowOf(const ListItem& item);
+    std::optional<RowId> rowWithKey(base::TextView key) const;
     ListItem itemOf(RowId row) { return {*this, row, filling_}; }
     void setCell(const ListItem& item, std::size_t cell, base::TextView text);
     void setKeyOf(const ListItem& item, base::TextView key);
@@ -159,7 +142,7 @@ private:
     std::deque<Row> rows_;
     std::vector<RowId> order_;      ///< rows by place
     std::size_t orderedCount_ = 0;  ///< places before this one are settled
-    KeyIndex keys_;
+    KeyIndex keys_;                 ///< knows the rows' hashes; the keys themselves stand in their texts
     std::uint32_t filling_ = 0;
     std::optional<RowId> selected_;
 
