@@ -1,6 +1,7 @@
 #include "win32/FormPeer.h"
 
 #include <algorithm>
+#include <array>
 
 #include "forms/Control.h"
 #include "win32/ErrorBox.h"
@@ -22,6 +23,34 @@ std::int16_t shiftState() {
     if (GetKeyState(VK_MENU) < 0) state |= forms::Form::kAltMask;
     return state;
 }
+
+using KeyStates = std::array<BYTE, 256>;
+
+KeyStates presentKeys() {
+    KeyStates keys{};
+    GetKeyState(0);  // brings the states up to date
+    GetKeyboardState(keys.data());
+    return keys;
+}
+
+/// The keys are as they were, as long as this lives. A handler of a key may have shown a box, at which the
+/// user let Ctrl go: the control would be given Ctrl+S as a letter.
+class KeysAsThen {
+public:
+    explicit KeysAsThen(const KeyStates& then) : now_(presentKeys()), changed_(now_ != then) {
+        KeyStates keys = then;
+        if (changed_) SetKeyboardState(keys.data());
+    }
+    KeysAsThen(const KeysAsThen&) = delete;
+    KeysAsThen& operator=(const KeysAsThen&) = delete;
+    ~KeysAsThen() {
+        if (changed_) SetKeyboardState(now_.data());
+    }
+
+private:
+    KeyStates now_;
+    bool changed_;
+};
 
 RECT workAreaAtPointer() {
     POINT pointer{};
@@ -155,6 +184,7 @@ void FormPeer::close() {
 
 bool FormPeer::preview(const MSG& message) {
     if (closed_ || isEnding()) return false;
+    const KeyStates keys = presentKeys();
     if (message.message == WM_KEYDOWN || message.message == WM_SYSKEYDOWN) {
         form_.userPressedKey(static_cast<std::int16_t>(message.wParam), shiftState());
         if (closed_) return true;
@@ -170,6 +200,7 @@ bool FormPeer::preview(const MSG& message) {
         return true;
     }
     MSG copy = message;
+    const KeysAsThen asThen(keys);
     return IsDialogMessageW(window(), &copy) != FALSE;
 }
 

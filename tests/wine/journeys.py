@@ -17,10 +17,11 @@ import threading
 import time
 import traceback
 
+from commands import the_list_is_sorted_by_its_headers
 from driver import (BOX_CLASS, LOGIN_CONTROLS, LOGIN_TITLE, PASSWORD, ROOT, SETTLE_SECONDS, TITLE, Failure, Session,
                     Tool, check, enter_architecture, equal, until)
 
-JOURNEYS = {}
+JOURNEYS = {the_list_is_sorted_by_its_headers.__name__: the_list_is_sorted_by_its_headers}
 GREY = [192, 192, 192]
 
 
@@ -68,6 +69,13 @@ class Files:
         output = self._run("query", self.path(name), "SELECT * FROM Benutzerkonto ORDER BY BenKTO_Name", "--json",
                            "--password", PASSWORD)
         return [json.loads(line) for line in output.decode().splitlines()]
+
+    def check(self, name):
+        """The file is sound."""
+        self._run("check", self.path(name), "--password", PASSWORD)
+
+    def execute(self, name, statement):
+        self._run("exec", self.path(name), statement, "--password", PASSWORD)
 
 
 # Signing in
