@@ -1,0 +1,105 @@
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <set>
+#include <sstream>
+
+#include "jet/Checker.h"
+#include "tests/fuzz/Seeds.h"
+#include "tests/jet/CheckerDamages.h"
+
+namespace jet {
+namespace {
+
+CheckResult check(FileAtHand& file) {
+    return checkDatabase(file, file.bytes.size());
+}
+
+std::string linesOf(const CheckResult& result) {
+    std::ostringstream lines;
+    for (const Finding& finding : result.findings.kept())
+        lines << base::toUtf8(finding.line()) << "\n";
+    return lines.str();
+}
+
+bool hasFault(const CheckResult& result, base::TextView part) {
+    const auto& all = result.findings.kept();
+    return std::any_of(all.begin(), all.end(), [&](const Finding& finding) {
+        return finding.kind == Finding::Kind::Fault && finding.line().find(part) != base::Text::npos;
+    });
+}
+
+TEST(Checker, FindsNothingInSoundFiles) {
+    FileAtHand file(fileToDamage());
+    const CheckResult result = check(file);
+    EXPECT_EQ(linesOf(result), "");
+    EXPECT_EQ(result.counts.tables, 6U);
+    EXPECT_EQ(result.counts.longValues, 4U + 2U) << "memos, and the properties of two tables";
+    for (const Seed& seed : seeds()) {
+        if (seed.name.find('.') != std::string::npos) continue;  // made by others
+        FileAtHand other(seed.file);
+        EXPECT_EQ(linesOf(check(other)), "") << seed.name;
+    }
+}
+
+TEST(Checker, FindsEachDamageAndNamesItsPlace) {
+    const base::Bytes sound = fileToDamage();
+    const auto all = damages();
+    EXPECT_GE(all.size(), 60U);
+    for (const Damage& damage : all) {
+        FileAtHand file(sound);
+        const base::Text wanted = damage.apply(file);
+        ASSERT_NE(file.bytes, sound) << damage.name;
+        const CheckResult result = check(file);
+        EXPECT_TRUE(hasFault(result, wanted)) << damage.name << ": wanted " << base::toUtf8(wanted) << "\n"
+                                              << linesOf(result);
+    }
+}
+
+TEST(Checker, GoesOnBehindAFault) {
+    FileAtHand file(fileToDamage());
+    // The first damage of each group lies in another structure.
+    std::vector<base::Text> wanted;
+    for (const Damage& damage : damages()) {
+        if (damage.name == "a commit word of 0" || damage.name == "free bytes of a leaf" ||
+            damage.name == "rights to nothing" || damage.name == "bits behind the null mask") {
+            wanted.push_back(damage.apply(file));
+        }
+    }
+    ASSERT_EQ(wanted.size(), 4U);
+    const CheckResult result = check(file);
+    for (const base::Text& each : wanted)
+        EXPECT_TRUE(hasFault(result, each)) << base::toUtf8(each) << "\n" << linesOf(result);
+}
+
+TEST(Checker, TakesHarmlessOdditiesForNotes) {
+    FileAtHand file(fileToDamage());
+    const Table konten = *openTable(file, u"Konten");
+    const TableDefinition& definition = konten.definition();
+    base::putU32(file.at(definition.page), 20, 17);  // auto number
+    base::putU32(file.at(3), 16, 1);                 // row count of a system table
+    file.bytes.resize(file.bytes.size() + kPageSize);
+    base::Bytes& bytes = file.bytes;
+    const DataPage maps(file.page(1));
+    const auto row = maps.slot(0).bytes;
+    const std::size_t bit = file.pageCount() - 1;
+    bytes[static_cast<std::size_t>(row.data() - bytes.data()) + 5 + bit / 8] &=
+        static_cast<std::uint8_t>(~(1U << (bit % 8)));
+    const CheckResult result = check(file);
+    EXPECT_TRUE(result.isSound()) << linesOf(result);
+    EXPECT_EQ(result.findings.noteCount(), 3U) << linesOf(result);
+}
+
+TEST(Checker, KeepsABoundedNumberOfFindings) {
+    FileAtHand file(fileToDamage());
+    for (std::size_t user = 0; user < 256; ++user)
+        base::putU16(file.at(0), 0xE00 + 2 * user, 0);
+    const PageNumber leaf = openTable(file, u"Konten")->definition().indexes[0].rootPage;
+    std::fill_n(file.at(leaf).begin(), kPageSize, std::uint8_t{0});
+    const CheckResult result = check(file);
+    EXPECT_GT(result.findings.faultCount(), 256U);
+    EXPECT_LE(result.findings.kept().size(), 2 * Findings::kMaxKept);
+    EXPECT_LT(result.findings.faultCount(), 300U) << "a lost tree is told in a few sentences";
+}
+
+}  // namespace
+}  // namespace jet
