@@ -7,7 +7,7 @@
 
 #include "base/RuntimeError.h"
 #include "jet/Errors.h"
-#include "jet/PageIo.h"
+#include "jet/Storage.h"
 
 namespace kontodb {
 
@@ -34,22 +34,23 @@ std::optional<base::Text> givenPassword(const CommandLine& line) {
     return file ? firstLineOf(*file) : password;
 }
 
-jet::Database open(const base::Text& path, base::TextView password) {
-    return jet::Database::open(jet::openFile(path, jet::OpenMode::Read), path, password);
+jet::Database open(const base::Text& path, base::TextView password, jet::LeftJournalRule rule) {
+    return jet::Database::open(jet::fileStorage(path), password, rule);
 }
 
 }  // namespace
 
-jet::Database openProtected(const base::Text& path, const CommandLine& line, Console& console) {
+jet::Database openProtected(const base::Text& path, const CommandLine& line, Console& console,
+                            jet::LeftJournalRule rule) {
     const auto password = givenPassword(line);
-    if (password) return open(path, *password);
+    if (password) return open(path, *password, rule);
     try {
-        return open(path, {});
+        return open(path, {}, rule);
     } catch (const base::RuntimeError& error) {
         if (error.number() != static_cast<std::int32_t>(jet::ErrorNumber::WrongPassword)) throw;
         const auto typed = console.askPassword(u"Datenbankkennwort: ");
         if (!typed) throw;
-        return open(path, *typed);
+        return open(path, *typed, rule);
     }
 }
 

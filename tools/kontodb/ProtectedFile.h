@@ -13,8 +13,10 @@ constexpr base::TextView kPasswordFileOption = u"--password-file";
 /// Opens an existing file for reading. The password is that of --password, the first line of --password-file,
 /// or, if neither is given and the file wants one, what is typed at the terminal. A file without a password
 /// takes any.
+/// @param rule  what is done about a journal that an interrupted writing left
 /// @throws UsageError if both options are given; the engine's errors of opening, among them the wrong
 ///         password's if there is no terminal
-jet::Database openProtected(const base::Text& path, const CommandLine& line, Console& console);
+jet::Database openProtected(const base::Text& path, const CommandLine& line, Console& console,
+                            jet::LeftJournalRule rule = jet::LeftJournalRule::Refuse);
 
 }  // namespace kontodb

@@ -17,6 +17,9 @@ Aufruf:
       Gleiches S ergibt die gleiche Datei. Geschützt wird sie mit dem eigenen
       Datenbankkennwort des Programms oder dem angegebenen; --password "" legt
       sie ohne Kennwort an. Eine Datei, die es schon gibt, bleibt unberührt.
+  kontodb check DATEI [--notes] [--password KENNWORT | --password-file DATEI]
+      prüft die ganze Datei und nennt jeden Fehler in einer Zeile; eine Datei ohne
+      Fehler bekommt eine Zeile. --notes zeigt auch, was auffällt und nicht schadet.
   kontodb query DATEI "SELECT ..." [--json] [--password KENNWORT | --password-file DATEI]
       gibt die Zeilen aus: durch Tabulatoren getrennt mit einer Kopfzeile, null
       als \N, ja/nein als -1/0; mit --json ein Objekt je Zeile.
@@ -38,6 +41,7 @@ int runCommand(std::span<const base::Text> arguments, Console& console) {
         return kExitSuccess;
     }
     if (command == u"create") return create(rest, console);
+    if (command == u"check") return check(rest, console);
     if (command == u"query") return query(rest, console);
     throw UsageError(u"Unbekannter Befehl '" + command + u"'.");
 }

@@ -1,0 +1,59 @@
+#include <filesystem>
+#include <string>
+
+#include "base/RuntimeError.h"
+#include "jet/Checker.h"
+#include "jet/Errors.h"
+#include "tools/kontodb/CommandLine.h"
+#include "tools/kontodb/Commands.h"
+#include "tools/kontodb/ProtectedFile.h"
+
+namespace kontodb {
+namespace {
+
+constexpr base::TextView kNotesFlag = u"--notes";
+
+void printFindings(const jet::Findings& findings, jet::Finding::Kind kind, std::size_t count, std::string_view rest,
+                   Console& console) {
+    for (const jet::Finding& finding : findings.kept()) {
+        if (finding.kind == kind) console.print(base::toUtf8(finding.line()) + "\n");
+    }
+    if (count > jet::Findings::kMaxKept)
+        console.print("... und " + std::to_string(count - jet::Findings::kMaxKept) + std::string(rest));
+}
+
+std::string summary(const jet::CheckResult& result) {
+    const auto part = [](std::size_t count, std::string_view noun) {
+        return std::to_string(count) + std::string(noun);
+    };
+    const jet::CheckCounts& counts = result.counts;
+    return "In Ordnung: " + part(counts.pages, " Seiten, ") + part(counts.tables, " Tabellen, ") +
+           part(counts.rows, " Datensätze, ") + part(counts.indexes, " Indizes, ") +
+           part(counts.entries, " Einträge, ") + part(counts.longValues, " lange Werte, ") +
+           part(result.findings.noteCount(), " Hinweise\n");
+}
+
+}  // namespace
+
+int check(std::span<const base::Text> arguments, Console& console) {
+    const CommandLine line(arguments, {kPasswordOption, kPasswordFileOption}, {kNotesFlag});
+    line.requireOperands(1);
+    jet::Database database = openProtected(line.operand(0), line, console, jet::LeftJournalRule::Ignore);
+    if (const auto journal = database.leftJournal()) {
+        // What the file holds now is not what it will hold; its faults are the interrupted writing's.
+        console.print("Fehler: " + base::toUtf8(jet::journalLeft(database.path(), *journal).description()) + "\n");
+        return kExitFaultsFound;
+    }
+    auto operation = database.beginRead();
+    const auto sizeBytes = std::filesystem::file_size(std::filesystem::path(line.operand(0)));
+    const jet::CheckResult result = jet::checkDatabase(operation, sizeBytes);
+    const jet::Findings& findings = result.findings;
+    printFindings(findings, jet::Finding::Kind::Fault, findings.faultCount(), " weitere Fehler\n", console);
+    if (line.flag(kNotesFlag))
+        printFindings(findings, jet::Finding::Kind::Note, findings.noteCount(), " weitere Hinweise\n", console);
+    if (!result.isSound()) return kExitFaultsFound;
+    console.print(summary(result));
+    return kExitSuccess;
+}
+
+}  // namespace kontodb
