@@ -15,8 +15,8 @@ namespace jet::sql {
 /// What can be compared with each other.
 enum class ValueClass { Number, Text, Bytes, Guid };
 
-/// A column as conditions see it.
-struct ConditionColumn {
+/// A column as expressions see it.
+struct ExpressionColumn {
     base::Text name;
     ValueClass valueClass = ValueClass::Number;
     TextOrder order;  ///< of text columns
@@ -35,25 +35,31 @@ struct RequiredEquality {
     base::Value value;
 };
 
-/// A condition whose names are bound to the columns of one table, ready to be asked for each row.
+/// An expression whose names are bound to the columns of one table, ready to be asked for each row.
 ///
 /// Three truth values: a comparison with null is unknown, NOT unknown is unknown, and a row counts only if
 /// the condition is true. Numbers compare by value (yes/no as -1 and 0, dates as days), texts by their sort
 /// key. BETWEEN takes its bounds in either order. A number stands as a condition for "not zero". LIKE takes
 /// text and whole numbers; a pattern is text.
-class Condition {
+class BoundExpression {
 public:
     /// @param table  name under which the columns may be qualified
     /// @throws base::RuntimeError if a name is unknown or types do not match; so also for an empty table
-    Condition(const Expression& expression, base::TextView table, const std::vector<ConditionColumn>& columns);
-    Condition(const Condition&) = delete;
-    Condition& operator=(const Condition&) = delete;
-    Condition(Condition&&) noexcept;
-    Condition& operator=(Condition&&) noexcept;
-    ~Condition();
+    BoundExpression(const Expression& expression, base::TextView table, const std::vector<ExpressionColumn>& columns);
+    BoundExpression(const BoundExpression&) = delete;
+    BoundExpression& operator=(const BoundExpression&) = delete;
+    BoundExpression(BoundExpression&&) noexcept;
+    BoundExpression& operator=(BoundExpression&&) noexcept;
+    ~BoundExpression();
+
+    /// @throws base::RuntimeError if the expression can be neither true nor false
+    void expectCondition() const;
 
     /// Whether the condition is true, neither false nor unknown.
     bool holds(const ColumnValues& row) const;
+
+    /// What the expression stands for; of a condition true, false or null.
+    base::Value valueFor(const ColumnValues& row) const;
 
     /// The equalities with constants other than null at the condition's top, joined by AND alone.
     std::vector<RequiredEquality> requiredEqualities() const;
@@ -65,7 +71,7 @@ private:
 };
 
 /// The place of a column by its name, which case does not tell apart.
-std::optional<std::size_t> findColumn(const std::vector<ConditionColumn>& columns, base::TextView name);
+std::optional<std::size_t> findColumn(const std::vector<ExpressionColumn>& columns, base::TextView name);
 
 /// Whether two names of tables or columns are the same for the engine.
 bool namesAreEqual(base::TextView a, base::TextView b);

@@ -1,4 +1,4 @@
-#include "jet/sql/Condition.h"
+#include "jet/sql/BoundExpression.h"
 
 #include <algorithm>
 #include <compare>
@@ -99,7 +99,7 @@ std::optional<base::Text> textForLike(const base::Value& value) {
 }  // namespace
 
 /// The expression with its names bound and its constants made ready.
-struct Condition::Node {
+struct BoundExpression::Node {
     Kind kind = Kind::Literal;
     Comparison comparison = Comparison::Equal;
     bool isNegated = false;
@@ -123,7 +123,7 @@ struct Condition::Node {
     bool isLiteral() const { return kind == Kind::Literal; }
 };
 
-base::Value Condition::Node::valueFor(const ColumnValues& row) const {
+base::Value BoundExpression::Node::valueFor(const ColumnValues& row) const {
     if (isLiteral()) return value;
     if (isColumn()) return row.value(column);
     const Truth truth = truthFor(row);
@@ -131,11 +131,11 @@ base::Value Condition::Node::valueFor(const ColumnValues& row) const {
     return truth == Truth::True;
 }
 
-Comparable Condition::Node::comparableFor(const ColumnValues& row, TextOrder textOrder) const {
+Comparable BoundExpression::Node::comparableFor(const ColumnValues& row, TextOrder textOrder) const {
     return isLiteral() ? comparable : comparableOf(valueFor(row), textOrder);
 }
 
-Truth Condition::Node::truthFor(const ColumnValues& row) const {
+Truth BoundExpression::Node::truthFor(const ColumnValues& row) const {
     switch (kind) {
         case Kind::Literal:
         case Kind::Name: {
@@ -161,7 +161,7 @@ Truth Condition::Node::truthFor(const ColumnValues& row) const {
     return Truth::Unknown;
 }
 
-Truth Condition::Node::combine(const ColumnValues& row) const {
+Truth BoundExpression::Node::combine(const ColumnValues& row) const {
     const Truth decided = kind == Kind::And ? Truth::False : Truth::True;
     Truth truth = negated(decided);
     for (const Node& operand : operands) {
@@ -172,7 +172,7 @@ Truth Condition::Node::combine(const ColumnValues& row) const {
     return truth;
 }
 
-Truth Condition::Node::isBetween(const ColumnValues& row) const {
+Truth BoundExpression::Node::isBetween(const ColumnValues& row) const {
     const Comparable tested = operands[0].comparableFor(row, order);
     const Comparable first = operands[1].comparableFor(row, order);
     const Comparable second = operands[2].comparableFor(row, order);
@@ -183,7 +183,7 @@ Truth Condition::Node::isBetween(const ColumnValues& row) const {
     return either(lies(first, second), lies(second, first));
 }
 
-Truth Condition::Node::isIn(const ColumnValues& row) const {
+Truth BoundExpression::Node::isIn(const ColumnValues& row) const {
     const Comparable tested = operands[0].comparableFor(row, order);
     Truth truth = Truth::False;
     for (std::size_t i = 1; i < operands.size() && truth != Truth::True; ++i)
@@ -191,7 +191,7 @@ Truth Condition::Node::isIn(const ColumnValues& row) const {
     return truth;
 }
 
-Truth Condition::Node::isLike(const ColumnValues& row) const {
+Truth BoundExpression::Node::isLike(const ColumnValues& row) const {
     const base::Value tested = operands[0].valueFor(row);
     if (base::isNull(tested)) return Truth::Unknown;
     const auto text = textForLike(tested);
@@ -203,9 +203,9 @@ Truth Condition::Node::isLike(const ColumnValues& row) const {
 }
 
 /// Binds an expression to the columns of one table, and checks that what is compared can be.
-class Condition::Binder {
+class BoundExpression::Binder {
 public:
-    Binder(base::TextView table, const std::vector<ConditionColumn>& columns) : table_(table), columns_(columns) {}
+    Binder(base::TextView table, const std::vector<ExpressionColumn>& columns) : table_(table), columns_(columns) {}
 
     Node bind(const Expression& expression) const {
         Node node;
@@ -290,24 +290,30 @@ private:
     }
 
     base::TextView table_;
-    const std::vector<ConditionColumn>& columns_;
+    const std::vector<ExpressionColumn>& columns_;
 };
 
-Condition::Condition(const Expression& expression, base::TextView table, const std::vector<ConditionColumn>& columns) {
-    Node root = Binder(table, columns).bind(expression);
-    Binder::expectTruth(root);
-    root_ = std::make_unique<const Node>(std::move(root));
+BoundExpression::BoundExpression(const Expression& expression, base::TextView table,
+                                 const std::vector<ExpressionColumn>& columns)
+    : root_(std::make_unique<const Node>(Binder(table, columns).bind(expression))) {}
+
+BoundExpression::BoundExpression(BoundExpression&&) noexcept = default;
+BoundExpression& BoundExpression::operator=(BoundExpression&&) noexcept = default;
+BoundExpression::~BoundExpression() = default;
+
+void BoundExpression::expectCondition() const {
+    Binder::expectTruth(*root_);
 }
 
-Condition::Condition(Condition&&) noexcept = default;
-Condition& Condition::operator=(Condition&&) noexcept = default;
-Condition::~Condition() = default;
-
-bool Condition::holds(const ColumnValues& row) const {
+bool BoundExpression::holds(const ColumnValues& row) const {
     return root_->truthFor(row) == Truth::True;
 }
 
-std::vector<RequiredEquality> Condition::requiredEqualities() const {
+base::Value BoundExpression::valueFor(const ColumnValues& row) const {
+    return root_->valueFor(row);
+}
+
+std::vector<RequiredEquality> BoundExpression::requiredEqualities() const {
     std::vector<RequiredEquality> equalities;
     const auto look = [&](const Node& node) {
         if (node.kind != Kind::Compare || node.comparison != Comparison::Equal) return;
@@ -326,7 +332,7 @@ bool namesAreEqual(base::TextView a, base::TextView b) {
     return base::equalsIgnoringAsciiCase(a, b) || (sortKeyIsCertain(a) && sortKeyIsCertain(b) && textsAreEqual(a, b));
 }
 
-std::optional<std::size_t> findColumn(const std::vector<ConditionColumn>& columns, base::TextView name) {
+std::optional<std::size_t> findColumn(const std::vector<ExpressionColumn>& columns, base::TextView name) {
     for (std::size_t i = 0; i < columns.size(); ++i)
         if (namesAreEqual(columns[i].name, name)) return i;
     return std::nullopt;

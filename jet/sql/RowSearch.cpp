@@ -1,0 +1,63 @@
+#include "jet/sql/RowSearch.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "jet/IndexCursor.h"
+#include "jet/IndexKey.h"
+
+namespace jet::sql {
+
+RowSearch::RowSearch(const Table& table, const TableColumns& columns, const std::optional<Expression>& where)
+    : table_(table), columns_(columns) {
+    if (!where) return;
+    condition_.emplace(*where, table.name(), columns.names());
+    condition_->expectCondition();
+}
+
+void RowSearch::forEach(const std::function<void(const Row&)>& take) const {
+    if (const auto range = rangeOfCondition()) {
+        for (const RowPointer pointer : rowsInRange(*range)) {
+            const Row row = table_.rowAt(pointer);
+            if (isWanted(row)) take(row);
+        }
+        return;
+    }
+    for (RowCursor cursor(table_); cursor.next();)
+        if (isWanted(cursor.row())) take(cursor.row());
+}
+
+bool RowSearch::isWanted(const Row& row) const {
+    return !condition_ || condition_->holds(ValuesOfRow(table_, columns_, row));
+}
+
+/// The first index that can answer one of the equalities that the condition asks for, best a unique one.
+std::optional<RowSearch::IndexRange> RowSearch::rangeOfCondition() const {
+    std::optional<IndexRange> best;
+    if (!condition_) return best;
+    for (const RequiredEquality& equality : condition_->requiredEqualities()) {
+        const Column& column = columns_.column(equality.column);
+        for (const IndexDefinition& index : table_.definition().indexes) {
+            const bool fits = !index.columns.empty() && index.columns[0].columnNumber == column.number;
+            // With several columns an index that ignores nulls may leave out a row for the others' sake.
+            const bool whole = index.columns.size() == 1 || !index.ignoresNulls();
+            if (!fits || !whole || (best && !index.isUnique())) continue;
+            auto key = searchKeyPart(column, equality.value, index.columns[0].ascending);
+            if (key) best = IndexRange{&index, std::move(*key)};
+            if (best && best->index->isUnique()) return best;
+        }
+    }
+    return best;
+}
+
+/// Rows of equal keys stand in the index by their pointers, those of a longer key do not: hence the sorting.
+std::vector<RowPointer> RowSearch::rowsInRange(const IndexRange& range) const {
+    std::vector<RowPointer> pointers;
+    IndexCursor cursor(table_.source(), table_.definition(), *range.index);
+    for (cursor.seek(range.key); cursor.isAtEntry() && cursor.keyStartsWith(range.key); cursor.next())
+        pointers.push_back(rowAtEntry(table_, *range.index, cursor).pointer);
+    std::sort(pointers.begin(), pointers.end());
+    return pointers;
+}
+
+}  // namespace jet::sql
