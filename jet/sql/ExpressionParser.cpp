@@ -95,6 +95,7 @@ Expression ExpressionParser::parseNot() {
 }
 
 Expression ExpressionParser::parsePredicates() {
+    if (subject_ != nullptr) return parseRulePart(*subject_);
     Expression left = parseOperand();
     for (std::size_t count = 0; parsePredicate(left); ++count)
         if (count == kMaxExpressionDepth) throw tooComplex();
@@ -130,6 +131,30 @@ bool ExpressionParser::parsePredicate(Expression& left) {
     }
     left.negated = negated;
     return true;
+}
+
+bool ExpressionParser::atPredicate() const {
+    return comparisonAt(reader_) || reader_.at(u"IS") || reader_.at(u"BETWEEN") || reader_.at(u"IN") ||
+           reader_.at(u"LIKE");
+}
+
+/// What stands in brackets is a part of its own, and never an operand: (5) < Nr would not say which 5 is meant.
+Expression ExpressionParser::parseRulePart(const Expression& subject) {
+    if (reader_.take(u"(")) {
+        const Level level(*this);
+        Expression inner = parseOr();
+        if (!reader_.take(u")")) fail();
+        return inner;
+    }
+    subject_ = nullptr;
+    Expression part = atPredicate() ? subject : parseOperand();
+    if (!parsePredicate(part) && part.kind == Kind::Literal) {
+        Expression isEqual = node(Kind::Compare, subject);
+        isEqual.operands.push_back(std::move(part));
+        part = std::move(isEqual);
+    }
+    subject_ = &subject;
+    return part;
 }
 
 Expression ExpressionParser::parseRange(Expression left) {

@@ -20,7 +20,10 @@ inline constexpr std::size_t kMaxExpressionDepth = 100;
 class ExpressionParser {
 public:
     /// The expression begins at the reader's present token.
-    explicit ExpressionParser(TokenReader& reader) : reader_(reader), begin_(reader.token().begin) {}
+    /// @param subject  of a validation rule: the column that stands where a predicate has no first operand, and that
+    ///                 is to be equal to a literal that stands alone; must outlive the parser
+    explicit ExpressionParser(TokenReader& reader, const Expression* subject = nullptr)
+        : reader_(reader), subject_(subject), begin_(reader.token().begin) {}
 
     /// Stops at the first token that cannot belong to the expression.
     /// @throws base::RuntimeError if it is broken, too deep or beyond what the engine understands
@@ -37,6 +40,8 @@ private:
     Expression parseNot();
     Expression parsePredicates();
     bool parsePredicate(Expression& left);
+    bool atPredicate() const;
+    Expression parseRulePart(const Expression& subject);
     Expression parseRange(Expression left);
     Expression parseList(Expression left);
     Expression parseOperand();
@@ -45,6 +50,7 @@ private:
     base::TextView wholeExpression() const;
 
     TokenReader& reader_;
+    const Expression* subject_;
     std::size_t begin_;
     std::size_t depth_ = 0;
 };

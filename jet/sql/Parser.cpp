@@ -120,7 +120,7 @@ Insert StatementParser::parseInsert() {
     reader_.advance();
     if (!reader_.atEnd() && !reader_.at(u";")) fail(kInsertStatement);
     const bool counted = insert.columns.empty() || insert.columns.size() == insert.values.size();
-    if (!counted) throw brokenClause(kInsertStatement);
+    if (!counted) throw valuesDoNotFitColumns();
     return insert;
 }
 

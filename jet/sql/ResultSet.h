@@ -47,6 +47,9 @@ class ResultSet {
 public:
     explicit ResultSet(const TableDefinition& definition);
 
+    /// The table's, as it was then.
+    const TableDefinition& definition() const { return *definition_; }
+
     std::size_t columnCount() const { return columns_.size(); }
     const Column& column(std::size_t column) const { return *columns_[column]; }
     std::size_t rowCount() const { return rows_.size(); }

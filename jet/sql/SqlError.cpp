@@ -44,6 +44,20 @@ base::RuntimeError brokenClause(base::TextView clause) {
     return {kSyntax, join(u"Syntaxfehler in ", clause, u".")};
 }
 
+base::RuntimeError unknownColumnOfInsert(base::TextView column) {
+    return {kSyntax, join(u"Die INSERT INTO-Anweisung enthält folgenden unbekannten Feldnamen: '", column,
+                          u"'. Stellen Sie sicher, dass Sie den Namen richtig eingegeben haben, und versuchen Sie es "
+                          u"erneut.")};
+}
+
+base::RuntimeError columnNamedTwice(base::TextView column) {
+    return {kSyntax, join(u"Doppeltes Ausgabeziel '", column, u"'.")};
+}
+
+base::RuntimeError valuesDoNotFitColumns() {
+    return {kSyntax, u"Die Anzahl der Abfragewerte stimmt nicht mit der Anzahl der Zielfelder überein."};
+}
+
 base::RuntimeError otherStatement() {
     return {kSyntax, u"Unzulässige SQL-Anweisung; 'DELETE', 'INSERT', 'PROCEDURE', 'SELECT' oder 'UPDATE' erwartet."};
 }

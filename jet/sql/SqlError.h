@@ -21,6 +21,12 @@ base::RuntimeError brokenDate(base::TextView expression);
 /// -2147217900: a clause or statement ("FROM-Klausel", "UPDATE-Anweisung") is broken.
 base::RuntimeError brokenClause(base::TextView clause);
 
+/// -2147217900: an INSERT names a column that the table has not, or one column twice; values and columns differ in
+/// number.
+base::RuntimeError unknownColumnOfInsert(base::TextView column);
+base::RuntimeError columnNamedTwice(base::TextView column);
+base::RuntimeError valuesDoNotFitColumns();
+
 /// -2147217900: the text begins with none of the statements there are.
 base::RuntimeError otherStatement();
 

@@ -1,0 +1,24 @@
+#include "jet/sql/DeleteExecutor.h"
+
+#include <vector>
+
+#include "jet/TableWriter.h"
+#include "jet/sql/RowSearch.h"
+#include "jet/sql/TableColumns.h"
+#include "jet/sql/TableExpressions.h"
+
+namespace jet::sql {
+
+std::int32_t executeDelete(PageStore& store, const Delete& statement) {
+    const TableExpressions expressions;
+    TableWriter writer(store, statement.table, WriteKind::Execute, expressions);
+    const TableColumns columns(writer.table().definition());
+    std::vector<RowPointer> rows;
+    RowSearch(writer.table(), columns, statement.where).forEach([&](const Row& row) { rows.push_back(row.pointer); });
+    for (const RowPointer row : rows)
+        // A relationship of the table with itself may have deleted it along with another one.
+        if (writer.find(row)) writer.remove(row);
+    return static_cast<std::int32_t>(rows.size());
+}
+
+}  // namespace jet::sql

@@ -1,0 +1,40 @@
+#include "jet/sql/Execution.h"
+
+#include <variant>
+
+#include "jet/Transaction.h"
+#include "jet/sql/DeleteExecutor.h"
+#include "jet/sql/InsertExecutor.h"
+#include "jet/sql/Parser.h"
+#include "jet/sql/SelectExecutor.h"
+#include "jet/sql/UpdateExecutor.h"
+
+namespace jet::sql {
+
+namespace {
+
+std::int32_t executeIn(Transaction& transaction, const Statement& statement) {
+    if (const auto* update = std::get_if<Update>(&statement)) return executeUpdate(transaction, *update);
+    if (const auto* remove = std::get_if<Delete>(&statement)) return executeDelete(transaction, *remove);
+    return executeInsert(transaction, std::get<Insert>(statement));
+}
+
+}  // namespace
+
+std::int32_t execute(Database& database, const Statement& statement) {
+    if (const auto* select = std::get_if<Select>(&statement)) {
+        ReadOperation operation = database.beginRead();
+        executeSelect(operation, *select);
+        return 0;
+    }
+    Transaction transaction(database, WriteKind::Execute);
+    const std::int32_t rows = executeIn(transaction, statement);
+    transaction.commit();
+    return rows;
+}
+
+std::int32_t execute(Database& database, base::TextView statement) {
+    return execute(database, parse(statement));
+}
+
+}  // namespace jet::sql

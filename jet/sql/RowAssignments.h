@@ -1,0 +1,29 @@
+#pragma once
+
+#include <vector>
+
+#include "jet/Column.h"
+#include "jet/TableWriter.h"
+#include "jet/sql/BoundExpression.h"
+
+namespace jet::sql {
+
+/// What a statement stores in the columns of a row.
+class RowAssignments {
+public:
+    /// @param column  must outlive the assignments
+    /// @throws base::RuntimeError if the column has got a value already
+    void add(const Column& column, BoundExpression value);
+
+    /// The values, computed from those that the row has now.
+    std::vector<Assignment> valuesFor(const ColumnValues& row) const;
+
+private:
+    struct Target {
+        const Column* column;
+        BoundExpression value;
+    };
+    std::vector<Target> targets_;
+};
+
+}  // namespace jet::sql

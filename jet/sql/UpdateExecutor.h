@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstdint>
+
+#include "jet/PageStore.h"
+#include "jet/sql/Statement.h"
+
+namespace jet::sql {
+
+/// Carries out an UPDATE. The rows are found first, through an index where one fits, then changed; each value is computed
+/// from what its row held before.
+/// @param store  a transaction, to be dropped if this throws
+/// @return the number of rows changed, those included that already had the values
+/// @throws base::RuntimeError: unknown table or column, types that do not match; all that TableWriter throws
+std::int32_t executeUpdate(PageStore& store, const Update& statement);
+
+}  // namespace jet::sql
