@@ -8,8 +8,8 @@
 namespace jet::sql {
 
 void RowAssignments::add(const Column& column, BoundExpression value) {
-    const bool isTaken = std::any_of(targets_.begin(), targets_.end(),
-                                     [&](const Target& target) { return target.column == &column; });
+    const bool isTaken =
+        std::any_of(targets_.begin(), targets_.end(), [&](const Target& target) { return target.column == &column; });
     if (isTaken) throw columnNamedTwice(column.name);
     targets_.push_back({&column, std::move(value)});
 }

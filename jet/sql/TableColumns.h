@@ -31,9 +31,7 @@ class ValuesOfRow final : public ColumnValues {
 public:
     ValuesOfRow(const Table& table, const TableColumns& columns, const Row& row)
         : table_(table), columns_(columns), row_(row) {}
-    base::Value value(std::size_t column) const override {
-        return table_.value(row_.view, columns_.column(column));
-    }
+    base::Value value(std::size_t column) const override { return table_.value(row_.view, columns_.column(column)); }
 
 private:
     const Table& table_;

@@ -7,8 +7,8 @@
 
 namespace jet::sql {
 
-/// Carries out an UPDATE. The rows are found first, through an index where one fits, then changed; each value is computed
-/// from what its row held before.
+/// Carries out an UPDATE. The rows are found first, through an index where one fits, then changed; each value is
+/// computed from what its row held before.
 /// @param store  a transaction, to be dropped if this throws
 /// @return the number of rows changed, those included that already had the values
 /// @throws base::RuntimeError: unknown table or column, types that do not match; all that TableWriter throws

@@ -106,7 +106,8 @@ TEST(StatementErrors, SayWhatUsersOfSuchFilesKnow) {
         {u"UPDATE Konto SET Name = 'O'Neil' WHERE Nr = 1", inExpression(missing, "'O'Neil' WHERE Nr = 1")},
         {u"UPDATE Konto SET Name = 'a', Nr = 2 WHERE Nr = 1", readOnly},
         {u"DELETE FROM Konto WHERE Nr = 1", readOnly},
-        {u"INSERT INTO Konto (Nr, Name) VALUES (1)", "-2147217900: Syntaxfehler in INSERT INTO-Anweisung."},
+        {u"INSERT INTO Konto (Nr, Name) VALUES (1)",
+         "-2147217900: Die Anzahl der Abfragewerte stimmt nicht mit der Anzahl der Zielfelder überein."},
         {u"INSERT INTO Konto (Nr, Name) VALUES (-1, 'a')", readOnly},
     };
     for (const auto& [statement, error] : cases)
