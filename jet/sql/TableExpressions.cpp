@@ -32,7 +32,7 @@ base::Date today(const std::tm& local) {
     const std::chrono::year_month_day date{std::chrono::year(local.tm_year + 1900),
                                            std::chrono::month(static_cast<unsigned>(local.tm_mon) + 1),
                                            std::chrono::day(static_cast<unsigned>(local.tm_mday))};
-    return {kDayOfUnixEpoch + static_cast<double>(std::chrono::sys_days(date).time_since_epoch().count())};
+    return {kDayOfUnixEpoch + static_cast<double>(std::chrono::sys_days{date}.time_since_epoch().count())};
 }
 
 base::Date now(const std::tm& local) {
