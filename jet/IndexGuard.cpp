@@ -4,6 +4,7 @@
 
 #include "jet/IndexCursor.h"
 #include "jet/IndexKey.h"
+#include "jet/IndexNode.h"
 #include "jet/WriteErrors.h"
 
 namespace jet {
@@ -29,6 +30,8 @@ IndexEntryKey keyToWrite(PageSource& source, const IndexDefinition& index, const
     if (entry.hasEntry && !keyOfRowIsCertain(source, index, row)) throw uncertainKey(index.name);
     entry.hasNull = std::ranges::any_of(
         index.columns, [&](const IndexColumn& part) { return row.isNull(*columnOf(row.definition(), part)); });
+    if (entry.hasNull && (index.isRequired() || index.isPrimary)) throw nullInIndex();
+    if (entry.key.size() + kIndexRowBytes > kLongestIndexEntry) throw keyTooLong(index.name);
     return entry;
 }
 

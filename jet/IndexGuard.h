@@ -18,10 +18,12 @@ struct IndexEntryKey {
 };
 
 /// For a row that is to be written.
-/// @throws RuntimeError if the key of one of its texts is not certain (sortKeyIsCertain)
+/// @throws RuntimeError if the key of one of its texts is not certain (sortKeyIsCertain), if the key is too long, if it
+///         holds null and the index wants values
 IndexEntryKey keyToWrite(PageSource& source, const IndexDefinition& index, const RowView& row);
 
-/// For an index with texts: makes the keys of the rows in its first and its last leaf again.
+/// For an index with texts, once before the first change of a file that is open: makes the keys of the rows in its
+/// first and its last leaf again.
 /// @throws RuntimeError if one is not what stands in the index, unless it is not certain anyway; damage
 void requireOwnKeys(const Table& table, const IndexDefinition& index);
 

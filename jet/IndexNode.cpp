@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <utility>
 
 namespace jet {
 
@@ -37,27 +38,42 @@ void IndexNode::replaceEntry(std::size_t i, std::span<const std::uint8_t> entry)
     places_[i] = keep(entry, places_[i].child);
 }
 
-/// Bytes that these entries take on a page of their own, with the best prefix (see IndexPageBuilder).
-std::size_t IndexNode::storedBytes(std::size_t begin, std::size_t end) const {
-    if (begin == end) return 0;
+/// Bytes of these entries without a prefix.
+std::size_t IndexNode::wholeBytes(std::size_t begin, std::size_t end) const {
     std::size_t sum = 0;
     for (std::size_t i = begin; i < end; ++i)
         sum += places_[i].bytes + (isLeaf_ ? 0 : kIndexChildBytes);
+    return sum;
+}
+
+/// Bytes that these entries take on a page of their own, with the best prefix (see IndexPageBuilder).
+std::size_t IndexNode::storedBytes(std::size_t whole, std::size_t begin, std::size_t end) const {
+    if (begin == end) return 0;
     const auto first = entry(begin);
     const auto last = entry(end - 1);
     const auto shared = std::mismatch(first.begin(), first.end(), last.begin(), last.end()).first - first.begin();
     const std::size_t prefix = std::min({static_cast<std::size_t>(shared), first.size() - 1, last.size() - 1});
-    return sum - (end - begin - 1) * prefix;
+    return whole - (end - begin - 1) * prefix;
+}
+
+bool IndexNode::fitsCutAt(std::size_t cut) const {
+    return storedBytes(wholeBytes(0, cut), 0, cut) <= kIndexEntriesBytes &&
+           storedBytes(wholeBytes(cut, size()), cut, size()) <= kIndexEntriesBytes;
 }
 
 std::size_t IndexNode::middle() const {
     assert(size() >= 2);
-    std::size_t best = 1;
+    const std::size_t fewest = !isLeaf_ && childCount() >= 4 ? 2 : 1;
+    const std::size_t end = std::min(size() - 1, childCount() - fewest);
+    const std::size_t all = wholeBytes(0, size());
+    std::size_t wholeBefore = wholeBytes(0, fewest - 1);
+    std::size_t best = fewest;
     std::size_t bestBytes = SIZE_MAX;
-    for (std::size_t cut = 1; cut < size(); ++cut) {
-        const std::size_t before = storedBytes(0, cut);
-        if (cut > 1 && before > kIndexEntriesBytes) break;
-        const std::size_t larger = std::max(before, storedBytes(cut, size()));
+    for (std::size_t cut = fewest; cut <= end; ++cut) {
+        wholeBefore += wholeBytes(cut - 1, cut);
+        const std::size_t before = storedBytes(wholeBefore, 0, cut);
+        if (cut > fewest && before > kIndexEntriesBytes) break;
+        const std::size_t larger = std::max(before, storedBytes(all - wholeBefore, cut, size()));
         if (larger < bestBytes) {
             best = cut;
             bestBytes = larger;
@@ -72,6 +88,17 @@ IndexNode IndexNode::takeFront(std::size_t count) {
         front.insert(i, entry(i), child(i));
     places_.erase(places_.begin(), places_.begin() + static_cast<std::ptrdiff_t>(count));
     return front;
+}
+
+void IndexNode::absorb(const IndexNode& before, std::span<const std::uint8_t> upTo) {
+    std::vector<Place> joined;
+    joined.reserve(before.childCount() + size() + 1);
+    for (std::size_t i = 0; i < before.size(); ++i)
+        joined.push_back(keep(before.entry(i), before.child(i)));
+    if (before.tail != 0) joined.push_back(keep(upTo, before.tail));
+    joined.insert(joined.end(), places_.begin(), places_.end());
+    places_ = std::move(joined);
+    previous = before.previous;
 }
 
 void IndexNode::write(std::span<std::uint8_t> page, PageNumber definitionPage, std::uint8_t height) const {

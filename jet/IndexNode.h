@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <span>
 #include <vector>
 
@@ -37,14 +36,24 @@ public:
     void erase(std::size_t i) { places_.erase(places_.begin() + static_cast<std::ptrdiff_t>(i)); }
     void replaceEntry(std::size_t i, std::span<const std::uint8_t> entry);
 
-    bool fits() const { return fits(0, size()); }
+    /// Bytes that its entries take on a page.
+    std::size_t storedBytes() const { return storedBytes(wholeBytes(0, size()), 0, size()); }
+    bool fits() const { return storedBytes() <= kIndexEntriesBytes; }
+
+    /// Whether two pages take what is before and behind a cut.
+    bool fitsCutAt(std::size_t cut) const;
 
     /// Where to cut a node of at least two entries that does not fit: the entries before go to another page. Both
-    /// parts fit if that can be, and are about equally large; else the first one fits.
+    /// parts fit if that can be, and are about equally large; else the first one fits. Each part of a node has two
+    /// children at least, if there are four.
     std::size_t middle() const;
 
     /// Moves the first entries to a node of their own; links and tail stay here.
     IndexNode takeFront(std::size_t count);
+
+    /// Puts the contents of the page before in front of its own, and has that page's previous one then.
+    /// @param upTo  a node's entry for the tail of the page before
+    void absorb(const IndexNode& before, std::span<const std::uint8_t> upTo);
 
     /// @param page  all of its bytes are written
     void write(std::span<std::uint8_t> page, PageNumber definitionPage, std::uint8_t height) const;
@@ -63,8 +72,8 @@ private:
         return std::span(bytes_).subspan(place.offset, place.bytes);
     }
     Place keep(std::span<const std::uint8_t> entry, PageNumber child);
-    std::size_t storedBytes(std::size_t begin, std::size_t end) const;
-    bool fits(std::size_t begin, std::size_t end) const { return storedBytes(begin, end) <= kIndexEntriesBytes; }
+    std::size_t wholeBytes(std::size_t begin, std::size_t end) const;
+    std::size_t storedBytes(std::size_t whole, std::size_t begin, std::size_t end) const;
 
     bool isLeaf_;
     base::Bytes bytes_;  ///< of all entries there ever were, in any order

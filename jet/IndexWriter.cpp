@@ -1,6 +1,7 @@
 #include "jet/IndexWriter.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "jet/DefinitionCounters.h"
 #include "jet/Errors.h"
@@ -14,6 +15,10 @@ namespace {
 constexpr std::size_t kMaxHeight = 16;
 constexpr std::size_t kPreviousOffset = 12;
 constexpr std::size_t kNextOffset = 16;
+
+/// Neighbours that take no more together become one. Half a page, so that neither the next entry splits them again nor
+/// the next removal finds another one to join.
+constexpr std::size_t kJoinedBytes = kIndexEntriesBytes / 2;
 
 bool isLess(std::span<const std::uint8_t> a, std::span<const std::uint8_t> b) {
     return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end());
@@ -37,7 +42,10 @@ IndexWriter::IndexWriter(PageStore& store, PageAllocator& allocator, const Table
       allocator_(allocator),
       table_(table),
       indexNumber_(indexNumber),
-      map_(store, allocator, table.indexes.at(indexNumber).usageMap) {}
+      map_(store, allocator, table.indexes.at(indexNumber).usageMap) {
+    const IndexDefinition& index = table.indexes[indexNumber];
+    if (index.usageMap.isNone()) throw damaged(table.page, u"Dem Index '" + index.name + u"' fehlt die Belegungskarte");
+}
 
 bool IndexWriter::hasKey(std::span<const std::uint8_t> key) const {
     IndexCursor cursor(store_, table_, table_.indexes[indexNumber_]);
@@ -62,7 +70,10 @@ void IndexWriter::insert(std::span<const std::uint8_t> key, RowPointer row, bool
     leaf.isChanged = true;
     const bool isLast = place + 1 == leaf.node.size();
     if (isLast) lastChanged(path_.size() - 1);
-    settle(isLast && leaf.node.next == 0);
+    if (isLast && leaf.node.next == 0)
+        settle(Place::Last);
+    else
+        settle(place == 0 && leaf.node.previous == 0 ? Place::First : Place::Between);
     if (isKnown) return;
     DefinitionCounters counters(store_, table_);
     counters.setDistinctKeys(indexNumber_, counters.distinctKeys(indexNumber_) + 1);
@@ -82,8 +93,10 @@ void IndexWriter::remove(std::span<const std::uint8_t> key, RowPointer row) {
         dropEmpty(path_.size() - 1);
     else if (place == leaf.node.size())
         lastChanged(path_.size() - 1);
-    settle(false);
-    lower();
+    for (std::size_t level = path_.size() - 1; level > 0; --level)
+        joinSmall(level);
+    settle(Place::Between);
+    if (path_[0].node.childCount() == 1 && !path_[0].node.isLeaf()) lower();
 }
 
 void IndexWriter::removeEntryOf(RowPointer row) {
@@ -119,8 +132,13 @@ void IndexWriter::descend(std::span<const std::uint8_t> entry) {
         path_[level].height = static_cast<std::uint8_t>(path_.size() - 1 - level);
 }
 
-/// @param after, upTo  bounds of the page's entries; empty for none
 void IndexWriter::push(PageNumber page, std::span<const std::uint8_t> after, std::span<const std::uint8_t> upTo) {
+    path_.push_back({page, readPage(page, after, upTo), 0, false, 0});
+}
+
+/// @param after, upTo  bounds of the page's entries; empty for none
+IndexNode IndexWriter::readPage(PageNumber page, std::span<const std::uint8_t> after,
+                                std::span<const std::uint8_t> upTo) const {
     IndexNode node(IndexPage(store_.page(page), table_.page));
     const bool isOutside = node.size() != 0 && ((!after.empty() && !isLess(after, node.entry(0))) ||
                                                 (!upTo.empty() && isLess(upTo, node.entry(node.size() - 1))));
@@ -128,7 +146,7 @@ void IndexWriter::push(PageNumber page, std::span<const std::uint8_t> after, std
     if (isOutside || isTwice) {
         throw damaged(page, u"Die Einträge der Indexseite liegen außerhalb der Grenzen, die ihr Knoten setzt");
     }
-    path_.push_back({page, std::move(node), 0, false, 0});
+    return node;
 }
 
 /// The last entry of a page has changed: the node above whose entry tells of it is changed too. Nodes in which the path
@@ -147,8 +165,7 @@ void IndexWriter::lastChanged(std::size_t level) {
 }
 
 /// Splits what has become too large and writes what has changed, from the leaf upwards.
-/// @param isAppended  the last entry of all has been added
-void IndexWriter::settle(bool isAppended) {
+void IndexWriter::settle(Place place) {
     for (std::size_t level = path_.size(); level > 0; --level) {
         if (!path_[level - 1].isChanged) continue;
         if (level == 1 && !path_[0].node.fits()) {
@@ -157,7 +174,7 @@ void IndexWriter::settle(bool isAppended) {
         }
         Level& at = path_[level - 1];
         while (!at.node.fits())
-            split(level - 1, isAppended);
+            split(level - 1, place);
         at.node.write(store_.change(at.page), table_.page, at.height);
     }
 }
@@ -173,13 +190,14 @@ void IndexWriter::raise() {
 
 /// Cuts a page in two; its parent gets an entry for the first part. The first part goes to a new page and what refers
 /// to the page stays right, except at the end of all entries: there the page stays, full, and the new page is the end.
-void IndexWriter::split(std::size_t level, bool isAppended) {
+void IndexWriter::split(std::size_t level, Place place) {
     Level& at = path_[level];
     Level& parent = path_[level - 1];
     const base::Text& name = table_.indexes[indexNumber_].name;
     if (at.node.size() < 2) throw keyTooLong(name);
-    const bool isEnd = isAppended && isRightmost(level);
-    IndexNode front = at.node.takeFront(isEnd ? at.node.size() - 1 : at.node.middle());
+    const std::size_t edge = cutAtEdge(level, place);
+    const bool isEnd = edge != 0 && place == Place::Last;
+    IndexNode front = at.node.takeFront(edge != 0 ? edge : at.node.middle());
     const PageNumber added = allocate();
     const PageNumber frontPage = isEnd ? at.page : added;
     if (isEnd) at.page = added;
@@ -197,6 +215,21 @@ void IndexWriter::split(std::size_t level, bool isAppended) {
     parent.node.insert(parent.position, front.entry(front.size() - 1), frontPage);
     ++parent.position;
     parent.isChanged = true;
+}
+
+/// Where to cut a page on the first or last path, so that what entries in their order leave behind is full: the edge
+/// gets no more than must be.
+/// @return 0 if the page lies elsewhere
+std::size_t IndexWriter::cutAtEdge(std::size_t level, Place place) const {
+    const IndexNode& node = path_[level].node;
+    const std::size_t fewest = node.isLeaf() ? 1 : 2;
+    if (place == Place::Between || node.childCount() < 2 * fewest) return 0;
+    for (std::size_t i = 0; i < level; ++i) {
+        const Level& above = path_[i];
+        if (above.position != (place == Place::First ? 0 : above.node.childCount() - 1)) return 0;
+    }
+    const std::size_t cut = place == Place::First ? fewest : node.childCount() - fewest;
+    return node.fitsCutAt(cut) ? cut : 0;
 }
 
 /// Takes a page without children or entries out of the tree; parents that become empty too follow it.
@@ -237,6 +270,55 @@ void IndexWriter::dropEmpty(std::size_t level) {
     parent.node.erase(last);
 }
 
+/// Joins a page that has become small with a neighbour under the same parent. A node with one child is joined even if
+/// that is too much for a page: the split that follows gives both of them several.
+void IndexWriter::joinSmall(std::size_t level) {
+    const IndexNode& node = path_[level].node;
+    const Level& parent = path_[level - 1];
+    const bool isLone = !node.isLeaf() && node.childCount() == 1;
+    if (!isLone && node.storedBytes() > kJoinedBytes) return;
+    if (parent.position > 0 && join(level, true)) return;
+    if (parent.position + 1 < parent.node.childCount()) join(level, false);
+}
+
+/// The second one of two neighbours takes over the contents of the first, whose page becomes free.
+/// @return false, and nothing changed, if they take too much together
+bool IndexWriter::join(std::size_t level, bool withPrevious) {
+    Level& at = path_[level];
+    Level& parent = path_[level - 1];
+    const bool isLone = !at.node.isLeaf() && at.node.childCount() == 1;
+    const std::size_t front = withPrevious ? parent.position - 1 : parent.position;
+    const PageNumber frontPage = parent.node.childAt(front);
+    const PageNumber backPage = parent.node.childAt(front + 1);
+    const auto between = parent.node.entry(front);
+    IndexNode neighbour = withPrevious ? readPage(frontPage, {}, between) : readPage(backPage, between, {});
+    if (neighbour.isLeaf() != at.node.isLeaf()) {
+        throw damaged(withPrevious ? frontPage : backPage,
+                      u"Die Indexseite liegt auf einer anderen Ebene als ihre Nachbarin");
+    }
+    const IndexNode& before = withPrevious ? neighbour : at.node;
+    IndexNode joined = withPrevious ? at.node : neighbour;
+    if (before.tail != 0 && before.size() != 0 && !isLess(before.entry(before.size() - 1), between)) {
+        throw damaged(frontPage, u"Die Einträge der Indexseite liegen außerhalb der Grenzen, die ihr Knoten setzt");
+    }
+    if (joined.isLeaf() && (before.next != backPage || joined.previous != frontPage)) {
+        throw damaged(frontPage, u"Die Verkettung der Indexseiten nennt nicht Seite " + base::decimal(backPage));
+    }
+    const std::size_t children = before.childCount();
+    joined.absorb(before, between);
+    if (!isLone && joined.storedBytes() > kJoinedBytes) return false;
+    relink(joined.previous, frontPage, backPage, true);
+    release(frontPage);
+    if (withPrevious) at.position += children;
+    at.page = backPage;
+    at.node = std::move(joined);
+    at.isChanged = true;
+    parent.node.erase(front);
+    parent.position = front;
+    parent.isChanged = true;
+    return true;
+}
+
 /// A root with one child takes over its contents.
 void IndexWriter::lower() {
     const PageNumber rootPage = table_.indexes[indexNumber_].rootPage;
@@ -254,11 +336,6 @@ void IndexWriter::lower() {
         std::ranges::copy(bytes, store_.change(rootPage).begin());
         release(child);
     }
-}
-
-bool IndexWriter::isRightmost(std::size_t level) const {
-    return std::all_of(path_.begin(), path_.begin() + static_cast<std::ptrdiff_t>(level),
-                       [](const Level& above) { return above.position + 1 == above.node.childCount(); });
 }
 
 /// Lets the link of a neighbour point to another page.

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <span>
 #include <vector>
 
@@ -20,6 +19,10 @@ namespace jet {
 /// - The root keeps its page. The tree becomes higher when the root is full, and lower when it has only one child left.
 /// - Leaves are linked with their neighbours over the whole index; no leaf or node but the root is empty.
 /// - The index's map holds the pages of the tree and no others; what leaves the tree is free.
+///
+/// Entries that come in their order, ascending or descending, leave full pages behind; what comes in any other order
+/// cuts full pages in the middle. A page that a removal leaves small joins a neighbour under the same parent where half
+/// a page takes both.
 ///
 /// A node that comes to be has a tail only on the rightmost path. Nodes of other writers may have tails elsewhere, or
 /// none: both are understood, and stay as they are.
@@ -54,15 +57,21 @@ private:
         std::uint8_t height;  ///< above the leaves
     };
 
+    /// Where an entry came among all others: it decides where a full page is cut.
+    enum class Place { First, Between, Last };
+
     void descend(std::span<const std::uint8_t> entry);
     void push(PageNumber page, std::span<const std::uint8_t> after, std::span<const std::uint8_t> upTo);
-    void settle(bool isAppended);
+    IndexNode readPage(PageNumber page, std::span<const std::uint8_t> after, std::span<const std::uint8_t> upTo) const;
+    void settle(Place place);
     void lastChanged(std::size_t level);
-    void split(std::size_t level, bool isAppended);
+    void split(std::size_t level, Place place);
+    std::size_t cutAtEdge(std::size_t level, Place place) const;
     void raise();
     void dropEmpty(std::size_t level);
+    void joinSmall(std::size_t level);
+    bool join(std::size_t level, bool withPrevious);
     void lower();
-    bool isRightmost(std::size_t level) const;
     void relink(PageNumber page, PageNumber from, PageNumber to, bool isNext);
     PageNumber allocate();
     void release(PageNumber page);

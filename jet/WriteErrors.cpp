@@ -31,6 +31,10 @@ base::RuntimeError keyTooLong(base::TextView index) {
     return failure(u"Der Wert ist zu lang für den " + indexNamed(index) + u".");
 }
 
+base::RuntimeError nullInIndex() {
+    return failure(u"Der Index oder Primärschlüssel kann keinen Nullwert enthalten.");
+}
+
 base::RuntimeError uncertainKey(base::TextView index) {
     return failure(
         u"Der " + indexNamed(index) +

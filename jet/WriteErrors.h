@@ -10,6 +10,8 @@ base::RuntimeError duplicateKey();
 base::RuntimeError rowTooLong();
 base::RuntimeError keyTooLong(base::TextView index);
 
+base::RuntimeError nullInIndex();
+
 /// The text's key is not known for certain, so the index must not be written by it.
 base::RuntimeError uncertainKey(base::TextView index);
 
