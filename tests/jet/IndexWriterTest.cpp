@@ -99,6 +99,7 @@ public:
     Entries expected;
     std::set<PageNumber> pages;  ///< of the tree, found by check()
     int height = 0;
+    std::size_t fewestChildren = 2;  ///< of a node
 
 private:
     base::Bytes lastEntry(PageNumber page) {
@@ -117,7 +118,7 @@ private:
         }
         if (!page.isLeaf() && page.tail() != 0) below = checkPage(page.tail(), false);
         const std::size_t children = page.size() + (page.tail() != 0 ? 1 : 0);
-        EXPECT_GE(children, page.isLeaf() ? (isRoot ? 0U : 1U) : 2U) << number;
+        EXPECT_GE(children, page.isLeaf() ? (isRoot ? 0U : 1U) : fewestChildren) << number;
         EXPECT_EQ(store.page(number).bytes.u8(26), below + 1);
         return below + 1;
     }
@@ -157,6 +158,8 @@ TEST(IndexWriter, HoldsAnySetOfEntriesWhileItGrowsAndShrinks) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         Tree tree(false);
+        // Of three entries that take more than a page, one may come to stand alone.
+        if (c.longest > 1000) tree.fewestChildren = 1;
         const auto add = [&] {
             tree.insert(randomKey(random, c.shortest + random() % (c.longest - c.shortest)), randomRow(random));
         };
