@@ -19,6 +19,8 @@ enum class ErrorNumber : std::int32_t {
     MissingTable = -2147217865,   ///< 80040E37
     NotUpdated = -2147217887,     ///< 80040E21
     ReadOnly = -2147217911,       ///< 80040E09
+    TypeMismatch = -2147217913,   ///< 80040E07
+    FieldTooSmall = -2147217833,  ///< 80040E57
 };
 
 base::RuntimeError fileNotFound(base::TextView path);

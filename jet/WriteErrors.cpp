@@ -9,6 +9,22 @@ base::RuntimeError failure(base::Text description) {
     return {static_cast<std::int32_t>(ErrorNumber::Unspecified), std::move(description)};
 }
 
+/// Rules of columns have one number for record sets and another one for statements.
+base::RuntimeError failure(WriteKind kind, base::Text description) {
+    const ErrorNumber number = kind == WriteKind::Recordset ? ErrorNumber::NotUpdated : ErrorNumber::Unspecified;
+    return {static_cast<std::int32_t>(number), std::move(description)};
+}
+
+base::RuntimeError multipleStepFailure() {
+    return failure(WriteKind::Recordset,
+                   u"Fehler bei einer aus mehreren Schritten bestehenden OLE DB-Operation. Prüfen Sie die einzelnen "
+                   u"OLE DB-Statuswerte, falls vorhanden. Daten wurden nicht verarbeitet.");
+}
+
+base::Text quoted(base::TextView text) {
+    return u"'" + base::Text(text) + u"'";
+}
+
 base::Text indexNamed(base::TextView index) {
     return u"Index '" + base::Text(index) + u"'";
 }
@@ -44,6 +60,61 @@ base::RuntimeError uncertainKey(base::TextView index) {
 base::RuntimeError foreignKeys(base::TextView index) {
     return failure(u"Der " + indexNamed(index) +
                    u" ist nach einer anderen Sortierfolge aufgebaut. Die Tabelle kann nur gelesen werden.");
+}
+
+base::RuntimeError valueTooLong(WriteKind kind) {
+    if (kind == WriteKind::Recordset) return multipleStepFailure();
+    return {static_cast<std::int32_t>(ErrorNumber::FieldTooSmall),
+            u"Das Feld ist zu klein für die Datenmenge, die Sie hinzufügen wollten. Versuchen Sie, weniger Daten "
+            u"einzufügen."};
+}
+
+base::RuntimeError valueOfOtherType(WriteKind kind) {
+    if (kind == WriteKind::Recordset) return multipleStepFailure();
+    return {static_cast<std::int32_t>(ErrorNumber::TypeMismatch), u"Datentypenkonflikt in Kriterienausdruck."};
+}
+
+base::RuntimeError nullNotAllowed(WriteKind kind, base::TextView column) {
+    return failure(kind, u"Das Feld " + quoted(column) +
+                             u" kann keinen Nullwert enthalten, da die Required-Eigenschaft für dieses Feld auf True "
+                             u"gesetzt ist. Geben Sie einen Wert in dieses Feld ein.");
+}
+
+base::RuntimeError emptyTextNotAllowed(WriteKind kind, base::TextView column) {
+    return failure(kind, u"Feld " + quoted(column) + u" kann keine leere Zeichenfolge sein.");
+}
+
+base::RuntimeError columnNotUpdatable(WriteKind kind, base::TextView column) {
+    return failure(kind, u"Das Feld " + quoted(column) + u" kann nicht aktualisiert werden.");
+}
+
+base::RuntimeError ruleViolated(WriteKind kind, base::TextView text, base::TextView rule, base::TextView owner) {
+    if (!text.empty()) return failure(kind, base::Text(text));
+    return failure(kind, u"Ein oder mehrere Werte verstoßen gegen die Gültigkeitsregel " + quoted(rule) + u" für " +
+                             quoted(owner) +
+                             u". Geben Sie einen Wert ein, den der Ausdruck für dieses Feld akzeptieren kann.");
+}
+
+base::RuntimeError nullInIndex() {
+    return failure(u"Index oder Primärschlüssel darf keinen Nullwert enthalten.");
+}
+
+base::RuntimeError autoNumbersUsedUp() {
+    return failure(u"Die fortlaufenden Nummern der Tabelle sind aufgebraucht.");
+}
+
+base::RuntimeError relatedRowsExist(base::TextView table) {
+    return failure(u"Der Datensatz kann nicht gelöscht oder geändert werden, da die Tabelle " + quoted(table) +
+                   u" in Beziehung stehende Datensätze enthält.");
+}
+
+base::RuntimeError relatedRowMissing(base::TextView table) {
+    return failure(u"Der Datensatz kann nicht hinzugefügt oder geändert werden, da ein Datensatz in der Tabelle " +
+                   quoted(table) + u" mit diesem Datensatz in Beziehung stehen muss.");
+}
+
+base::RuntimeError tableNotWritable(base::TextView table, base::TextView what) {
+    return failure(u"Die Tabelle " + quoted(table) + u" kann nicht geschrieben werden: " + base::Text(what) + u".");
 }
 
 }  // namespace jet

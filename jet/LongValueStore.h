@@ -1,0 +1,41 @@
+#pragma once
+
+#include <map>
+#include <span>
+
+#include "base/Value.h"
+#include "jet/LongValue.h"
+#include "jet/RowPages.h"
+#include "jet/TableDefinition.h"
+
+namespace jet {
+
+/// The long values of a table: puts them on the pages of their columns and takes them off. What a row holds of a value
+/// belongs to this row alone. See docs/file-format.md, "Long values".
+class LongValueStore {
+public:
+    /// All must outlive the store.
+    LongValueStore(PageStore& store, PageAllocator& allocator, const TableDefinition& table);
+
+    /// Puts the value on pages, whatever its length.
+    /// @return the column's bytes in the row
+    /// @throws RuntimeError if the file is full, or the value longer than the format allows
+    base::Bytes add(const Column& column, std::span<const std::uint8_t> value);
+
+    /// Removes what lies outside of the row.
+    /// @param stored  the column's bytes in the row
+    /// @param row     for error messages
+    void remove(const Column& column, std::span<const std::uint8_t> stored, RowPointer row);
+
+private:
+    RowPages& pagesOf(const Column& column);
+    RowPointer addChain(RowPages& pages, std::span<const std::uint8_t> value);
+    void removeChain(RowPages& pages, RowPointer part);
+
+    PageStore& store_;
+    PageAllocator& allocator_;
+    const TableDefinition& table_;
+    std::map<std::uint16_t, RowPages> pages_;  ///< by column number
+};
+
+}  // namespace jet
