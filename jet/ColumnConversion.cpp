@@ -24,16 +24,14 @@ std::optional<Source> sourceOf(const Value& value) {
     return std::visit(
         [](const auto& held) -> std::optional<Source> {
             using Held = std::decay_t<decltype(held)>;
-            if constexpr (std::is_same_v<Held, bool>) return Source(ExactNumber(held ? -1 : 0));
-            if constexpr (std::is_integral_v<Held>) return Source(ExactNumber(held));
-            if constexpr (std::is_same_v<Held, base::Currency>)
-                return Source(ExactNumber(held.tenThousandths, kCurrencyScale));
-            if constexpr (std::is_same_v<Held, base::Decimal>) return Source(ExactNumber(held));
-            if constexpr (std::is_floating_point_v<Held>) return Source(static_cast<double>(held));
-            if constexpr (std::is_same_v<Held, base::Date>) return Source(held.days);
+            if constexpr (std::is_same_v<Held, bool>) return ExactNumber{held ? -1 : 0};
+            if constexpr (std::is_integral_v<Held>) return ExactNumber{held};
+            if constexpr (std::is_same_v<Held, base::Currency>) return ExactNumber{held.tenThousandths, kCurrencyScale};
+            if constexpr (std::is_same_v<Held, base::Decimal>) return ExactNumber{held};
+            if constexpr (std::is_floating_point_v<Held>) return static_cast<double>(held);
+            if constexpr (std::is_same_v<Held, base::Date>) return held.days;
             if constexpr (std::is_same_v<Held, base::Text>) {
-                if (const auto number = ExactNumber::fromText(base::toUtf8(base::trimBlanks(held))))
-                    return Source(*number);
+                if (const auto number = ExactNumber::fromText(base::toUtf8(base::trimBlanks(held)))) return *number;
             }
             return std::nullopt;
         },

@@ -13,7 +13,7 @@ ColumnRules::ColumnRules(const Table& table, const ExpressionReader& expressions
 
 /// Nothing for a property that is not there or says nothing.
 std::optional<Text> ColumnRules::textOf(const Column* column, TextView property) const {
-    const Property* found = properties_.find(column == nullptr ? TextView() : TextView(column->name), property);
+    const Property* found = properties_.find(column == nullptr ? TextView{} : TextView{column->name}, property);
     if (found == nullptr) return std::nullopt;
     const Text text = found->asText();
     if (base::trimBlanks(text).empty()) return std::nullopt;

@@ -19,6 +19,7 @@ public:
     explicit TableSet(PageStore& store) : store_(store), allocator_(store), catalog_(store) {}
     TableSet(const TableSet&) = delete;
     TableSet& operator=(const TableSet&) = delete;
+    ~TableSet() = default;
 
     PageStore& store() { return store_; }
     const Catalog& catalog() const { return catalog_; }

@@ -44,6 +44,7 @@ public:
     WritableTable(PageStore& store, PageAllocator& allocator, CatalogEntry entry);
     WritableTable(const WritableTable&) = delete;
     WritableTable& operator=(const WritableTable&) = delete;
+    ~WritableTable() = default;
 
     const Table& table() const { return table_; }
     const TableDefinition& definition() const { return table_.definition(); }
