@@ -1,0 +1,252 @@
+#include <gtest/gtest.h>
+#include <random>
+
+#include "jet/Catalog.h"
+#include "jet/DefinitionCounters.h"
+#include "jet/RowDraft.h"
+#include "jet/RowStore.h"
+#include "tests/jet/PagesInMemory.h"
+#include "tests/jet/WrittenFile.h"
+
+namespace jet {
+namespace {
+
+using base::Null;
+using base::Text;
+
+constexpr base::TextView kTable = u"Bestand";
+enum Place : std::uint16_t { kId, kName, kNote, kPicture, kFlag, kCount, kKey };
+
+test::SampleTable stock(bool isRequired = false) {
+    TableDesign design;
+    design.name = Text(kTable);
+    design.columns = {{u"Id", ColumnType::Long},         {u"Name", ColumnType::Text, 50}, {u"Notiz", ColumnType::Memo},
+                      {u"Bild", ColumnType::Ole},        {u"Aktiv", ColumnType::Boolean}, {u"Anzahl", ColumnType::Long},
+                      {u"Kennung", ColumnType::Text, 20}};
+    design.columns[kId].isAutoNumber = true;
+    design.columns[kName].isRequired = isRequired;
+    design.columns[kName].allowsZeroLength = false;
+    design.indexes = {{u"PrimaryKey", {{u"Id"}}, true},
+                      {u"Name", {{u"Name"}, {u"Anzahl", false}}},
+                      {u"Kennung", {{u"Kennung"}}, false, IndexDefinition::kUnique | IndexDefinition::kIgnoreNulls}};
+    return {design, {}};
+}
+
+/// Puts properties into the catalog, as a designer would.
+void setProperty(WrittenFile& file, base::TextView column, base::TextView name, base::TextView value) {
+    const Table table = *openTable(file.store, kTable);
+    PropertyBlob properties = table.properties();
+    Property property{Text(name), 1, 12, {}};
+    for (const char16_t unit : value) {
+        property.data.push_back(static_cast<std::uint8_t>(unit));
+        property.data.push_back(static_cast<std::uint8_t>(unit >> 8U));
+    }
+    properties.owners.push_back({static_cast<std::uint16_t>(column.empty() ? 0 : 1), Text(column), {property}});
+    const Table catalog(file.store, Catalog::ownEntry());
+    PageAllocator allocator(file.store);
+    LongValueStore longValues(file.store, allocator, catalog.definition());
+    RowStore rows(file.store, allocator, catalog.definition());
+    RowDraft draft(file.store, catalog.definition(), catalog.rowAt(table.entry().row).view);
+    draft.put(*catalog.definition().column(u"LvProp"), properties.encode());
+    rows.replace(table.entry().row, draft.finish(longValues));
+}
+
+Text someText(std::mt19937& random, std::size_t longest) {
+    Text text(random() % (longest + 1), u'x');
+    for (char16_t& unit : text)
+        unit = static_cast<char16_t>((random() % 3 != 0 ? u'a' : u'à') + random() % 20);
+    return text;
+}
+
+/// Values of a row without its number.
+std::vector<Assignment> someValues(std::mt19937& random) {
+    const std::size_t longest = random() % 4 == 0 ? 15'000 : 200;
+    std::vector<Assignment> values = {
+        {kName, someText(random, 49) + u"!"},
+        {kNote, random() % 4 == 0 ? base::Value(Null{}) : base::Value(someText(random, longest))},
+        {kPicture, random() % 3 == 0 ? base::Value(Null{}) : base::Value(base::Bytes(random() % longest, 7))},
+        {kFlag, static_cast<std::int16_t>(random() % 3)},
+        {kCount, static_cast<std::int32_t>(random() % 5)},
+        {kKey, Null{}}};
+    std::shuffle(values.begin(), values.end(), random);
+    values.resize(values.size() - random() % 3);
+    return values;
+}
+
+void apply(std::vector<base::Value>& row, const std::vector<Assignment>& values) {
+    for (const Assignment& value : values) {
+        const auto* number = std::get_if<std::int16_t>(&value.value);
+        row[value.column] = number != nullptr ? base::Value(*number != 0) : value.value;
+    }
+}
+
+TEST(TableWriter, ManyRandomChangesEndWhereAMapEnds) {
+    for (const unsigned seed : {1U, 2U}) {
+        std::mt19937 random(seed);
+        WrittenFile file({stock()});
+        std::map<std::int32_t, std::vector<base::Value>> expected;
+        for (int step = 0; step < 400; ++step) {
+            TableWriter writer = file.writer(kTable);
+            const auto kind = random() % 5;
+            if (kind < 2 || expected.empty()) {
+                RowOfValues row = writer.startRow();
+                const auto values = someValues(random);
+                writer.insert(row, values);
+                apply(row, values);
+                expected[std::get<std::int32_t>(row[kId])] = row;
+                continue;
+            }
+            auto chosen = std::next(expected.begin(), static_cast<std::ptrdiff_t>(random() % expected.size()));
+            if (kind == 4) {
+                writer.remove(file.find(kTable, chosen->first));
+                expected.erase(chosen);
+            } else {
+                const auto values = someValues(random);
+                writer.update(file.find(kTable, chosen->first), values);
+                apply(chosen->second, values);
+            }
+            if (step % 40 == 0) {
+                ASSERT_EQ(faultsOf(file.store, kTable), "") << "seed " << seed << ", step " << step;
+            }
+        }
+        EXPECT_EQ(file.rows(kTable), expected) << seed;
+        while (!expected.empty()) {
+            file.writer(kTable).remove(file.find(kTable, expected.begin()->first));
+            expected.erase(expected.begin());
+        }
+        EXPECT_EQ(faultsOf(file.store, kTable), "");
+        const Table table = *openTable(file.store, kTable);
+        EXPECT_TRUE(table.ownedPages().empty()) << "all pages of rows are free again";
+        for (const LongValueMaps& maps : table.definition().longValueMaps)
+            EXPECT_TRUE(UsageMap::read(file.store, maps.owned).empty());
+    }
+}
+
+TEST(TableWriter, ARowKeepsItsPlaceWhileItsBytesMove) {
+    TableDesign design;
+    design.name = Text(kTable);
+    design.columns = {{u"Id", ColumnType::Long}};
+    for (char16_t name = u'A'; name <= u'H'; ++name)
+        design.columns.push_back({Text(1, name), ColumnType::Text, 255});
+    WrittenFile file({{design, {}}});
+    const auto longText = [](std::size_t units) { return Text(units, u'Ω'); };
+    std::vector<RowPointer> rows;
+    for (std::int32_t i = 0; i < 6; ++i)
+        rows.push_back(file.writer(kTable).insert({{{0, i}, {1, longText(250)}}}));
+    ASSERT_EQ(rows.front().page, rows.back().page);
+    const auto grow = [&](std::size_t row, std::size_t units) {
+        file.writer(kTable).update(rows[row], {{{2, longText(units)}, {3, longText(units)}, {4, longText(units)}}});
+        const auto values = file.rows(kTable)[static_cast<std::int32_t>(row)];
+        EXPECT_EQ(values[3], base::Value(longText(units)));
+        return openTable(file.store, kTable)->rowAt(rows[row]).view.place();
+    };
+    EXPECT_EQ(grow(0, 5), rows[0]) << "the page has room";
+    const RowPointer moved = grow(1, 255);
+    EXPECT_NE(moved.page, rows[1].page);
+    EXPECT_EQ(grow(1, 250), moved) << "still too long for its old place";
+    EXPECT_NE(grow(2, 255), rows[2]);
+    file.writer(kTable).remove(rows[3]);
+    file.writer(kTable).remove(rows[4]);
+    EXPECT_EQ(grow(1, 1), rows[1]) << "it comes home";
+    EXPECT_EQ(file.rows(kTable).size(), 4U);
+    for (const std::size_t row : {0, 1, 2, 5})
+        file.writer(kTable).remove(rows[row]);
+    EXPECT_TRUE(openTable(file.store, kTable)->ownedPages().empty());
+}
+
+TEST(TableWriter, AutoNumbersAreGivenOnce) {
+    WrittenFile file({stock()});
+    const auto number = [](const RowOfValues& row) { return std::get<std::int32_t>(row[kId]); };
+    EXPECT_EQ(number(file.writer(kTable).startRow()), 1) << "dropped";
+    const RowPointer second = file.writer(kTable).insert(std::span<const Assignment>());
+    EXPECT_EQ(file.rows(kTable).begin()->first, 2);
+    file.writer(kTable).remove(second);
+    EXPECT_EQ(number(file.writer(kTable).startRow()), 3);
+    file.writer(kTable).insert({{{kId, std::int32_t{100}}}});
+    EXPECT_EQ(number(file.writer(kTable).startRow()), 101);
+    DefinitionCounters(file.store, openTable(file.store, kTable)->definition()).setLastAutoNumber(5);
+    EXPECT_EQ(number(file.writer(kTable).startRow()), 101) << "a counter that is out of date";
+    file.writer(kTable).insert({{{kId, std::int32_t{2147483647}}}});
+    EXPECT_THROW(file.writer(kTable).startRow(), base::RuntimeError);
+}
+
+TEST(TableWriter, RefusesBeforeAnythingIsChanged) {
+    WrittenFile file({stock(true)});
+    const RowPointer row = file.writer(kTable).insert({{{kName, Text(u"Erste")}, {kKey, Text(u"k1")}}});
+    file.writer(kTable).insert({{{kName, Text(u"Zweite")}, {kKey, Text(u"k2")}}});
+    setProperty(file, u"Anzahl", u"ValidationRule", u">0");
+    setProperty(file, u"Bild", u"ValidationRule", u"Rnd()>0");
+    file.store.settle();
+    const struct {
+        const char* what;
+        Assignment assignment;
+        std::int32_t recordset;
+        std::int32_t statement;
+        const char* text;
+    } cases[] = {
+        {"null", {kName, Null{}}, -2147217887, -2147467259, "Das Feld 'Bestand.Name' kann keinen Nullwert"},
+        {"no text", {kName, Text()}, -2147217887, -2147467259, "Feld 'Bestand.Name' kann keine leere"},
+        {"too long", {kName, Text(51, u'x')}, -2147217887, -2147217833, ""},
+        {"a key twice", {kKey, Text(u"K2 ")}, -2147467259, -2147467259, "mehrfach vorkommende Werte"},
+        {"a key of unknown order", {kKey, Text(u"\xD83D\xDE00")}, -2147467259, -2147467259, "Index 'Kennung'"},
+        {"out of range", {kCount, 3e9}, -2147217887, -2147217833, ""},
+        {"no number", {kCount, Text(u"zwei")}, -2147217887, -2147217913, ""},
+        {"against a rule",
+         {kCount, std::int32_t{0}},
+         -2147217887,
+         -2147467259,
+         "Gültigkeitsregel '>0' für 'Bestand.Anzahl'"},
+        {"a rule not understood", {kPicture, base::Bytes(3)}, -2147467259, -2147467259, "'Rnd()>0'"},
+        {"a number of the engine's", {kId, std::int32_t{9}}, -2147217887, -2147467259, "nicht aktualisiert werden"},
+    };
+    for (const auto& c : cases) {
+        for (const WriteKind kind : {WriteKind::Recordset, WriteKind::Execute}) {
+            TableWriter writer = file.writer(kTable, kind);
+            try {
+                writer.update(row, {{{kNote, Text(5000, u'n')}, c.assignment}});
+                ADD_FAILURE() << c.what;
+            } catch (const base::RuntimeError& error) {
+                EXPECT_EQ(error.number(), kind == WriteKind::Recordset ? c.recordset : c.statement) << c.what;
+                EXPECT_NE(std::string(error.what()).find(c.text), std::string::npos) << error.what();
+            }
+        }
+        EXPECT_EQ(file.store.changedPages(), 0U) << c.what;
+    }
+    EXPECT_THROW(file.writer(kTable).insert({{{kKey, Text(u"k3")}}}), base::RuntimeError) << "no name";
+    EXPECT_EQ(file.store.changedPages(), 0U);
+    EXPECT_THROW(file.writer(u"MSysObjects"), base::RuntimeError);
+}
+
+TEST(TableWriter, NewRowsHaveTheirDefaults) {
+    WrittenFile file({stock()});
+    setProperty(file, u"Anzahl", u"DefaultValue", u"7");
+    file.writer(kTable).insert({{{kName, Text(u"A")}}});
+    file.writer(kTable).insert({{{kName, Text(u"B")}, {kCount, Text(u" -12.5 ")}}});
+    EXPECT_EQ(file.rows(kTable)[1][kCount], base::Value(std::int32_t{7}));
+    EXPECT_EQ(file.rows(kTable)[2][kCount], base::Value(std::int32_t{-12}));
+    setProperty(file, u"Notiz", u"DefaultValue", u"GenGUID()");
+    EXPECT_THROW(file.writer(kTable).startRow(), base::RuntimeError);
+    file.writer(kTable).insert({{{kNote, Text(u"C")}}});
+}
+
+TEST(TableWriter, AShortUpdateChangesFewPages) {
+    test::SampleTable table = stock();
+    for (std::int32_t i = 1; i <= 20'000; ++i)
+        table.rows.push_back({i, Text(u"Konto ") + base::decimal(i * 7919 % 20'000), Null{}, Null{}, true, i, Null{}});
+    WrittenFile file({table});
+    const RowPointer row = file.find(kTable, 12'345);
+    const auto changed = [&](auto&& step) {
+        file.store.settle();
+        step(file.writer(kTable));
+        return file.store.changedPages();
+    };
+    EXPECT_EQ(changed([&](TableWriter writer) { writer.update(row, {{{kFlag, false}}}); }), 1U);
+    EXPECT_EQ(changed([&](TableWriter writer) { writer.update(row, {{{kFlag, false}}}); }), 0U);
+    EXPECT_LE(changed([&](TableWriter writer) { writer.update(row, {{{kName, Text(u"Anders")}}}); }), 8U);
+    EXPECT_LE(changed([&](TableWriter writer) { writer.insert({{{kName, Text(u"Neu")}}}); }), 6U);
+    EXPECT_LE(changed([&](TableWriter writer) { writer.remove(row); }), 8U);
+    EXPECT_EQ(faultsOf(file.store, kTable), "");
+}
+
+}  // namespace
+}  // namespace jet
