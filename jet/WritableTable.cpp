@@ -15,10 +15,6 @@ namespace {
 /// Columns by which a table shows that it is one of several copies that are brought together.
 constexpr std::array<base::TextView, 3> kReplicationColumns = {u"s_GUID", u"s_Generation", u"s_Lineage"};
 
-bool refusesNull(const IndexDefinition& index) {
-    return index.isRequired() || index.isPrimary;
-}
-
 }  // namespace
 
 WritableTable::WritableTable(PageStore& store, PageAllocator& allocator, CatalogEntry entry)
@@ -78,10 +74,7 @@ std::optional<WritableTable::EntryChange> WritableTable::makeEntry(std::size_t n
                             change.oldKey->key == change.newKey->key;
         if (isSame) return std::nullopt;
     }
-    if (change.newKey->hasNull) {
-        if (refusesNull(index)) throw nullInIndex();
-        return change;
-    }
+    if (change.newKey->hasNull) return change;
     if ((index.isUnique() || index.isPrimary) && writer(number).hasKey(change.newKey->key)) throw duplicateKey();
     return change;
 }

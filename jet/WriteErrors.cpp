@@ -95,10 +95,6 @@ base::RuntimeError ruleViolated(WriteKind kind, base::TextView text, base::TextV
                              u". Geben Sie einen Wert ein, den der Ausdruck für dieses Feld akzeptieren kann.");
 }
 
-base::RuntimeError nullInIndex() {
-    return failure(u"Index oder Primärschlüssel darf keinen Nullwert enthalten.");
-}
-
 base::RuntimeError autoNumbersUsedUp() {
     return failure(u"Die fortlaufenden Nummern der Tabelle sind aufgebraucht.");
 }

@@ -34,7 +34,6 @@ base::RuntimeError columnNotUpdatable(WriteKind kind, base::TextView column);
 /// @param owner  "Table.Column", or "Table" for the rule of a table
 base::RuntimeError ruleViolated(WriteKind kind, base::TextView text, base::TextView rule, base::TextView owner);
 
-base::RuntimeError nullInIndex();
 base::RuntimeError autoNumbersUsedUp();
 
 /// Relationships: rows of `table` refer to the row, or there is no row of `table` to refer to.
