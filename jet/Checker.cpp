@@ -6,6 +6,7 @@
 #include "jet/CatalogCheck.h"
 #include "jet/Header.h"
 #include "jet/RelationshipCheck.h"
+#include "jet/SystemTables.h"
 
 namespace jet {
 namespace {
@@ -64,6 +65,21 @@ std::vector<CatalogEntry> tablesToCheck(const std::vector<CatalogEntry>& entries
     return tables;
 }
 
+/// The engine asks for the columns of the system tables by name.
+void checkSystemColumns(const std::vector<CheckedTable>& tables, Findings& findings) {
+    const auto designs = systemTableDesigns();
+    for (const CheckedTable& table : tables) {
+        const auto page = std::find(kSystemTables.begin(), kSystemTables.end(), table.definition.page);
+        if (page == kSystemTables.end()) continue;
+        for (const ColumnDesign& wanted : designs[static_cast<std::size_t>(page - kSystemTables.begin())].columns) {
+            const Column* column = table.definition.column(wanted.name);
+            if (column != nullptr && column->type == wanted.type) continue;
+            findings.fault(Place::ofTable(table.name).withColumn(wanted.name).onPage(*page),
+                           u"Die Systemtabelle hat diese Spalte nicht, oder sie ist von anderer Art.");
+        }
+    }
+}
+
 }  // namespace
 
 CheckResult checkDatabase(PageSource& source, std::uint64_t sizeBytes) {
@@ -84,6 +100,7 @@ CheckResult checkDatabase(PageSource& source, std::uint64_t sizeBytes) {
     for (const CatalogEntry& entry : tablesToCheck(entries)) {
         if (auto definition = checkTable(context, entry)) tables.push_back({entry.name, std::move(*definition)});
     }
+    checkSystemColumns(tables, findings);
     checkCatalog(context, entries);
     checkRights(context, entries);
     checkRelationships(context, entries, tables);

@@ -93,7 +93,7 @@ TEST(DamagedFiles, SoundSeedsAreReadWithoutDamage) {
 /// TOLV_MUTATIONS and TOLV_RANDOM_SEED make longer and other runs.
 TEST(DamagedFiles, EndInValuesOrInRunTimeErrors) {
     const std::vector<Seed> all = seeds();
-    const std::uint32_t count = environmentNumber("TOLV_MUTATIONS", 20000);
+    const std::uint32_t count = environmentNumber("TOLV_MUTATIONS", 6000);
     const std::uint32_t randomSeed = environmentNumber("TOLV_RANDOM_SEED", 1);
     Mutator mutator(randomSeed);
     std::size_t damaged = 0;

@@ -6,6 +6,7 @@
 
 #include "base/RuntimeError.h"
 #include "jet/Catalog.h"
+#include "jet/Checker.h"
 #include "jet/Database.h"
 #include "jet/IndexCursor.h"
 #include "jet/MemoryIo.h"
@@ -21,7 +22,7 @@ void countingDamage(ReadEverythingResult& result, const std::function<void()>& s
     } catch (const base::RuntimeError& error) {
         // The boundary of the tool shows the description, so it must be there.
         if (error.description().empty()) throw std::logic_error("a run-time error without description");
-        ++result.damageCount;
+        if (result.damageCount++ == 0) result.firstDamage = base::toUtf8(error.description());
     }
 }
 
@@ -51,18 +52,31 @@ void readTable(PageSource& source, const CatalogEntry& entry, ReadEverythingResu
     }
 }
 
+/// The checker reports damage and does not end by it.
+std::size_t faultsOf(PageSource& source, std::uint64_t sizeBytes) {
+    try {
+        return checkDatabase(source, sizeBytes).findings.faultCount();
+    } catch (const base::RuntimeError& error) {
+        throw std::logic_error("the checker is stopped by damage: " + base::toUtf8(error.description()));
+    }
+}
+
 }  // namespace
 
 ReadEverythingResult readEverything(base::Bytes file, base::TextView password) {
     ReadEverythingResult result;
+    const std::uint64_t sizeBytes = file.size();
     countingDamage(result, [&] {
         Database database = Database::open(std::make_unique<MemoryIo>(std::move(file)), u"fuzz.mdb", password);
         ReadOperation operation = database.beginRead();
+        result.faultCount = faultsOf(operation, sizeBytes);
         const Catalog catalog(operation);
         countingDamage(result, [&] { readRelationships(operation, catalog); });
         for (const CatalogEntry& entry : catalog.entries()) {
             if (entry.isLocalTable()) countingDamage(result, [&] { readTable(operation, entry, result); });
         }
+        if (result.damageCount > 0 && result.faultCount == 0)
+            throw std::logic_error("the checker calls sound what cannot be read: " + result.firstDamage);
     });
     return result;
 }

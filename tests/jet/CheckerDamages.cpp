@@ -460,6 +460,14 @@ void addLongValuesAndCatalog(std::vector<Damage>& all) {
                      rowBytes(file, reference.first)[4] ^= 0xFFU;
                      return base::Text(u"Tabelle 'Konten', Spalte 'LvProp'");
                  }},
+                {"a column of a system table has another name",
+                 [](FileAtHand& file) {
+                     const std::u16string name = u"icolumn";
+                     const auto page = file.at(5);
+                     const auto* units = reinterpret_cast<const std::uint8_t*>(name.data());
+                     *std::search(page.begin(), page.end(), units, units + 2 * name.size()) ^= 2U;
+                     return base::Text(u"Tabelle 'MSysRelationships', Spalte 'icolumn', Seite 5");
+                 }},
                 {"rights to nothing", inSystemRow(u"MSysACEs", u"ObjectId", 5, 6)},
                 {"rights to another nothing", inSystemRow(u"MSysACEs", u"ObjectId", 0x10000000, 0x10000001)}});
 }
