@@ -162,6 +162,54 @@ RowPointer movedRow(FileAtHand& file, RowPointer& target) {
     }
 }
 
+constexpr std::uint32_t kPairNumber = 7;
+
+/// Gives a table the index of one side of a relationship, without anything else that belongs to one.
+base::Text addSide(FileAtHand& file, base::TextView table, base::TextView partner, LogicalIndex::Side side,
+                   std::uint8_t rule) {
+    TableDefinition definition = definitionOf(file, table);
+    LogicalIndex index;
+    index.name = u"zweiteKonten";
+    index.number = kPairNumber;
+    index.kind = LogicalIndex::Kind::ForeignKey;
+    index.side = side;
+    index.partnerNumber = kPairNumber;
+    index.partnerTable = definitionOf(file, partner).page;
+    index.updateRule = rule;
+    index.deleteRule = rule;
+    definition.logicalIndexes.push_back(index);
+    const auto pages = definitionPages(definition.encode(), definition.chain);
+    std::copy(pages.at(0).begin(), pages.at(0).end(), file.at(definition.page).begin());
+    return u"Tabelle '" + base::Text(table) + u"', Index 'zweiteKonten', " + onPageText(definition.page);
+}
+
+void addRelationships(std::vector<Damage>& all) {
+    using enum LogicalIndex::Side;
+    all.insert(all.end(), {{"a side of a relationship without the other",
+                            [](FileAtHand& file) {
+                                return addSide(file, u"Zweite", u"Konten", Referencing, 0) +
+                                       u": Der Index einer Beziehung hat auf Seite " +
+                                       base::decimal(definitionOf(file, u"Konten").page) + u" kein Gegenstück";
+                            }},
+                           {"sides of a relationship with different rules",
+                            [](FileAtHand& file) {
+                                addSide(file, u"Konten", u"Zweite", Referenced, 1);
+                                return addSide(file, u"Zweite", u"Konten", Referencing, 0) +
+                                       u": Der Index einer Beziehung und sein Gegenstück";
+                            }},
+                           {"both sides of a relationship are the referencing one",
+                            [](FileAtHand& file) {
+                                addSide(file, u"Konten", u"Zweite", Referencing, 0);
+                                return addSide(file, u"Zweite", u"Konten", Referencing, 0) +
+                                       u": Der Index einer Beziehung und sein Gegenstück";
+                            }},
+                           {"a relationship that is not listed", [](FileAtHand& file) {
+                                addSide(file, u"Konten", u"Zweite", Referenced, 0);
+                                return addSide(file, u"Zweite", u"Konten", Referencing, 0) +
+                                       u": Die Beziehung steht nicht in MSysRelationships";
+                            }}});
+}
+
 void addHeaderAndMaps(std::vector<Damage>& all) {
     all.insert(all.end(),
                {{"a commit word of 0", inHeader(0xE00 + 2 * 5 + 1, 0x01)},
@@ -485,6 +533,7 @@ std::vector<Damage> damages() {
     addDefinitionsAndRows(all);
     addIndexes(all);
     addLongValuesAndCatalog(all);
+    addRelationships(all);
     return all;
 }
 

@@ -30,8 +30,8 @@ struct Damage {
     std::function<base::Text(FileAtHand&)> apply;  ///< returns a part of the finding that is wanted
 };
 
-/// A sound file with an account table (its indexes have several leaves; memos of all kinds), a second table, a moved
-/// row and an enforced relationship between the two.
+/// A sound file with an account table (its name index has several leaves; memos of all kinds), and a second table with
+/// a moved row.
 base::Bytes fileToDamage();
 
 /// For each structure of the format at least two.
