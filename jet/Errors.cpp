@@ -100,6 +100,13 @@ RuntimeError journalRefused(TextView path, TextView journalPath, TextView why) {
                      u"Ordnung, löschen Sie das Journal, sonst stellen Sie die Datei aus einer Sicherung wieder her.");
 }
 
+RuntimeError journalStays(TextView path, TextView journalPath) {
+    return error(ErrorNumber::Unspecified,
+                 u"Die Datei " + quoted(path) + u" wird nicht geöffnet: Das Journal " + quoted(journalPath) +
+                     u" ist erledigt und die Datei ganz, aber das Journal kann nicht gelöscht "
+                     u"werden. Löschen Sie es.");
+}
+
 RuntimeError deviceFailed(TextView path, std::int64_t systemError) {
     return error(ErrorNumber::Unspecified, u"Fehler beim Zugriff auf die Datei " + quoted(path) + u" (Systemfehler " +
                                                base::decimal(systemError) + u").");

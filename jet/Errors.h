@@ -47,6 +47,9 @@ base::RuntimeError journalLeft(base::TextView path, base::TextView journalPath);
 /// @param why  goes on after "... das Journal '...' "
 base::RuntimeError journalRefused(base::TextView path, base::TextView journalPath, base::TextView why);
 
+/// The file is whole, but its journal can be neither deleted nor emptied.
+base::RuntimeError journalStays(base::TextView path, base::TextView journalPath);
+
 /// The disk or the network failed under way.
 /// @param systemError  the system's own number
 base::RuntimeError deviceFailed(base::TextView path, std::int64_t systemError);

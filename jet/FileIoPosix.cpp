@@ -72,25 +72,29 @@ public:
     }
 
     bool lock(LockKind kind, std::chrono::milliseconds wait) override {
-        if (kind == LockKind::None) return tryLock(kind);
+        if (kind == LockKind::None) return tryLock(kLockOffset, kind);
         const auto deadline = std::chrono::steady_clock::now() + wait;
-        while (!tryLock(kind)) {
-            if (std::chrono::steady_clock::now() >= deadline) {
-                tryLock(LockKind::None);
-                return false;
-            }
+        const bool isLocked = lockUntil(kTurnOffset, kind, deadline) && lockUntil(kLockOffset, kind, deadline);
+        tryLock(kTurnOffset, LockKind::None);
+        if (!isLocked) tryLock(kLockOffset, LockKind::None);
+        return isLocked;
+    }
+
+private:
+    bool lockUntil(std::uint64_t offset, LockKind kind, std::chrono::steady_clock::time_point deadline) {
+        while (!tryLock(offset, kind)) {
+            if (std::chrono::steady_clock::now() >= deadline) return false;
             std::this_thread::sleep_for(kLockPause);
         }
         return true;
     }
 
-private:
     /// A lock of the open file, not of the process: two connections of one process exclude each other too.
-    bool tryLock(LockKind kind) {
+    bool tryLock(std::uint64_t offset, LockKind kind) {
         struct flock range {};
         range.l_type = lockType(kind);
         range.l_whence = SEEK_SET;
-        range.l_start = static_cast<off_t>(kLockOffset);
+        range.l_start = static_cast<off_t>(offset);
         range.l_len = 1;
         if (::fcntl(descriptor_, F_OFD_SETLK, &range) == 0) return true;
         // What cannot be given back goes with the open file.

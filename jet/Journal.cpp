@@ -110,9 +110,16 @@ bool imagesAreSound(PageIo& journal, const JournalHeader& header, const std::vec
     return true;
 }
 
+std::optional<JournalHeader> secondHeader(PageIo& journal) {
+    const std::uint64_t size = journal.sizeBytes();
+    if (size < 2 * kSectorBytes) return std::nullopt;
+    return JournalHeader::decode(base::ByteView(readAtMost(journal, size - kSectorBytes, kSectorBytes)));
+}
+
 LeftJournal readJournal(PageIo& journal, const base::Bytes& firstSector) {
     LeftJournal left;
     left.header = JournalHeader::decode(base::ByteView(firstSector));
+    if (!left.header) left.header = secondHeader(journal);
     if (!left.header) return left;
     const JournalHeader& header = *left.header;
     const auto indexAt = [&](std::uint64_t offset) {
@@ -162,10 +169,11 @@ void Journal::recover(PageIo& file, WholeWrite wholeWrite) {
     if (!storage_.journalSizeBytes()) return;
     auto journal = storage_.openJournal();
     const base::Bytes firstSector = readAtMost(*journal, 0, kSectorBytes);
-    // Nothing at all: it never reached the disk, or it has been emptied because it could not be deleted.
-    if (!isZero(firstSector)) {
-        const LeftJournal left = readJournal(*journal, firstSector);
-        if (!left.header) refuse(u"ist beschädigt oder keines dieses Programms");
+    const LeftJournal left = readJournal(*journal, firstSector);
+    if (!left.header) {
+        // Nothing at all: it never reached the disk, or it has been emptied because it could not be deleted.
+        if (!isZero(firstSector)) refuse(u"ist beschädigt oder keines dieses Programms");
+    } else {
         if (left.header->file != identityOf(storage_, file)) refuse(u"gehört zu einer anderen Datei");
         if (left.isComplete) {
             settle(file, *journal, *left.header, *left.entries, wholeWrite);
@@ -174,7 +182,7 @@ void Journal::recover(PageIo& file, WholeWrite wholeWrite) {
         }
     }
     journal.reset();
-    if (!storage_.removeJournal()) refuse(u"ist erledigt, kann aber nicht gelöscht werden");
+    if (!storage_.removeJournal()) throw journalStays(storage_.path(), storage_.journalPath());
 }
 
 void Journal::settle(PageIo& file, PageIo& journal, const JournalHeader& header,

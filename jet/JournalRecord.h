@@ -32,7 +32,7 @@
 ///     504  8  checksum of the 504 bytes before
 ///
 /// The changed pages come first, ascending, then the appended ones, which end at the new length. Numbers are
-/// little-endian. See docs/file-format.md, "Journal".
+/// little-endian. See docs/architecture.md, "A write is whole".
 namespace jet {
 
 inline constexpr std::size_t kSectorBytes = 512;

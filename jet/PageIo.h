@@ -47,6 +47,10 @@ inline constexpr std::chrono::milliseconds kLockWait{2000};
 /// Where the lock lies; no file of this format reaches so far.
 inline constexpr std::uint64_t kLockOffset = 0x4000'0000'0000;
 
+/// The turn: whoever waits for the lock holds this byte, shared or exclusively like it. So readers who come one after
+/// the other cannot keep a waiting writer out, nor writers a waiting reader.
+inline constexpr std::uint64_t kTurnOffset = kLockOffset + 1;
+
 enum class OpenMode {
     Read,
     ReadWrite,

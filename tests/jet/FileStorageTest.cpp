@@ -1,4 +1,6 @@
+#include <atomic>
 #include <chrono>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -11,12 +13,13 @@
 
 #include "jet/LockFile.h"
 #include "jet/Transaction.h"
+#include "tests/jet/OtherProcess.h"
 #include "tests/jet/PagesInMemory.h"
-#include "tests/support/SampleFile.h"
 
-#ifndef _WIN32
-#include <csignal>
-#include <fcntl.h>
+#ifdef _WIN32
+#include <io.h>
+#include <share.h>
+#else
 #include <sys/wait.h>
 #include <unistd.h>
 #endif
@@ -25,6 +28,8 @@ namespace jet {
 namespace {
 
 namespace fs = std::filesystem;
+namespace counter = test::counter;
+using test::OtherProcess;
 
 base::Bytes contents(const fs::path& path) {
     std::ifstream stream(path, std::ios::binary);
@@ -50,77 +55,54 @@ protected:
     FileStorageTest(const FileStorageTest&) = delete;
     FileStorageTest& operator=(const FileStorageTest&) = delete;
 
-    Database open() const { return Database::open(fileStorage(file_.u16string()), {}, LeftJournalRule::RollBack); }
-
-    /// Adds 1 to a number in the file.
-    static void count(Database& database) {
-        Transaction transaction(database, WriteKind::Execute);
-        const auto page = transaction.change(kCounterPage);
-        base::putU32(page, kCounterOffset, base::ByteView(page).u32(kCounterOffset) + 1);
-        transaction.commit();
+    Database open(LeftJournalRule rule = LeftJournalRule::RollBack) const {
+        return Database::open(fileStorage(file_.u16string()), {}, rule);
     }
-    std::uint32_t counted() const { return base::ByteView(contents(file_)).u32(kCounterPage * kPageSize + 4000); }
+    void add() const {
+        Database database = open();
+        counter::add(database);
+    }
+    std::uint32_t counted() const {
+        Database database = open();
+        return counter::read(database);
+    }
 
-    std::string refusal(WriteKind kind) const {
+    OtherProcess start(const std::string& role, int number = 0) const { return {folder_, role, number}; }
+
+    /// One that holds what its role says until `release` ends it.
+    OtherProcess startHolder(const std::string& role, int number = 0) const {
+        OtherProcess holder = start(role, number);
+        test::waitForMarker(folder_, "ready");
+        return holder;
+    }
+    void release(OtherProcess& holder) const {
+        test::setMarker(folder_, "go");
+        EXPECT_EQ(holder.wait(), OtherProcess::kDied);
+    }
+
+    std::string openingError() const {
+        return errorOf([&] { open(LeftJournalRule::Refuse); });
+    }
+    std::string writingError(WriteKind kind) const {
         return errorOf([&] {
             Database database = open();
-            const Transaction transaction(database, kind);
+            Transaction transaction(database, kind);
+            transaction.change(1)[100] ^= 1U;
+            transaction.commit();
         });
     }
 
-    static constexpr PageNumber kCounterPage = 12;
-    static constexpr std::size_t kCounterOffset = 4000;
-    base::Bytes old_ = [] {
-        base::Bytes bytes = test::sampleFile({});
-        base::putU32(bytes, kCounterPage * kPageSize + kCounterOffset, 0);
-        return bytes;
-    }();
     fs::path folder_ = fs::temp_directory_path() / ("tolv-storage-" + std::to_string(std::random_device{}()));
-    fs::path file_ = folder_ / u"Kontenübersicht.mdb";
+    fs::path file_ = test::fileIn(folder_);
+    fs::path journal_ = file_.u16string() + base::Text(kJournalSuffix);
+    base::Bytes old_ = counter::file();
 };
 
 TEST_F(FileStorageTest, IsWrittenAndLeavesNothingBeside) {
-    Database database = open();
-    count(database);
+    add();
     EXPECT_EQ(counted(), 1U);
     EXPECT_EQ(std::distance(fs::directory_iterator(folder_), fs::directory_iterator()), 1);
     EXPECT_EQ(contents(file_).size(), old_.size());
-}
-
-TEST_F(FileStorageTest, LosesNoUpdateOfWritersAtTheSameTime) {
-    constexpr int kWriters = 4, kRounds = 15;
-    std::vector<std::thread> writers;
-    writers.reserve(kWriters);
-    for (int i = 0; i < kWriters; ++i) {
-        writers.emplace_back([this] {
-            Database database = open();
-            for (int round = 0; round < kRounds;) {
-                try {
-                    count(database);
-                    ++round;
-                } catch (const base::RuntimeError& error) {
-                    // Waited in vain on a busy machine; any other failure ends the test.
-                    if (error.description().find(u"derzeit gesperrt") == base::Text::npos) throw;
-                }
-            }
-        });
-    }
-    for (std::thread& writer : writers)
-        writer.join();
-    EXPECT_EQ(counted(), static_cast<std::uint32_t>(kWriters * kRounds));
-}
-
-TEST_F(FileStorageTest, WaitsForAWriterOnlySoLong) {
-    Database first = open();
-    Database second = open();
-    const Transaction transaction(first, WriteKind::Execute);
-    const auto begin = std::chrono::steady_clock::now();
-    EXPECT_EQ(errorOf([&] { Transaction(second, WriteKind::Recordset); }),
-              "-2147217887: Aktualisieren nicht möglich; derzeit gesperrt durch einen anderen Benutzer der Datei '" +
-                  base::toUtf8(file_.u16string()) + "'.");
-    const auto waited = std::chrono::steady_clock::now() - begin;
-    EXPECT_GE(waited, kLockWait);
-    EXPECT_LT(waited, 3 * kLockWait);
 }
 
 TEST_F(FileStorageTest, FindsTheJournalByAnyNameOfTheFile) {
@@ -134,100 +116,211 @@ TEST_F(FileStorageTest, FindsTheJournalByAnyNameOfTheFile) {
 #endif
 }
 
-TEST_F(FileStorageTest, KeepsOnlyWritersOutOfAReadOnlyFile) {
-    fs::permissions(file_, fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read);
-#ifndef _WIN32
-    // For the administrator nothing is read-only, so an ordinary user tries.
-    const pid_t child = ::fork();
-    if (child == 0) {
-        fs::permissions(folder_, fs::perms::all);
-        if (::getuid() == 0 && ::setuid(65534) != 0) ::_exit(3);
-        const bool isRefused = refusal(WriteKind::Recordset).starts_with("-2147217911: ") &&
-                               refusal(WriteKind::Execute).starts_with("-2147467259: Operation muss");
-        ::_exit(isRefused ? 0 : 1);
+TEST_F(FileStorageTest, IsOldOrNewWhereverItsWriterDies) {
+    int refused = 0, rolledBack = 0, kept = 0;
+    for (int step = 1, died = OtherProcess::kDied; died == OtherProcess::kDied; ++step) {
+        SCOPED_TRACE("step " + std::to_string(step));
+        store(file_, old_);
+        died = start("die", step).wait();
+        ASSERT_NE(died, OtherProcess::kFault);
+        const base::Bytes left = contents(file_);
+        const std::string error = openingError();
+        if (error != "no error") {
+            EXPECT_THAT(error, testing::HasSubstr("-journal' hinterlassen"));
+            EXPECT_EQ(contents(file_), left);
+            ++refused;
+        }
+        const std::uint32_t number = counted();
+        EXPECT_EQ(contents(file_) == old_, number == 0);
+        EXPECT_FALSE(fs::exists(journal_) && fs::file_size(journal_) > 0);
+        rolledBack += number == 0 && left != old_ ? 1 : 0;
+        kept += number == 1 ? 1 : 0;
     }
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    EXPECT_EQ(status, 0);
-#else
-    EXPECT_TRUE(refusal(WriteKind::Recordset).starts_with("-2147217911: ")) << refusal(WriteKind::Recordset);
-    EXPECT_TRUE(refusal(WriteKind::Execute).starts_with("-2147467259: Operation muss"));
-#endif
-    EXPECT_EQ(contents(file_), old_);
+    EXPECT_GT(refused, 3);
+    EXPECT_GT(rolledBack, 1);
+    EXPECT_GT(kept, 1);
 }
 
-TEST_F(FileStorageTest, DoesNotMindALockFileThatWasLeftBehind) {
-    store(lockFilePath(file_.u16string()), base::Bytes(2 * kUserSlotBytes, 'A'));
-    Database database = open();
-    count(database);
-    EXPECT_EQ(counted(), 1U);
-    EXPECT_TRUE(fs::exists(lockFilePath(file_.u16string())));
+TEST_F(FileStorageTest, LosesNoUpdateAndShowsNoHalfOneToOtherProcesses) {
+    constexpr int kWriters = 3, kRounds = 12, kDying = 8;
+    std::vector<OtherProcess> readers, writers;
+    for (const char* role : {"read", "only-read"})
+        readers.push_back(start(role));
+    for (int i = 0; i < kWriters; ++i)
+        writers.push_back(start("count", kRounds));
+    for (int step = 2; step < 2 + kDying; ++step)
+        EXPECT_NE(start("die", step).wait(), OtherProcess::kFault);
+    for (OtherProcess& writer : writers)
+        EXPECT_EQ(writer.wait(), OtherProcess::kDone);
+    test::setMarker(folder_, "go");
+    for (OtherProcess& reader : readers)
+        EXPECT_EQ(reader.wait(), OtherProcess::kDone);
+    const std::uint32_t acknowledged = kWriters * kRounds;
+    EXPECT_GE(counted(), acknowledged);
+    EXPECT_LE(counted(), acknowledged + kDying);
 }
 
-#ifndef _WIN32
-
-/// Runs in another process until it is killed; returns when it has reported that it is ready.
-pid_t startHolder(const std::function<void()>& take) {
-    int ready[2];
-    EXPECT_EQ(::pipe(ready), 0);
-    const pid_t child = ::fork();
-    if (child == 0) {
-        take();
-        [[maybe_unused]] const auto written = ::write(ready[1], "x", 1);
-        while (true)
-            ::pause();
-    }
-    char byte = 0;
-    EXPECT_EQ(::read(ready[0], &byte, 1), 1);
-    ::close(ready[0]);
-    ::close(ready[1]);
-    return child;
-}
-
-void kill(pid_t child) {
-    ::kill(child, SIGKILL);
-    ::waitpid(child, nullptr, 0);
-}
-
-TEST_F(FileStorageTest, IsFreeAtOnceWhenItsHolderIsKilled) {
-    const pid_t holder = startHolder([this] {
-        static Database database = open();
-        static Transaction transaction(database, WriteKind::Execute);
-        transaction.change(kCounterPage)[kCounterOffset] = 77;
-    });
+TEST_F(FileStorageTest, WaitsForAWriterOnlySoLongAndIsFreeWhenHeDies) {
+    OtherProcess holder = startHolder("hold-transaction");
+    const std::string name = "'" + base::toUtf8(file_.u16string()) + "'";
     const auto begin = std::chrono::steady_clock::now();
-    EXPECT_THAT(errorOf([&] { Database::open(fileStorage(file_.u16string()), {}); }),
-                testing::HasSubstr("wird bereits benutzt."));
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, 3 * kLockWait) << "waits only so long";
-    kill(holder);
-    Database database = open();
-    count(database);
+    EXPECT_EQ(openingError(), "-2147467259: " + name + " konnte nicht verwendet werden; Datei wird bereits benutzt.");
+    const auto waited = std::chrono::steady_clock::now() - begin;
+    EXPECT_GE(waited, kLockWait);
+    EXPECT_LT(waited, 3 * kLockWait);
+    release(holder);
+    add();
     EXPECT_EQ(counted(), 1U);
 }
 
-TEST_F(FileStorageTest, IsNotWrittenWhileTheOriginalEngineHoldsIt) {
+TEST_F(FileStorageTest, TellsTheWriterThatAnotherOneHoldsIt) {
+    Database first = open();
+    Database second = open();
+    const Transaction transaction(first, WriteKind::Execute);
+    EXPECT_EQ(errorOf([&] { Transaction(second, WriteKind::Recordset); }),
+              "-2147217887: Aktualisieren nicht möglich; derzeit gesperrt durch einen anderen Benutzer der Datei '" +
+                  base::toUtf8(file_.u16string()) + "'.");
+}
+
+TEST_F(FileStorageTest, LetsAWriterInBetweenReadersWhoAreNeverAllGone) {
+    std::atomic<bool> isOver = false;
+    std::vector<std::thread> readers;
+    readers.reserve(2);
+    for (const int start : {0, 20}) {
+        readers.emplace_back([this, start, &isOver] {
+            Database database = open();
+            std::this_thread::sleep_for(std::chrono::milliseconds(start));
+            while (!isOver) {
+                const ReadOperation operation(database);
+                std::this_thread::sleep_for(std::chrono::milliseconds(40));
+            }
+        });
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    EXPECT_EQ(errorOf([this] { add(); }), "no error");
+    isOver = true;
+    for (std::thread& reader : readers)
+        reader.join();
+    EXPECT_EQ(counted(), 1U);
+}
+
+TEST_F(FileStorageTest, IsWrittenBesideALockFileThatWasLeftBehind) {
+    const base::Bytes left(2 * kUserSlotBytes, 'A');
+    store(lockFilePath(file_.u16string()), left);
+    add();
+    EXPECT_EQ(counted(), 1U);
+    EXPECT_EQ(contents(lockFilePath(file_.u16string())), left);
+}
+
+TEST_F(FileStorageTest, IsNotWrittenWhileTheOriginalEngineHasItOpen) {
     const fs::path lockFile = lockFilePath(file_.u16string());
     base::Bytes slots(3 * kUserSlotBytes, 0);
     const std::string computer = "PC-B\xDCRO", user = "Admin";
     std::copy(computer.begin(), computer.end(), slots.begin() + 2 * kUserSlotBytes);
     std::copy(user.begin(), user.end(), slots.begin() + 2 * kUserSlotBytes + 32);
     store(lockFile, slots);
-    const pid_t holder = startHolder([&] {
-        const int descriptor = ::open(lockFile.c_str(), O_RDWR);
-        struct flock range {};
-        range.l_type = F_WRLCK;
-        range.l_start = static_cast<off_t>(kUserLocksOffset) + 2;
-        range.l_len = 1;
-        if (::fcntl(descriptor, F_SETLK, &range) != 0) ::_exit(1);
-    });
+    OtherProcess holder = startHolder("hold-user-slot", 2);
     const std::string text =
         "Aktualisieren nicht möglich; derzeit gesperrt durch Benutzer 'Admin' auf Computer "
         "'PC-BÜRO'.";
-    EXPECT_EQ(refusal(WriteKind::Recordset), "-2147217887: " + text);
-    EXPECT_EQ(refusal(WriteKind::Execute), "-2147467259: " + text);
-    kill(holder);
-    EXPECT_EQ(refusal(WriteKind::Execute), "no error");
+    EXPECT_EQ(writingError(WriteKind::Recordset), "-2147217887: " + text);
+    EXPECT_EQ(writingError(WriteKind::Execute), "-2147467259: " + text);
+    EXPECT_EQ(counted(), 0U);
+    release(holder);
+    EXPECT_EQ(writingError(WriteKind::Execute), "no error");
     EXPECT_EQ(contents(lockFile), slots);
+}
+
+#ifdef _WIN32
+
+/// A handle as another program would have it.
+class Foreign {
+public:
+    Foreign(const fs::path& path, int access, int share) : file_(_wsopen(path.c_str(), access | _O_BINARY, share)) {}
+    ~Foreign() {
+        if (isOpen()) _close(file_);
+    }
+    Foreign(const Foreign&) = delete;
+    Foreign& operator=(const Foreign&) = delete;
+
+    bool isOpen() const { return file_ >= 0; }
+
+private:
+    int file_;
+};
+
+TEST_F(FileStorageTest, KeepsOtherProgramsFromWritingWhileItIsWritten) {
+    Database database = open();
+    {
+        const Transaction transaction(database, WriteKind::Execute);
+        EXPECT_FALSE(Foreign(file_, _O_RDWR, _SH_DENYNO).isOpen());
+        EXPECT_TRUE(Foreign(file_, _O_RDONLY, _SH_DENYNO).isOpen());
+    }
+    EXPECT_TRUE(Foreign(file_, _O_RDWR, _SH_DENYNO).isOpen());
+}
+
+TEST_F(FileStorageTest, IsReadAsFarAsOtherProgramsLetIt) {
+    {
+        const Foreign writer(file_, _O_RDWR, _SH_DENYNO);
+        EXPECT_EQ(counted(), 0U);
+        EXPECT_THAT(writingError(WriteKind::Recordset),
+                    testing::StartsWith("-2147217887: Aktualisieren nicht möglich"));
+        EXPECT_THAT(writingError(WriteKind::Execute), testing::StartsWith("-2147467259: Aktualisieren nicht möglich"));
+    }
+    {
+        const Foreign jealous(file_, _O_RDWR, _SH_DENYRW);
+        EXPECT_THAT(openingError(), testing::EndsWith("konnte nicht verwendet werden; Datei wird bereits benutzt."));
+    }
+    EXPECT_EQ(contents(file_), old_);
+    EXPECT_EQ(writingError(WriteKind::Execute), "no error");
+}
+
+#else
+
+constexpr fs::perms kWrite = fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
+
+/// For the administrator nothing is read-only, so an ordinary user tries, in another process.
+/// @return whether all came out as he expects
+bool asOrdinaryUser(const std::function<bool()>& attempt) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        if (::getuid() == 0 && ::setuid(65534) != 0) ::_exit(2);
+        ::_exit(attempt() ? 0 : 1);
+    }
+    int status = 0;
+    return ::waitpid(child, &status, 0) == child && status == 0;
+}
+
+TEST_F(FileStorageTest, IsReadButNotWrittenWhereItMayNotBe) {
+    const auto isOnlyRead = [this] {
+        return counted() == 0 && writingError(WriteKind::Recordset).starts_with("-2147217911: ") &&
+               writingError(WriteKind::Execute).starts_with("-2147467259: Operation muss");
+    };
+    fs::permissions(folder_, fs::perms::all);
+    fs::permissions(file_, fs::perms::all & ~kWrite);
+    EXPECT_TRUE(asOrdinaryUser(isOnlyRead)) << "file";
+    fs::permissions(file_, fs::perms::all);
+    fs::permissions(folder_, fs::perms::all & ~kWrite);
+    EXPECT_TRUE(asOrdinaryUser(isOnlyRead)) << "folder";
+    EXPECT_EQ(contents(file_), old_);
+    EXPECT_FALSE(fs::exists(journal_));
+}
+
+TEST_F(FileStorageTest, IsNotShownHalfWrittenToOneWhoMayNotRollBack) {
+    constexpr int kMiddleOfSecondPage = 6;  // made, written, flushed, folder, first page, second page
+    ASSERT_EQ(start("die", kMiddleOfSecondPage).wait(), OtherProcess::kDied);
+    const base::Bytes half = contents(file_), journal = contents(journal_);
+    ASSERT_NE(half, old_);
+    for (const fs::path& path : {file_, journal_, folder_})
+        fs::permissions(path, fs::perms::all & ~kWrite);
+    EXPECT_TRUE(asOrdinaryUser([this] {
+        return errorOf([&] { open(LeftJournalRule::RollBack); }).find("-journal' hinterlassen") != std::string::npos;
+    }));
+    EXPECT_TRUE(contents(file_) == half && contents(journal_) == journal);
+    for (const fs::path& path : {folder_, journal_, file_})
+        fs::permissions(path, fs::perms::all);
+    EXPECT_EQ(counted(), 0U);
+    EXPECT_EQ(contents(file_), old_);
 }
 
 #endif

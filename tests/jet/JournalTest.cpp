@@ -96,16 +96,20 @@ TEST_F(LeftJournal, IsNeverDroppedWhenItIsDamagedAndTheFileHalfWritten) {
         const base::Bytes cut(journal.begin(), journal.begin() + static_cast<std::ptrdiff_t>(at));
         if (!cut.empty()) expectRefused(Machine(half_.file(), cut), "cut at " + std::to_string(at));
     }
-    base::Bytes longer = journal;
+    base::Bytes longer = journal, withoutHeader = journal;
     longer.push_back(0);
     expectRefused(Machine(half_.file(), longer), "longer");
+    std::fill_n(withoutHeader.begin(), kSectorBytes, std::uint8_t{0});
+    expectRefused(Machine(half_.file(), withoutHeader), "first header gone");
 }
 
 TEST_F(LeftJournal, IsDroppedWhenItIsDamagedAndTheFileUntouched) {
     const base::Bytes journal = half_.journal().value();
-    for (std::size_t at = kSectorBytes; at < journal.size(); at += 311) {
+    for (std::size_t at = 0; at < journal.size(); at += 311) {
         base::Bytes torn = journal;
-        std::fill(torn.begin() + static_cast<std::ptrdiff_t>(at), torn.end(), std::uint8_t{0});
+        const auto middle = torn.begin() + static_cast<std::ptrdiff_t>(at);
+        // The first sector was written, or it alone was not.
+        std::fill(at < kSectorBytes ? torn.begin() : middle, at < kSectorBytes ? middle : torn.end(), std::uint8_t{0});
         const Machine machine(old_, torn);
         EXPECT_EQ(errorOf([&] { WriteAccess::rollBack(*machine.storage()); }), "no error") << at;
         EXPECT_TRUE(machine.file() == old_ && !machine.journal()) << at;

@@ -130,6 +130,13 @@ TEST_F(Query, PrintsDecimalsExactlyAndDatesToTheSecond) {
     }
 }
 
+TEST_F(Query, RefusesAFileBesideWhichAJournalLies) {
+    std::ofstream(std::filesystem::path(open_ + u"-journal")) << "begun";
+    EXPECT_EQ(call({open_, kAll}), kExitError);
+    EXPECT_EQ(console_.printed, "");
+    EXPECT_NE(console_.errors.find("offen.mdb-journal' hinterlassen."), std::string::npos) << console_.errors;
+}
+
 TEST_F(Query, TakesThePasswordFromOptionFileOrPrompt) {
     const std::string refused = "kontodb: -2147217843: Kein zulässiges Kennwort.\n";
     const Text none = u"SELECT * FROM Probe WHERE Nr = 0";

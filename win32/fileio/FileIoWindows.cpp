@@ -67,29 +67,34 @@ public:
 
     bool lock(LockKind kind, std::chrono::milliseconds wait) override {
         // The system keeps locks of one handle side by side: the one held must go before another is taken.
-        unlock();
+        if (isLocked_) unlock(kLockOffset);
+        isLocked_ = false;
         if (kind == LockKind::None) return true;
         const auto deadline = std::chrono::steady_clock::now() + wait;
-        while (!tryLock(kind)) {
-            if (std::chrono::steady_clock::now() >= deadline) return false;
-            std::this_thread::sleep_for(kLockPause);
-        }
-        isLocked_ = true;
-        return true;
+        if (!lockUntil(kTurnOffset, kind, deadline)) return false;
+        isLocked_ = lockUntil(kLockOffset, kind, deadline);
+        unlock(kTurnOffset);
+        return isLocked_;
     }
 
 private:
-    void unlock() {
-        if (!isLocked_) return;
-        OVERLAPPED place = at(kLockOffset);
-        // What cannot be given back goes with the handle.
+    /// What cannot be given back goes with the handle.
+    void unlock(std::uint64_t offset) {
+        OVERLAPPED place = at(offset);
         UnlockFileEx(handle_, 0, 1, 0, &place);
-        isLocked_ = false;
     }
 
-    bool tryLock(LockKind kind) {
+    bool lockUntil(std::uint64_t offset, LockKind kind, std::chrono::steady_clock::time_point deadline) {
+        while (!tryLock(offset, kind)) {
+            if (std::chrono::steady_clock::now() >= deadline) return false;
+            std::this_thread::sleep_for(kLockPause);
+        }
+        return true;
+    }
+
+    bool tryLock(std::uint64_t offset, LockKind kind) {
         const DWORD exclusive = kind == LockKind::Exclusive ? LOCKFILE_EXCLUSIVE_LOCK : 0;
-        OVERLAPPED place = at(kLockOffset);
+        OVERLAPPED place = at(offset);
         if (LockFileEx(handle_, LOCKFILE_FAIL_IMMEDIATELY | exclusive, 0, 1, 0, &place)) return true;
         const DWORD systemError = GetLastError();
         if (systemError == ERROR_LOCK_VIOLATION || systemError == ERROR_IO_PENDING) return false;

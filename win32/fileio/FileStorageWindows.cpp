@@ -14,9 +14,9 @@ constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELE
 constexpr std::wstring_view kPlainPath = L"\\\\?\\";
 constexpr std::wstring_view kPlainNetworkPath = L"\\\\?\\UNC\\";
 
-/// A file deleted a moment ago keeps its name while a scanner looks at it.
-constexpr int kCreateTries = 20;
-constexpr DWORD kCreatePauseMs = 10;
+/// A file deleted a moment ago keeps its name, and denies everything, while a scanner looks at it.
+constexpr int kDeletedTries = 20;
+constexpr DWORD kDeletedPauseMs = 10;
 
 /// A handle that is closed whatever happens.
 class Handle {
@@ -74,12 +74,16 @@ public:
     }
 
     std::optional<std::uint64_t> journalSizeBytes() override {
-        WIN32_FILE_ATTRIBUTE_DATA found{};
-        if (GetFileAttributesExW(nativePath(journal_).c_str(), GetFileExInfoStandard, &found))
-            return (std::uint64_t{found.nFileSizeHigh} << 32U) | found.nFileSizeLow;
-        const DWORD systemError = GetLastError();
-        if (systemError == ERROR_FILE_NOT_FOUND) return std::nullopt;
-        throw openingFailed(journal_, systemError);
+        for (int attempt = 1;; ++attempt) {
+            WIN32_FILE_ATTRIBUTE_DATA found{};
+            if (GetFileAttributesExW(nativePath(journal_).c_str(), GetFileExInfoStandard, &found))
+                return (std::uint64_t{found.nFileSizeHigh} << 32U) | found.nFileSizeLow;
+            const DWORD systemError = GetLastError();
+            if (systemError == ERROR_FILE_NOT_FOUND) return std::nullopt;
+            if (systemError != ERROR_ACCESS_DENIED || attempt == kDeletedTries)
+                throw openingFailed(journal_, systemError);
+            Sleep(kDeletedPauseMs);
+        }
     }
 
     std::unique_ptr<PageIo> openJournal() override { return openFile(journal_, OpenMode::Read); }
@@ -88,8 +92,8 @@ public:
         for (int attempt = 1;; ++attempt) {
             const HANDLE handle = open(journal_, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, CREATE_ALWAYS);
             const bool mayPass = handle == INVALID_HANDLE_VALUE && GetLastError() == ERROR_ACCESS_DENIED;
-            if (!mayPass || attempt == kCreateTries) return opened(handle, journal_);
-            Sleep(kCreatePauseMs);
+            if (!mayPass || attempt == kDeletedTries) return opened(handle, journal_);
+            Sleep(kDeletedPauseMs);
         }
     }
 
