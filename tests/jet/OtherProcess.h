@@ -31,6 +31,7 @@ public:
     OtherProcess(OtherProcess&& other) noexcept;
     OtherProcess(const OtherProcess&) = delete;
     OtherProcess& operator=(const OtherProcess&) = delete;
+    OtherProcess& operator=(OtherProcess&&) = delete;
 
     /// @return its exit code
     int wait();
