@@ -242,7 +242,7 @@ void waitForMarker(const fs::path& folder, const std::string& name) {
 int main(int argc, char** argv) {
     test::programName = argv[0];
     if (argc == 4 && std::string(argv[1]) == test::kRoleOption) {
-        return test::play(argv[2], std::atoi(argv[3]));
+        return test::play(argv[2], std::stoi(argv[3]));
     }
     testing::InitGoogleMock(&argc, argv);
     return RUN_ALL_TESTS();
