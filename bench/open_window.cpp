@@ -5,7 +5,7 @@
 #include "ado/embedded/Factory.h"
 #include "app/Application.h"
 #include "app/mPublic.h"
-#include "jet/PageIo.h"
+#include "jet/Storage.h"
 #include "tests/support/FakeHost.h"
 #include "tests/support/FakeServices.h"
 #include "ui/frmBenKto.h"
@@ -23,7 +23,7 @@ int main(int count, char** arguments) {
     test::Log log;
     test::FakeServices services(log);
     test::FakeHost host(log);
-    ado::embedded::Factory engine([&path](const base::Text&) { return jet::openFile(path, jet::OpenMode::Read); });
+    ado::embedded::Factory engine([&path](const base::Text&) { return jet::fileStorage(path); });
     tolv::Application application(services.all(), engine, host);
 
     const auto start = Clock::now();

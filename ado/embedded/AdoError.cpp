@@ -14,6 +14,8 @@ base::TextView descriptionOf(AdoErrorNumber number) {
             return u"Entweder BOF oder EOF ist True, oder der aktuelle Datensatz wurde gelöscht. Der angeforderte "
                    u"Vorgang "
                    u"benötigt einen aktuellen Datensatz.";
+        case AdoErrorNumber::IllegalOperation:
+            return u"Der Vorgang ist in diesem Zusammenhang nicht zugelassen.";
         case AdoErrorNumber::FeatureNotAvailable:
             return u"Das aktuelle Recordset unterstützt keine Aktualisierung. Möglicherweise liegt dies am Provider "
                    u"oder "
@@ -44,8 +46,14 @@ base::RuntimeError invalidUser() {
     return {-2147217843, u"Kein zulässiger Kontoname oder falsches Kennwort."};
 }
 
-base::RuntimeError readOnlyObject() {
-    return {-2147217911, u"Aktualisieren nicht möglich. Datenbank oder Objekt ist schreibgeschützt."};
+base::RuntimeError rowChanged() {
+    return {-2147217864,
+            u"Das Microsoft Jet-Datenbankmodul hat den Vorgang angehalten, da Sie und ein weiterer Benutzer "
+            u"gleichzeitig versuchen, dieselben Daten zu verändern."};
+}
+
+base::RuntimeError rowDeleted() {
+    return {-2147217885, u"Der Datensatz wurde gelöscht."};
 }
 
 }  // namespace ado::embedded

@@ -11,6 +11,7 @@ namespace ado::embedded {
 enum class AdoErrorNumber : std::int32_t {
     InvalidArgument = 3001,
     NoCurrentRecord = 3021,
+    IllegalOperation = 3219,
     FeatureNotAvailable = 3251,
     ItemNotFound = 3265,
     ObjectClosed = 3704,
@@ -24,7 +25,10 @@ base::RuntimeError adoError(AdoErrorNumber number);
 /// -2147217843: the file knows no such user.
 base::RuntimeError invalidUser();
 
-/// -2147217911: a record set whose rows cannot be changed.
-base::RuntimeError readOnlyObject();
+/// -2147217864: somebody else has changed the row since the record set was opened.
+base::RuntimeError rowChanged();
+
+/// -2147217885: somebody else has deleted the row since the record set was opened.
+base::RuntimeError rowDeleted();
 
 }  // namespace ado::embedded

@@ -1,7 +1,7 @@
 #include "ado/embedded/Connection.h"
 
 #include "ado/embedded/AdoError.h"
-#include "jet/sql/SelectExecutor.h"
+#include "jet/sql/Execution.h"
 
 namespace ado::embedded {
 
@@ -25,8 +25,8 @@ void Connection::Open(base::TextView connectionString, base::TextView userId, ba
     if (!connectionString.empty()) throw adoError(AdoErrorNumber::InvalidArgument);
     const bool defaultUser = userId.empty() || base::equalsIgnoringAsciiCase(userId, kDefaultUser);
     if (!defaultUser || !password.empty()) throw invalidUser();
-    const base::Text& path = properties_.dataSource();
-    database_.emplace(jet::Database::open(openFile_(path), path, properties_.databasePassword()));
+    database_ = std::make_shared<jet::Database>(jet::Database::open(
+        storageOf_(properties_.dataSource()), properties_.databasePassword(), jet::LeftJournalRule::RollBack));
     properties_.setLocked(true);
 }
 
@@ -38,9 +38,7 @@ void Connection::Close() {
 
 std::int32_t Connection::Execute(base::TextView commandText) {
     if (!database_) throw adoError(AdoErrorNumber::ObjectClosed);
-    auto operation = database_->beginRead();
-    jet::sql::executeSelect(operation, commandText);
-    return 0;
+    return jet::sql::execute(*database_, commandText);
 }
 
 }  // namespace ado::embedded

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <optional>
+#include <memory>
 
 #include "ado/Ado.h"
 #include "ado/embedded/Factory.h"
@@ -10,13 +10,13 @@
 
 namespace ado::embedded {
 
-/// A connection to one file. The file stays open from Open to Close; it is locked only while a statement
-/// reads it.
+/// A connection to one file. The file stays open for reading from Open to Close; it is locked only while a statement
+/// or a record set reads or writes it. What an interrupted writer left is rolled back by whoever comes first.
 ///
 /// The one provider there is goes by the name of the original one.
 class Connection final : public ado::Connection {
 public:
-    explicit Connection(OpenFile openFile) : openFile_(std::move(openFile)) {}
+    explicit Connection(StorageOf storageOf) : storageOf_(std::move(storageOf)) {}
 
     base::Text Provider() const override { return provider_; }
     /// @throws 3705 on an open connection, 3706 for any other name
@@ -34,13 +34,13 @@ public:
     std::int32_t Execute(base::TextView commandText) override;
 
     /// The open file; null while the connection is closed.
-    jet::Database* database() { return database_ ? &*database_ : nullptr; }
+    const std::shared_ptr<jet::Database>& database() const { return database_; }
 
 private:
-    OpenFile openFile_;
+    StorageOf storageOf_;
     base::Text provider_ = u"MSDASQL";  // ADO's own default, which is not there
     ProviderProperties properties_;
-    std::optional<jet::Database> database_;
+    std::shared_ptr<jet::Database> database_;
 };
 
 }  // namespace ado::embedded

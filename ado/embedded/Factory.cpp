@@ -6,7 +6,7 @@
 namespace ado::embedded {
 
 std::unique_ptr<ado::Connection> Factory::createConnection() {
-    return std::make_unique<Connection>(openFile_);
+    return std::make_unique<Connection>(storageOf_);
 }
 
 std::unique_ptr<ado::Recordset> Factory::createRecordset() {

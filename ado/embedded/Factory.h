@@ -5,23 +5,23 @@
 
 #include "ado/Ado.h"
 #include "base/Text.h"
-#include "jet/PageIo.h"
+#include "jet/Storage.h"
 
 namespace ado::embedded {
 
-/// Opens the file at a path for reading; how, the machine's side knows.
-using OpenFile = std::function<std::unique_ptr<jet::PageIo>(const base::Text& path)>;
+/// Where the file of a path lies, for reading and writing; the machine's side knows.
+using StorageOf = std::function<std::unique_ptr<jet::Storage>(const base::Text& path)>;
 
 /// ADO's objects over the embedded engine.
 class Factory final : public ConnectionFactory {
 public:
-    explicit Factory(OpenFile openFile) : openFile_(std::move(openFile)) {}
+    explicit Factory(StorageOf storageOf = jet::fileStorage) : storageOf_(std::move(storageOf)) {}
 
     std::unique_ptr<ado::Connection> createConnection() override;
     std::unique_ptr<ado::Recordset> createRecordset() override;
 
 private:
-    OpenFile openFile_;
+    StorageOf storageOf_;
 };
 
 }  // namespace ado::embedded

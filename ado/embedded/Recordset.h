@@ -1,20 +1,34 @@
 #pragma once
 
 #include <cstddef>
+#include <map>
+#include <memory>
 #include <optional>
 #include <vector>
 
 #include "ado/Ado.h"
+#include "ado/embedded/PendingRow.h"
 #include "base/Text.h"
 #include "base/Value.h"
+#include "jet/Database.h"
+#include "jet/Transaction.h"
 #include "jet/sql/ResultSet.h"
 
 namespace ado::embedded {
 
-/// The rows of a SELECT, as they were when it was opened, whatever kind of cursor was asked for. It depends
-/// neither on the file nor on the connection any more.
+/// The rows of a SELECT, as they were when it was opened, whatever kind of cursor was asked for. Reading depends
+/// neither on the file nor on the connection any more; of what is written afterwards only its own rows show in it.
 ///
-/// Rows can be read, not changed.
+/// A row is added or changed in three steps, of which only the outer ones touch the file, each in a transaction of its
+/// own; between them nothing is locked:
+///
+///     AddNew             takes the new row's auto number, so it exists and nobody else gets it; refuses here what
+///                        cannot be written at all
+///     Field::setValue    converts to the column's type and keeps the value in memory
+///     Update             stores the row, if nobody else has changed or deleted it meanwhile
+///
+/// A pending row that never meets Update is gone with the record set, but for its number. As with ADO, AddNew and
+/// MoveNext store a pending row first.
 class Recordset final : public ado::Recordset {
 public:
     Recordset() = default;
@@ -24,35 +38,46 @@ public:
     ~Recordset() override = default;
 
     /// @param connection  one of this engine's own (else 3001) that is open (else 3709)
+    /// @param lockType    read-only and batch (there is no UpdateBatch) refuse changes with 3251
     /// @throws 3705 if it is open already; the engine's errors of the statement
     void Open(base::TextView source, ado::Connection& connection, CursorType cursorType, LockType lockType,
               std::int32_t options) override;
     std::int32_t State() const override { return rows_ ? adStateOpen : adStateClosed; }
     std::int32_t RecordCount() const override;
+    /// False while a new row is pending: it is the current one.
     bool isEOF() const override;
     void MoveNext() override;
     ado::Fields& Fields() override;
-    void AddNew() override { refuseChange(); }
-    void Update() override { refuseChange(); }
+
+    /// @throws 3251, 3709 if the connection is closed; the engine's errors: in use, read-only, a table that it cannot
+    ///         write
+    void AddNew() override;
+
+    /// Does nothing if nothing was assigned. If it throws, nothing is stored and the row stays pending.
+    /// @throws as AddNew; the row was changed or deleted by somebody else; the rules of columns, indexes and
+    ///         relationships
+    void Update() override;
+
+    /// @throws 3219 while a row is pending
     void Close() override;
 
 private:
     class RowField final : public ado::Field {
     public:
-        RowField(const Recordset& rows, std::size_t column) : rows_(rows), column_(column) {}
-        const base::Text& columnName() const { return rows_.opened().column(column_).name; }
-        base::Text Name() const override { return columnName(); }
+        RowField(Recordset& rows, std::size_t column) : rows_(rows), column_(column) {}
+        const jet::Column& column() const { return rows_.opened().column(column_); }
+        base::Text Name() const override { return column().name; }
         base::Value Value() const override;
         void setValue(const base::Value& value) override;
 
     private:
-        const Recordset& rows_;
+        Recordset& rows_;
         std::size_t column_;
     };
 
     class RowFields final : public ado::Fields {
     public:
-        explicit RowFields(const Recordset& rows);
+        explicit RowFields(Recordset& rows);
         std::int32_t Count() const override { return static_cast<std::int32_t>(fields_.size()); }
         ado::Field& Item(base::TextView name) override;
         ado::Field& Item(std::int32_t index) override;
@@ -63,12 +88,24 @@ private:
 
     /// @throws 3704 if the record set is closed
     const jet::sql::ResultSet& opened() const;
-    [[noreturn]] void refuseChange() const;
+    bool isNewRowPending() const { return pending_ && pending_->isNew(); }
+    void requireUpdatable() const;
+    std::shared_ptr<jet::Database> openDatabase() const;
+    jet::RowPointer store(jet::TableWriter& writer) const;
+    void requireSameColumns(const jet::TableDefinition& now) const;
+    void requireUnchanged(const jet::TableWriter& writer, jet::RowPointer place) const;
+    std::size_t rowCount() const { return opened().rowCount() + addedRows_; }
+    jet::sql::ResultRow row(std::size_t row) const;
 
+    base::Text table_;
+    std::weak_ptr<jet::Database> database_;
+    LockType lockType_ = LockType::adLockReadOnly;
     std::optional<jet::sql::ResultSet> rows_;
     std::optional<RowFields> fields_;
+    std::map<std::size_t, jet::sql::ResultSet> written_;  ///< rows as this record set has stored them, one in each
+    std::size_t addedRows_ = 0;                           ///< stand behind the others
     std::size_t current_ = 0;
-    LockType lockType_ = LockType::adLockReadOnly;
+    std::optional<PendingRow> pending_;
 };
 
 }  // namespace ado::embedded

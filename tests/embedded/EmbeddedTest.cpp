@@ -5,6 +5,7 @@
 #include "ado/embedded/Factory.h"
 #include "base/RuntimeError.h"
 #include "jet/Errors.h"
+#include "tests/support/FaultyStorage.h"
 #include "tests/support/SampleFile.h"
 
 namespace ado::embedded {
@@ -13,7 +14,6 @@ namespace {
 using base::Value;
 
 constexpr base::TextView kPath = u"C:\\Daten\\\\Probe.mdb";
-constexpr std::int32_t kReadOnly = -2147217911;
 
 class Embedded : public testing::Test {
 protected:
@@ -29,11 +29,11 @@ protected:
         return test::sampleFile({table}, u"GeheiM");
     }
 
-    /// Opens the one file there is; `opened` counts.
-    std::unique_ptr<jet::PageIo> openFile(const base::Text& path) {
+    /// The one file there is; `opened` counts.
+    std::unique_ptr<jet::Storage> storageOf(const base::Text& path) {
         if (path != kPath) throw jet::fileNotFound(path);
         ++opened;
-        return std::make_unique<jet::MemoryIo>(bytes);
+        return machine.storage();
     }
 
     void nameFile(Connection& connection, base::TextView password = u"GeheiM") {
@@ -57,9 +57,9 @@ protected:
 
     using Connection = ado::Connection;
 
-    base::Bytes bytes = file();
+    test::Machine machine{file()};
     int opened = 0;
-    Factory factory{[this](const base::Text& path) { return openFile(path); }};
+    Factory factory{[this](const base::Text& path) { return storageOf(path); }};
 };
 
 std::int32_t errorOf(const std::function<void()>& action) {
@@ -104,7 +104,10 @@ TEST_F(Embedded, RefusesWhatAdoRefuses) {
     auto open = openConnection();
     auto closedRows = factory.createRecordset();
     auto openRows = openAll(*open);
+    auto batch = openAll(*open, LockType::adLockBatchOptimistic);
     auto updatable = openAll(*open, LockType::adLockPessimistic);
+    updatable->MoveNext();
+    updatable->MoveNext();
     const auto openWith = [&](base::TextView provider, base::TextView password, base::TextView path = kPath) {
         auto connection = factory.createConnection();
         if (!provider.empty()) nameFile(*connection, password);
@@ -147,10 +150,13 @@ TEST_F(Embedded, RefusesWhatAdoRefuses) {
         {"no such field number", [&] { openRows->Fields().Item(4); }, 3265},
         {"new row, read-only lock", [&] { openRows->AddNew(); }, 3251},
         {"value, read-only lock", [&] { openRows->Fields().Item(0).setValue(5); }, 3251},
-        {"new row", [&] { updatable->AddNew(); }, kReadOnly},
-        {"value", [&] { updatable->Fields().Item(0).setValue(5); }, kReadOnly},
-        {"update", [&] { updatable->Update(); }, kReadOnly},
-        {"execute", [&] { open->Execute(u"DELETE FROM Konto WHERE Nr = 1"); }, -2147467259},
+        {"new row, batch lock", [&] { batch->AddNew(); }, 3251},
+        {"update, read-only lock", [&] { openRows->Update(); }, 3251},
+        {"update with nothing assigned", [&] { updatable->Update(); }, 0},
+        {"value behind the last row", [&] { updatable->Fields().Item(0).setValue(5); }, 3021},
+        {"new row in closed rows", [&] { closedRows->AddNew(); }, 3704},
+        {"rows of an UPDATE", [&] { select(*closedRows, *open, u"UPDATE Konto SET Nr = 1"); }, -2147467259},
+        {"execute on no table", [&] { open->Execute(u"DELETE FROM Kunde"); }, -2147217865},
         {"broken execute", [&] { open->Execute(u"DELETE Konto"); }, -2147217900},
         {"close, then open again",
          [&] {

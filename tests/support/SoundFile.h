@@ -1,0 +1,25 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "base/Text.h"
+#include "base/Value.h"
+#include "jet/Checker.h"
+#include "jet/Database.h"
+#include "jet/MemoryIo.h"
+
+namespace test {
+
+/// What the checker finds in a file, a line each; empty if the file is sound.
+inline std::string faultsIn(const base::Bytes& file, base::TextView password = {}) {
+    jet::Database database = jet::Database::open(std::make_unique<jet::MemoryIo>(file), u"Probe.mdb", password);
+    auto operation = database.beginRead();
+    const jet::CheckResult result = jet::checkDatabase(operation, file.size());
+    std::string faults;
+    for (const jet::Finding& finding : result.findings.kept())
+        if (finding.kind == jet::Finding::Kind::Fault) faults += base::toUtf8(finding.line()) + "\n";
+    return faults;
+}
+
+}  // namespace test
