@@ -23,6 +23,10 @@ Aufruf:
   kontodb query DATEI "SELECT ..." [--json] [--password KENNWORT | --password-file DATEI]
       gibt die Zeilen aus: durch Tabulatoren getrennt mit einer Kopfzeile, null
       als \N, ja/nein als -1/0; mit --json ein Objekt je Zeile.
+  kontodb exec DATEI "UPDATE|DELETE|INSERT ..." [--password KENNWORT | --password-file DATEI]
+      führt die Anweisung aus, ganz oder gar nicht, und gibt die Zahl der Zeilen aus,
+      die sie geändert, gelöscht oder eingefügt hat. Was ein unterbrochener
+      Schreibvorgang hinterlassen hat, wird vorher zurückgenommen.
   kontodb --help
       zeigt diesen Text.
 
@@ -42,6 +46,7 @@ int runCommand(std::span<const base::Text> arguments, Console& console) {
     }
     if (command == u"create") return create(rest, console);
     if (command == u"check") return check(rest, console);
+    if (command == u"exec") return exec(rest, console);
     if (command == u"query") return query(rest, console);
     throw UsageError(u"Unbekannter Befehl '" + command + u"'.");
 }

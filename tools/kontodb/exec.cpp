@@ -1,0 +1,23 @@
+#include <string>
+#include <variant>
+
+#include "jet/sql/Execution.h"
+#include "jet/sql/Parser.h"
+#include "tools/kontodb/CommandLine.h"
+#include "tools/kontodb/Commands.h"
+#include "tools/kontodb/ProtectedFile.h"
+
+namespace kontodb {
+
+int exec(std::span<const base::Text> arguments, Console& console) {
+    const CommandLine line(arguments, {kPasswordOption, kPasswordFileOption});
+    line.requireOperands(2);
+    const jet::sql::Statement statement = jet::sql::parse(line.operand(1));
+    if (std::holds_alternative<jet::sql::Select>(statement))
+        throw UsageError(u"exec führt UPDATE, DELETE und INSERT aus; Zeilen zeigt query.");
+    jet::Database database = openProtected(line.operand(0), line, console, jet::LeftJournalRule::RollBack);
+    console.print(std::to_string(jet::sql::execute(database, statement)) + "\n");
+    return kExitSuccess;
+}
+
+}  // namespace kontodb
