@@ -106,12 +106,12 @@ TEST_F(Exec, SeveralAtATimeLoseNothingAndGiveNoNumberTwice) {
     constexpr int kRounds = 15;
     const auto work = [this](const Text& who, int first) {
         for (int i = 0; i < kRounds; ++i) {
-            const Text number = base::decimal(i);
-            EXPECT_EQ(exec(u"INSERT INTO Benutzerkonto (BenKTO_Name) VALUES ('" + who + number + u"')").printed, "1\n");
-            EXPECT_EQ(exec(u"UPDATE Benutzerkonto SET BenKTO_ServerPath = '" + who + u"' WHERE BenKTO_ID = " +
-                           base::decimal(first + 2 * i))
-                          .printed,
-                      "1\n");
+            Text insert = u"INSERT INTO Benutzerkonto (BenKTO_Name) VALUES ('";
+            insert.append(who).append(base::decimal(i)).append(u"')");
+            EXPECT_EQ(exec(insert).printed, "1\n");
+            Text update = u"UPDATE Benutzerkonto SET BenKTO_ServerPath = '";
+            update.append(who).append(u"' WHERE BenKTO_ID = ").append(base::decimal(first + 2 * i));
+            EXPECT_EQ(exec(update).printed, "1\n");
         }
     };
     std::thread other([&] { work(u"Zwei", 2); });

@@ -139,8 +139,8 @@ TEST_F(Writing, AStatementThatFailsChangesNoByte) {
         {u"UPDATE Konto SET Ort = 'x', [ort] = 'y'", "-2147217900: Doppeltes Ausgabeziel 'Ort'."},
         {u"INSERT INTO Konto VALUES (20, 'f')", "-2147217900: Die Anzahl der Abfragewerte"},
     };
-    const test::Machine machine(accounts());
-    const base::Bytes before = machine.file();
+    const base::Bytes before = accounts();
+    const test::Machine machine(before);
     auto database = Database::open(machine.storage(), {}, LeftJournalRule::RollBack);
     for (const auto& [statement, error] : cases) {
         EXPECT_THAT(run(database, statement), testing::StartsWith(error)) << base::toUtf8(statement);
