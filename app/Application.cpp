@@ -14,8 +14,8 @@ Application* theApplication = nullptr;
 }  // namespace
 
 Application::Application(const platform::Services& services, ado::ConnectionFactory& connections,
-                         forms::FormHost& formHost, Commands commands)
-    : services_(services), connections_(connections), formHost_(formHost), commands_(commands) {
+                         forms::FormHost& formHost)
+    : services_(services), connections_(connections), formHost_(formHost) {
     assert(theApplication == nullptr);
     theApplication = this;
 }
@@ -38,9 +38,7 @@ frmLogin& Application::loginDialog() {
 }
 
 frmBenKto& Application::accountWindow() {
-    if (!accountWindow_) {
-        accountWindow_ = std::make_unique<frmBenKto>(formHost_, services_, commands_ == Commands::Available);
-    }
+    if (!accountWindow_) accountWindow_ = std::make_unique<frmBenKto>(formHost_, services_);
     return *accountWindow_;
 }
 

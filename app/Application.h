@@ -25,15 +25,9 @@ class frmLogin;
 ///     // run the message loop until the last form is unloaded
 ///
 /// Its end releases the shared objects that are left and then the forms.
-///
-/// Commands::Missing keeps every command of the account window off that would write, as long as there is an
-/// engine that only reads.
 class Application {
 public:
-    enum class Commands { Missing, Available };
-
-    Application(const platform::Services& services, ado::ConnectionFactory& connections, forms::FormHost& formHost,
-                Commands commands = Commands::Available);
+    Application(const platform::Services& services, ado::ConnectionFactory& connections, forms::FormHost& formHost);
     ~Application();
     Application(const Application&) = delete;
     Application& operator=(const Application&) = delete;
@@ -49,7 +43,6 @@ private:
     platform::Services services_;
     ado::ConnectionFactory& connections_;
     forms::FormHost& formHost_;
-    Commands commands_;
     std::unique_ptr<frmLogin> loginDialog_;
     std::unique_ptr<frmBenKto> accountWindow_;
 };

@@ -43,7 +43,7 @@ private:
 
 }  // namespace
 
-frmBenKto::frmBenKto(forms::FormHost& host, const platform::Services& services, bool commandsAvailable)
+frmBenKto::frmBenKto(forms::FormHost& host, const platform::Services& services)
     : Form(host, u"frmBenKto", base::Text(kApplicationTitle)),
       chbProgrammupdate(*this, u"chbProgrammupdate", u"Programmupdate"),
       Frame27(*this, u"Frame27", u""),
@@ -63,10 +63,8 @@ frmBenKto::frmBenKto(forms::FormHost& host, const platform::Services& services, 
       mousePointer_(services.mousePointer),
       messageBoxes_(services.messageBoxes),
       folderChooser_(services.folderChooser),
-      regional_(services.regional),
-      commandsAvailable_(commandsAvailable) {
+      regional_(services.regional) {
     connectEvents();
-    if (commandsAvailable_) connectCommands();
     setUpControls();
 }
 
@@ -76,9 +74,6 @@ void frmBenKto::connectEvents() {
     lvwBenKto.onItemClick = [this](const forms::ListItem& item) { lvwBenKto_ItemClick(item); };
     lvwBenKto.onColumnClick = [this](const forms::ColumnHeader& header) { lvwBenKto_ColumnClick(header); };
     cmdAbbrechen.onClick = [this] { cmdAbbrechen_Click(); };
-}
-
-void frmBenKto::connectCommands() {
     onKeyDown = [this](std::int16_t keyCode, std::int16_t shift) { Form_KeyDown(keyCode, shift); };
     txtUserNameDexo.onChange = [this] { txtUserNameDexo_Change(); };
     txtPathGlobal.onChange = [this] { txtPathGlobal_Change(); };
@@ -119,7 +114,6 @@ void frmBenKto::Form_Load() {
     bTrackChanges = kFalse;
     showFirstAccount();
     bTrackChanges = kTrue;
-    disableMissingCommands();
 }
 
 void frmBenKto::Form_Unload() {
@@ -156,7 +150,6 @@ void frmBenKto::lvwBenKto_ItemClick(const forms::ListItem& item) {
         ResetSaveButton();
     }
     bTrackChanges = kTrue;
-    disableMissingCommands();
 }
 
 void frmBenKto::lvwBenKto_ColumnClick(const forms::ColumnHeader& header) {
@@ -369,14 +362,6 @@ void frmBenKto::notify(base::TextView text) {
 bool frmBenKto::isConfirmed(base::TextView question) {
     return messageBoxes_.show(question, platform::MessageBoxes::Buttons::YesNo,
                               platform::MessageBoxes::Icon::Question) == platform::MessageBoxes::Answer::Yes;
-}
-
-void frmBenKto::disableMissingCommands() {
-    if (commandsAvailable_) return;
-    cmbAddNew.setEnabled(false);
-    cmdGlobal.setEnabled(false);
-    cmbResetPWD.setEnabled(false);
-    cmdDel.setEnabled(false);
 }
 
 }  // namespace tolv

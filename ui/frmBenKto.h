@@ -30,8 +30,7 @@ namespace tolv {
 /// never part: every move of the selection loads the account before it returns.
 class frmBenKto : public forms::Form {
 public:
-    /// @param commandsAvailable  false keeps all off that would write
-    frmBenKto(forms::FormHost& host, const platform::Services& services, bool commandsAvailable = true);
+    frmBenKto(forms::FormHost& host, const platform::Services& services);
 
     /// The controls that the account store works on.
     AccountFields accountFields() { return {txtPathGlobal, txtUserNameDexo, chbProgrammupdate, cmbResetPWD}; }
@@ -59,7 +58,6 @@ public:
 
 private:
     void connectEvents();
-    void connectCommands();
     void setUpControls();
 
     void Form_Load();
@@ -91,14 +89,11 @@ private:
     std::int32_t idOf(const forms::ListItem& row) const;
     void notify(base::TextView text);
     bool isConfirmed(base::TextView question);
-    /// The buttons of commands that are not available stay disabled in every state.
-    void disableMissingCommands();
 
     platform::MousePointer& mousePointer_;
     platform::MessageBoxes& messageBoxes_;
     platform::FolderChooser& folderChooser_;
     const platform::Regional& regional_;
-    bool commandsAvailable_;
 
     std::int16_t bTrackChanges = kFalse;  ///< while false, edits do not mark the account as changed
     std::int16_t bHandleAddNew = kFalse;  ///< while false, cmbAddNew changes without effect

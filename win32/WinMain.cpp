@@ -40,7 +40,7 @@ void runTool() {
 
     tolv::Application application(
         {windowMessages, settingsFile, programFolder, fileSystem, messageBoxes, mousePointer, folderChooser, regional},
-        *connections, host, tolv::Application::Commands::Missing);
+        *connections, host);
     // Caught before anything is taken down: after the error box nothing runs any more.
     win32::atBoundary([] { tolv::Main(); });
     host.run();

@@ -11,15 +11,11 @@ namespace test {
 
 /// The whole tool on fakes, not started yet.
 struct Tool {
-    using Commands = tolv::Application::Commands;
-
-    explicit Tool(Commands commands = Commands::Available) : application(services.all(), database, host, commands) {}
-
     Log log;
     FakeServices services{log};
     FakeDatabase database{log};
     FakeHost host{log};
-    tolv::Application application;
+    tolv::Application application{services.all(), database, host};
 
     tolv::frmBenKto& window() { return application.accountWindow(); }
     /// As after the right password.

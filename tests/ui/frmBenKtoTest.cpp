@@ -92,26 +92,6 @@ TEST_F(frmBenKtoTest, aRowClickWithNothingSelectedLocksTheFields) {
     expectAccount(u"Meier", u"C:\\M", 0);
 }
 
-TEST(frmBenKtoWithoutCommandsTest, theCommandsThatAreMissingCannotBeReachedButTheListIsSorted) {
-    test::Tool tool(test::Tool::Commands::Missing);
-    frmBenKto& window = tool.window();
-    tool.database.add(3, u"Abel");
-    tool.database.add(8, u"Meier");
-    tool.openAccountWindow();
-    window.lvwBenKto.userSelectedRow(1);
-    window.txtUserNameDexo.userTyped(u"anders");
-    for (const forms::Control* control : std::initializer_list<forms::Control*>{
-             &window.cmbAddNew, &window.cmdSpeichern, &window.cmdDel, &window.cmbResetPWD, &window.cmdGlobal}) {
-        EXPECT_FALSE(control->Enabled()) << test::shown(control->Name());
-    }
-    window.userPressedKey(u'S', forms::Form::kCtrlMask);
-    EXPECT_EQ(window.cmdSpeichern.Caption(), u"Speichern");
-    EXPECT_EQ(test::shown(nameOf(tool.database.rows.at(1))), "Meier");
-    window.lvwBenKto.userClickedColumn(1);
-    EXPECT_EQ(window.lvwBenKto.ListItems(1).Text(), u"Meier");
-    EXPECT_FALSE(window.cmbAddNew.Enabled());
-}
-
 TEST_F(frmBenKtoTest, everyWayToCloseReleasesTheAccountFileAndAsksNothing) {
     const std::vector<std::function<void()>> ways{[&] { window.cmdAbbrechen.userClicked(); },
                                                   [&] { window.userPressedEscape(); }, [&] { window.userClosed(); }};

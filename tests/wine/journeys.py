@@ -17,11 +17,11 @@ import threading
 import time
 import traceback
 
-from commands import the_list_is_sorted_by_its_headers
+from commands import COMMANDS
 from driver import (BOX_CLASS, LOGIN_CONTROLS, LOGIN_TITLE, PASSWORD, ROOT, SETTLE_SECONDS, TITLE, Failure, Session,
                     Tool, check, enter_architecture, equal, until)
 
-JOURNEYS = {the_list_is_sorted_by_its_headers.__name__: the_list_is_sorted_by_its_headers}
+JOURNEYS = dict(COMMANDS)
 GREY = [192, 192, 192]
 
 
