@@ -4,6 +4,9 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
 
 namespace jet {
 namespace {
@@ -100,18 +103,20 @@ std::optional<ExactNumber> ExactNumber::fromText(std::string_view text) {
 }
 
 std::optional<ExactNumber> ExactNumber::fromDouble(double value) {
+    // The fewest digits that give the number back. std::to_chars would bring 180 KB of tables into the program.
     std::array<char, 40> text{};
-    const auto written = std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::scientific);
-    return fromText({text.data(), static_cast<std::size_t>(written.ptr - text.data())});
+    constexpr int kAlwaysKept = std::numeric_limits<double>::digits10;
+    constexpr int kAlwaysEnough = std::numeric_limits<double>::max_digits10;
+    for (int digits = kAlwaysKept; digits <= kAlwaysEnough; ++digits) {
+        std::snprintf(text.data(), text.size(), "%.*e", digits - 1, value);
+        if (std::strtod(text.data(), nullptr) == value) break;
+    }
+    return fromText(text.data());
 }
 
 double ExactNumber::toDouble() const {
     const std::string text = (negative_ ? "-" : "") + (digits_.empty() ? "0" : digits_) + "e" + std::to_string(-scale_);
-    double value = 0;
-    const auto read = std::from_chars(text.data(), text.data() + text.size(), value);
-    // Too small for a double is zero, too large no number at all.
-    if (read.ec == std::errc::result_out_of_range && static_cast<int>(digits_.size()) > scale_) return HUGE_VAL;
-    return value;
+    return std::strtod(text.c_str(), nullptr);
 }
 
 ExactNumber ExactNumber::rounded(int scale) const {

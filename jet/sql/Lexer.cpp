@@ -1,11 +1,11 @@
 #include "jet/sql/Lexer.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
+#include <optional>
 #include <string>
-#include <system_error>
 
+#include "jet/ExactNumber.h"
 #include "jet/sql/DateLiteral.h"
 
 namespace jet::sql {
@@ -56,10 +56,9 @@ base::Value numberOf(const std::string& typed) {
         if (small && decimal.magnitude[0] <= 0x7FFFFFFF) return static_cast<std::int32_t>(decimal.magnitude[0]);
         return decimal;
     }
-    double number = 0;
-    const auto result = std::from_chars(typed.data(), typed.data() + typed.size(), number);
-    if (result.ec != std::errc() || !std::isfinite(number)) return base::Null{};
-    return number;
+    const std::optional<ExactNumber> number = ExactNumber::fromText(typed);
+    if (!number || !std::isfinite(number->toDouble())) return base::Null{};
+    return number->toDouble();
 }
 
 }  // namespace
