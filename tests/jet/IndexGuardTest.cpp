@@ -104,16 +104,16 @@ TEST(IndexGuard, RefusesKeysThatAnIndexMustNotTake) {
     const struct {
         const char* what;
         base::Value text;
-        std::uint8_t flags;
         base::TextView refusal;  ///< part of it; empty for none
+        std::uint8_t flags;
         bool hasEntry = true;
     } cases[] = {
-        {"a name", u"Müller", IndexDefinition::kUnique, {}},
-        {"surrogates", kSurrogates, 0, u"nicht sicher bekannt"},
-        {"a key too long to be certain", kLongText, 0, u"nicht sicher bekannt"},
-        {"null", base::Null{}, IndexDefinition::kUnique, {}},
-        {"null where the index wants values", base::Null{}, IndexDefinition::kRequired, u"Nullwert"},
-        {"nulls that the index ignores", base::Null{}, IndexDefinition::kIgnoreNulls, {}, false},
+        {"a name", u"Müller", {}, IndexDefinition::kUnique},
+        {"surrogates", kSurrogates, u"nicht sicher bekannt", 0},
+        {"a key too long to be certain", kLongText, u"nicht sicher bekannt", 0},
+        {"null", base::Null{}, {}, IndexDefinition::kUnique},
+        {"null where the index wants values", base::Null{}, u"Nullwert", IndexDefinition::kRequired},
+        {"nulls that the index ignores", base::Null{}, {}, IndexDefinition::kIgnoreNulls, false},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);

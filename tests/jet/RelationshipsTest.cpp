@@ -64,7 +64,7 @@ WrittenFile families() {
 
 std::string outcome(WrittenFile& file, const std::function<void()>& step) {
     file.store.settle();
-    const std::string error = errorOf(step);
+    std::string error = errorOf(step);
     if (error != "no error") {
         EXPECT_EQ(file.store.changedPages(), 0U) << error;
     }

@@ -131,6 +131,7 @@ TEST(TableWriter, ARowKeepsItsPlaceWhileItsBytesMove) {
     WrittenFile file({{design, {}}});
     const auto longText = [](std::size_t units) { return Text(units, u'Ω'); };
     std::vector<RowPointer> rows;
+    rows.reserve(6);
     for (std::int32_t i = 0; i < 6; ++i)
         rows.push_back(file.writer(kTable).insert({{{0, i}, {1, longText(250)}}}));
     ASSERT_EQ(rows.front().page, rows.back().page);
