@@ -21,7 +21,7 @@ protected:
         : folder_(std::filesystem::temp_directory_path() /
                   ("kontodb-check-" + std::to_string(std::random_device()()))) {
         std::filesystem::create_directory(folder_);
-        file_ = folder_ / "Prüfling.mdb";
+        file_ = folder_ / u"Prüfling.mdb";
         run(std::vector<Text>{u"create", file_.u16string(), u"--accounts", u"300", u"--password", u"geheim"}, console_);
     }
     ~Check() override { std::filesystem::remove_all(folder_); }
@@ -78,7 +78,7 @@ TEST_F(Check, ShowsNotesWhenAskedTo) {
 }
 
 TEST_F(Check, ReportsAJournalAndLeavesItThere) {
-    const std::filesystem::path journal = folder_ / "Prüfling.mdb-journal";
+    const std::filesystem::path journal = folder_ / u"Prüfling.mdb-journal";
     std::ofstream(journal) << "an interrupted writing";
     EXPECT_EQ(check(), kExitFaultsFound);
     EXPECT_NE(console_.printed.find("Prüfling.mdb-journal"), std::string::npos) << console_.printed;
