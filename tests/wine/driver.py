@@ -216,7 +216,12 @@ class Tool:
         self.session.xdotool("key", "--delay", 30, *keys)
 
     def type(self, text):
-        self.session.xdotool("type", "--delay", 20, text)
+        """Characters that the German keyboard lacks come as from an input method."""
+        try:
+            text.encode("cp1252")
+            self.session.xdotool("type", "--delay", 20, text)
+        except UnicodeEncodeError:
+            self.session.ask("type", text)
 
     def click(self, x, y, modifier=None):
         steps = ["mousemove", x, y] + (["keydown", modifier] if modifier else []) + ["click", 1]

@@ -20,8 +20,9 @@ import traceback
 from commands import COMMANDS
 from driver import (BOX_CLASS, LOGIN_CONTROLS, LOGIN_TITLE, PASSWORD, ROOT, SETTLE_SECONDS, TITLE, Failure, Session,
                     Tool, check, enter_architecture, equal, until)
+from writing import WRITING
 
-JOURNEYS = dict(COMMANDS)
+JOURNEYS = COMMANDS | WRITING
 GREY = [192, 192, 192]
 
 

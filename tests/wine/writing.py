@@ -1,0 +1,360 @@
+"""Journeys through the account window's commands that write, and those that must not although they try.
+
+At the end of each the account file is sound and holds exactly the rows that the journey says, all columns of all rows.
+"""
+import contextlib
+import fcntl
+import os
+import struct
+import time
+
+from account_window import answer, can_reset, fill, go_to, is_clean, is_red, press, toggled
+from driver import SETTLE_SECONDS, TITLE, check, equal, until
+
+WRITING = {}
+INITIAL = "a4c123b1612dd272d1371c17149d439536b3216fdaeeb975729fae923d5a4fd1"
+END_OF_NOTICE = "\r\n\r\nMNwelKOP\r\n\r\nDer Anwender wird beim ersten Login aufgefordert dieses zu ändern."
+
+# How programs keep each other off the account file (docs/file-format.md, "Sharing").
+LOCK_BYTE = 0x400000000000
+FIRST_USER_BYTE = 0x10000001
+
+
+def writing(file="twelve"):
+    """A journey on a copy of that file. It is given the account window and the rows by number, as they are at the
+    start, and changes them to what the file must hold at the end."""
+    def register(function):
+        def journey(scene):
+            with scene.tool(file) as tool:
+                accounts = tool.accounts()
+                rows = stored_rows(scene, tool)
+                function(scene, accounts, rows)
+                compare_rows(scene, tool, rows)
+        WRITING[function.__name__] = journey
+        return journey
+    return register
+
+
+def stored_rows(scene, tool):
+    return {row["BenKTO_ID"]: row for row in scene.files.rows(tool.database)}
+
+
+def compare_rows(scene, tool, expected):
+    scene.files.check(tool.database)
+    stored = stored_rows(scene, tool)
+    for number in sorted(stored.keys() | expected.keys()):
+        equal(stored.get(number), expected.get(number), f"account {number} in the file")
+
+
+def row_named(rows, name):
+    return next(row for row in rows.values() if row["BenKTO_Name"] == name)
+
+
+def add_row(rows, name, path, password=INITIAL, update=False):
+    number = max(rows, default=0) + 1
+    rows[number] = {"BenKTO_ID": number, "BenKTO_Name": name, "BenKTO_Pass": password, "BenKTO_ServerPath": path,
+                    "BenKTO_R_ProgUpdate": update}
+
+
+def change_row(row, **columns):
+    """What a save leaves: the path goes into the file as it is shown, without its trailing backslash."""
+    row["BenKTO_ServerPath"] = (row["BenKTO_ServerPath"] or "").removesuffix("\\")
+    row.update({f"BenKTO_{name}": value for name, value in columns.items()})
+
+
+def names(accounts):
+    return [row[0] for row in accounts.list(0, 100)["rows"]]
+
+
+def save(accounts, row):
+    """Ctrl+S, after which the list shows the account in that row, in view, and has the focus."""
+    accounts.tool.key("ctrl+s")
+    until(lambda: is_clean(accounts), "a clean button")
+    until_shown_in(accounts, row)
+    equal(accounts.focus(), "lvwBenKto", "the focus after saving")
+
+
+def until_shown_in(accounts, row):
+    accounts.until_selected(row)
+    rows = accounts.list()
+    check(rows["top"] <= row < rows["top"] + rows["perPage"], f"row {row} is out of view: {rows['top']} is on top")
+
+
+def sort_by_path_descending(accounts):
+    left, top, _, _ = accounts.controls()["lvwBenKto"]["rect"]
+    accounts.tool.click(left + 30 + accounts.list()["columns"][0]["width"], top + 10)
+    until(lambda: [c["image"] for c in accounts.list()["columns"]] == [-1, 1], "the mark of a descending order")
+
+
+def error_box_ends_the_program(scene, accounts, *words):
+    tool = accounts.tool
+    box = tool.box()
+    scene.picture("error")
+    equal((box["icon"], box["title"], [b[1] for b in box["buttons"]]), ("critical", TITLE, ["OK"]), "the box")
+    check(all(word in box["text"] for word in words), f"the box says {box['text']!r}, wanted {words}")
+    tool.key("Return")
+    tool.ended(1)
+
+
+# New accounts
+
+def announcement(name):
+    return f"Das Benutzerkonto '{name}' wurde mit folgendem Initialpasswwort angelegt:" + END_OF_NOTICE
+
+
+@writing()
+def a_new_account_is_created_and_announced(scene, accounts, rows):
+    press(accounts, "cmbAddNew")
+    until(lambda: toggled(accounts), "the button pressed")
+    fill(accounts, " Müller & Söhne ", " C:\\Neu\\ ")
+    press(accounts, "chbProgrammupdate")
+    accounts.tool.key("ctrl+s")
+    answer(accounts, announcement("Müller & Söhne"), picture=lambda: scene.picture("announced"))
+    until(lambda: accounts.list()["count"] == 13, "a thirteenth row")
+    until_shown_in(accounts, names(accounts).index("Müller & Söhne"))
+    equal(accounts.shown()[1], "C:\\Neu", "the path shown")
+    check(is_clean(accounts) and not toggled(accounts), "the window is not in its viewing state")
+    equal(accounts.focus(), "lvwBenKto", "the focus")
+    equal(accounts.controls()["cmbResetPWD"]["enabled"], False, "whether the password can be reset")
+    add_row(rows, "Müller & Söhne", "C:\\Neu\\", update=True)
+
+
+@writing("empty")
+def the_first_account_of_an_empty_file_is_created(scene, accounts, rows):
+    press(accounts, "cmbAddNew")
+    until(lambda: toggled(accounts), "the button pressed")
+    fill(accounts, "Erster", "C:\\Erster")
+    press(accounts, "cmdSpeichern")
+    answer(accounts, announcement("Erster"))
+    until(lambda: accounts.list()["count"] == 1, "a row")
+    until_shown_in(accounts, 0)
+    scene.picture("viewing")
+    equal(accounts.focus(), "lvwBenKto", "the focus")
+    add_row(rows, "Erster", "C:\\Erster")
+
+
+@writing()
+def names_of_any_script_are_stored_shown_and_asked_for(scene, accounts, rows):
+    first, second, path = "Łukasz & Śmigły 李", "&Ωmega && Co", "D:\\Łódź & 李"
+    press(accounts, "cmbAddNew")
+    until(lambda: toggled(accounts), "the button pressed")
+    fill(accounts, first, path)
+    accounts.tool.key("ctrl+s")
+    answer(accounts, announcement(first), picture=lambda: scene.picture("announced"))
+    until(lambda: accounts.list()["count"] == 13, "a thirteenth row")
+    accounts.until_selected(names(accounts).index(first))
+    add_row(rows, first, path)
+    compare_rows(scene, accounts.tool, rows)
+
+    fill(accounts, second)
+    accounts.tool.key("ctrl+s")
+    until(lambda: is_clean(accounts), "a clean button")
+    accounts.until_selected(names(accounts).index(second))
+    scene.picture("renamed")
+    change_row(row_named(rows, first), Name=second)
+    press(accounts, "cmdDel")
+    answer(accounts, f"Soll das Benutzerkonto '{second}' jetzt gelöscht werden?", "question", "n",
+           lambda: scene.picture("question"))
+
+
+# Changed accounts
+
+@writing()
+def an_account_is_renamed_where_the_list_is_sorted(scene, accounts, rows):
+    left, top, _, _ = accounts.controls()["lvwBenKto"]["rect"]
+    accounts.tool.click(left + 30, top + 10)
+    until(lambda: accounts.list()["columns"][0]["image"] == 1, "the mark of a descending order")
+    old = names(accounts)[4]
+    go_to(accounts, old)
+    fill(accounts, "Zzz & Co")
+    save(accounts, 0)
+    equal(accounts.shown()[0], "Zzz & Co", "the name shown")
+    change_row(row_named(rows, old), Name="Zzz & Co")
+
+
+@writing()
+def an_account_may_keep_its_name_or_change_its_letters_case(scene, accounts, rows):
+    for index, changed in ((2, str), (5, str.swapcase)):
+        old = names(accounts)[index]
+        go_to(accounts, old)
+        fill(accounts, changed(old))
+        until(lambda: is_red(accounts), "a red button")
+        save(accounts, index)
+        equal(accounts.shown()[0], changed(old), "the name shown")
+        change_row(row_named(rows, old), Name=changed(old))
+
+
+@writing()
+def save_and_delete_leave_the_list_sorted_by_path(scene, accounts, rows):
+    sort_by_path_descending(accounts)
+    before = names(accounts)
+    accounts.tool.key("End")
+    accounts.until_selected(11)
+    fill(accounts, path="zzz")
+    save(accounts, 0)
+    scene.picture("saved")
+    order = [before[11]] + before[:11]
+    equal(names(accounts), order, "the order after saving")
+    change_row(row_named(rows, order[0]), ServerPath="zzz")
+    compare_rows(scene, accounts.tool, rows)
+
+    for place in (11, 0):
+        accounts.tool.key("End" if place else "Home")
+        accounts.until_selected(place)
+        deleted = order.pop(place)
+        press(accounts, "cmdDel")
+        answer(accounts, f"Soll das Benutzerkonto '{deleted}' jetzt gelöscht werden?", "question", "j")
+        until(lambda: accounts.list()["count"] == len(order), f"{len(order)} rows")
+        until_shown_in(accounts, 0)
+        equal(names(accounts), order, f"the order after deleting {deleted}")
+        del rows[row_named(rows, deleted)["BenKTO_ID"]]
+        compare_rows(scene, accounts.tool, rows)
+    equal([c["image"] for c in accounts.list()["columns"]], [-1, 1], "the marks of the headers")
+
+
+# Deleting, resetting
+
+@writing()
+def accounts_are_deleted_down_to_the_last(scene, accounts, rows):
+    for left in range(11, -1, -1):
+        name = accounts.shown()[0]
+        press(accounts, "cmdDel")
+        answer(accounts, f"Soll das Benutzerkonto '{name}' jetzt gelöscht werden?", "question", "j")
+        until(lambda: accounts.list()["count"] == left, f"{left} rows")
+        if left:
+            accounts.until_selected(0)
+        del rows[row_named(rows, name)["BenKTO_ID"]]
+        compare_rows(scene, accounts.tool, rows)
+    equal([n for n in ("txtUserNameDexo", "txtPathGlobal", "chbProgrammupdate", "cmdGlobal", "cmdSpeichern")
+           if accounts.controls()[n]["enabled"]], [], "what is enabled in the empty window")
+
+
+@writing()
+def a_reset_by_keyboard_and_four_more_enters_delete_nothing(scene, accounts, rows):
+    tool = accounts.tool
+    next(i for i in range(12) if can_reset(accounts, i))
+    name = accounts.shown()[0]
+    for _ in range(8):
+        if accounts.focus() == "cmbResetPWD":
+            break
+        before = accounts.focus()
+        tool.key("Tab")
+        until(lambda: accounts.focus() != before, "another focus")
+    tool.key("Return")
+    answer(accounts, f"Soll das Passwort für '{name}' jetzt zurückgesetzt werden?", "question", "j")
+    answer(accounts, f"Das Passwort für '{name}' wurde auf folgendes Initialpasswwort zurückgesetzt:" + END_OF_NOTICE,
+           picture=lambda: scene.picture("reset"))
+    until(lambda: not accounts.controls()["cmbResetPWD"]["enabled"], "the button disabled")
+    equal(accounts.focus(), "lvwBenKto", "the focus")
+    scene.picture("done")
+    tool.key("Return", "Return", "Return", "Return")
+    time.sleep(SETTLE_SECONDS)
+    tool.window(TITLE)
+    row_named(rows, name)["BenKTO_Pass"] = INITIAL
+
+
+# Errors, and what others do meanwhile
+
+@writing()
+def an_apostrophe_ends_in_the_error_box_and_nothing_is_written(scene, accounts, rows):
+    before = accounts.tool.database.read_bytes()
+    fill(accounts, "O'Neil")
+    accounts.tool.key("ctrl+s")
+    error_box_ends_the_program(scene, accounts, "-2147217900", "Neil")
+    check(accounts.tool.database.read_bytes() == before, "the file changed")
+
+
+@writing()
+def an_account_deleted_meanwhile_is_saved_as_a_new_one(scene, accounts, rows):
+    name = accounts.shown()[0]
+    fill(accounts, path="C:\\anders")
+    old = rows.pop(row_named(rows, name)["BenKTO_ID"])
+    scene.files.execute(accounts.tool.database, f"DELETE FROM Benutzerkonto WHERE BenKTO_ID = {old['BenKTO_ID']}")
+    add_row(rows, name, "C:\\anders", None, old["BenKTO_R_ProgUpdate"])
+    save(accounts, 0)
+
+
+@writing()
+def an_account_deleted_meanwhile_cannot_be_gone_to(scene, accounts, rows):
+    name = names(accounts)[3]
+    gone = rows.pop(row_named(rows, name)["BenKTO_ID"])
+    scene.files.execute(accounts.tool.database, f"DELETE FROM Benutzerkonto WHERE BenKTO_ID = {gone['BenKTO_ID']}")
+    accounts.tool.click(*accounts.row_middle(3))
+    error_box_ends_the_program(scene, accounts, "'3021'")
+
+
+@writing()
+def names_given_meanwhile_are_taken_or_replaced(scene, accounts, rows):
+    shown = row_named(rows, accounts.shown()[0])
+    other = row_named(rows, names(accounts)[6])
+    for row, name in ((shown, "Zwischenzeit"), (other, "Anderswo")):
+        scene.files.execute(accounts.tool.database, f"UPDATE Benutzerkonto SET BenKTO_Name = '{name}' "
+                                                    f"WHERE BenKTO_ID = {row['BenKTO_ID']}")
+    other["BenKTO_Name"] = "Anderswo"
+    own = accounts.shown()[0]
+    fill(accounts, "Anderswo")
+    accounts.tool.key("ctrl+s")
+    answer(accounts, "Es existiert bereits ein Benutzerkonto mit dieser Bezeichnung.")
+    fill(accounts, own)
+    accounts.tool.key("ctrl+s")
+    until(lambda: is_clean(accounts), "a clean button")
+    check("Anderswo" in names(accounts) and "Zwischenzeit" not in names(accounts), "the list does not show the change")
+    change_row(shown)
+
+
+@contextlib.contextmanager
+def locked(path, byte):
+    """As another process would: the lock belongs to the open file."""
+    with open(path, "r+b") as file:
+        fcntl.fcntl(file, fcntl.F_OFD_SETLK, struct.pack("hhqqi", fcntl.F_WRLCK, os.SEEK_SET, byte, 1, 0))
+        yield
+
+
+def by_a_writer(tool):
+    return locked(tool.database, LOCK_BYTE)
+
+
+def by_a_user_of_the_original_engine(tool):
+    slot = tool.database.with_suffix(".ldb")
+    slot.write_bytes(b"PC17".ljust(32, b"\0") + b"Meier".ljust(32, b"\0"))
+    return locked(slot, FIRST_USER_BYTE)
+
+
+def _save_a_change(accounts):
+    fill(accounts, path="C:\\anders")
+    return lambda: accounts.tool.key("ctrl+s")
+
+
+def _save_a_new_one(accounts):
+    press(accounts, "cmbAddNew")
+    until(lambda: toggled(accounts), "the button pressed")
+    fill(accounts, "Neu", "C:\\Neu")
+    return lambda: accounts.tool.key("ctrl+s")
+
+
+def _delete(accounts):
+    press(accounts, "cmdDel")
+    accounts.tool.box()
+    return lambda: accounts.tool.key("j")
+
+
+def a_locked_file_ends_the_program_and_nothing_is_written(scene):
+    for what, by, prepare, words in (
+            ("save", by_a_writer, _save_a_change, ["'-2147467259", "BenKTO.mdb", "wird bereits benutzt"]),
+            ("delete", by_a_writer, _delete, ["'-2147467259", "BenKTO.mdb", "gesperrt"]),
+            # Others may read meanwhile: so it is only the write that fails, and before the account is announced.
+            ("save", by_a_user_of_the_original_engine, _save_a_change, ["gesperrt", "Meier", "PC17"]),
+            ("new", by_a_user_of_the_original_engine, _save_a_new_one, ["gesperrt", "Meier", "PC17"])):
+        with scene.tool() as tool:
+            accounts = tool.accounts()
+            before, rows = tool.database.read_bytes(), stored_rows(scene, tool)
+            command = prepare(accounts)
+            with by(tool):
+                command()
+                error_box_ends_the_program(scene, accounts, *words)
+            check(tool.database.read_bytes() == before, f"{what} changed the file")
+            compare_rows(scene, tool, rows)
+
+
+WRITING[a_locked_file_ends_the_program_and_nothing_is_written.__name__] = \
+    a_locked_file_ends_the_program_and_nothing_is_written
