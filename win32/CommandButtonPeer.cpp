@@ -24,6 +24,7 @@ CommandButtonPeer::CommandButtonPeer(forms::CommandButton& button, const Surroun
     : PeerOn(button, surroundings), button_(button) {
     make(WC_BUTTONW, button.Caption(), WS_TABSTOP | BS_PUSHBUTTON);
     show(forms::Property::FontBold);
+    show(forms::Property::BackColor);
 }
 
 void CommandButtonPeer::show(forms::Property property) {
@@ -32,7 +33,7 @@ void CommandButtonPeer::show(forms::Property property) {
             SetWindowTextW(window(), toWide(button_.Caption()).c_str());
             break;
         case forms::Property::BackColor:
-            repaint();
+            showKind();
             break;
         case forms::Property::FontBold:
             useFonts();
@@ -53,24 +54,31 @@ void CommandButtonPeer::useFonts() {
     send(WM_SETFONT, reinterpret_cast<WPARAM>(button_.FontBold() ? fonts().bold() : fonts().normal()), TRUE);
 }
 
-bool CommandButtonPeer::paintsItself() const {
-    return button_.isGraphical() && button_.BackColor() != forms::kButtonFace;
+/// The button with the focus, and no other, looks as if Enter pressed it. The system sees to that when the user moves
+/// on by Tab, but not when a click or a handler moves the focus; and it would take the painting away again.
+LRESULT CommandButtonPeer::message(UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == BM_SETSTYLE) wParam = kind();
+    const LRESULT result = PeerOn::message(message, wParam, lParam);
+    if (message == WM_SETFOCUS || message == WM_KILLFOCUS) showKind();
+    return result;
 }
 
-LRESULT CommandButtonPeer::notify(NMHDR& header) {
-    if (header.code != NM_CUSTOMDRAW || !paintsItself()) return CDRF_DODEFAULT;
-    const auto& draw = reinterpret_cast<const NMCUSTOMDRAW&>(header);
-    if (draw.dwDrawStage != CDDS_PREPAINT) return CDRF_DODEFAULT;
-    paint(draw);
-    return CDRF_SKIPDEFAULT;
+WPARAM CommandButtonPeer::kind() const {
+    // The system leaves the painting of such a button to its owner with and without visual styles.
+    if (button_.isGraphical() && button_.BackColor() != forms::kButtonFace) return BS_OWNERDRAW;
+    return GetFocus() == window() ? BS_DEFPUSHBUTTON : BS_PUSHBUTTON;
 }
 
-void CommandButtonPeer::paint(const NMCUSTOMDRAW& draw) const {
-    const HDC dc = draw.hdc;
-    RECT area = draw.rc;
-    const bool pressed = (draw.uItemState & CDIS_SELECTED) != 0;
-    const bool hot = (draw.uItemState & CDIS_HOT) != 0;
-    const bool focused = GetFocus() == window();
+void CommandButtonPeer::showKind() const {
+    send(BM_SETSTYLE, kind(), TRUE);
+}
+
+void CommandButtonPeer::paint(const DRAWITEMSTRUCT& draw) {
+    const HDC dc = draw.hDC;
+    RECT area = draw.rcItem;
+    const bool pressed = (draw.itemState & ODS_SELECTED) != 0;
+    const bool hot = (send(BM_GETSTATE) & BST_HOT) != 0;
+    const bool focused = (draw.itemState & ODS_FOCUS) != 0;
 
     const Brush ground(CreateSolidBrush(presentColor(button_.BackColor())));
     FillRect(dc, &area, ground.get());
@@ -80,7 +88,7 @@ void CommandButtonPeer::paint(const NMCUSTOMDRAW& draw) const {
     InflateRect(&area, -inset, -inset);
     SetTextColor(dc, kTextOnColor);
     SetBkColor(dc, presentColor(button_.BackColor()));
-    if (focused && (send(WM_QUERYUISTATE) & UISF_HIDEFOCUS) == 0) DrawFocusRect(dc, &area);
+    if (focused && (draw.itemState & ODS_NOFOCUSRECT) == 0) DrawFocusRect(dc, &area);
 
     if (pressed) OffsetRect(&area, fonts().scaled(1), fonts().scaled(1));
     SetBkMode(dc, TRANSPARENT);

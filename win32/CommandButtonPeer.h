@@ -13,12 +13,16 @@ public:
 
     void show(forms::Property property) override;
     void command(WORD code) override;
-    LRESULT notify(NMHDR& header) override;
+    void paint(const DRAWITEMSTRUCT& draw) override;
     void useFonts() override;
 
+protected:
+    LRESULT message(UINT message, WPARAM wParam, LPARAM lParam) override;
+
 private:
-    bool paintsItself() const;
-    void paint(const NMCUSTOMDRAW& draw) const;
+    /// The button's style as it should be now.
+    WPARAM kind() const;
+    void showKind() const;
 
     forms::CommandButton& button_;
 };

@@ -269,6 +269,11 @@ LRESULT FormPeer::message(UINT message, WPARAM wParam, LPARAM lParam) {
                 return control->notify(*reinterpret_cast<NMHDR*>(lParam));
             }
             break;
+        case WM_DRAWITEM: {
+            const auto& draw = *reinterpret_cast<const DRAWITEMSTRUCT*>(lParam);
+            if (NativeControl* control = controlOf(draw.hwndItem)) control->paint(draw);
+            return TRUE;
+        }
         case WM_CTLCOLOREDIT:
         case WM_CTLCOLORSTATIC:
             if (const NativeControl* control = controlOf(reinterpret_cast<HWND>(lParam))) {

@@ -35,6 +35,8 @@ public:
     virtual void command(WORD) {}
     /// WM_NOTIFY of this control.
     virtual LRESULT notify(NMHDR&) { return 0; }
+    /// WM_DRAWITEM of this control, whose style asks for it.
+    virtual void paint(const DRAWITEMSTRUCT&) {}
     /// WM_CTLCOLOR...: sets the colours; the brush stays the control's. Null leaves it to the system.
     virtual HBRUSH background(HDC) { return nullptr; }
     /// The form has made its fonts anew.

@@ -1,4 +1,5 @@
 """Journeys through the account window's commands that write nothing."""
+import subprocess
 import time
 
 from account_window import answer, can_reset, fill, go_to, is_clean, is_red, press, toggled
@@ -51,20 +52,7 @@ def edits_turn_the_save_button_red_until_they_are_dropped(scene):
             go_to(accounts, names[2 if accounts.selected() != 2 else 3])
             until(lambda: is_clean(accounts), "a clean button after a click on another row")
         fill(accounts, name="anders")
-        until(lambda: is_red(accounts), "a red button")
-        save = accounts.controls()["cmdSpeichern"]["rect"]
-        tool.session.xdotool("mousemove", (save[0] + save[2]) // 2, (save[1] + save[3]) // 2)
-        time.sleep(SETTLE_SECONDS)
-        check(is_red(accounts), "the button is not red under the pointer")
-        scene.picture("hot")
-        tool.session.xdotool("mousedown", 1)
-        time.sleep(SETTLE_SECONDS)
-        check(is_red(accounts), "the button is not red while pressed")
-        scene.picture("pressed")
-        tool.session.xdotool("mousemove", 5, 5, "mouseup", 1)
-        until(lambda: accounts.focus() == "cmdSpeichern", "the focus on the button")
-        check(is_red(accounts), "the button is not red with the focus")
-        scene.picture("focused")
+        red_in_every_state(scene, accounts)
         for keys in ("shift+ctrl+s", "ISO_Level3_Shift+s"):
             tool.key(keys)
             time.sleep(SETTLE_SECONDS)
@@ -73,6 +61,46 @@ def edits_turn_the_save_button_red_until_they_are_dropped(scene):
         tool.key("Escape")
         tool.ended()
         check(tool.database.read_bytes() == before, "closing with unsaved edits changed the file")
+
+
+def red_in_every_state(scene, accounts):
+    tool = accounts.tool
+    until(lambda: is_red(accounts), "a red button")
+    save = accounts.controls()["cmdSpeichern"]["rect"]
+    tool.session.xdotool("mousemove", (save[0] + save[2]) // 2, (save[1] + save[3]) // 2)
+    time.sleep(SETTLE_SECONDS)
+    check(is_red(accounts), "the button is not red under the pointer")
+    scene.picture("hot")
+    tool.session.xdotool("mousedown", 1)
+    time.sleep(SETTLE_SECONDS)
+    check(is_red(accounts), "the button is not red while pressed")
+    scene.picture("pressed")
+    tool.session.xdotool("mousemove", 5, 5, "mouseup", 1)
+    until(lambda: accounts.focus() == "cmdSpeichern", "the focus on the button")
+    check(is_red(accounts), "the button is not red with the focus")
+    scene.picture("focused")
+    tool.key("Tab", "shift+Tab")
+    until(lambda: accounts.focus() == "cmdSpeichern", "the focus back on the button")
+    check(is_red(accounts), "the button is not red with the focus got by the Tab key")
+
+
+@command
+def without_visual_styles_the_save_button_is_red_too(scene):
+    def styles(on):
+        key = "HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\ThemeManager"
+        equal(scene.session.wine(["reg", "add", key, "/v", "ThemeActive", "/d", on, "/f"],
+                                 stdout=subprocess.DEVNULL).wait(), 0, "the exit code of reg")
+    styles("0")
+    try:
+        with scene.tool() as tool:
+            accounts = tool.accounts()
+            fill(accounts, name="anders")
+            red_in_every_state(scene, accounts)
+            press(accounts, "cmbAddNew")
+            until(lambda: toggled(accounts) and is_clean(accounts), "new account mode")
+            scene.picture("new")
+    finally:
+        styles("1")
 
 
 @command

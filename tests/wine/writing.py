@@ -86,6 +86,12 @@ def sort_by_path_descending(accounts):
     until(lambda: [c["image"] for c in accounts.list()["columns"]] == [-1, 1], "the mark of a descending order")
 
 
+def looking_default(accounts):
+    kind, default = 0xF, 1  # of a button's style
+    return [name for name, control in accounts.controls().items()
+            if control["class"] == "Button" and control["style"] & kind == default]
+
+
 def error_box_ends_the_program(scene, accounts, *words):
     tool = accounts.tool
     box = tool.box()
@@ -246,6 +252,7 @@ def a_reset_by_keyboard_and_four_more_enters_delete_nothing(scene, accounts, row
            picture=lambda: scene.picture("reset"))
     until(lambda: not accounts.controls()["cmbResetPWD"]["enabled"], "the button disabled")
     equal(accounts.focus(), "lvwBenKto", "the focus")
+    equal(looking_default(accounts), [], "buttons that look as if Enter pressed them")
     scene.picture("done")
     tool.key("Return", "Return", "Return", "Return")
     time.sleep(SETTLE_SECONDS)
