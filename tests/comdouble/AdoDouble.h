@@ -21,9 +21,9 @@ struct Raised {
     HRESULT result = DISP_E_EXCEPTION;  ///< anything else is a bare result: no record is filled in
     WORD code = 0;
     SCODE scode = 0;
-    std::optional<base::Text> source;
-    std::optional<base::Text> description;
-    std::optional<base::Text> helpFile;
+    std::optional<base::Text> source = {};
+    std::optional<base::Text> description = {};
+    std::optional<base::Text> helpFile = {};
     bool deferred = false;  ///< the record holds nothing but the function that fills it in
 };
 
@@ -34,8 +34,8 @@ struct Faults {
     std::map<base::Text, Raised> calls;
     /// Properties of the provider whose value cannot be put, by name.
     std::map<base::Text, Raised> properties;
-    /// After so many statements (record sets opened, Execute) the file is out of reach for all that follows, also for
-    /// record sets that are open; what they hold can still be closed.
+    /// After so many more statements (record sets opened, Execute, AddNew, Update) the file is out of reach: the next
+    /// one fails, and with it all that follow, also fetches of record sets that are open. Closing still works.
     std::optional<int> statementsUntilDeath;
     /// So many rows at the end are counted but not delivered.
     int missingRows = 0;

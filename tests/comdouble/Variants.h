@@ -1,0 +1,30 @@
+#pragma once
+
+#include "base/Value.h"
+#include "tests/comdouble/AdoDouble.h"
+
+namespace comdouble {
+
+/// A copy that the caller frees. @throws std::bad_alloc
+BSTR toBstr(base::TextView text);
+
+/// The text with all its units, zeros too; null is empty.
+base::Text fromBstr(BSTR text);
+
+/// As fields deliver their values; the caller clears the variant.
+VARIANT toVariant(const base::Value& value);
+
+/// What is assigned to a field.
+/// @throws base::RuntimeError 3421 for objects, arrays other than of bytes, and what is no value
+base::Value fromVariant(const VARIANT& variant);
+
+/// Variants of single kinds.
+VARIANT numberVariant(std::int32_t number);
+VARIANT booleanVariant(bool value);
+VARIANT textVariant(base::TextView text);
+/// Counts that are as wide as a pointer.
+VARIANT countVariant(std::int64_t count);
+/// Takes over one reference.
+VARIANT objectVariant(IDispatch* object);
+
+}  // namespace comdouble
