@@ -1,0 +1,312 @@
+#include <functional>
+#include <gmock/gmock.h>
+#include <thread>
+
+#include "tests/comdouble/DoubleFixture.h"
+
+namespace comdouble {
+namespace {
+
+using test::Answer;
+using test::get;
+using test::invoke;
+using test::kAll;
+using test::missing;
+using test::of;
+
+constexpr std::int32_t kFailed = -2147467259;
+constexpr WORD kMethod = DISPATCH_METHOD;
+constexpr WORD kGet = DISPATCH_PROPERTYGET;
+constexpr WORD kPut = DISPATCH_PROPERTYPUT;
+
+class AdoDoubleTest : public test::DoubleFixture {};
+
+TEST_F(AdoDoubleTest, TakesCallsInTheirExactFormOnly) {
+    const auto connection = create(Registration::connectionClass());
+    const struct {
+        const char* what;
+        base::TextView member;
+        WORD kinds;
+        std::vector<std::function<VARIANT()>> arguments;
+        HRESULT expected;
+    } cases[] = {
+        {"no such member", u"Opne", kMethod, {}, DISP_E_UNKNOWNNAME},
+        {"any case", u"sTATE", kGet, {}, S_OK},
+        {"a property called as a method", u"State", kMethod, {}, DISP_E_MEMBERNOTFOUND},
+        {"a property got or called", u"State", kGet | kMethod, {}, S_OK},
+        {"a method got as a property", u"Close", kGet, {}, DISP_E_MEMBERNOTFOUND},
+        {"a property that is read only", u"State", kPut, {[] { return of(1); }}, DISP_E_MEMBERNOTFOUND},
+        {"put as a reference", u"Provider", DISPATCH_PROPERTYPUTREF, {[] { return of(u"x"); }}, DISP_E_MEMBERNOTFOUND},
+        {"put without a value", u"Provider", kPut, {}, DISP_E_PARAMNOTOPTIONAL},
+        {"put a number for a text", u"Provider", kPut, {[] { return of(1); }}, DISP_E_TYPEMISMATCH},
+        {"an argument too many", u"State", kGet, {[] { return of(0); }}, DISP_E_BADPARAMCOUNT},
+        {"an argument too few", u"Execute", kMethod, {}, DISP_E_PARAMNOTOPTIONAL},
+        {"a required one left out", u"Execute", kMethod, {missing}, DISP_E_PARAMNOTOPTIONAL},
+        {"a connection string", u"Open", kMethod, {[] { return of(u"Provider=x"); }}, E_NOTIMPL},
+        {"Open's options in the place of the text", u"Open", kMethod, {[] { return of(-1); }}, E_NOTIMPL},
+        {"null for a text", u"Open", kMethod, {[] { return toVariant(base::Null{}); }}, DISP_E_TYPEMISMATCH},
+    };
+    for (const auto& tried : cases) {
+        SCOPED_TRACE(tried.what);
+        test::Given given = {};
+        for (const auto& make : tried.arguments)
+            given.add(make());
+        EXPECT_EQ(invoke(*connection, tried.member, tried.kinds, std::move(given)).result, tried.expected);
+    }
+}
+
+TEST_F(AdoDoubleTest, RefusesWhatSurroundsACall) {
+    const auto connection = create(Registration::connectionClass());
+    const auto recordset = create(Registration::recordsetClass());
+    DISPID provider = 0;
+    DISPID state = 0;
+    EXPECT_EQ(test::idOf(*connection, u"Provider", provider, IID_IDispatch), DISP_E_UNKNOWNINTERFACE);
+    ASSERT_EQ(test::idOf(*connection, u"Provider", provider), S_OK);
+    ASSERT_EQ(test::idOf(*connection, u"State", state), S_OK);
+
+    Answer answer;
+    test::Given text = {of(u"x")};
+    test::Given nothing = {};
+    test::invokeId(answer, *connection, provider, kPut, text);
+    EXPECT_EQ(answer.result, DISP_E_PARAMNOTFOUND) << "a put whose value is not named as one";
+    DISPID named = DISPID_PROPERTYPUT;
+    test::invokeId(answer, *connection, state, kGet, text, &named);
+    EXPECT_EQ(answer.result, DISP_E_NONAMEDARGS);
+    test::invokeId(answer, *recordset, state, kGet, nothing);
+    EXPECT_EQ(answer.result, DISP_E_MEMBERNOTFOUND) << "an id of another class";
+    DISPPARAMS none{};
+    EXPECT_EQ(connection->Invoke(state, IID_IDispatch, 0, kGet, &none, nullptr, nullptr, nullptr),
+              DISP_E_UNKNOWNINTERFACE);
+    EXPECT_EQ(connection->Invoke(state, IID_NULL, 0, kGet, &none, nullptr, nullptr, nullptr), S_OK)
+        << "nobody wants the answer";
+
+    void* other = &answer;
+    EXPECT_EQ(connection->QueryInterface(IID_IClassFactory, &other), E_NOINTERFACE);
+    EXPECT_EQ(other, nullptr);
+}
+
+TEST_F(AdoDoubleTest, NamesTheArgumentToBlame) {
+    const auto connection = openConnection();
+    const Answer answer =
+        invoke(*create(Registration::recordsetClass()), u"Open", kMethod, {of(u"x"), of(*connection), of(u"?")});
+    EXPECT_EQ(answer.result, DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(answer.badArgument, 0U) << "the last of three is the first in the array";
+}
+
+TEST_F(AdoDoubleTest, ConnectionGoesThroughItsStatesInOrder) {
+    const auto connection = create(Registration::connectionClass());
+    EXPECT_EQ(get(*connection, u"State").integer(), 0);
+    EXPECT_EQ(get(*connection, u"Provider").text(), u"MSDASQL");
+    EXPECT_EQ(get(*get(*connection, u"Properties").object(), u"Count").integer(), 0);
+    EXPECT_EQ(get(*get(*connection, u"Properties").object(), u"Item", {of(u"Data Source")}).number(), 3265);
+    EXPECT_EQ(invoke(*connection, u"Open", kMethod, {}).number(), kFailed) << "the default provider";
+    EXPECT_EQ(invoke(*connection, u"Close", kMethod, {}).number(), 3704);
+    EXPECT_EQ(invoke(*connection, u"Execute", kMethod, {of(u"DELETE FROM Konto")}).number(), 3704);
+
+    EXPECT_EQ(invoke(*connection, u"Provider", kPut, {of(u"NichtDa")}).number(), 0) << "not looked at yet";
+    EXPECT_EQ(get(*connection, u"Properties").number(), 3706);
+    EXPECT_EQ(invoke(*connection, u"Open", kMethod, {}).number(), 3706);
+
+    prepare(*connection);
+    const auto properties = get(*connection, u"Properties").object();
+    EXPECT_EQ(get(*properties, u"Item", {of(u"Daten Source")}).number(), 3265);
+    const auto source = get(*properties, u"Item", {of(u"data source")}).object();
+    EXPECT_EQ(get(*source, u"Name").text(), u"Data Source");
+    EXPECT_EQ(invoke(*source, u"Value", kPut, {of(17)}).number(), 3421);
+    EXPECT_EQ(invoke(*connection, u"Open", kMethod, {of(u""), of(u"Eva")}).number(), -2147217843);
+    EXPECT_EQ(invoke(*connection, u"Open", kMethod, {of(u""), of(u""), of(u""), of(7)}).number(), 3001);
+    EXPECT_EQ(get(*connection, u"State").integer(), 0);
+
+    EXPECT_EQ(invoke(*connection, u"Open", kMethod, {of(u""), missing(), of(u""), of(-1)}).number(), 0);
+    EXPECT_EQ(get(*connection, u"State").integer(), 1);
+    EXPECT_EQ(invoke(*connection, u"Open", kMethod, {}).number(), 3705);
+    EXPECT_EQ(invoke(*connection, u"Provider", kPut, {of(u"x")}).number(), 3705);
+    EXPECT_EQ(invoke(*source, u"Value", kPut, {of(u"x")}).number(), 3705);
+    EXPECT_EQ(invoke(*connection, u"Close", kMethod, {}).number(), 0);
+    EXPECT_EQ(get(*connection, u"State").integer(), 0);
+}
+
+TEST_F(AdoDoubleTest, OpenFailsWithTheProvidersRecord) {
+    const auto connection = create(Registration::connectionClass());
+    prepare(*connection, u"falsch");
+    const Answer answer = invoke(*connection, u"Open", kMethod, {});
+    EXPECT_EQ(answer.number(), -2147217843);
+    EXPECT_EQ(answer.record.wCode, 0);
+    EXPECT_EQ(answer.description(), u"Kein zulässiges Kennwort.");
+    EXPECT_EQ(fromBstr(answer.record.bstrSource), u"Microsoft JET Database Engine");
+    EXPECT_EQ(get(*connection, u"State").integer(), 0);
+}
+
+TEST_F(AdoDoubleTest, ClosedRecordsetRefuses) {
+    const auto recordset = create(Registration::recordsetClass());
+    EXPECT_EQ(get(*recordset, u"State").integer(), 0);
+    for (const base::TextView property : {u"EOF", u"BOF", u"RecordCount", u"LockType"})
+        EXPECT_EQ(get(*recordset, property).number(), 3704) << base::toUtf8(property);
+    for (const base::TextView method : {u"MoveNext", u"AddNew", u"Update", u"CancelUpdate", u"Close"})
+        EXPECT_EQ(invoke(*recordset, method, kMethod, {}).number(), 3704) << base::toUtf8(method);
+    const auto fields = get(*recordset, u"Fields").object();
+    EXPECT_EQ(get(*fields, u"Count").integer(), 0);
+    EXPECT_EQ(get(*fields, u"Item", {of(u"Nr")}).number(), 3265);
+}
+
+TEST_F(AdoDoubleTest, RecordsetWantsItsArgumentsInPlace) {
+    const auto connection = openConnection();
+    const auto closed = create(Registration::connectionClass());
+    const auto recordset = create(Registration::recordsetClass());
+    const auto open = [&](auto... arguments) { return invoke(*recordset, u"Open", kMethod, {arguments...}).number(); };
+    EXPECT_EQ(open(), 3001);
+    EXPECT_EQ(open(of(*connection), of(kAll)), 3001) << "the other way round";
+    EXPECT_EQ(open(of(kAll)), 3709);
+    EXPECT_EQ(open(of(kAll), of(u"Data Source=x")), kFailed) << "a text opens another connection";
+    EXPECT_EQ(open(of(kAll), of(*closed)), 3709);
+    EXPECT_EQ(open(of(kAll), of(*recordset)), 3001);
+    EXPECT_EQ(open(of(kAll), of(*connection), of(7)), 3001);
+    EXPECT_EQ(open(of(kAll), of(*connection), of(3), of(9)), 3001);
+    EXPECT_EQ(open(of(kAll), of(*connection), of(3), of(1), of(2)), 3001) << "the name of a table";
+    EXPECT_EQ(open(of(kAll), of(*connection), of(3), of(4)), E_NOTIMPL) << "batches";
+    EXPECT_EQ(open(of(u"SELECT * FROM Nirgends"), of(*connection)), -2147217865);
+    EXPECT_EQ(get(*recordset, u"State").integer(), 0);
+    EXPECT_EQ(open(of(kAll), of(*connection), of(3), of(1), of(-1)), 0);
+    EXPECT_EQ(open(of(kAll), of(*connection), of(3), of(1), of(-1)), 3705);
+}
+
+TEST_F(AdoDoubleTest, CursorIsTheOneTheProviderHas) {
+    const auto connection = openConnection();
+    const struct {
+        std::int32_t cursorType, lockType, becomes;
+        std::int64_t count;
+    } cases[] = {{-1, -1, 0, -1}, {0, 1, 0, -1}, {3, 1, 3, 2}, {3, 2, 1, 2}, {3, 3, 1, 2}, {1, 1, 1, 2}, {2, 2, 1, 2}};
+    for (const auto& tried : cases) {
+        SCOPED_TRACE(tried.cursorType);
+        const auto recordset = openRecordset(*connection, kAll, tried.cursorType, tried.lockType);
+        EXPECT_EQ(get(*recordset, u"CursorType").integer(), tried.becomes);
+        const Answer count = get(*recordset, u"RecordCount");
+        ASSERT_EQ(V_VT(&count.value), sizeof(void*) == 8 ? VT_I8 : VT_I4);
+        EXPECT_EQ(sizeof(void*) == 8 ? V_I8(&count.value) : V_I4(&count.value), tried.count);
+    }
+}
+
+TEST_F(AdoDoubleTest, FieldsFollowTheCurrentRow) {
+    const auto connection = openConnection();
+    const auto recordset = openRecordset(*connection, kAll, 3, 1);
+    const auto fields = get(*recordset, u"Fields").object();
+    EXPECT_EQ(get(*fields, u"Count").integer(), 4);
+    EXPECT_EQ(get(*fields, u"Item", {of(u"Kein")}).number(), 3265);
+    EXPECT_EQ(get(*fields, u"Item", {of(4)}).number(), 3265);
+    EXPECT_EQ(get(*get(*fields, u"Item", {of(1)}).object(), u"Name").text(), u"Name");
+    const auto name = field(*recordset, u"name");
+    const auto right = field(*recordset, u"Recht");
+    const auto note = field(*recordset, u"Notiz");
+    EXPECT_EQ(get(*name, u"Value").text(), base::Text(u"A\0B", 3));
+    EXPECT_EQ(get(*field(*recordset, u"Nr"), u"Value").integer(), 1);
+    EXPECT_TRUE(get(*right, u"Value").truth());
+    EXPECT_EQ(get(*note, u"Value").text(), u"lang");
+
+    EXPECT_EQ(invoke(*recordset, u"MoveNext", kMethod, {}).number(), 0);
+    EXPECT_EQ(get(*name, u"Value").text(), u"Meier");
+    const Answer nothing = get(*note, u"Value");
+    EXPECT_EQ(V_VT(&nothing.value), VT_NULL);
+    const Answer no = get(*right, u"Value");
+    EXPECT_EQ(V_VT(&no.value), VT_BOOL);
+    EXPECT_FALSE(no.truth());
+    EXPECT_FALSE(get(*recordset, u"EOF").truth());
+
+    EXPECT_EQ(invoke(*recordset, u"MoveNext", kMethod, {}).number(), 0);
+    EXPECT_TRUE(get(*recordset, u"EOF").truth());
+    EXPECT_EQ(get(*name, u"Value").number(), 3021);
+    EXPECT_EQ(invoke(*recordset, u"MoveNext", kMethod, {}).number(), 3021);
+    EXPECT_EQ(invoke(*recordset, u"Close", kMethod, {}).number(), 0);
+    EXPECT_EQ(get(*name, u"Value").number(), 3704);
+}
+
+TEST_F(AdoDoubleTest, ReadOnlyRecordsetRefusesChanges) {
+    const auto connection = openConnection();
+    const auto recordset = openRecordset(*connection, kAll, 3, 1);
+    EXPECT_EQ(invoke(*recordset, u"AddNew", kMethod, {}).number(), 3251);
+    EXPECT_EQ(invoke(*field(*recordset, u"Name"), u"Value", kPut, {of(u"x")}).number(), 3251);
+    EXPECT_EQ(invoke(*recordset, u"Update", kMethod, {}).number(), 3251);
+    EXPECT_EQ(invoke(*openRecordset(*connection, kAll, 3, 2), u"AddNew", kMethod, {of(u"Name")}).result, E_NOTIMPL);
+}
+
+TEST_F(AdoDoubleTest, ExecuteDeliversAClosedRecordsetOrTheRows) {
+    const auto connection = openConnection();
+    VARIANT affected{};
+    VARIANT reference{};
+    V_VT(&reference) = VT_BYREF | VT_VARIANT;
+    V_VARIANTREF(&reference) = &affected;
+    const base::Text change = u"UPDATE Konto SET Recht = True";
+    const Answer changed = invoke(*connection, u"Execute", kMethod, {of(change), reference, of(-1)});
+    EXPECT_EQ(get(*changed.object(), u"State").integer(), 0);
+    EXPECT_EQ(V_VT(&affected), VT_I4);
+    EXPECT_EQ(V_I4(&affected), 2);
+
+    const Answer rows = invoke(*connection, u"Execute", kMethod, {of(kAll), missing(), of(1)});
+    EXPECT_EQ(get(*rows.object(), u"State").integer(), 1);
+    EXPECT_EQ(get(*rows.object(), u"CursorType").integer(), 0);
+    EXPECT_FALSE(invoke(*connection, u"Execute", kMethod, {of(change), missing(), of(128)}).object())
+        << "no records wanted";
+    EXPECT_EQ(invoke(*connection, u"Execute", kMethod, {of(change), of(0)}).result, DISP_E_TYPEMISMATCH)
+        << "the options in the place of the number of rows";
+    EXPECT_EQ(invoke(*connection, u"Execute", kMethod, {of(change), missing(), of(2)}).number(), 3001);
+    EXPECT_EQ(invoke(*connection, u"Execute", kMethod, {of(u"UPDATE Konto SET")}).number(), -2147217900);
+}
+
+TEST_F(AdoDoubleTest, ObjectsKeepAliveWhatTheyNeed) {
+    auto connection = openConnection();
+    auto recordset = openRecordset(*connection, kAll, 3, 2);
+    auto name = field(*recordset, u"Name");
+    EXPECT_EQ(liveObjects(), 3);
+    connection = {};
+    recordset = {};
+    EXPECT_EQ(liveObjects(), 3);
+    EXPECT_EQ(get(*name, u"Value").text(), base::Text(u"A\0B", 3));
+    name = {};
+    EXPECT_EQ(liveObjects(), 0);
+}
+
+TEST_F(AdoDoubleTest, AnotherThreadIsRefusedAndCounted) {
+    const auto connection = openConnection();
+    DISPID state = 0;
+    ASSERT_EQ(test::idOf(*connection, u"State", state), S_OK);
+    std::thread([&] {
+        ASSERT_EQ(CoInitializeEx(nullptr, COINIT_MULTITHREADED), S_OK);
+        Answer answer;
+        test::Given nothing = {};
+        test::invokeId(answer, *connection, state, kGet, nothing);
+        EXPECT_EQ(answer.result, RPC_E_WRONG_THREAD);
+        EXPECT_EQ(test::idOf(*connection, u"State", state), RPC_E_WRONG_THREAD);
+        void* object = nullptr;
+        EXPECT_EQ(connection->QueryInterface(IID_IDispatch, &object), RPC_E_WRONG_THREAD);
+        connection->AddRef();
+        connection->Release();
+        CoUninitialize();
+    }).join();
+    EXPECT_EQ(takeBreaches(), 5);
+}
+
+TEST_F(AdoDoubleTest, ClassesAreOfferedToTheirOwnApartmentAlone) {
+    std::thread([] {
+        void* object = nullptr;
+        EXPECT_EQ(CoCreateInstance(Registration::connectionClass(), nullptr, CLSCTX_ALL, IID_IDispatch, &object),
+                  CO_E_NOTINITIALIZED);
+    }).join();
+    void* object = nullptr;
+    EXPECT_EQ(CoCreateInstance(Registration::connectionClass(), nullptr, CLSCTX_ALL, IID_IClassFactory, &object),
+              E_NOINTERFACE);
+    IUnknown* const outer = create(Registration::recordsetClass()).get();
+    EXPECT_EQ(CoCreateInstance(Registration::connectionClass(), outer, CLSCTX_ALL, IID_IUnknown, &object),
+              CLASS_E_NOAGGREGATION);
+}
+
+TEST_F(AdoDoubleTest, NothingMayBeCalledAfterComIsLeft) {
+    auto connection = openConnection();
+    leaveCom();
+    EXPECT_EQ(get(*connection, u"State").result, CO_E_NOTINITIALIZED);
+    EXPECT_EQ(takeBreaches(), 1);
+    connection = {};
+    EXPECT_EQ(takeBreaches(), 1);
+    EXPECT_EQ(liveObjects(), 0);
+}
+
+}  // namespace
+}  // namespace comdouble
