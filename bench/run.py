@@ -2,9 +2,9 @@
 """Benchmarks as ratios within one run: bench/run.py (after ./build linux).
 
 Reading, ordering and printing 100,000 accounts against mdb-export and sort, and against reading the file's bytes;
-opening the account window without native windows at 1,000, 100,000 and 1,000,000 accounts; under Wine, the start of
-the tool against that of an empty window (after ./build windows-x64 and ./test, else it is left out). Times are the
-best of several runs.
+the account window without native windows at 1,000, 100,000 and 1,000,000 accounts: opening it, going to another account,
+refilling the list, sorting it, saving an account with all that follows; under Wine, the start of the tool against that of
+an empty window (after ./build windows-x64 and ./test, else it is left out). Times are the best of several runs.
 """
 import json
 import os
@@ -40,20 +40,22 @@ def reading(file):
     print(f"  reading the file's bytes alone: 1/{ours / plain:.1f} of it")
 
 
+DEEDS = {"open": "open", "move": "go to another", "refill": "refill", "sort": "sort", "save": "save",
+         "save_sorted": "save while sorted"}
+
+
 def windows(files):
-    print("account window opened, without native windows:")
+    print("account window, without native windows, in milliseconds (and how often the time of the line above):")
+    print(" accounts " + "".join(f"{title:>19}" for title in DEEDS.values()) + "   at most")
     last = None
     for count, file in files.items():
-        runs = [json.loads(subprocess.run([f"{BUILD}/bench/open_window", file], check=True, capture_output=True).stdout)
-                for _ in range(3)]
-        one = min(runs, key=lambda run: run["open_ms"])
-        growth = ""
-        if last:
-            growth = (f"; {one['open_ms'] / last['open_ms']:.1f} times the time for "
-                      f"{count / last['rows']:.0f} times the accounts")
-        print(f"  {count:9,} accounts: {one['open_ms']:8.1f} ms, {one['peak_kib'] / 1024:6.1f} MB at most, "
-              f"{one['move_ms']:.3f} ms to go to another{growth}")
-        last = one
+        runs = [json.loads(subprocess.run([f"{BUILD}/bench/account_window", file], check=True,
+                                          capture_output=True).stdout) for _ in range(3)]
+        best_of = {deed: min(run[deed] for run in runs) for deed in DEEDS}
+        growth = {deed: f" ({best_of[deed] / last[deed]:6.1f})" if last else " " * 9 for deed in DEEDS}
+        print(f"{count:9,} " + "".join(f"{best_of[deed]:10.2f}{growth[deed]}" for deed in DEEDS) +
+              f" {max(run['peak_kib'] for run in runs) / 1024:6.1f} MB")
+        last = best_of
 
 
 def starting():
@@ -67,7 +69,7 @@ def starting():
 
 def main():
     sys.stdout.reconfigure(line_buffering=True)  # so that start_window.py's line stands where it belongs
-    subprocess.run(["cmake", "--build", BUILD, "--target", "open_window"], check=True, stdout=subprocess.DEVNULL)
+    subprocess.run(["cmake", "--build", BUILD, "--target", "account_window"], check=True, stdout=subprocess.DEVNULL)
     with tempfile.TemporaryDirectory() as folder:
         files = {}
         for count in (1000, 100000, 1000000):
