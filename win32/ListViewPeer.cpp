@@ -126,8 +126,8 @@ void ListViewPeer::show(forms::Property property) {
             showColumns();
             break;
         case forms::Property::Selection:
-            catchUp();
-            showSelection();
+            // Else catching up shows it too. Done now, in the midst of a refill, the scroll bar would go and come back.
+            if (!outOfDate_) showSelection();
             break;
         case forms::Property::HeaderIcons:
             showHeaderIcons();
@@ -157,15 +157,24 @@ int ListViewPeer::selectedRow() const {
 void ListViewPeer::showSelection() {
     const std::optional<std::size_t> place = list_.selectedPlace();
     const int row = place ? static_cast<int>(*place) : -1;
-    if (row == selectedRow() && row == send(LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_FOCUSED)) return;
+    const int selected = selectedRow();
+    const auto focused = static_cast<int>(send(LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_FOCUSED));
+    if (row == selected && row == focused) return;
     const During guard(fromCode_);
+    // Row by row: told to clear the state of all rows, a list may go through a million of them.
+    for (const int former : {selected, focused}) {
+        if (former >= 0 && former != row) setState(former, 0);
+    }
+    if (row < 0) return;
+    setState(row, LVIS_SELECTED | LVIS_FOCUSED);
+    send(LVM_SETSELECTIONMARK, 0, row);
+}
+
+void ListViewPeer::setState(int row, UINT state) {
     LVITEMW item{};
     item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
-    send(LVM_SETITEMSTATE, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(&item));
-    if (row < 0) return;
-    item.state = LVIS_SELECTED | LVIS_FOCUSED;
+    item.state = state;
     send(LVM_SETITEMSTATE, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
-    send(LVM_SETSELECTIONMARK, 0, row);
 }
 
 void ListViewPeer::ensureVisible(std::size_t rowIndex) {

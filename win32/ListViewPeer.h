@@ -32,6 +32,7 @@ protected:
 private:
     void showColumns();
     void showSelection();
+    void setState(int row, UINT state);
     void showHeaderIcons();
     void setSpokenName() const;
     /// Tells the native list of the rows, if the model has changed them since.
