@@ -27,24 +27,24 @@ TEST_F(AdoDoubleTest, TakesCallsInTheirExactFormOnly) {
         const char* what;
         base::TextView member;
         WORD kinds;
-        std::vector<std::function<VARIANT()>> arguments;
         HRESULT expected;
+        std::vector<std::function<VARIANT()>> arguments;
     } cases[] = {
-        {"no such member", u"Opne", kMethod, {}, DISP_E_UNKNOWNNAME},
-        {"any case", u"sTATE", kGet, {}, S_OK},
-        {"a property called as a method", u"State", kMethod, {}, DISP_E_MEMBERNOTFOUND},
-        {"a property got or called", u"State", kGet | kMethod, {}, S_OK},
-        {"a method got as a property", u"Close", kGet, {}, DISP_E_MEMBERNOTFOUND},
-        {"a property that is read only", u"State", kPut, {[] { return of(1); }}, DISP_E_MEMBERNOTFOUND},
-        {"put as a reference", u"Provider", DISPATCH_PROPERTYPUTREF, {[] { return of(u"x"); }}, DISP_E_MEMBERNOTFOUND},
-        {"put without a value", u"Provider", kPut, {}, DISP_E_PARAMNOTOPTIONAL},
-        {"put a number for a text", u"Provider", kPut, {[] { return of(1); }}, DISP_E_TYPEMISMATCH},
-        {"an argument too many", u"State", kGet, {[] { return of(0); }}, DISP_E_BADPARAMCOUNT},
-        {"an argument too few", u"Execute", kMethod, {}, DISP_E_PARAMNOTOPTIONAL},
-        {"a required one left out", u"Execute", kMethod, {missing}, DISP_E_PARAMNOTOPTIONAL},
-        {"a connection string", u"Open", kMethod, {[] { return of(u"Provider=x"); }}, E_NOTIMPL},
-        {"Open's options in the place of the text", u"Open", kMethod, {[] { return of(-1); }}, E_NOTIMPL},
-        {"null for a text", u"Open", kMethod, {[] { return toVariant(base::Null{}); }}, DISP_E_TYPEMISMATCH},
+        {"no such member", u"Opne", kMethod, DISP_E_UNKNOWNNAME, {}},
+        {"any case", u"sTATE", kGet, S_OK, {}},
+        {"a property called as a method", u"State", kMethod, DISP_E_MEMBERNOTFOUND, {}},
+        {"a property got or called", u"State", kGet | kMethod, S_OK, {}},
+        {"a method got as a property", u"Close", kGet, DISP_E_MEMBERNOTFOUND, {}},
+        {"a property that is read only", u"State", kPut, DISP_E_MEMBERNOTFOUND, {[] { return of(1); }}},
+        {"put as a reference", u"Provider", DISPATCH_PROPERTYPUTREF, DISP_E_MEMBERNOTFOUND, {[] { return of(u"x"); }}},
+        {"put without a value", u"Provider", kPut, DISP_E_PARAMNOTOPTIONAL, {}},
+        {"put a number for a text", u"Provider", kPut, DISP_E_TYPEMISMATCH, {[] { return of(1); }}},
+        {"an argument too many", u"State", kGet, DISP_E_BADPARAMCOUNT, {[] { return of(0); }}},
+        {"an argument too few", u"Execute", kMethod, DISP_E_PARAMNOTOPTIONAL, {}},
+        {"a required one left out", u"Execute", kMethod, DISP_E_PARAMNOTOPTIONAL, {missing}},
+        {"a connection string", u"Open", kMethod, E_NOTIMPL, {[] { return of(u"Provider=x"); }}},
+        {"Open's options in the place of the text", u"Open", kMethod, E_NOTIMPL, {[] { return of(-1); }}},
+        {"null for a text", u"Open", kMethod, DISP_E_TYPEMISMATCH, {[] { return toVariant(base::Null{}); }}},
     };
     for (const auto& tried : cases) {
         SCOPED_TRACE(tried.what);

@@ -47,8 +47,8 @@ PropertyObject::PropertyObject(Ref<ConnectionObject> connection, std::size_t pla
     : AutomationObject(u"Property", kMembers), connection_(std::move(connection)), place_(place) {}
 
 VARIANT PropertyObject::call(DISPID id, const Arguments& /*arguments*/) {
-    return textVariant(id == kNameId ? ConnectionObject::propertyName(place_)
-                                     : base::TextView(connection_->property(place_)));
+    if (id == kNameId) return textVariant(ConnectionObject::propertyName(place_));
+    return textVariant(connection_->property(place_));
 }
 
 void PropertyObject::put(DISPID /*id*/, const VARIANT& value) {

@@ -518,13 +518,17 @@ def main():
     parser.add_argument("--only", metavar="NAME", help="journeys whose name contains NAME")
     parser.add_argument("--keep-pictures", metavar="DIR", type=pathlib.Path)
     parser.add_argument("--times", action="store_true", help="say how long each took")
+    parser.add_argument("--through", choices=("embedded", "com"), default="embedded", help="the engine behind the tool")
     parser.add_argument("--exe", type=pathlib.Path)
     parser.add_argument("--probe", type=pathlib.Path)
     parser.add_argument("--kontodb", type=pathlib.Path, default=ROOT / "out/linux/bin/kontodb")
     arguments = parser.parse_args()
     enter_architecture(arguments.arch)
-    arguments.exe = arguments.exe or ROOT / f"out/windows-{arguments.arch}/bin/prjDexoBenutzerkonten.exe"
-    arguments.probe = arguments.probe or ROOT / f"out/build/windows-{arguments.arch}/tests/wine/probe/probe.exe"
+    built = ROOT / f"out/build/windows-{arguments.arch}"
+    exes = {"embedded": ROOT / f"out/windows-{arguments.arch}/bin/prjDexoBenutzerkonten.exe",
+            "com": built / "tests/comdouble/tool_through_com.exe"}
+    arguments.exe = arguments.exe or exes[arguments.through]
+    arguments.probe = arguments.probe or built / "tests/wine/probe/probe.exe"
     for needed in (arguments.exe, arguments.probe, arguments.kontodb):
         if not needed.exists():
             print(f"FAIL journeys: {needed} is missing")
