@@ -111,9 +111,13 @@ def icon(pe):
     return ["no icon"]
 
 
+PROGRAMS = ("prjDexoBenutzerkonten.exe", "kontodb.exe")
 for kind in ("x64", "x86"):
-    for name in ("prjDexoBenutzerkonten.exe", "kontodb.exe"):
-        path, windowed = ROOT / f"out/windows-{kind}/bin" / name, name.startswith("prj")
+    folder = ROOT / f"out/windows-{kind}/bin"
+    others = sorted(path.name for path in folder.glob("*") if path.name not in PROGRAMS)
+    print("\n".join(f"FAIL {kind} folder: holds {name}" for name in others) or f"PASS {kind} folder")
+    for name in PROGRAMS:
+        path, windowed = folder / name, name.startswith("prj")
         if not path.exists():
             print(f"FAIL {kind} {name}: not built")
             continue
