@@ -365,7 +365,45 @@ TEST_F(CommandsTest, sortingLeavesSelectionAndFieldsAlone) {
     EXPECT_THAT(tool.log, IsEmpty()) << "nothing is read";
 }
 
+TEST_F(CommandsTest, afterEveryCommandTheNextEditMarksTheAccountAgain) {
+    const std::vector<std::function<void()>> commands{
+        [&] { window.userPressedKey(u'S', kCtrl); },
+        [&] { window.cmdDel.userClicked(); },
+        [&] { window.cmbResetPWD.userClicked(); },
+        [&] {
+            window.cmbAddNew.userClicked();
+            window.cmbAddNew.userClicked();
+        },
+        [&] {
+            window.cmbAddNew.userClicked();
+            edit(u"Neu", u"C:\\N");
+            window.cmdSpeichern.userClicked();
+        },
+        [&] { window.cmbAddNew.userClicked(); },
+    };
+    answerBoxesWith(Answer::Yes);
+    for (std::size_t i = 0; i < commands.size(); ++i) {
+        tool.database.rows.clear();
+        addAccounts();
+        open();
+        window.lvwBenKto.userSelectedRow(1);
+        edit(u"Meier", u"C:\\anders");
+        commands[i]();
+        expectCleanSaveButton();
+        window.chbProgrammupdate.userClicked();
+        EXPECT_EQ(window.cmdSpeichern.BackColor(), 0x000000FFU) << "command " << i;
+        window.userClosed();
+    }
+}
+
 // Failures
+
+TEST_F(CommandsTest, savingWithoutASelectedRowFailsBeforeAnythingIsReadOrWritten) {
+    edit(u"Abel", u"C:\\neu");
+    window.lvwBenKto.setSelectedItem(std::nullopt);
+    EXPECT_EQ(errorOf([&] { window.cmdSpeichern.userClicked(); }), 91);
+    EXPECT_THAT(tool.log, IsEmpty());
+}
 
 TEST_F(CommandsTest, aFailingStatementPassesAndNothingIsWritten) {
     struct Case {
