@@ -61,7 +61,14 @@ void ColumnRules::checkValue(const Column& column, const base::Value& value) con
     if (!properties_.allowsZeroLength(column.name)) throw emptyTextNotAllowed(kind_, nameOf(&column));
 }
 
-void ColumnRules::checkRule(const RowValues& row, const Column* column) {
+void ColumnRules::requireUnderstood() {
+    for (const Column& column : table_.definition().columns)
+        ruleOf(&column);
+    ruleOf(nullptr);
+}
+
+/// @throws RuntimeError if there is one that is not understood
+const std::optional<ColumnRules::Rule>& ColumnRules::ruleOf(const Column* column) {
     const auto known = rules_.try_emplace(column);
     std::optional<Rule>& rule = known.first->second;
     if (known.second) {
@@ -72,12 +79,16 @@ void ColumnRules::checkRule(const RowValues& row, const Column* column) {
                 Rule{*text, message, nameOf(column), expressions_.validationRule(*text, table_.definition(), column)});
         }
     }
-    if (!rule) return;
-    if (!rule->rule) {
+    if (rule && !rule->rule) {
         throw tableNotWritable(table_.name(), u"Die Gültigkeitsregel '" + rule->text + u"' für '" + rule->owner +
                                                   u"' kennt das Modul nicht");
     }
-    if (!rule->rule->permits(row)) throw ruleViolated(kind_, rule->message, rule->text, rule->owner);
+    return rule;
+}
+
+void ColumnRules::checkRule(const RowValues& row, const Column* column) {
+    const std::optional<Rule>& rule = ruleOf(column);
+    if (rule && !rule->rule->permits(row)) throw ruleViolated(kind_, rule->message, rule->text, rule->owner);
 }
 
 }  // namespace jet

@@ -25,6 +25,10 @@ public:
     /// @throws RuntimeError if the default is not understood, or the column assigns its own values
     base::Value defaultOf(const Column& column) const;
 
+    /// Whether all rules are understood, before there is a row to check: a new one may get values in any column.
+    /// @throws RuntimeError for the first that is not
+    void requireUnderstood();
+
     /// @param row       values as the columns hold them
     /// @param assigned  columns that got a value, or the default in a new row
     /// @param isNew     then columns that got none count too, unless they have only a rule
@@ -39,6 +43,7 @@ private:
         std::unique_ptr<ValidationRule> rule;
     };
     void checkValue(const Column& column, const base::Value& value) const;
+    const std::optional<Rule>& ruleOf(const Column* column);
     void checkRule(const RowValues& row, const Column* column);
     std::optional<base::Text> textOf(const Column* column, base::TextView property) const;
     base::Text nameOf(const Column* column) const;

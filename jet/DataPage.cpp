@@ -8,20 +8,12 @@
 namespace jet {
 namespace {
 
-constexpr std::uint16_t kOffsetMask = 0x1FFF;
-constexpr std::uint16_t kStateMask = 0xC000;
 constexpr std::uint16_t kUnknownFlag = 0x2000;
 /// A row pointer has one byte for the slot.
 constexpr std::size_t kMaxSlots = 256;
 
-constexpr std::size_t kFreeOffset = 2;
 constexpr std::size_t kOwnerOffset = 4;
 constexpr std::size_t kStampOffset = 8;
-constexpr std::size_t kSlotCountOffset = 12;
-
-std::size_t slotPlace(std::size_t index) {
-    return kDataPageHeaderBytes + kSlotBytes * index;
-}
 
 }  // namespace
 
@@ -37,7 +29,7 @@ DataPage::DataPage(PageView page) : page_(std::move(page)) {
     const std::size_t lowest = slotPlace(slotCount_);
     for (std::size_t i = 0; i < slotCount_; ++i) {
         const std::uint16_t word = page_.bytes.u16(slotPlace(i));
-        const std::size_t start = word & kOffsetMask;
+        const std::size_t start = word & kSlotStartMask;
         if (start > end || start < lowest || (word & kUnknownFlag) != 0) {
             throw damaged(page_.number, u"Der Zeilenversatz " + base::decimal(word) + u" der Zeile " +
                                             base::decimal(static_cast<std::int64_t>(i)) + u" ist unmöglich");
@@ -61,9 +53,9 @@ Slot DataPage::slot(std::size_t index) const {
                       u"Die Zeile " + base::decimal(static_cast<std::int64_t>(index)) + u" gibt es nicht");
     }
     const std::uint16_t word = page_.bytes.u16(slotPlace(index));
-    const std::size_t start = word & kOffsetMask;
-    const std::size_t end = index == 0 ? kPageSize : page_.bytes.u16(slotPlace(index - 1)) & kOffsetMask;
-    return {static_cast<SlotState>(word & kStateMask), page_.bytes.bytes().subspan(start, end - start)};
+    const std::size_t start = word & kSlotStartMask;
+    const std::size_t end = index == 0 ? kPageSize : page_.bytes.u16(slotPlace(index - 1)) & kSlotStartMask;
+    return {static_cast<SlotState>(word & kSlotStateMask), page_.bytes.bytes().subspan(start, end - start)};
 }
 
 void clearDataPage(std::span<std::uint8_t> page, std::uint32_t owner, std::uint32_t stamp) {
@@ -71,7 +63,7 @@ void clearDataPage(std::span<std::uint8_t> page, std::uint32_t owner, std::uint3
     std::fill(page.begin(), page.end(), std::uint8_t{0});
     page[0] = static_cast<std::uint8_t>(PageKind::Data);
     page[1] = 1;
-    base::putU16(page, kFreeOffset, kPageSize - kDataPageHeaderBytes);
+    base::putU16(page, kFreeBytesOffset, kPageSize - kDataPageHeaderBytes);
     base::putU32(page, kOwnerOffset, owner);
     base::putU32(page, kStampOffset, stamp);
 }
@@ -79,7 +71,7 @@ void clearDataPage(std::span<std::uint8_t> page, std::uint32_t owner, std::uint3
 int appendRow(std::span<std::uint8_t> page, std::span<const std::uint8_t> row, SlotState state) {
     const base::ByteView bytes{page};
     const std::size_t count = bytes.u16(kSlotCountOffset);
-    const std::size_t lowest = count == 0 ? kPageSize : bytes.u16(slotPlace(count - 1)) & kOffsetMask;
+    const std::size_t lowest = count == 0 ? kPageSize : bytes.u16(slotPlace(count - 1)) & kSlotStartMask;
     assert(lowest >= slotPlace(count));
     const std::size_t free = lowest - slotPlace(count);
     if (count + 1 >= kMaxSlots || row.size() + kSlotBytes > free) return -1;
@@ -87,7 +79,7 @@ int appendRow(std::span<std::uint8_t> page, std::span<const std::uint8_t> row, S
     std::copy(row.begin(), row.end(), page.begin() + static_cast<std::ptrdiff_t>(start));
     base::putU16(page, slotPlace(count), static_cast<std::uint16_t>(start | static_cast<std::uint16_t>(state)));
     base::putU16(page, kSlotCountOffset, static_cast<std::uint16_t>(count + 1));
-    base::putU16(page, kFreeOffset, static_cast<std::uint16_t>(free - row.size() - kSlotBytes));
+    base::putU16(page, kFreeBytesOffset, static_cast<std::uint16_t>(free - row.size() - kSlotBytes));
     return static_cast<int>(count);
 }
 

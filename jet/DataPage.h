@@ -24,6 +24,16 @@ inline constexpr std::uint32_t kLongValueOwner = 0x4C41564C;  ///< "LVAL"
 inline constexpr std::size_t kDataPageHeaderBytes = 14;
 inline constexpr std::size_t kSlotBytes = 2;
 
+inline constexpr std::size_t kFreeBytesOffset = 2;
+inline constexpr std::size_t kSlotCountOffset = 12;
+inline constexpr std::uint16_t kSlotStartMask = 0x1FFF;
+inline constexpr std::uint16_t kSlotStateMask = 0xC000;
+
+/// Where the word of a slot lies in its page.
+constexpr std::size_t slotPlace(std::size_t index) {
+    return kDataPageHeaderBytes + kSlotBytes * index;
+}
+
 enum class SlotState : std::uint16_t {
     Live = 0x0000,
     Moved = 0x4000,    ///< live; the row's first 4 bytes point to its data
@@ -50,7 +60,7 @@ public:
     PageNumber number() const { return page_.number; }
     std::uint32_t owner() const { return page_.bytes.u32(4); }
     std::uint32_t stamp() const { return page_.bytes.u32(8); }
-    std::size_t freeBytes() const { return page_.bytes.u16(2); }
+    std::size_t freeBytes() const { return page_.bytes.u16(kFreeBytesOffset); }
     std::size_t slotCount() const { return slotCount_; }
 
     /// @throws RuntimeError (damage) if the page has no such slot

@@ -7,19 +7,6 @@
 #include "jet/Errors.h"
 
 namespace jet {
-namespace {
-
-constexpr std::uint16_t kOffsetMask = 0x1FFF;
-constexpr std::uint16_t kStateMask = 0xC000;
-constexpr std::size_t kFreeOffset = 2;
-constexpr std::size_t kSlotCountOffset = 12;
-
-std::size_t slotPlace(std::size_t index) {
-    return kDataPageHeaderBytes + kSlotBytes * index;
-}
-
-}  // namespace
-
 DataPageEditor::DataPageEditor(PageStore& store, PageNumber number, std::uint32_t owner)
     : store_(store), number_(number) {
     DataPage::read(store, number, owner);
@@ -30,7 +17,7 @@ std::size_t DataPageEditor::slotCount() const {
 }
 
 std::size_t DataPageEditor::slotStart(std::size_t index) const {
-    return store_.page(number_).bytes.u16(slotPlace(index)) & kOffsetMask;
+    return store_.page(number_).bytes.u16(slotPlace(index)) & kSlotStartMask;
 }
 
 std::size_t DataPageEditor::freeBytes() const {
@@ -48,8 +35,8 @@ Slot DataPageEditor::slot(std::size_t index) const {
     }
     const PageView page = store_.page(number_);
     const std::uint16_t word = page.bytes.u16(slotPlace(index));
-    const std::size_t start = word & kOffsetMask;
-    return {static_cast<SlotState>(word & kStateMask), page.bytes.bytes().subspan(start, slotEnd(index) - start)};
+    const std::size_t start = word & kSlotStartMask;
+    return {static_cast<SlotState>(word & kSlotStateMask), page.bytes.bytes().subspan(start, slotEnd(index) - start)};
 }
 
 bool DataPageEditor::hasRows() const {
@@ -82,10 +69,10 @@ bool DataPageEditor::replace(std::size_t index, std::span<const std::uint8_t> ro
     const base::ByteView view{page};
     for (std::size_t i = index; i < count; ++i) {
         const std::uint16_t word = view.u16(slotPlace(i));
-        const std::size_t moved = (word & kOffsetMask) + oldBytes - row.size();
-        base::putU16(page, slotPlace(i), static_cast<std::uint16_t>((word & kStateMask) | moved));
+        const std::size_t moved = (word & kSlotStartMask) + oldBytes - row.size();
+        base::putU16(page, slotPlace(i), static_cast<std::uint16_t>((word & kSlotStateMask) | moved));
     }
-    base::putU16(page, kFreeOffset, static_cast<std::uint16_t>(free + oldBytes - row.size()));
+    base::putU16(page, kFreeBytesOffset, static_cast<std::uint16_t>(free + oldBytes - row.size()));
     return true;
 }
 

@@ -47,13 +47,6 @@ bool Database::journalLies() const {
     return storage_ && storage_->journalSizeBytes().value_or(0) > 0;
 }
 
-std::optional<base::Text> Database::leftJournal() {
-    if (!io_->lock(LockKind::Shared, kLockWait)) throw fileInUse(path_);
-    const bool lies = journalLies();
-    io_->lock(LockKind::None, {});
-    return lies ? std::optional(storage_->journalPath()) : std::nullopt;
-}
-
 ReadOperation Database::beginRead() {
     return ReadOperation(*this);
 }
@@ -75,8 +68,13 @@ ReadOperation::SharedLock::~SharedLock() {
 }
 
 ReadOperation::ReadOperation(Database& database)
-    : lock_(database),
+    : database_(database),
+      lock_(database),
       header_(readHeader(*database.io_, database.path_)),
       pages_(std::make_unique<PageFile>(*database.io_, header_.databaseKey)) {}
+
+std::optional<base::Text> ReadOperation::leftJournal() const {
+    return database_.journalLies() ? std::optional(database_.storage_->journalPath()) : std::nullopt;
+}
 
 }  // namespace jet

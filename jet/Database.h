@@ -43,9 +43,6 @@ public:
     /// @throws RuntimeError if somebody keeps the file locked, or a journal lies there that is not rolled back
     ReadOperation beginRead();
 
-    /// The journal that lies beside the file while nobody writes.
-    std::optional<base::Text> leftJournal();
-
 private:
     friend class ReadOperation;
     friend class Transaction;
@@ -77,6 +74,10 @@ public:
     const Header& header() const { return header_; }
     const PageFile& pages() const { return *pages_; }
 
+    /// The journal that lies beside the file. While an operation reads nobody writes, so an interrupted writer left it;
+    /// there can be one only where the database ignores it.
+    std::optional<base::Text> leftJournal() const;
+
 private:
     /// Gives the lock back also when the beginning of an operation fails. No journal lies there while it is held,
     /// unless the database ignores it.
@@ -91,6 +92,7 @@ private:
         PageIo& io_;
     };
 
+    const Database& database_;
     SharedLock lock_;
     Header header_;
     std::unique_ptr<PageFile> pages_;

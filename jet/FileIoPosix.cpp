@@ -4,16 +4,13 @@
 #include <fcntl.h>
 #include <string>
 #include <sys/stat.h>
-#include <thread>
 #include <unistd.h>
 
 #include "jet/Errors.h"
+#include "jet/LockWait.h"
 
 namespace jet {
 namespace {
-
-/// Pause between two tries for the lock.
-constexpr std::chrono::milliseconds kLockPause{10};
 
 short lockType(LockKind kind) {
     switch (kind) {
@@ -74,19 +71,15 @@ public:
     bool lock(LockKind kind, std::chrono::milliseconds wait) override {
         if (kind == LockKind::None) return tryLock(kLockOffset, kind);
         const auto deadline = std::chrono::steady_clock::now() + wait;
-        const bool isLocked = lockUntil(kTurnOffset, kind, deadline) && lockUntil(kLockOffset, kind, deadline);
+        const bool isLocked = waitForLock(kTurnOffset, kind, deadline) && waitForLock(kLockOffset, kind, deadline);
         tryLock(kTurnOffset, LockKind::None);
         if (!isLocked) tryLock(kLockOffset, LockKind::None);
         return isLocked;
     }
 
 private:
-    bool lockUntil(std::uint64_t offset, LockKind kind, std::chrono::steady_clock::time_point deadline) {
-        while (!tryLock(offset, kind)) {
-            if (std::chrono::steady_clock::now() >= deadline) return false;
-            std::this_thread::sleep_for(kLockPause);
-        }
-        return true;
+    bool waitForLock(std::uint64_t offset, LockKind kind, std::chrono::steady_clock::time_point deadline) {
+        return lockUntil(deadline, [&] { return tryLock(offset, kind); });
     }
 
     /// A lock of the open file, not of the process: two connections of one process exclude each other too.

@@ -82,6 +82,14 @@ std::vector<RowPointer> Relationships::partnerRows(const WritableTable& table, c
     return link.partner.rowsWithKey(link.partnerIndex, *key);
 }
 
+void Relationships::requireUsable(WritableTable& table) {
+    for (const LogicalIndex& index : table.definition().logicalIndexes) {
+        if (index.kind != LogicalIndex::Kind::ForeignKey || index.side != LogicalIndex::Side::Referencing) continue;
+        const Link link = linkOf(table, index);
+        link.partner.requireWritableIndex(link.partnerIndex);
+    }
+}
+
 void Relationships::check(WritableTable& table, RowDraft& draft) {
     for (const LogicalIndex& index : table.definition().logicalIndexes) {
         if (index.kind != LogicalIndex::Kind::ForeignKey) continue;

@@ -22,6 +22,10 @@ public:
     /// @param tables  must outlive this
     explicit Relationships(TableSet& tables) : tables_(tables) {}
 
+    /// Before there is a row: whether the rows that a new one of the table will refer to can be looked up at all.
+    /// @throws RuntimeError if not
+    void requireUsable(WritableTable& table);
+
     struct TableRemoval {
         WritableTable* table;
         WritableTable::Removal removal;

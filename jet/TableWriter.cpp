@@ -84,6 +84,9 @@ RowOfValues TableWriter::Impl::defaults(std::span<const Assignment> assignments)
 
 RowOfValues TableWriter::Impl::startRow() {
     RowOfValues values = defaults({});
+    rules_.requireUnderstood();
+    table_.requireWritableIndexes();
+    relationships_.requireUsable(table_);
     if (const Column* column = autoNumberColumn(); column != nullptr) {
         const std::int32_t number = nextAutoNumber(*column);
         table_.counters().setLastAutoNumber(static_cast<std::uint32_t>(number));

@@ -53,8 +53,10 @@ public:
     std::optional<Row> find(RowPointer row) const;
 
     /// A row to be added, as it is shown before it is: its auto number, which is taken from the counter (committed
-    /// at once, the number is never given again), defaults, false in yes/no columns, null elsewhere.
-    /// @throws RuntimeError: a default is not understood, the numbers are used up
+    /// at once, the number is never given again), defaults, false in yes/no columns, null elsewhere. Whatever will
+    /// refuse every new row refuses it here, before the number is taken.
+    /// @throws RuntimeError: a default or a rule is not understood, an index has other keys than ours, the numbers are
+    ///         used up
     RowOfValues startRow();
 
     /// Adds a row that was started.

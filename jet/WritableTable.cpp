@@ -49,6 +49,16 @@ void WritableTable::requireOwnKeysOnce(std::size_t index) {
     hasOwnKeys_[index] = true;
 }
 
+void WritableTable::requireWritableIndex(std::size_t index) {
+    requireOwnKeysOnce(index);
+    writer(index);
+}
+
+void WritableTable::requireWritableIndexes() {
+    for (std::size_t i = 0; i < definition().indexes.size(); ++i)
+        requireWritableIndex(i);
+}
+
 void WritableTable::addOldKey(EntryChange& change, const RowView& old) {
     const IndexDefinition& index = definition().indexes[change.index];
     change.oldKey.emplace();

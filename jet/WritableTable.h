@@ -66,6 +66,11 @@ public:
     /// @throws RuntimeError if the index has other keys than ours; damage
     std::vector<RowPointer> rowsWithKey(std::size_t index, std::span<const std::uint8_t> key);
 
+    /// Looks at all indexes, as a new row will.
+    /// @throws RuntimeError if one has other keys than ours; damage
+    void requireWritableIndexes();
+    void requireWritableIndex(std::size_t index);
+
     /// The last number given: the counter's, or a greater one that stands in a row.
     std::int32_t lastAutoNumber(const Column& column);
 

@@ -1,24 +1,22 @@
 #include "jet/WriteAccess.h"
 
 #include <algorithm>
-#include <thread>
 
 #include "jet/Journal.h"
+#include "jet/LockWait.h"
 
 namespace jet {
 namespace {
 
-/// Pause between two tries to open.
-constexpr std::chrono::milliseconds kOpenPause{10};
-
 using Clock = std::chrono::steady_clock;
 
 OpenedFile openWithin(Storage& storage, Clock::time_point deadline) {
-    while (true) {
-        OpenedFile opened = storage.openForWriting();
-        if (opened.refusal != Refusal::InUse || Clock::now() >= deadline) return opened;
-        std::this_thread::sleep_for(kOpenPause);
-    }
+    OpenedFile opened;
+    lockUntil(deadline, [&] {
+        opened = storage.openForWriting();
+        return opened.refusal != Refusal::InUse;
+    });
+    return opened;
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include "ado/embedded/Factory.h"
 #include "base/RuntimeError.h"
 #include "jet/Errors.h"
+#include "tests/support/Expect.h"
 #include "tests/support/FaultyStorage.h"
 #include "tests/support/SampleFile.h"
 
@@ -12,6 +13,7 @@ namespace ado::embedded {
 namespace {
 
 using base::Value;
+using test::errorOf;
 
 constexpr base::TextView kPath = u"C:\\Daten\\\\Probe.mdb";
 
@@ -61,16 +63,6 @@ protected:
     int opened = 0;
     Factory factory{[this](const base::Text& path) { return storageOf(path); }};
 };
-
-std::int32_t errorOf(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const base::RuntimeError& error) {
-        EXPECT_FALSE(error.description().empty());
-        return error.number();
-    }
-    return 0;
-}
 
 TEST_F(Embedded, ReadsRowsAsASnapshotThatOutlivesTheConnection) {
     auto connection = openConnection();

@@ -5,6 +5,7 @@
 #include "ado/embedded/Factory.h"
 #include "base/RuntimeError.h"
 #include "jet/sql/SelectExecutor.h"
+#include "tests/support/Expect.h"
 #include "tests/support/FaultyStorage.h"
 #include "tests/support/SampleFile.h"
 #include "tests/support/SoundFile.h"
@@ -14,6 +15,7 @@ namespace {
 
 using base::Text;
 using base::Value;
+using test::errorOf;
 
 constexpr std::int32_t kMultiStep = -2147217887;
 constexpr std::int32_t kDuplicate = -2147467259;
@@ -98,16 +100,6 @@ protected:
                    (text != nullptr ? base::toUtf8(*text) : "-") + "|";
         }
         return all;
-    }
-
-    static std::int32_t errorOf(const std::function<void()>& action) {
-        try {
-            action();
-        } catch (const base::RuntimeError& error) {
-            EXPECT_FALSE(error.description().empty());
-            return error.number();
-        }
-        return 0;
     }
 
     test::Machine machine{accounts()};

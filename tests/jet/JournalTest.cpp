@@ -64,12 +64,13 @@ TEST_F(LeftJournal, IsRolledBackRefusedOrReportedAsTheOpenerMay) {
               std::string::npos);
     {
         Database reporting = Database::open(half_.storage(), {}, LeftJournalRule::Ignore);
-        EXPECT_EQ(reporting.leftJournal(), u"Konten.mdb-journal");
-        EXPECT_EQ(reporting.beginRead().pageCount(), half_.file().size() / kPageSize);
+        const ReadOperation operation(reporting);
+        EXPECT_EQ(operation.leftJournal(), u"Konten.mdb-journal");
+        EXPECT_EQ(operation.pageCount(), half_.file().size() / kPageSize);
     }
     Database writing = Database::open(half_.storage(), {}, LeftJournalRule::RollBack);
     EXPECT_EQ(half_.file(), old_);
-    EXPECT_EQ(writing.leftJournal(), std::nullopt);
+    EXPECT_EQ(writing.beginRead().leftJournal(), std::nullopt);
 }
 
 TEST_F(LeftJournal, IsNeverAppliedToAFileThatSomebodyElseHasWritten) {

@@ -226,8 +226,45 @@ TEST(TableWriter, NewRowsHaveTheirDefaults) {
     EXPECT_EQ(file.rows(kTable)[1][kCount], base::Value(std::int32_t{7}));
     EXPECT_EQ(file.rows(kTable)[2][kCount], base::Value(std::int32_t{-12}));
     setProperty(file, u"Notiz", u"DefaultValue", u"GenGUID()");
-    EXPECT_THROW(file.writer(kTable).startRow(), base::RuntimeError);
     file.writer(kTable).insert({{{kNote, Text(u"C")}}});
+}
+
+TEST(TableWriter, WhatRefusesEveryNewRowRefusesItBeforeItsNumberIsTaken) {
+    const auto setting = [](base::TextView column, base::TextView name, base::TextView value) {
+        return [=](WrittenFile& file) { setProperty(file, column, name, value); };
+    };
+    const struct {
+        const char* text;
+        std::function<void(WrittenFile&)> prepare;
+    } cases[] = {
+        {"'GenGUID()' der Spalte 'Notiz'", setting(u"Notiz", u"DefaultValue", u"GenGUID()")},
+        {"'Rnd()>0' für 'Bestand.Bild'", setting(u"Bild", u"ValidationRule", u"Rnd()>0")},
+        {"'Rnd()>0' für 'Bestand'", setting(u"", u"ValidationRule", u"Rnd()>0")},
+        {"Index 'Name' ist nach einer anderen Sortierfolge aufgebaut",
+         [](WrittenFile& file) {
+             const TableDefinition table = openTable(file.store, kTable)->definition();
+             const auto byName = std::ranges::find(table.indexes, u"Name", &IndexDefinition::name);
+             IndexCursor cursor(file.store, table, *byName);
+             ASSERT_TRUE(cursor.first());
+             const auto leaf = file.store.change(cursor.leafPage());
+             const auto key = std::ranges::search(leaf, cursor.key());
+             ASSERT_FALSE(key.empty());
+             key[1] ^= 0x02U;
+         }},
+    };
+    for (const auto& [text, prepare] : cases) {
+        WrittenFile file({stock()});
+        file.writer(kTable).insert({{{kName, Text(u"A")}}});
+        prepare(file);
+        file.store.settle();
+        try {
+            file.writer(kTable, WriteKind::Recordset).startRow();
+            ADD_FAILURE() << text;
+        } catch (const base::RuntimeError& error) {
+            EXPECT_NE(std::string(error.what()).find(text), std::string::npos) << error.what();
+        }
+        EXPECT_EQ(file.store.changedPages(), 0U) << text;
+    }
 }
 
 TEST(TableWriter, AShortUpdateChangesFewPages) {

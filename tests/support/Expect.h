@@ -9,11 +9,12 @@
 
 namespace test {
 
-/// Number of the run-time error that the action raises, 0 if it raises none.
+/// Number of the run-time error that the action raises, 0 if it raises none. Every error has something to say.
 inline std::int32_t errorOf(const std::function<void()>& action) {
     try {
         action();
     } catch (const base::RuntimeError& error) {
+        EXPECT_FALSE(error.description().empty());
         return error.number();
     }
     return 0;

@@ -39,12 +39,12 @@ int check(std::span<const base::Text> arguments, Console& console) {
     const CommandLine line(arguments, {kPasswordOption, kPasswordFileOption}, {kNotesFlag});
     line.requireOperands(1);
     jet::Database database = openProtected(line.operand(0), line, console, jet::LeftJournalRule::Ignore);
-    if (const auto journal = database.leftJournal()) {
+    auto operation = database.beginRead();
+    if (const auto journal = operation.leftJournal()) {
         // What the file holds now is not what it will hold; its faults are the interrupted writing's.
         console.print("Fehler: " + base::toUtf8(jet::journalLeft(database.path(), *journal).description()) + "\n");
         return kExitFaultsFound;
     }
-    auto operation = database.beginRead();
     const auto sizeBytes = std::filesystem::file_size(std::filesystem::path(line.operand(0)));
     const jet::CheckResult result = jet::checkDatabase(operation, sizeBytes);
     const jet::Findings& findings = result.findings;

@@ -1,14 +1,10 @@
 #include "win32/fileio/FileIoWindows.h"
 
-#include <thread>
-
 #include "jet/Errors.h"
+#include "jet/LockWait.h"
 
 namespace jet {
 namespace {
-
-/// Pause between two tries for the lock.
-constexpr std::chrono::milliseconds kLockPause{10};
 
 /// The beginning of the path that lifts the old limit of 260 units.
 constexpr wchar_t kLongPath[] = L"\\\\?\\";
@@ -71,8 +67,8 @@ public:
         isLocked_ = false;
         if (kind == LockKind::None) return true;
         const auto deadline = std::chrono::steady_clock::now() + wait;
-        if (!lockUntil(kTurnOffset, kind, deadline)) return false;
-        isLocked_ = lockUntil(kLockOffset, kind, deadline);
+        if (!waitForLock(kTurnOffset, kind, deadline)) return false;
+        isLocked_ = waitForLock(kLockOffset, kind, deadline);
         unlock(kTurnOffset);
         return isLocked_;
     }
@@ -84,12 +80,8 @@ private:
         UnlockFileEx(handle_, 0, 1, 0, &place);
     }
 
-    bool lockUntil(std::uint64_t offset, LockKind kind, std::chrono::steady_clock::time_point deadline) {
-        while (!tryLock(offset, kind)) {
-            if (std::chrono::steady_clock::now() >= deadline) return false;
-            std::this_thread::sleep_for(kLockPause);
-        }
-        return true;
+    bool waitForLock(std::uint64_t offset, LockKind kind, std::chrono::steady_clock::time_point deadline) {
+        return lockUntil(deadline, [&] { return tryLock(offset, kind); });
     }
 
     bool tryLock(std::uint64_t offset, LockKind kind) {
