@@ -1,10 +1,10 @@
 #include <algorithm>
-#include <cstdlib>
 #include <gtest/gtest.h>
 #include <random>
 
 #include "tests/fuzz/ReadEverything.h"
 #include "tests/fuzz/Seeds.h"
+#include "tests/support/Environment.h"
 
 namespace jet {
 namespace {
@@ -73,11 +73,6 @@ private:
     std::mt19937 random_;
 };
 
-std::uint32_t environmentNumber(const char* name, std::uint32_t otherwise) {
-    const char* text = std::getenv(name);
-    return text != nullptr ? static_cast<std::uint32_t>(std::strtoul(text, nullptr, 10)) : otherwise;
-}
-
 TEST(DamagedFiles, SoundSeedsAreReadWithoutDamage) {
     for (const Seed& seed : seeds()) {
         if (seed.name.find("V1997") != std::string::npos || seed.name.find("UnicodeComp") != std::string::npos)
@@ -93,8 +88,8 @@ TEST(DamagedFiles, SoundSeedsAreReadWithoutDamage) {
 /// TOLV_MUTATIONS and TOLV_RANDOM_SEED make longer and other runs.
 TEST(DamagedFiles, EndInValuesOrInRunTimeErrors) {
     const std::vector<Seed> all = seeds();
-    const std::uint32_t count = environmentNumber("TOLV_MUTATIONS", 6000);
-    const std::uint32_t randomSeed = environmentNumber("TOLV_RANDOM_SEED", 1);
+    const std::uint32_t count = test::environmentNumber("TOLV_MUTATIONS", 6000);
+    const std::uint32_t randomSeed = test::environmentNumber("TOLV_RANDOM_SEED", 1);
     Mutator mutator(randomSeed);
     std::size_t damaged = 0;
     for (std::uint32_t i = 0; i < count; ++i) {

@@ -45,13 +45,7 @@ const std::vector<Pattern>& patterns() {
 }
 
 base::Bytes sampleBytes(std::uint32_t databaseKey) {
-    base::Bytes file = test::sampleFile({});
-    Header header = Header::read(base::ByteView(std::span(file).first(kPageSize)));
-    header.databaseKey = databaseKey;
-    header.write(std::span(file).first(kPageSize));
-    for (PageNumber page = 0; page < file.size() / kPageSize; ++page)
-        encodePage(std::span(file).subspan(page * kPageSize, kPageSize), page, databaseKey);
-    return file;
+    return databaseKey == 0 ? test::sampleFile({}) : test::encoded(test::sampleFile({}), databaseKey);
 }
 
 /// @return whether the commit was acknowledged

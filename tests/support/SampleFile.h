@@ -2,13 +2,16 @@
 
 #include <gtest/gtest.h>
 #include <memory>
+#include <span>
 #include <utility>
 #include <vector>
 
 #include "base/Value.h"
 #include "jet/Creator.h"
 #include "jet/Database.h"
+#include "jet/Header.h"
 #include "jet/MemoryIo.h"
+#include "jet/PageFile.h"
 #include "jet/TableDesign.h"
 
 /// Files in memory for tests of statements and of ADO over the engine.
@@ -34,6 +37,21 @@ inline base::Bytes sampleFile(const std::vector<SampleTable>& tables, const base
     }
     creator.finish();
     return io.bytes();
+}
+
+/// The same file with its pages encoded.
+/// @param file  a plain one
+/// @param key   not 0
+inline base::Bytes encoded(base::Bytes file, std::uint32_t key) {
+    const auto page = [&](jet::PageNumber number) {
+        return std::span(file).subspan(number * jet::kPageSize, jet::kPageSize);
+    };
+    jet::Header header = jet::Header::read(base::ByteView(page(0)));
+    header.databaseKey = key;
+    header.write(page(0));
+    for (jet::PageNumber number = 0; number < file.size() / jet::kPageSize; ++number)
+        jet::encodePage(page(number), number, key);
+    return file;
 }
 
 inline jet::Database openSample(const base::Bytes& bytes) {
