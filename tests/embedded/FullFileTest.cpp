@@ -1,0 +1,59 @@
+#include <gtest/gtest.h>
+#include <string>
+
+#include "jet/Catalog.h"
+#include "jet/Checker.h"
+#include "jet/Database.h"
+#include "jet/PageSource.h"
+#include "jet/Table.h"
+#include "jet/sql/Execution.h"
+#include "tests/support/SampleFile.h"
+#include "tests/support/SparseStorage.h"
+
+namespace jet {
+namespace {
+
+using base::Text;
+
+base::Bytes notes() {
+    TableDesign design;
+    design.name = u"Notizen";
+    design.columns = {{u"Nr", ColumnType::Long}, {u"Text", ColumnType::Memo}};
+    design.columns[0].isAutoNumber = true;
+    design.indexes = {{u"PrimaryKey", {{u"Nr"}}, true}};
+    return test::sampleFile({{design, {}}});
+}
+
+TEST(FullFile, RefusesWhatItHasNoPageForBeforeTheFirstWrite) {
+    constexpr std::uint64_t kLongest = std::uint64_t{kMaxPages} * kPageSize;
+    test::SparseFile file(notes(), kLongest - 50 * kPageSize);
+    Database database = Database::open(file.storage(), {}, LeftJournalRule::RollBack);
+    // Each note takes twenty pages. The map of a fresh file offers some hundred, then the file grows.
+    const Text insert = u"INSERT INTO Notizen (Text) VALUES ('" + Text(40'000, u'Ω') + u"')";
+    int added = 0;
+    std::string refusal;
+    while (refusal.empty() && added < 60) {
+        const std::size_t writes = file.writes();
+        try {
+            sql::execute(database, insert);
+            ++added;
+        } catch (const base::RuntimeError& error) {
+            refusal = error.what();
+            EXPECT_EQ(file.writes(), writes);
+        }
+        ASSERT_LE(file.sizeBytes(), kLongest);
+    }
+    EXPECT_GT(file.sizeBytes(), kLongest - 50 * kPageSize);
+    EXPECT_EQ(refusal, "-2147467259: Ungültiges Argument.");
+    // What needs no further page goes on, and what was freed is used again.
+    EXPECT_EQ(sql::execute(database, u"INSERT INTO Notizen (Text) VALUES ('kurz')"), 1);
+    EXPECT_EQ(sql::execute(database, u"DELETE FROM Notizen WHERE Nr = 1"), 1);
+    EXPECT_EQ(sql::execute(database, insert), 1);
+    auto operation = database.beginRead();
+    const CheckResult result = checkDatabase(operation, file.sizeBytes());
+    EXPECT_EQ(result.findings.faultCount(), 0U);
+    EXPECT_EQ(openTable(operation, u"Notizen")->definition().rowCount, static_cast<std::uint32_t>(added) + 1);
+}
+
+}  // namespace
+}  // namespace jet
