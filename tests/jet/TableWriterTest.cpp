@@ -247,8 +247,8 @@ TEST(TableWriter, WhatRefusesEveryNewRowRefusesItBeforeItsNumberIsTaken) {
              IndexCursor cursor(file.store, table, *byName);
              ASSERT_TRUE(cursor.first());
              const auto leaf = file.store.change(cursor.leafPage());
-             const auto key = std::ranges::search(leaf, cursor.key());
-             ASSERT_FALSE(key.empty());
+             const auto key = std::search(leaf.begin(), leaf.end(), cursor.key().begin(), cursor.key().end());
+             ASSERT_NE(key, leaf.end());
              key[1] ^= 0x02U;
          }},
     };
