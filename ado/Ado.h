@@ -81,8 +81,7 @@ public:
     /// @throws 3704 on a closed connection
     virtual void Close() = 0;
     /// Runs a statement that gives no rows back.
-    /// @return the number of rows that it added, changed or removed
-    virtual std::int32_t Execute(base::TextView commandText) = 0;
+    virtual void Execute(base::TextView commandText) = 0;
 };
 
 class Recordset {

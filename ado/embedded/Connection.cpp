@@ -36,9 +36,9 @@ void Connection::Close() {
     properties_.setLocked(false);
 }
 
-std::int32_t Connection::Execute(base::TextView commandText) {
+void Connection::Execute(base::TextView commandText) {
     if (!database_) throw adoError(AdoErrorNumber::ObjectClosed);
-    return jet::sql::execute(*database_, commandText);
+    jet::sql::execute(*database_, commandText);
 }
 
 }  // namespace ado::embedded

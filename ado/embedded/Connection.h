@@ -31,7 +31,7 @@ public:
               std::int32_t options) override;
     std::int32_t State() const override { return database_ ? adStateOpen : adStateClosed; }
     void Close() override;
-    std::int32_t Execute(base::TextView commandText) override;
+    void Execute(base::TextView commandText) override;
 
     /// The open file; null while the connection is closed.
     const std::shared_ptr<jet::Database>& database() const { return database_; }

@@ -65,9 +65,9 @@ private:
             state_ = ado::adStateClosed;
             database_.note("close connection");
         }
-        std::int32_t Execute(base::TextView statement) override {
+        void Execute(base::TextView statement) override {
             database_.note("execute " + base::toUtf8(statement));
-            return database_.execute(statement);
+            database_.execute(statement);
         }
 
     private:
@@ -204,22 +204,20 @@ private:
         });
         return result;
     }
-    std::int32_t execute(base::TextView statement) {
+    void execute(base::TextView statement) {
         if (cut(statement, u"DELETE FROM Benutzerkonto WHERE BenKTO_ID = ")) {
             const auto isMeant = [id = number(statement)](const Row& row) { return idOf(row) == id; };
-            return static_cast<std::int32_t>(std::erase_if(rows, isMeant));
+            std::erase_if(rows, isMeant);
+            return;
         }
         if (!cut(statement, u"UPDATE Benutzerkonto SET BenKTO_Pass = '")) fail();
         const base::Text pass(statement.substr(0, statement.find(u'\'')));
         statement.remove_prefix(pass.size());
         if (!cut(statement, u"' WHERE BenKTO_ID = ")) fail();
-        std::int32_t changed = 0;
         for (Row& row : rows) {
             if (idOf(row) != number(statement)) continue;
             row[2] = pass;
-            ++changed;
         }
-        return changed;
     }
     void store(const Row& changed) {
         const auto same = [&](const Row& row) { return idOf(row) == idOf(changed); };

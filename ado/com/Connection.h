@@ -1,0 +1,32 @@
+#pragma once
+
+#include "ado/Ado.h"
+#include "ado/com/Object.h"
+#include "ado/com/ProviderProperties.h"
+#include "base/Text.h"
+
+namespace ado::com {
+
+/// ADO's Connection. What it refuses, and when, is ADO's and the provider's decision alone.
+class Connection final : public ado::Connection {
+public:
+    explicit Connection(const CLSID& classId) : object_(classId), properties_(object_) {}
+
+    base::Text Provider() const override;
+    void setProvider(base::TextView name) override;
+    ado::Properties& Properties() override { return properties_; }
+    void Open(base::TextView connectionString, base::TextView userId, base::TextView password,
+              std::int32_t options) override;
+    std::int32_t State() const override;
+    void Close() override;
+    void Execute(base::TextView commandText) override;
+
+    /// For a record set to be opened on.
+    const Object& object() const { return object_; }
+
+private:
+    Object object_;
+    ProviderProperties properties_;  // released first
+};
+
+}  // namespace ado::com
