@@ -11,6 +11,11 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 # Windows takes these from its own folder, whatever lies beside the program; others are to be loaded by full path.
 SYSTEM_DLLS = {"kernel32.dll", "user32.dll", "gdi32.dll", "advapi32.dll", "shell32.dll", "ole32.dll", "oleaut32.dll",
                "comctl32.dll", "msvcrt.dll"}
+# Ways for a user or an administrator to give a program a switch. The C runtime's start-up takes the command line and
+# the environment of every program; the registry is asked for the modules of COM classes alone.
+SWITCHES = re.compile(r"(?i)command_?line|getmainargs|cmdln|argv|environ|getenv|initenv|^Reg[A-Z]\w*(Key|Value)|^SHGetValue")
+NEEDED = {"__wgetmainargs", "__winitenv", "_wcmdln", "__p__wcmdln", "RegGetValueW"}
+KEYS = re.compile(r"(?i)software\\|hkey_|\\currentversion")
 MAX_BYTES = 1024 * 1024  # of the tool; its companion may be larger
 ICON_SIZES = {16, 20, 24, 32, 40, 48, 64, 256}
 GERMAN, UNICODE = 0x0407, 1200
@@ -53,6 +58,13 @@ def header(pe, x64, windowed):
 def imports(pe):
     return [f"imports {entry.dll.decode()}" for entry in pe.DIRECTORY_ENTRY_IMPORT
             if entry.dll.decode().lower() not in SYSTEM_DLLS]
+
+
+def switches(pe, data):
+    names = [entry.name.decode() for dll in pe.DIRECTORY_ENTRY_IMPORT for entry in dll.imports if entry.name]
+    texts = data.decode("latin-1"), data.decode("utf-16-le", "replace"), data[1:].decode("utf-16-le", "replace")
+    return ([f"imports {name}" for name in names if SWITCHES.search(name) and name not in NEEDED]
+            + [f"names the key {match[0]}" for text in texts for match in KEYS.finditer(text)])
 
 
 def traces(data, windowed):
@@ -125,6 +137,7 @@ for kind in ("x64", "x86"):
         results = {"header": header(pe, kind == "x64", windowed), "imports": imports(pe),
                    "size and traces": traces(path.read_bytes(), windowed)}
         if windowed:
+            results["no switch"] = switches(pe, path.read_bytes())
             results.update({"manifest": manifest(pe), "version block": versionBlock(pe, name), "icon": icon(pe)})
         for rule, faults in results.items():
             print("\n".join(f"FAIL {kind} {name} {rule}: {fault}" for fault in faults) or f"PASS {kind} {name} {rule}")
