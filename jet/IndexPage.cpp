@@ -119,8 +119,8 @@ std::span<const std::uint8_t> IndexPage::prefix() const {
 void IndexPage::copyEntry(std::size_t i, base::Bytes& entry) const {
     const auto shared = prefix();
     const auto own = suffix(i);
-    entry.assign(shared.begin(), shared.end());
-    entry.insert(entry.end(), own.begin(), own.end());
+    entry.resize(shared.size() + own.size());
+    std::copy(own.begin(), own.end(), std::copy(shared.begin(), shared.end(), entry.begin()));
 }
 
 base::Bytes IndexPage::entry(std::size_t i) const {

@@ -37,12 +37,12 @@ RowView::RowView(std::span<const std::uint8_t> bytes, const TableDefinition& def
     const bool hasVariable = definition.variableColumnsEver != 0;
     const std::size_t least = kCountBytes + maskBytes + (hasVariable ? 4 : 0);
     if (bytes.size() < least) throw damagedRow(place, u"Die Zeile ist zu kurz für ihre Spalten");
-    const std::size_t maskStart = bytes.size() - maskBytes;
+    maskStart_ = static_cast<std::uint16_t>(bytes.size() - maskBytes);
     if (!hasVariable) {
-        fixedEnd_ = dataEnd_ = static_cast<std::uint16_t>(maskStart);
+        fixedEnd_ = dataEnd_ = maskStart_;
         return;
     }
-    offsetsEnd_ = static_cast<std::uint16_t>(maskStart - 2);
+    offsetsEnd_ = static_cast<std::uint16_t>(maskStart_ - 2);
     variableCount_ = u16At(bytes, offsetsEnd_);
     if (variableCount_ > definition.variableColumnsEver || bytes.size() < least + 2 * std::size_t{variableCount_}) {
         throw damagedRow(place, u"Die Zeile hat " + base::decimal(variableCount_) + u" Spalten veränderlicher Länge");
@@ -61,19 +61,20 @@ std::size_t RowView::variableOffset(std::size_t index) const {
 
 std::span<const std::uint8_t> RowView::stored(const Column& column) const {
     assert(!isNull(column));
-    std::size_t start = kCountBytes + column.fixedOffset;
-    std::size_t end = start + column.lengthBytes;
-    std::size_t limit = fixedEnd_;
-    if (!column.isFixed()) {
-        const std::size_t next = column.variableIndex + std::size_t{1};
-        start = variableOffset(column.variableIndex);
-        end = next < variableCount_ ? variableOffset(next) : dataEnd_;
-        limit = dataEnd_;
-        if (start < fixedEnd_) end = limit + 1;
+    if (column.isFixed()) {
+        const std::size_t start = kCountBytes + column.fixedOffset;
+        if (start + column.lengthBytes > fixedEnd_) failOutside(column);
+        return bytes_.subspan(start, column.lengthBytes);
     }
-    if (start > end || end > limit)
-        throw damagedRow(place_, u"Spalte '" + column.name + u"' liegt außerhalb der Zeile");
+    const std::size_t next = column.variableIndex + std::size_t{1};
+    const std::size_t start = variableOffset(column.variableIndex);
+    const std::size_t end = next < variableCount_ ? variableOffset(next) : dataEnd_;
+    if (start < fixedEnd_ || start > end || end > dataEnd_) failOutside(column);
     return bytes_.subspan(start, end - start);
+}
+
+void RowView::failOutside(const Column& column) const {
+    throw damagedRow(place_, u"Spalte '" + column.name + u"' liegt außerhalb der Zeile");
 }
 
 base::Bytes encodeRow(const TableDefinition& definition, std::span<const Cell> cells) {

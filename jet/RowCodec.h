@@ -58,16 +58,17 @@ public:
 private:
     bool bit(std::uint16_t number) const {
         if (number >= columnCount_) return false;
-        const std::size_t maskStart = bytes_.size() - nullMaskBytes(columnCount_);
-        return ((bytes_[maskStart + number / 8U] >> (number % 8U)) & 1U) != 0;
+        return ((bytes_[maskStart_ + number / 8U] >> (number % 8U)) & 1U) != 0;
     }
     std::size_t variableOffset(std::size_t index) const;
+    [[noreturn]] void failOutside(const Column& column) const;
 
     std::span<const std::uint8_t> bytes_;
     const TableDefinition* definition_ = nullptr;
     RowPointer place_;
     std::uint16_t columnCount_ = 0;
     std::uint16_t variableCount_ = 0;
+    std::uint16_t maskStart_ = 0;
     std::uint16_t offsetsEnd_ = 0;  ///< offset i lies at offsetsEnd_ - 2 * (i + 1)
     std::uint16_t fixedEnd_ = 0;
     std::uint16_t dataEnd_ = 0;

@@ -39,16 +39,21 @@ bool isBefore(const base::Bytes& arena, const KeyedRow& a, const KeyedRow& b) {
     return a.row < b.row;
 }
 
-/// Finds rows by their pointers. They lie in the order of these, so each page's rows stand together.
+/// Finds rows by their pointers. They lie in the order of these, so each page's rows stand together, and within a page
+/// the slot alone tells them apart.
 class RowFinder {
 public:
-    explicit RowFinder(const ResultSet& rows) : rows_(rows) {
+    explicit RowFinder(const ResultSet& rows) {
         const std::size_t count = rows.rowCount();
         if (count == 0) return;
         firstPage_ = rows.pointer(0).page;
         firstOfPage_.resize(std::size_t{rows.pointer(count - 1).page} - firstPage_ + 2);
-        for (std::size_t row = 0; row < count; ++row)
-            ++firstOfPage_[rows.pointer(row).page - firstPage_ + 1];
+        slots_.reserve(count);
+        for (std::size_t row = 0; row < count; ++row) {
+            const RowPointer pointer = rows.pointer(row);
+            ++firstOfPage_[pointer.page - firstPage_ + 1];
+            slots_.push_back(pointer.slot);
+        }
         std::partial_sum(firstOfPage_.begin(), firstOfPage_.end(), firstOfPage_.begin());
     }
 
@@ -59,17 +64,16 @@ public:
         const std::uint32_t begin = firstOfPage_[page];
         const std::uint32_t end = firstOfPage_[page + 1];
         for (std::uint32_t row = std::min(end, begin + pointer.slot + 1); row > begin; --row) {
-            const RowPointer found = rows_.pointer(row - 1);
-            if (found == pointer) return row - 1;
-            if (found < pointer) break;
+            if (slots_[row - 1] == pointer.slot) return row - 1;
+            if (slots_[row - 1] < pointer.slot) break;
         }
         return std::nullopt;
     }
 
 private:
-    const ResultSet& rows_;
     PageNumber firstPage_ = 0;
     std::vector<std::uint32_t> firstOfPage_;  ///< of each page from firstPage_ on; the last is the count
+    std::vector<std::uint8_t> slots_;         ///< of each row
 };
 
 }  // namespace

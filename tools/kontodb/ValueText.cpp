@@ -179,7 +179,7 @@ void appendEscape(std::string& line, char unit) {
 
 /// What a unit below U+0100 becomes in a line: one byte or two.
 struct LatinForm {
-    std::array<char, 2> bytes;
+    std::array<char, kMostLatinBytes> bytes;
     std::uint8_t length;
 };
 
@@ -197,7 +197,7 @@ constexpr std::array<LatinForm, 256> kLatinForms = [] {
     return forms;
 }();
 
-/// @param out  two bytes of room
+/// @param out  kMostLatinBytes of room
 /// @return behind what was put
 inline char* putLatin(char* out, std::uint8_t unit) {
     const LatinForm& form = kLatinForms[unit];
@@ -220,26 +220,20 @@ void appendPlainText(std::string& line, base::TextView text) {
         line, text, [](char unit) { return !isEscaped(unit); }, [&line](char unit) { appendEscape(line, unit); });
 }
 
-void appendPlainLatin(std::string& line, std::span<const std::uint8_t> units) {
-    const std::size_t start = line.size();
-    line.resize(start + 2 * units.size());
-    char* out = line.data() + start;
+char* writePlainLatin(char* room, std::span<const std::uint8_t> units) {
     const std::uint8_t* unit = units.data();
     const std::uint8_t* const end = unit + units.size();
+    // Once a text is not plain it seldom is so again for long, and going by bytes needs no guess what comes.
     for (; static_cast<std::size_t>(end - unit) >= sizeof(std::uint64_t); unit += sizeof(std::uint64_t)) {
         std::uint64_t eight = 0;
         std::memcpy(&eight, unit, sizeof(eight));
-        if (isPlainAscii(eight)) {
-            std::memcpy(out, &eight, sizeof(eight));
-            out += sizeof(eight);
-        } else {
-            for (std::size_t i = 0; i < sizeof(eight); ++i)
-                out = putLatin(out, unit[i]);
-        }
+        if (!isPlainAscii(eight)) break;
+        std::memcpy(room, &eight, sizeof(eight));
+        room += sizeof(eight);
     }
     for (; unit != end; ++unit)
-        out = putLatin(out, *unit);
-    line.resize(static_cast<std::size_t>(out - line.data()));
+        room = putLatin(room, *unit);
+    return room;
 }
 
 void appendPlain(std::string& line, const base::Value& value) {

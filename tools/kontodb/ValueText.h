@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -16,9 +17,16 @@ namespace kontodb {
 /// For a line of values parted by tabs: null is \N, yes/no is -1 or 0, and tab, line end, carriage return and
 /// backslash are written \t \n \r \\.
 void appendPlainText(std::string& line, base::TextView text);
-/// @param units  a text of units below U+0100, one byte each
-void appendPlainLatin(std::string& line, std::span<const std::uint8_t> units);
 void appendPlain(std::string& line, const base::Value& value);
+
+/// Bytes that a unit below U+0100 takes at most, escaped or not.
+inline constexpr std::size_t kMostLatinBytes = 2;
+
+/// The short way to most texts.
+/// @param room   kMostLatinBytes for each unit
+/// @param units  a text of units below U+0100, one byte each
+/// @return behind what was written
+char* writePlainLatin(char* room, std::span<const std::uint8_t> units);
 
 /// For an object of JSON: null, true and false, numbers; all else is a string.
 void appendJsonText(std::string& line, base::TextView text);

@@ -3,6 +3,7 @@
 #include "jet/sql/SelectExecutor.h"
 #include "tools/kontodb/CommandLine.h"
 #include "tools/kontodb/Commands.h"
+#include "tools/kontodb/PrintBuffer.h"
 #include "tools/kontodb/ProtectedFile.h"
 #include "tools/kontodb/ValueText.h"
 
@@ -11,31 +12,26 @@ namespace kontodb {
 namespace {
 
 constexpr base::TextView kJsonFlag = u"--json";
-/// So much is gathered before it is printed.
-constexpr std::size_t kBufferBytes = std::size_t{64} * 1024;
-
 class Printer {
 public:
-    Printer(const jet::sql::ResultSet& rows, Console& console) : rows_(rows), console_(console) {}
+    Printer(const jet::sql::ResultSet& rows, Console& console) : rows_(rows), lines_(console) {}
 
     void printPlain() {
         for (std::size_t column = 0; column < rows_.columnCount(); ++column) {
-            if (column > 0) buffer_ += '\t';
-            appendPlainText(buffer_, rows_.column(column).name);
+            if (column > 0) lines_.put('\t');
+            appendPlainText(value_, rows_.column(column).name);
+            putValue();
         }
-        endLine();
+        lines_.endLine();
         for (std::size_t row = 0; row < rows_.rowCount(); ++row) {
             const jet::sql::ResultRow fields = rows_.row(row);
             for (std::size_t column = 0; column < rows_.columnCount(); ++column) {
-                if (column > 0) buffer_ += '\t';
-                if (const auto units = fields.latinText(column))
-                    appendPlainLatin(buffer_, *units);
-                else
-                    appendPlain(buffer_, fields.value(column));
+                if (column > 0) lines_.put('\t');
+                putPlain(fields, column);
             }
-            endLine();
+            lines_.endLine();
         }
-        console_.print(buffer_);
+        lines_.flush();
     }
 
     void printJson() {
@@ -48,26 +44,34 @@ public:
         for (std::size_t row = 0; row < rows_.rowCount(); ++row) {
             const jet::sql::ResultRow fields = rows_.row(row);
             for (std::size_t column = 0; column < names.size(); ++column) {
-                buffer_ += names[column];
-                appendJson(buffer_, fields.value(column));
+                lines_.put(names[column]);
+                appendJson(value_, fields.value(column));
+                putValue();
             }
-            buffer_ += '}';
-            endLine();
+            lines_.put('}');
+            lines_.endLine();
         }
-        console_.print(buffer_);
+        lines_.flush();
     }
 
 private:
-    void endLine() {
-        buffer_ += '\n';
-        if (buffer_.size() < kBufferBytes) return;
-        console_.print(buffer_);
-        buffer_.clear();
+    void putPlain(const jet::sql::ResultRow& fields, std::size_t column) {
+        if (const auto units = fields.latinText(column)) {
+            lines_.endAt(writePlainLatin(lines_.room(kMostLatinBytes * units->size()), *units));
+        } else {
+            appendPlain(value_, fields.value(column));
+            putValue();
+        }
+    }
+
+    void putValue() {
+        lines_.put(value_);
+        value_.clear();
     }
 
     const jet::sql::ResultSet& rows_;
-    Console& console_;
-    std::string buffer_;
+    PrintBuffer lines_;
+    std::string value_;  ///< its room is used again
 };
 
 }  // namespace
