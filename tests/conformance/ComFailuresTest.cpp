@@ -1,0 +1,209 @@
+#include <functional>
+
+#include "ado/com/Factory.h"
+#include "tests/comdouble/AdoDouble.h"
+#include "tests/conformance/Conformance.h"
+
+/// What a provider can do wrong: each failure arrives as number and description, nothing is written twice, and (the
+/// fixture looks) nothing stays held and every text is freed.
+namespace conformance {
+namespace {
+
+using comdouble::Raised;
+using comdouble::Registration;
+
+struct Failure {
+    std::int32_t number = 0;
+    Text description;
+};
+
+Failure failureOf(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const base::RuntimeError& error) {
+        return {error.number(), error.description()};
+    }
+    return {};
+}
+
+constexpr std::int32_t kUnspecified = -2147467259;
+
+class ComFailures : public Conformance {
+protected:
+    /// Of a call that the provider answers so.
+    Failure failureWith(const Raised& raised) const {
+        Registration::faults().calls[u"Connection.Open"] = raised;
+        const auto connection = prepare();
+        return failureOf([&] { connection->Open(u"", u"", u"", ado::adOptionUnspecified); });
+    }
+};
+
+Raised record(SCODE scode, WORD code = 0, std::optional<Text> description = std::nullopt) {
+    Raised raised;
+    raised.scode = scode;
+    raised.code = code;
+    raised.description = std::move(description);
+    return raised;
+}
+
+TEST_F(ComFailures, EveryCombinationOfARecordsFieldsHasANumberAndADescription) {
+    constexpr SCODE kClosed = static_cast<SCODE>(0x800A0E78);
+    const struct {
+        Raised raised;
+        std::int32_t number;
+        base::TextView description;  ///< empty: the system's own, whatever it says
+    } cases[] = {
+        {record(kUnspecified, 0, u"Wegen"), kUnspecified, u"Wegen"},
+        {record(kClosed, 0, u"Zu"), 3704, u"Zu"},
+        {record(0, 1004, u"Nur wCode"), 1004, u"Nur wCode"},
+        {record(kClosed, 1004, u"Beide"), 3704, u"Beide"},
+        {record(0, 0, u"Keine Nummer"), DISP_E_EXCEPTION, u"Keine Nummer"},
+        {record(kUnspecified), kUnspecified, u""},
+        {record(kUnspecified, 0, u""), kUnspecified, u""},
+        {record(kClosed), 3704, u""},
+        {record(0, 0), DISP_E_EXCEPTION, u""},
+    };
+    for (const auto& [raised, number, description] : cases) {
+        for (const bool deferred : {false, true}) {
+            for (const bool further : {false, true}) {
+                Raised varied = raised;
+                varied.deferred = deferred;
+                if (further) varied.source = u"Quelle";
+                if (further) varied.helpFile = u"Hilfe.chm";
+                const Failure failure = failureWith(varied);
+                EXPECT_EQ(failure.number, number) << deferred << further;
+                if (description.empty())
+                    EXPECT_FALSE(failure.description.empty()) << number;
+                else
+                    EXPECT_EQ(failure.description, description) << deferred << further;
+            }
+        }
+    }
+}
+
+TEST_F(ComFailures, AResultWithoutARecordHasTheSystemsText) {
+    Raised raised;
+    raised.result = E_ACCESSDENIED;
+    const Failure denied = failureWith(raised);
+    EXPECT_EQ(denied.number, E_ACCESSDENIED);
+    EXPECT_GT(denied.description.size(), 5U);
+    EXPECT_NE(denied.description.back(), u'\n');
+    raised.result = static_cast<HRESULT>(0x800A0E7A);
+    const Failure unknown = failureWith(raised);
+    EXPECT_EQ(unknown.number, 3706);
+    EXPECT_EQ(unknown.description, u"Automatisierungsfehler");
+}
+
+TEST_F(ComFailures, ARefusedConnectionIsAnErrorAtEachOfItsSteps) {
+    Registration::faults().calls[u"Connection.Provider"] = record(static_cast<SCODE>(0x800A0E7A), 0, u"Kein Provider");
+    EXPECT_EQ(errorOf([&] { prepare(); }), 3706);
+    Registration::faults() = {};
+    Registration::faults().properties[u"Data Source"] = record(kUnspecified, 0, u"Nicht so");
+    EXPECT_EQ(failureOf([&] { prepare(); }).description, u"Nicht so");
+    Registration::faults() = {};
+    // A module that cannot be had.
+    constexpr CLSID kNobody{0x9d1c1f0a, 0x4f0e, 0x4b43, {0x9c, 0x55, 0x11, 0x57, 0x08, 0x5d, 0x2a, 0x01}};
+    ado::com::Factory missing({kNobody, kNobody});
+    EXPECT_EQ(errorOf([&] { missing.createConnection(); }), REGDB_E_CLASSNOTREG);
+    EXPECT_EQ(errorOf([&] { missing.createRecordset(); }), REGDB_E_CLASSNOTREG);
+}
+
+TEST_F(ComFailures, AConnectionThatDiesBetweenTwoStatementsWritesTheFirstAlone) {
+    const auto connection = connect();
+    Registration::faults().statementsUntilDeath = 1;
+    connection->Execute(u"DELETE FROM Benutzerkonto WHERE BenKTO_ID = 1");
+    const base::Bytes before = bytes();
+    EXPECT_NE(errorOf([&] { connection->Execute(u"DELETE FROM Benutzerkonto WHERE BenKTO_ID = 2"); }), 0);
+    EXPECT_NE(errorOf([&] { open(*connection, kAll); }), 0);
+    EXPECT_EQ(bytes(), before);
+    Registration::faults() = {};
+    EXPECT_EQ(names(*connect()), "2 Aal|3 Meier|");
+}
+
+TEST_F(ComFailures, ARowIsNotWrittenWhenTheConnectionDiesBeforeItsUpdate) {
+    const auto connection = connect();
+    const auto rows = openToChange(*connection, kAll);
+    set(*rows, u"BenKTO_Name", Text(u"nie"));
+    Registration::faults().statementsUntilDeath = 0;
+    EXPECT_NE(errorOf([&] { rows->Update(); }), 0);
+    EXPECT_NE(errorOf([&] { rows->Update(); }), 0);
+    Registration::faults() = {};
+    EXPECT_EQ(names(*connect()), "1 Müller|2 Aal|3 Meier|");
+}
+
+TEST_F(ComFailures, ARecordSetCanEndBeforeItsCount) {
+    Registration::faults().missingRows = 1;
+    const auto connection = connect();
+    const auto rows = open(*connection, kAll);
+    EXPECT_EQ(rows->RecordCount(), 3);
+    rows->MoveNext();
+    rows->MoveNext();
+    EXPECT_TRUE(rows->isEOF());
+    EXPECT_EQ(errorOf([&] { static_cast<void>(get(*rows, u"BenKTO_Name")); }), 3021);
+}
+
+TEST_F(ComFailures, AMissingFieldAndAValueOfNoKnownTypeAreErrors) {
+    const auto connection = connect();
+    Registration::faults().missingField = u"BenKTO_Pass";
+    EXPECT_EQ(errorOf([&] { static_cast<void>(get(*open(*connection, kAll), u"BenKTO_Pass")); }), 3265);
+    Registration::faults() = {};
+    const std::pair<std::function<void(VARIANT&)>, Value> delivered[] = {
+        {[](VARIANT& odd) { odd.vt = VT_EMPTY; }, base::Null{}},
+        {[](VARIANT& odd) {
+             odd.vt = VT_BSTR;
+             odd.bstrVal = nullptr;
+         },
+         Text()},
+        {[](VARIANT& odd) {
+             odd.vt = VT_I8;
+             odd.llVal = -2147483648LL;
+         },
+         std::numeric_limits<std::int32_t>::min()},
+        {[](VARIANT& odd) {
+             odd.vt = VT_I8;
+             odd.llVal = -4294967297LL;
+         },
+         base::Decimal{true, 0, {1, 1, 0, 0}}},
+        {[](VARIANT& odd) {
+             odd.vt = VT_UI4;
+             odd.ulVal = 0x80000000U;
+         },
+         base::Decimal{false, 0, {0x80000000U, 0, 0, 0}}},
+        {[](VARIANT& odd) {
+             odd.vt = VT_UI2;
+             odd.uiVal = 65535;
+         },
+         65535},
+        {[](VARIANT& odd) {
+             odd.vt = VT_I1;
+             odd.cVal = -1;
+         },
+         std::int16_t{-1}},
+    };
+    const auto deliver = [&](const std::function<void(VARIANT&)>& fill) {
+        Registration::faults().oddValues[u"BenKTO_Name"] = [fill] {
+            VARIANT odd{};
+            fill(odd);
+            return odd;
+        };
+        return get(*open(*connection, kAll), u"BenKTO_Name");
+    };
+    for (const auto& [fill, value] : delivered)
+        EXPECT_EQ(deliver(fill), value);
+    const std::function<void(VARIANT&)> refused[] = {
+        [](VARIANT& odd) {
+            odd.vt = VT_ERROR;
+            odd.scode = E_FAIL;
+        },
+        [](VARIANT& odd) { odd.vt = VT_UNKNOWN; },
+        [](VARIANT& odd) {
+            odd.vt = VT_ARRAY | VT_I4;
+            odd.parray = SafeArrayCreateVector(VT_I4, 0, 3);
+        },
+    };
+    for (const auto& fill : refused)
+        EXPECT_EQ(errorOf([&] { deliver(fill); }), 13);
+}
+
+}  // namespace
+}  // namespace conformance

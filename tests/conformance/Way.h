@@ -1,0 +1,21 @@
+#pragma once
+
+#include <memory>
+
+#include "ado/Ado.h"
+
+namespace conformance {
+
+/// One of the ways on which the tool reaches its database. Each test program is linked with one of them, and all with
+/// the same tests: what holds on one way holds on the other.
+class Way {
+public:
+    virtual ~Way() = default;
+    virtual ado::ConnectionFactory& connections() = 0;
+    /// Fails the test if something is still held once everything made through the factory is gone.
+    virtual void expectNothingLeft() = 0;
+};
+
+std::unique_ptr<Way> makeWay();
+
+}  // namespace conformance
