@@ -84,7 +84,7 @@ def main():
         if old.stat().st_mtime < time.time() - KEEP_DAYS * 86400:
             old.unlink()
     version = output("clang-tidy", "--version").stdout + output("g++", "--version").stdout
-    version += (ROOT / ".clang-tidy").read_text()
+    version += "".join((ROOT / folder / ".clang-tidy").read_text() for folder in ("", "tests"))
     todo = commands()
     chosen = {source: todo[source] for source in sorted(todo) if source.startswith(tuple(sys.argv[1:]) or "")}
     with concurrent.futures.ThreadPoolExecutor(max_workers=2) as pool:
