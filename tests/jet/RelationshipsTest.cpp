@@ -1,8 +1,9 @@
 #include <gtest/gtest.h>
 
-#include "jet/DefinitionCounters.h"
 #include "tests/jet/PagesInMemory.h"
 #include "tests/jet/WrittenFile.h"
+#include "tests/support/RelatedTables.h"
+#include "tests/support/SoundFile.h"
 
 namespace jet {
 namespace {
@@ -10,8 +11,8 @@ namespace {
 using base::Null;
 using base::Text;
 
-constexpr std::uint8_t kCascade = 1;
-constexpr std::uint8_t kSetNull = 2;
+using test::kCascade;
+using test::kSetNull;
 
 test::SampleTable tableOf(const Text& name, test::Rows rows) {
     TableDesign design;
@@ -21,38 +22,10 @@ test::SampleTable tableOf(const Text& name, test::Rows rows) {
     return {design, std::move(rows)};
 }
 
-void rewrite(PageStore& store, const TableDefinition& definition) {
-    const auto pages = definitionPages(definition.encode(), definition.chain);
-    for (std::size_t i = 0; i < pages.size(); ++i)
-        std::copy(pages[i].begin(), pages[i].end(), store.change(definition.chain[i]).begin());
-}
-
 /// `table`.Zu refers to `referenced`.Nr.
 void relate(WrittenFile& file, base::TextView table, base::TextView referenced, std::uint8_t updateRule = 0,
             std::uint8_t deleteRule = 0) {
-    const auto add = [&](base::TextView name, LogicalIndex::Side side, std::uint32_t dataBlock, std::uint32_t number,
-                         std::uint32_t partnerNumber, base::TextView partner) {
-        TableDefinition definition = openTable(file.store, name)->definition();
-        LogicalIndex index;
-        index.name = Text(side == LogicalIndex::Side::Referenced ? u".r" : u"Bez") + base::decimal(number);
-        index.kind = LogicalIndex::Kind::ForeignKey;
-        index.side = side;
-        index.dataBlock = dataBlock;
-        index.number = number;
-        index.partnerNumber = partnerNumber;
-        index.partnerTable = openTable(file.store, partner)->definition().page;
-        index.updateRule = updateRule;
-        index.deleteRule = deleteRule;
-        definition.logicalIndexes.insert(definition.logicalIndexes.begin(), index);
-        rewrite(file.store, definition);
-    };
-    const auto next = [&](base::TextView name) {
-        return static_cast<std::uint32_t>(openTable(file.store, name)->definition().logicalIndexes.size());
-    };
-    const std::uint32_t referencing = next(table);
-    const std::uint32_t other = next(referenced) + (table == referenced ? 1 : 0);
-    add(table, LogicalIndex::Side::Referencing, 1, referencing, other, referenced);
-    add(referenced, LogicalIndex::Side::Referenced, 0, other, referencing, table);
+    test::relate(file.store, table, u"Zu", referenced, u"Nr", updateRule, deleteRule);
 }
 
 /// Families: 1 has children 11 and 12, 11 has 111; 2 has none.
@@ -68,8 +41,7 @@ std::string outcome(WrittenFile& file, const std::function<void()>& step) {
     if (error != "no error") {
         EXPECT_EQ(file.store.changedPages(), 0U) << error;
     }
-    for (const base::TextView table : {u"A", u"B", u"C"})
-        EXPECT_EQ(faultsOf(file.store, table), "") << error;
+    EXPECT_EQ(test::faultsIn(file.store), "") << error;
     return error;
 }
 

@@ -3,10 +3,13 @@
 
 #include "jet/Catalog.h"
 #include "jet/DefinitionCounters.h"
+#include "jet/IndexCursor.h"
 #include "jet/RowDraft.h"
 #include "jet/RowStore.h"
+#include "jet/UsageMap.h"
 #include "tests/jet/PagesInMemory.h"
 #include "tests/jet/WrittenFile.h"
+#include "tests/support/SoundFile.h"
 
 namespace jet {
 namespace {
@@ -106,7 +109,7 @@ TEST(TableWriter, ManyRandomChangesEndWhereAMapEnds) {
                 apply(chosen->second, values);
             }
             if (step % 40 == 0) {
-                ASSERT_EQ(faultsOf(file.store, kTable), "") << "seed " << seed << ", step " << step;
+                ASSERT_EQ(test::faultsIn(file.store), "") << "seed " << seed << ", step " << step;
             }
         }
         EXPECT_EQ(file.rows(kTable), expected) << seed;
@@ -114,7 +117,7 @@ TEST(TableWriter, ManyRandomChangesEndWhereAMapEnds) {
             file.writer(kTable).remove(file.find(kTable, expected.begin()->first));
             expected.erase(expected.begin());
         }
-        EXPECT_EQ(faultsOf(file.store, kTable), "");
+        EXPECT_EQ(test::faultsIn(file.store), "");
         const Table table = *openTable(file.store, kTable);
         EXPECT_TRUE(table.ownedPages().empty()) << "all pages of rows are free again";
         for (const LongValueMaps& maps : table.definition().longValueMaps)
@@ -283,7 +286,7 @@ TEST(TableWriter, AShortUpdateChangesFewPages) {
     EXPECT_LE(changed([&](TableWriter writer) { writer.update(row, {{{kName, Text(u"Anders")}}}); }), 8U);
     EXPECT_LE(changed([&](TableWriter writer) { writer.insert({{{kName, Text(u"Neu")}}}); }), 6U);
     EXPECT_LE(changed([&](TableWriter writer) { writer.remove(row); }), 8U);
-    EXPECT_EQ(faultsOf(file.store, kTable), "");
+    EXPECT_EQ(test::faultsIn(file.store), "");
 }
 
 }  // namespace

@@ -1,19 +1,11 @@
 #pragma once
 
-#include <algorithm>
-#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
-#include <string>
-#include <utility>
 #include <vector>
 
-#include "jet/IndexCursor.h"
-#include "jet/IndexKey.h"
-#include "jet/LongValue.h"
 #include "jet/TableWriter.h"
-#include "jet/UsageMap.h"
 #include "tests/support/MemoryPageStore.h"
 #include "tests/support/SampleFile.h"
 
@@ -83,46 +75,5 @@ public:
     test::MemoryPageStore store;
     FewExpressions expressions;
 };
-
-/// What is wrong with the table's books: pages of its maps that are free or owned twice, entries that are missing or
-/// too many, a wrong count of rows. Empty if nothing is.
-inline std::string faultsOf(PageSource& source, base::TextView name) {
-    const Table table = *openTable(source, name);
-    const TableDefinition& definition = table.definition();
-    std::string faults;
-    std::map<PageNumber, int> owners;
-    const auto own = [&](RowPointer row) {
-        const UsageMap map = UsageMap::read(source, row);
-        for (auto page = map.next(0); page; page = map.next(*page + 1))
-            ++owners[*page];
-    };
-    own(definition.ownedPages);
-    for (const LongValueMaps& maps : definition.longValueMaps)
-        own(maps.owned);
-    for (const IndexDefinition& index : definition.indexes)
-        own(index.usageMap);
-    const UsageMap free = UsageMap::read(source, {1, 0});
-    for (const auto& [page, count] : owners) {
-        if (count != 1 || free.contains(page))
-            faults += "page " + std::to_string(page) + " is owned and free, or twice; ";
-    }
-    std::size_t rows = 0;
-    for (RowCursor cursor(table); cursor.next();)
-        ++rows;
-    if (rows != definition.rowCount) faults += "the count of rows is wrong; ";
-    for (const IndexDefinition& index : definition.indexes) {
-        std::size_t expected = 0;
-        for (RowCursor cursor(table); cursor.next();) {
-            base::Bytes key;
-            if (keyOfRow(source, index, cursor.row().view, key)) ++expected;
-        }
-        std::size_t entries = 0;
-        IndexCursor cursor(source, definition, index);
-        for (bool there = cursor.first(); there; there = cursor.next(), ++entries)
-            rowAtEntry(table, index, cursor);
-        if (entries != expected) faults += "an index has " + std::to_string(entries) + " entries; ";
-    }
-    return faults;
-}
 
 }  // namespace jet

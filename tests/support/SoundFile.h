@@ -12,14 +12,18 @@
 namespace test {
 
 /// What the checker finds in a file, a line each; empty if the file is sound.
-inline std::string faultsIn(const base::Bytes& file, base::TextView password = {}) {
-    jet::Database database = jet::Database::open(std::make_unique<jet::MemoryIo>(file), u"Probe.mdb", password);
-    auto operation = database.beginRead();
-    const jet::CheckResult result = jet::checkDatabase(operation, file.size());
+inline std::string faultsIn(jet::PageSource& source) {
+    const jet::CheckResult result = jet::checkDatabase(source, std::uint64_t{source.pageCount()} * jet::kPageSize);
     std::string faults;
     for (const jet::Finding& finding : result.findings.kept())
         if (finding.kind == jet::Finding::Kind::Fault) faults += base::toUtf8(finding.line()) + "\n";
     return faults;
+}
+
+inline std::string faultsIn(const base::Bytes& file, base::TextView password = {}) {
+    jet::Database database = jet::Database::open(std::make_unique<jet::MemoryIo>(file), u"Probe.mdb", password);
+    auto operation = database.beginRead();
+    return faultsIn(operation);
 }
 
 }  // namespace test

@@ -1,0 +1,93 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include "base/Value.h"
+#include "jet/Catalog.h"
+#include "jet/PageAllocator.h"
+#include "jet/PageStore.h"
+#include "jet/SortKey.h"
+#include "jet/SystemTables.h"
+#include "jet/Table.h"
+#include "jet/WritableTable.h"
+
+namespace test {
+
+inline constexpr std::uint8_t kCascade = 1;
+inline constexpr std::uint8_t kSetNull = 2;
+
+/// Adds a row to a system table, which the engine itself never does: for that moment the table passes for a user's.
+inline void addSystemRow(jet::PageStore& store, base::TextView name, const std::vector<base::Value>& values) {
+    constexpr std::size_t kKindOffset = 40;
+    jet::CatalogEntry entry = *jet::Catalog(store).table(name);
+    entry.flags = 0;
+    store.change(entry.id)[kKindOffset] = 'N';
+    jet::PageAllocator allocator(store);
+    jet::WritableTable table(store, allocator, entry);
+    jet::RowDraft row = table.makeRow();
+    for (std::size_t number = 0; number < values.size(); ++number)
+        row.put(*table.definition().columnNumbered(static_cast<std::uint16_t>(number)), values[number]);
+    table.add(row, table.makeEntries(row));
+    store.change(entry.id)[kKindOffset] = 'S';
+}
+
+/// Makes `table`.`column` refer to `referenced`.`key`: both columns have an index of their own. Both definitions, the
+/// relationship's row and its object in the catalog say so.
+/// @param updateRule  0 or kCascade
+/// @param deleteRule  0, kCascade or kSetNull
+inline void relate(jet::PageStore& store, base::TextView table, base::TextView column, base::TextView referenced,
+                   base::TextView key, std::uint8_t updateRule = 0, std::uint8_t deleteRule = 0) {
+    using jet::LogicalIndex;
+    const base::Text name = base::Text(table) + base::Text(referenced);
+    const auto definitionOf = [&](base::TextView of) { return jet::openTable(store, of)->definition(); };
+    const auto next = [&](base::TextView of) {
+        return static_cast<std::uint32_t>(definitionOf(of).logicalIndexes.size());
+    };
+    const auto add = [&](base::TextView to, base::TextView indexed, LogicalIndex index) {
+        jet::TableDefinition definition = definitionOf(to);
+        const auto number = definition.column(indexed)->number;
+        const auto block = std::ranges::find_if(definition.indexes, [&](const jet::IndexDefinition& each) {
+            return each.columns.size() == 1 && each.columns[0].columnNumber == number;
+        });
+        index.kind = LogicalIndex::Kind::ForeignKey;
+        index.dataBlock = static_cast<std::uint32_t>(block - definition.indexes.begin());
+        index.updateRule = updateRule;
+        index.deleteRule = deleteRule;
+        definition.logicalIndexes.push_back(index);
+        std::ranges::sort(definition.logicalIndexes, {},
+                          [](const LogicalIndex& each) { return jet::sortKey(each.name); });
+        const auto pages = jet::definitionPages(definition.encode(), definition.chain);
+        for (std::size_t i = 0; i < pages.size(); ++i)
+            std::ranges::copy(pages[i], store.change(definition.chain[i]).begin());
+    };
+    LogicalIndex referencing, other;
+    referencing.name = name;
+    referencing.side = LogicalIndex::Side::Referencing;
+    referencing.number = other.partnerNumber = next(table);
+    referencing.partnerTable = definitionOf(referenced).page;
+    other.name = u".r" + name;
+    other.side = LogicalIndex::Side::Referenced;
+    other.number = referencing.partnerNumber = next(referenced) + (table == referenced ? 1 : 0);
+    other.partnerTable = definitionOf(table).page;
+    add(table, column, referencing);
+    add(referenced, key, other);
+
+    constexpr std::int16_t kRelationshipType = 8;
+    constexpr std::uint32_t kFirstObject = 0x80000001;
+    const auto relationships = jet::readRelationships(store, jet::Catalog(store)).size();
+    const std::uint32_t flags = (updateRule == kCascade ? jet::Relationship::kCascadeUpdates : 0) |
+                                (deleteRule == kCascade ? jet::Relationship::kCascadeDeletes : 0) |
+                                (deleteRule == kSetNull ? jet::Relationship::kSetNullOnDelete : 0);
+    addSystemRow(store, u"MSysRelationships",
+                 {name, static_cast<std::int32_t>(flags), std::int32_t{1}, std::int32_t{0}, base::Text(table),
+                  base::Text(column), base::Text(referenced), base::Text(key)});
+    addSystemRow(store, u"MSysObjects",
+                 jet::objectRow(static_cast<std::uint32_t>(kFirstObject + relationships),
+                                jet::CatalogEntry::kRelationshipsContainer, name, kRelationshipType, 0,
+                                jet::BuiltInAccount::Admin, jet::knownCreationStamp()));
+}
+
+}  // namespace test
