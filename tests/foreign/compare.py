@@ -126,7 +126,8 @@ def corpus(folder):
         print(f"PASS {path.name}: refused" if refused else f"FAIL {path.name}: {done.returncode} {done.stderr}")
 
 
-with tempfile.TemporaryDirectory() as work:
-    fresh(pathlib.Path(work))
-if os.environ.get("TOLV_CORPUS"):
-    corpus(pathlib.Path(os.environ["TOLV_CORPUS"]))
+if __name__ == "__main__":
+    with tempfile.TemporaryDirectory() as work:
+        fresh(pathlib.Path(work))
+    if os.environ.get("TOLV_CORPUS"):
+        corpus(pathlib.Path(os.environ["TOLV_CORPUS"]))
