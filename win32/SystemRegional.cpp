@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <type_traits>
 
+#include "ado/com/Variant.h"
 #include "base/RuntimeError.h"
 #include "win32/Handles.h"
 #include "win32/SystemHeaders.h"
@@ -38,33 +39,6 @@ base::Text converted(Function function, Source source) {
     return fromWide({made, SysStringLen(made)});
 }
 
-DECIMAL automationDecimal(const base::Decimal& value) {
-    if (value.magnitude[3] != 0) throw base::runtimeError(RuntimeErrorNumber::Overflow);
-    DECIMAL decimal{};
-    decimal.scale = value.scale;
-    decimal.sign = value.negative ? DECIMAL_NEG : 0;
-    decimal.Lo32 = value.magnitude[0];
-    decimal.Mid32 = value.magnitude[1];
-    decimal.Hi32 = value.magnitude[2];
-    return decimal;
-}
-
-/// In braces, as the database names it: the first three groups are little-endian numbers.
-base::Text bracedGuid(const base::Guid& guid) {
-    constexpr int order[] = {3, 2, 1, 0, -1, 5, 4, -1, 7, 6, -1, 8, 9, -1, 10, 11, 12, 13, 14, 15};
-    base::Text text = u"{";
-    for (const int index : order) {
-        if (index < 0) {
-            text += u'-';
-            continue;
-        }
-        const std::uint8_t byte = guid.bytes[static_cast<std::size_t>(index)];
-        text += u"0123456789ABCDEF"[byte >> 4U];
-        text += u"0123456789ABCDEF"[byte & 15U];
-    }
-    return text + u'}';
-}
-
 base::Text textOfValue(const base::Value& value) {
     return std::visit(
         [](const auto& v) -> base::Text {
@@ -88,9 +62,9 @@ base::Text textOfValue(const base::Value& value) {
             } else if constexpr (std::is_same_v<Type, base::Text>) {
                 return v;
             } else if constexpr (std::is_same_v<Type, base::Guid>) {
-                return bracedGuid(v);
+                return ado::com::bracedText(v);
             } else if constexpr (std::is_same_v<Type, base::Decimal>) {
-                DECIMAL decimal = automationDecimal(v);
+                DECIMAL decimal = ado::com::decimalOf(v);
                 return converted(VarBstrFromDec, &decimal);
             } else {
                 throw base::runtimeError(RuntimeErrorNumber::TypeMismatch);

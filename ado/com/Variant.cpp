@@ -43,27 +43,6 @@ base::Bytes bytesOf(const SAFEARRAY* array) {
     return {begin, begin + array->rgsabound[0].cElements};
 }
 
-/// As ADO writes it: {00000514-0000-0010-8000-00AA006D2EA4}.
-BSTR newString(const base::Guid& guid) {
-    GUID id{};
-    static_assert(sizeof id == sizeof guid.bytes);
-    std::memcpy(&id, guid.bytes.data(), sizeof id);
-    wchar_t units[39];
-    const int size = StringFromGUID2(id, units, int{std::size(units)});
-    return newString(base::Text(units, units + size - 1));
-}
-
-DECIMAL decimalOf(const base::Decimal& value) {
-    DECIMAL decimal{};
-    if (value.magnitude[3] != 0) throw base::runtimeError(base::RuntimeErrorNumber::Overflow);
-    decimal.scale = value.scale;
-    decimal.sign = value.negative ? DECIMAL_NEG : 0;
-    decimal.Lo32 = value.magnitude[0];
-    decimal.Mid32 = value.magnitude[1];
-    decimal.Hi32 = value.magnitude[2];
-    return decimal;
-}
-
 base::Value valueOf(const DECIMAL& decimal) {
     return base::Decimal{decimal.sign != 0, decimal.scale, {decimal.Lo32, decimal.Mid32, decimal.Hi32, 0}};
 }
@@ -129,7 +108,7 @@ struct Filler {
         variant.vt = VT_ARRAY | VT_UI1;
     }
     void operator()(const base::Guid& value) const {
-        variant.bstrVal = newString(value);
+        variant.bstrVal = newString(bracedText(value));
         variant.vt = VT_BSTR;
     }
     void operator()(const base::Decimal& value) const {
@@ -243,6 +222,26 @@ Variant Variant::convertedTo(VARTYPE type) const {
     VARIANT borrowed = variant_;
     requireSuccess(VariantChangeType(converted.out(), &borrowed, 0, type));
     return converted;
+}
+
+DECIMAL decimalOf(const base::Decimal& value) {
+    DECIMAL decimal{};
+    if (value.magnitude[3] != 0) throw base::runtimeError(base::RuntimeErrorNumber::Overflow);
+    decimal.scale = value.scale;
+    decimal.sign = value.negative ? DECIMAL_NEG : 0;
+    decimal.Lo32 = value.magnitude[0];
+    decimal.Mid32 = value.magnitude[1];
+    decimal.Hi32 = value.magnitude[2];
+    return decimal;
+}
+
+base::Text bracedText(const base::Guid& guid) {
+    GUID id{};
+    static_assert(sizeof id == sizeof guid.bytes);
+    std::memcpy(&id, guid.bytes.data(), sizeof id);
+    wchar_t units[39];
+    const int size = StringFromGUID2(id, units, int{std::size(units)});
+    return {units, units + size - 1};
 }
 
 }  // namespace ado::com

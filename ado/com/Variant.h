@@ -50,4 +50,10 @@ private:
     VARIANT variant_{};
 };
 
+/// The system's form of the number. @throws 6 if its digits need more than 96 bits
+DECIMAL decimalOf(const base::Decimal& value);
+
+/// As ADO writes it: {00000514-0000-0010-8000-00AA006D2EA4}.
+base::Text bracedText(const base::Guid& guid);
+
 }  // namespace ado::com
