@@ -33,6 +33,12 @@ bool Arguments::isMissing(UINT argument) const {
 }
 
 VARIANT Arguments::at(UINT argument) const {
+    if (argument >= count()) {
+        VARIANT missing{};
+        V_VT(&missing) = VT_ERROR;
+        V_ERROR(&missing) = DISP_E_PARAMNOTFOUND;
+        return missing;
+    }
     const VARIANT& given = asGiven(argument);
     if (V_VT(&given) == (VT_BYREF | VT_VARIANT)) return *V_VARIANTREF(&given);
     if ((V_VT(&given) & VT_BYREF) == 0) return given;

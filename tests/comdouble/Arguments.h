@@ -16,8 +16,9 @@ public:
     /// Not given, or left out by name of the missing-argument error.
     bool isMissing(UINT argument) const;
 
-    /// What was given, with references followed. Not to be cleared.
+    /// What was given, with references followed; the missing-argument error where nothing was. Not to be cleared.
     VARIANT at(UINT argument) const;
+    /// @param argument  less than count()
     const VARIANT& asGiven(UINT argument) const { return parameters_.rgvarg[parameters_.cArgs - 1 - argument]; }
 
     /// @throws Refusal DISP_E_TYPEMISMATCH if it is missing or cannot be converted

@@ -142,7 +142,7 @@ void Cursor::update() {
         keys_.push_back(place);
         current_ = count() - 1;
     }
-    dropPending();
+    cancelUpdate();
     image_.emplace(std::move(stored));
 }
 
@@ -171,12 +171,6 @@ void Cursor::requireSame(const jet::Table& table, const jet::Row& now) const {
 }
 
 void Cursor::cancelUpdate() {
-    const bool wasNew = isNewPending();
-    dropPending();
-    if (wasNew) fetch();
-}
-
-void Cursor::dropPending() {
     started_.reset();
     assignments_.clear();
 }

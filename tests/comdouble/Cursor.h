@@ -64,7 +64,6 @@ private:
     void requireUnchanged();
     void requireSame(const jet::Table& table, const jet::Row& now) const;
     jet::RowPointer store(jet::TableWriter& writer) const;
-    void dropPending();
 
     std::shared_ptr<Session> session_;
     base::Text table_;

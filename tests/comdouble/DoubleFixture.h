@@ -16,7 +16,7 @@ inline constexpr base::TextView kAll = u"SELECT * FROM Konto";
 /// record or have made a call that no caller may make.
 class DoubleFixture : public testing::Test {
 protected:
-    using Object = comdouble::Ref<IDispatch>;
+    using Object = test::Object;
 
     void SetUp() override {
         ASSERT_EQ(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), S_OK);
@@ -51,41 +51,40 @@ protected:
         void* object = nullptr;
         const HRESULT result = CoCreateInstance(id, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, &object);
         EXPECT_EQ(result, S_OK);
-        return adopt(static_cast<IDispatch*>(object));
+        return object == nullptr ? Object() : adopt(static_cast<IDispatch*>(object));
     }
 
     /// Names the provider, the file and the password.
-    void prepare(IDispatch& connection, base::TextView password = u"geheim") const {
+    void prepare(const Object& connection, base::TextView password = u"geheim") const {
         invoke(connection, u"Provider", DISPATCH_PROPERTYPUT, {of(u"Microsoft.Jet.OLEDB.4.0")});
         const Object properties = get(connection, u"Properties").object();
         const base::Text path = path_.u16string();
         for (const auto& [name, value] : {std::pair<base::TextView, base::TextView>{u"Data Source", path},
                                           {u"Jet OLEDB:Database Password", password}})
-            EXPECT_EQ(
-                invoke(*get(*properties, u"Item", {of(name)}).object(), u"Value", DISPATCH_PROPERTYPUT, {of(value)})
-                    .result,
-                S_OK);
+            EXPECT_EQ(invoke(get(properties, u"Item", {of(name)}).object(), u"Value", DISPATCH_PROPERTYPUT, {of(value)})
+                          .result,
+                      S_OK);
     }
 
     Object openConnection() const {
         Object connection = create(comdouble::Registration::connectionClass());
-        prepare(*connection);
-        EXPECT_EQ(invoke(*connection, u"Open", DISPATCH_METHOD, {}).number(), 0);
+        prepare(connection);
+        EXPECT_EQ(invoke(connection, u"Open", DISPATCH_METHOD, {}).number(), 0);
         return connection;
     }
 
-    static Object openRecordset(IDispatch& connection, base::TextView source, std::int32_t cursorType,
+    static Object openRecordset(const Object& connection, base::TextView source, std::int32_t cursorType,
                                 std::int32_t lockType) {
         Object recordset = create(comdouble::Registration::recordsetClass());
-        EXPECT_EQ(invoke(*recordset, u"Open", DISPATCH_METHOD,
+        EXPECT_EQ(invoke(recordset, u"Open", DISPATCH_METHOD,
                          {of(source), of(connection), of(cursorType), of(lockType), of(-1)})
                       .number(),
                   0);
         return recordset;
     }
 
-    static Object field(IDispatch& recordset, base::TextView name) {
-        return get(*get(recordset, u"Fields").object(), u"Item", {of(name)}).object();
+    static Object field(const Object& recordset, base::TextView name) {
+        return get(get(recordset, u"Fields").object(), u"Item", {of(name)}).object();
     }
 
 private:

@@ -1,6 +1,5 @@
 #include "tests/comdouble/PropertyObjects.h"
 
-#include <memory>
 #include <utility>
 
 #include "tests/comdouble/Refusal.h"
@@ -9,51 +8,34 @@
 
 namespace comdouble {
 
-namespace {
-
-enum Id : DISPID { kDefaultId = DISPID_VALUE, kCountId = 201, kNameId };
-
-constexpr Member kCollectionMembers[] = {
-    {kDefaultId, u"Item", DISPATCH_PROPERTYGET, 1, 1},
-    {kCountId, u"Count", DISPATCH_PROPERTYGET, 0, 0},
-};
-
-constexpr Member kMembers[] = {
-    {kDefaultId, u"Value", DISPATCH_PROPERTYGET | DISPATCH_PROPERTYPUT, 0, 0},
-    {kNameId, u"Name", DISPATCH_PROPERTYGET, 0, 0},
-};
-
-}  // namespace
-
 PropertiesObject::PropertiesObject(Ref<ConnectionObject> connection)
-    : AutomationObject(u"Properties", kCollectionMembers), connection_(std::move(connection)) {}
+    : NamedValuesObject(u"Properties"), connection_(std::move(connection)) {}
 
-VARIANT PropertiesObject::call(DISPID id, const Arguments& arguments) {
-    if (id == kCountId) return numberVariant(static_cast<std::int32_t>(count()));
-    return objectVariant(std::make_unique<PropertyObject>(connection_, placeOf(arguments)).release());
+std::vector<base::Text> PropertiesObject::names() const {
+    std::vector<base::Text> all;
+    for (std::size_t place = 0; connection_->hasProvider() && place < ConnectionObject::kPropertyCount; ++place)
+        all.emplace_back(ConnectionObject::propertyName(place));
+    return all;
 }
 
-std::size_t PropertiesObject::placeOf(const Arguments& arguments) const {
-    const VARIANT wanted = arguments.at(0);
-    for (std::size_t place = 0; place < count(); ++place)
-        if (V_VT(&wanted) == VT_BSTR
-                ? base::equalsIgnoringAsciiCase(ConnectionObject::propertyName(place), fromBstr(V_BSTR(&wanted)))
-                : arguments.number(0) == static_cast<std::int32_t>(place))
-            return place;
-    throw adoError(AdoNumber::ItemNotFound);
+std::unique_ptr<AutomationObject> PropertiesObject::item(std::size_t index) const {
+    return std::make_unique<PropertyObject>(connection_, index);
 }
 
 PropertyObject::PropertyObject(Ref<ConnectionObject> connection, std::size_t place)
-    : AutomationObject(u"Property", kMembers), connection_(std::move(connection)), place_(place) {}
+    : NamedValueObject(u"Property"), connection_(std::move(connection)), place_(place) {}
 
-VARIANT PropertyObject::call(DISPID id, const Arguments& /*arguments*/) {
-    if (id == kNameId) return textVariant(ConnectionObject::propertyName(place_));
+base::Text PropertyObject::name() const {
+    return base::Text(ConnectionObject::propertyName(place_));
+}
+
+VARIANT PropertyObject::value() const {
     return textVariant(connection_->property(place_));
 }
 
 void PropertyObject::put(DISPID /*id*/, const VARIANT& value) {
     const auto& refused = state().faults.properties;
-    const auto ordered = refused.find(base::Text(ConnectionObject::propertyName(place_)));
+    const auto ordered = refused.find(name());
     if (ordered != refused.end()) throw Ordered(ordered->second);
     if (V_VT(&value) != VT_BSTR) throw adoError(AdoNumber::DataConversion);
     connection_->setProperty(place_, fromBstr(V_BSTR(&value)));

@@ -1,35 +1,32 @@
 #pragma once
 
-#include <cstddef>
-
-#include "tests/comdouble/AutomationObject.h"
 #include "tests/comdouble/ConnectionObject.h"
+#include "tests/comdouble/NamedValues.h"
 #include "tests/comdouble/Ref.h"
 
 namespace comdouble {
 
 /// The provider's properties of a connection; none before the provider is named. Keeps the connection alive.
-class PropertiesObject final : public AutomationObject {
+class PropertiesObject final : public NamedValuesObject {
 public:
     explicit PropertiesObject(Ref<ConnectionObject> connection);
 
 protected:
-    VARIANT call(DISPID id, const Arguments& arguments) override;
+    std::vector<base::Text> names() const override;
+    std::unique_ptr<AutomationObject> item(std::size_t index) const override;
 
 private:
-    std::size_t count() const { return connection_->hasProvider() ? ConnectionObject::kPropertyCount : 0; }
-    std::size_t placeOf(const Arguments& arguments) const;
-
     Ref<ConnectionObject> connection_;
 };
 
 /// One of them, a text.
-class PropertyObject final : public AutomationObject {
+class PropertyObject final : public NamedValueObject {
 public:
     PropertyObject(Ref<ConnectionObject> connection, std::size_t place);
 
 protected:
-    VARIANT call(DISPID id, const Arguments& arguments) override;
+    base::Text name() const override;
+    VARIANT value() const override;
     void put(DISPID id, const VARIANT& value) override;
 
 private:

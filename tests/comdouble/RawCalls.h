@@ -13,6 +13,8 @@
 /// Calls of automation objects without anything in between, for tests of what an object answers.
 namespace test {
 
+using Object = comdouble::Ref<IDispatch>;
+
 /// What a call gave back; frees it.
 class Answer {
 public:
@@ -36,10 +38,8 @@ public:
         return (code & 0xFFFF0000U) == 0x800A0000U ? static_cast<std::int32_t>(code & 0xFFFFU) : record.scode;
     }
     base::Text description() const { return comdouble::fromBstr(record.bstrDescription); }
-    comdouble::Ref<IDispatch> object() const {
-        return V_VT(&value) == VT_DISPATCH && V_DISPATCH(&value) != nullptr
-                   ? comdouble::Ref<IDispatch>(*V_DISPATCH(&value))
-                   : comdouble::Ref<IDispatch>();
+    Object object() const {
+        return V_VT(&value) == VT_DISPATCH && V_DISPATCH(&value) != nullptr ? Object(*V_DISPATCH(&value)) : Object();
     }
     std::int32_t integer() const { return V_VT(&value) == VT_I4 ? V_I4(&value) : -1000; }
     base::Text text() const { return V_VT(&value) == VT_BSTR ? comdouble::fromBstr(V_BSTR(&value)) : u"(no text)"; }
@@ -87,25 +87,28 @@ inline VARIANT of(std::int32_t number) {
     return comdouble::numberVariant(number);
 }
 
-inline VARIANT of(IDispatch& object) {
-    object.AddRef();
-    return comdouble::objectVariant(&object);
+inline VARIANT of(const Object& object) {
+    if (object) object->AddRef();
+    return comdouble::objectVariant(object.get());
 }
 
-inline HRESULT idOf(IDispatch& object, base::TextView name, DISPID& id, REFIID mustBeNull = IID_NULL) {
+/// Of no object: E_POINTER.
+inline HRESULT idOf(const Object& object, base::TextView name, DISPID& id, REFIID mustBeNull = IID_NULL) {
+    if (!object) return E_POINTER;
     std::wstring units(name.begin(), name.end());
     LPOLESTR names = units.data();
-    return object.GetIDsOfNames(mustBeNull, &names, 1, LOCALE_USER_DEFAULT, &id);
+    return object->GetIDsOfNames(mustBeNull, &names, 1, LOCALE_USER_DEFAULT, &id);
 }
 
-inline void invokeId(Answer& answer, IDispatch& object, DISPID id, WORD kinds, Given& given, DISPID* named = nullptr) {
+inline void invokeId(Answer& answer, const Object& object, DISPID id, WORD kinds, Given& given,
+                     DISPID* named = nullptr) {
     DISPPARAMS parameters{given.data(), named, given.count(), named == nullptr ? 0U : 1U};
-    answer.result = object.Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, kinds, &parameters, &answer.value, &answer.record,
-                                  &answer.badArgument);
+    answer.result = object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, kinds, &parameters, &answer.value, &answer.record,
+                                   &answer.badArgument);
 }
 
-/// Fails with DISP_E_UNKNOWNNAME where the object has no such member.
-inline Answer invoke(IDispatch& object, base::TextView name, WORD kinds, Given&& given) {
+/// Fails with DISP_E_UNKNOWNNAME where the object has no such member, and where there is no object.
+inline Answer invoke(const Object& object, base::TextView name, WORD kinds, Given&& given) {
     Answer answer;
     DISPID id = 0;
     DISPID named = DISPID_PROPERTYPUT;
@@ -115,7 +118,7 @@ inline Answer invoke(IDispatch& object, base::TextView name, WORD kinds, Given&&
     return answer;
 }
 
-inline Answer get(IDispatch& object, base::TextView name, Given&& given = {}) {
+inline Answer get(const Object& object, base::TextView name, Given&& given = {}) {
     return invoke(object, name, DISPATCH_PROPERTYGET, std::move(given));
 }
 

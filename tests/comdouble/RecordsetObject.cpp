@@ -89,7 +89,7 @@ std::int32_t editModeOf(const Cursor& cursor) {
 }
 
 base::Text statementIn(const Arguments& arguments) {
-    const VARIANT source = arguments.isMissing(0) ? VARIANT{} : arguments.at(0);
+    const VARIANT source = arguments.at(0);
     if (V_VT(&source) != VT_BSTR) throw adoError(AdoNumber::InvalidArgument);
     return fromBstr(V_BSTR(&source));
 }
