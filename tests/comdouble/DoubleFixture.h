@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <optional>
 
+#include "tests/comdouble/MemoryWatch.h"
 #include "tests/comdouble/RawCalls.h"
 #include "tests/support/SampleFile.h"
 
@@ -21,6 +22,7 @@ protected:
     void SetUp() override {
         ASSERT_EQ(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), S_OK);
         registration_.emplace();
+        memory_.emplace();
         const base::Bytes bytes = sampleFile({accounts()}, u"geheim");
         std::ofstream(path_, std::ios::binary)
             .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
@@ -30,6 +32,9 @@ protected:
         EXPECT_EQ(comdouble::liveObjects(), 0);
         EXPECT_EQ(comdouble::recordsNotFilledIn(), 0);
         EXPECT_EQ(comdouble::breaches() - breachesTaken_, 0);
+        EXPECT_EQ(memory_->notFreed(), 0U);
+        EXPECT_EQ(memory_->freedAgain(), 0U);
+        memory_.reset();
         leaveCom();
         std::filesystem::remove(path_);
     }
@@ -113,6 +118,7 @@ private:
     const std::filesystem::path path_ =
         std::filesystem::temp_directory_path() / ("double-" + std::to_string(GetCurrentProcessId()) + ".mdb");
     std::optional<comdouble::Registration> registration_;
+    std::optional<comdouble::MemoryWatch> memory_;
     std::int32_t breachesTaken_ = 0;
 };
 

@@ -3,6 +3,7 @@
 
 #include "ado/com/Factory.h"
 #include "tests/comdouble/AdoDouble.h"
+#include "tests/comdouble/MemoryWatch.h"
 #include "tests/conformance/Way.h"
 
 namespace conformance {
@@ -14,10 +15,12 @@ public:
     ComWay() {
         EXPECT_EQ(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), S_OK);
         registration_.emplace();
+        memory_.emplace();
     }
     ComWay(const ComWay&) = delete;
     ComWay& operator=(const ComWay&) = delete;
     ~ComWay() override {
+        memory_.reset();
         registration_.reset();
         CoUninitialize();
     }
@@ -27,10 +30,13 @@ public:
         EXPECT_EQ(comdouble::liveObjects(), 0);
         EXPECT_EQ(comdouble::recordsNotFilledIn(), 0);
         EXPECT_EQ(comdouble::breaches(), 0);
+        EXPECT_EQ(memory_->notFreed(), 0U);
+        EXPECT_EQ(memory_->freedAgain(), 0U);
     }
 
 private:
     std::optional<comdouble::Registration> registration_;
+    std::optional<comdouble::MemoryWatch> memory_;
     ado::com::Factory factory_{{comdouble::Registration::connectionClass(), comdouble::Registration::recordsetClass()}};
 };
 
