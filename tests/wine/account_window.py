@@ -1,14 +1,41 @@
 """What a user does at the account window, and what he sees of it."""
+import re
+
 from driver import BOX_CLASS, TITLE, Failure, check, equal, until
 
 RED = [255, 0, 0]
 
 
+def names(accounts):
+    return [row[0] for row in accounts.list(0, 100)["rows"]]
+
+
+def ordinary(accounts):
+    """Names, in the list's order, of accounts that can be saved as they are, under a name whose letters may change
+    their case: files of other writers have others too. The name is not the first one's, which is shown at the start."""
+    found = [name for name, path in accounts.list(0, 100)["rows"][1:]
+             if path.strip() and re.fullmatch(r"[A-Za-zÄÖÜäöü ,.&()0-9-]+", name)]
+    check(len(found) >= 4, f"only {found} are accounts like others")
+    return found
+
+
+def sort_text(text):
+    """By which texts are ordered that hold no other letters than German ones; none for others."""
+    text = text.casefold().translate(str.maketrans("äöü", "aou"))
+    return text if re.fullmatch(r"[a-z0-9 ,.&()$:\\-]*", text) else None
+
+
+def check_order(texts, descending, what):
+    keys = [key for key in map(sort_text, texts) if key is not None]
+    check(len(keys) > 4, f"{what}: {texts} hold too few texts of German letters")
+    equal(keys, sorted(keys, reverse=descending), what)
+
+
 def go_to(accounts, name):
     """Selects the visible row of that name by a click."""
-    rows = [row[0] for row in accounts.list(0, 100)["rows"]]
-    accounts.tool.click(*accounts.row_middle(rows.index(name)))
-    accounts.until_selected(rows.index(name))
+    row = names(accounts).index(name)
+    accounts.tool.click(*accounts.row_middle(row))
+    accounts.until_selected(row)
 
 
 def fill(accounts, name=None, path=None):
@@ -17,10 +44,10 @@ def fill(accounts, name=None, path=None):
             continue
         accounts.tool.click_middle(accounts.controls()[box]["rect"])
         until(lambda: accounts.focus() == box, f"the focus in {box}")
-        for attempt in range(3):  # a busy display may lose one of the two keys that make a backslash
+        for attempt in range(3):  # a busy display may take one of the two keys that make a backslash too late
             accounts.tool.key("ctrl+a", "Delete")
             if text:
-                accounts.tool.type(text)
+                accounts.tool.type(text, by_keys=attempt < 2)
             try:
                 until(lambda: accounts.controls()[box]["text"] == text, f"'{text}' in {box}", 5)
                 break

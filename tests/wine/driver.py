@@ -215,12 +215,11 @@ class Tool:
     def key(self, *keys):
         self.session.xdotool("key", "--delay", 30, *keys)
 
-    def type(self, text):
-        """Characters that the German keyboard lacks come as from an input method."""
-        try:
-            text.encode("cp1252")
+    def type(self, text, by_keys=True):
+        """Characters that the German keyboard lacks come as from an input method, others only if so wanted."""
+        if by_keys and text.isprintable() and text.encode("cp1252", "ignore").decode("cp1252") == text:
             self.session.xdotool("type", "--delay", 20, text)
-        except UnicodeEncodeError:
+        else:
             self.session.ask("type", text)
 
     def click(self, x, y, modifier=None):

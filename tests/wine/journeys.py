@@ -50,11 +50,14 @@ class Scene:
 class Files:
     """The account files of a run, made once by kontodb."""
 
-    def __init__(self, kontodb, folder):
+    def __init__(self, kontodb, folder, others):
+        """@param others  files of other writers: each stands in for the one with accounts or for the empty one"""
         self._kontodb, self._folder = kontodb, folder
         for name, accounts, options in (("twelve", 12, []), ("thousand", 1000, []), ("empty", 0, []),
                                         ("foreign", 3, ["--password", "Andere"])):
             self._run("create", self.path(name), "--accounts", accounts, "--seed", 7, *options)
+        for other in others:
+            shutil.copy(other, self.path("twelve" if self.rows(other) else "empty"))
         whole = self.path("twelve").read_bytes()
         self.path("truncated").write_bytes(whole[:len(whole) // 2 + 100])
         self.path("text").write_bytes(b"Das ist keine Datenbank.\r\n" * 500)
@@ -427,7 +430,7 @@ def settings_file_names_the_folder(scene):
         shutil.copy(scene.files.path("twelve"), umlaut / "BenKTO.mdb")
         settings = "[Main]\r\nProgrammVersion=1.0\r\n[settings]\r\nBENKTOPATH=C:\\Büro Süd\r\n".encode("cp1252")
         with scene.tool("empty", settings) as tool:
-            equal(tool.accounts().list()["count"], 12, "the number of rows")
+            equal(tool.accounts().list()["count"], len(scene.files.rows("twelve")), "the number of rows")
     finally:
         shutil.rmtree(umlaut)
 
@@ -519,6 +522,8 @@ def main():
     parser.add_argument("--keep-pictures", metavar="DIR", type=pathlib.Path)
     parser.add_argument("--times", action="store_true", help="say how long each took")
     parser.add_argument("--through", choices=("embedded", "com"), default="embedded", help="the engine behind the tool")
+    parser.add_argument("--file", metavar="FILE", type=pathlib.Path, action="append", default=[],
+                        help="an account file, with a dozen accounts or none, instead of our own like it")
     parser.add_argument("--exe", type=pathlib.Path)
     parser.add_argument("--probe", type=pathlib.Path)
     parser.add_argument("--kontodb", type=pathlib.Path, default=ROOT / "out/linux/bin/kontodb")
@@ -537,7 +542,7 @@ def main():
         arguments.keep_pictures.mkdir(parents=True, exist_ok=True)
     names = [name for name in JOURNEYS if not arguments.only or arguments.only in name]
     with tempfile.TemporaryDirectory() as folder:
-        return 0 if run_all(names, arguments, Files(arguments.kontodb, pathlib.Path(folder))) else 1
+        return 0 if run_all(names, arguments, Files(arguments.kontodb, pathlib.Path(folder), arguments.file)) else 1
 
 
 sys.exit(main())

@@ -8,7 +8,8 @@ import os
 import struct
 import time
 
-from account_window import answer, can_reset, fill, go_to, is_clean, is_red, press, toggled
+from account_window import (answer, can_reset, check_order, fill, go_to, is_clean, is_red, names, ordinary, press,
+                            toggled)
 from driver import SETTLE_SECONDS, TITLE, check, equal, until
 
 WRITING = {}
@@ -47,7 +48,8 @@ def compare_rows(scene, tool, expected):
 
 
 def row_named(rows, name):
-    return next(row for row in rows.values() if row["BenKTO_Name"] == name)
+    """By the name as it is shown, and so without one for the empty text."""
+    return next(row for row in rows.values() if (row["BenKTO_Name"] or "") == name)
 
 
 def add_row(rows, name, path, password=INITIAL, update=False):
@@ -62,15 +64,12 @@ def change_row(row, **columns):
     row.update({f"BenKTO_{name}": value for name, value in columns.items()})
 
 
-def names(accounts):
-    return [row[0] for row in accounts.list(0, 100)["rows"]]
-
-
-def save(accounts, row):
-    """Ctrl+S, after which the list shows the account in that row, in view, and has the focus."""
+def save(accounts):
+    """Ctrl+S, after which the list shows the account, in view, and has the focus."""
+    name = accounts.shown()[0]
     accounts.tool.key("ctrl+s")
     until(lambda: is_clean(accounts), "a clean button")
-    until_shown_in(accounts, row)
+    until_shown_in(accounts, names(accounts).index(name))
     equal(accounts.focus(), "lvwBenKto", "the focus after saving")
 
 
@@ -116,7 +115,7 @@ def a_new_account_is_created_and_announced(scene, accounts, rows):
     press(accounts, "chbProgrammupdate")
     accounts.tool.key("ctrl+s")
     answer(accounts, announcement("Müller & Söhne"), picture=lambda: scene.picture("announced"))
-    until(lambda: accounts.list()["count"] == 13, "a thirteenth row")
+    until(lambda: accounts.list()["count"] == len(rows) + 1, "one row more")
     until_shown_in(accounts, names(accounts).index("Müller & Söhne"))
     equal(accounts.shown()[1], "C:\\Neu", "the path shown")
     check(is_clean(accounts) and not toggled(accounts), "the window is not in its viewing state")
@@ -147,7 +146,7 @@ def names_of_any_script_are_stored_shown_and_asked_for(scene, accounts, rows):
     fill(accounts, first, path)
     accounts.tool.key("ctrl+s")
     answer(accounts, announcement(first), picture=lambda: scene.picture("announced"))
-    until(lambda: accounts.list()["count"] == 13, "a thirteenth row")
+    until(lambda: accounts.list()["count"] == len(rows) + 1, "one row more")
     accounts.until_selected(names(accounts).index(first))
     add_row(rows, first, path)
     compare_rows(scene, accounts.tool, rows)
@@ -170,22 +169,24 @@ def an_account_is_renamed_where_the_list_is_sorted(scene, accounts, rows):
     left, top, _, _ = accounts.controls()["lvwBenKto"]["rect"]
     accounts.tool.click(left + 30, top + 10)
     until(lambda: accounts.list()["columns"][0]["image"] == 1, "the mark of a descending order")
-    old = names(accounts)[4]
+    old = ordinary(accounts)[2]
     go_to(accounts, old)
     fill(accounts, "Zzz & Co")
-    save(accounts, 0)
+    save(accounts)
     equal(accounts.shown()[0], "Zzz & Co", "the name shown")
+    check_order(names(accounts), True, "the order by name")
     change_row(row_named(rows, old), Name="Zzz & Co")
 
 
 @writing()
 def an_account_may_keep_its_name_or_change_its_letters_case(scene, accounts, rows):
-    for index, changed in ((2, str), (5, str.swapcase)):
-        old = names(accounts)[index]
+    for old, changed in zip(ordinary(accounts)[1:], (str, str.swapcase)):
+        index = names(accounts).index(old)
         go_to(accounts, old)
         fill(accounts, changed(old))
         until(lambda: is_red(accounts), "a red button")
-        save(accounts, index)
+        save(accounts)
+        equal(accounts.selected(), index, "the row of the account")
         equal(accounts.shown()[0], changed(old), "the name shown")
         change_row(row_named(rows, old), Name=changed(old))
 
@@ -193,18 +194,19 @@ def an_account_may_keep_its_name_or_change_its_letters_case(scene, accounts, row
 @writing()
 def save_and_delete_leave_the_list_sorted_by_path(scene, accounts, rows):
     sort_by_path_descending(accounts)
-    before = names(accounts)
-    accounts.tool.key("End")
-    accounts.until_selected(11)
+    order = names(accounts)
+    name = next(name for name in reversed(order) if name in ordinary(accounts))
+    go_to(accounts, name)
     fill(accounts, path="zzz")
-    save(accounts, 0)
+    save(accounts)
     scene.picture("saved")
-    order = [before[11]] + before[:11]
+    order.remove(name)
+    order.insert(0, name)
     equal(names(accounts), order, "the order after saving")
     change_row(row_named(rows, order[0]), ServerPath="zzz")
     compare_rows(scene, accounts.tool, rows)
 
-    for place in (11, 0):
+    for place in (len(order) - 1, 0):
         accounts.tool.key("End" if place else "Home")
         accounts.until_selected(place)
         deleted = order.pop(place)
@@ -222,7 +224,7 @@ def save_and_delete_leave_the_list_sorted_by_path(scene, accounts, rows):
 
 @writing()
 def accounts_are_deleted_down_to_the_last(scene, accounts, rows):
-    for left in range(11, -1, -1):
+    for left in reversed(range(len(rows))):
         name = accounts.shown()[0]
         press(accounts, "cmdDel")
         answer(accounts, f"Soll das Benutzerkonto '{name}' jetzt gelöscht werden?", "question", "j")
@@ -238,7 +240,7 @@ def accounts_are_deleted_down_to_the_last(scene, accounts, rows):
 @writing()
 def a_reset_by_keyboard_and_four_more_enters_delete_nothing(scene, accounts, rows):
     tool = accounts.tool
-    next(i for i in range(12) if can_reset(accounts, i))
+    next(i for i in range(len(rows)) if can_reset(accounts, i))
     name = accounts.shown()[0]
     for _ in range(8):
         if accounts.focus() == "cmbResetPWD":
@@ -273,27 +275,28 @@ def an_apostrophe_ends_in_the_error_box_and_nothing_is_written(scene, accounts, 
 
 @writing()
 def an_account_deleted_meanwhile_is_saved_as_a_new_one(scene, accounts, rows):
-    name = accounts.shown()[0]
+    name = ordinary(accounts)[1]
+    go_to(accounts, name)
     fill(accounts, path="C:\\anders")
     old = rows.pop(row_named(rows, name)["BenKTO_ID"])
     scene.files.execute(accounts.tool.database, f"DELETE FROM Benutzerkonto WHERE BenKTO_ID = {old['BenKTO_ID']}")
     add_row(rows, name, "C:\\anders", None, old["BenKTO_R_ProgUpdate"])
-    save(accounts, 0)
+    save(accounts)
 
 
 @writing()
 def an_account_deleted_meanwhile_cannot_be_gone_to(scene, accounts, rows):
-    name = names(accounts)[3]
+    name = ordinary(accounts)[1]
     gone = rows.pop(row_named(rows, name)["BenKTO_ID"])
     scene.files.execute(accounts.tool.database, f"DELETE FROM Benutzerkonto WHERE BenKTO_ID = {gone['BenKTO_ID']}")
-    accounts.tool.click(*accounts.row_middle(3))
+    accounts.tool.click(*accounts.row_middle(names(accounts).index(name)))
     error_box_ends_the_program(scene, accounts, "'3021'")
 
 
 @writing()
 def names_given_meanwhile_are_taken_or_replaced(scene, accounts, rows):
-    shown = row_named(rows, accounts.shown()[0])
-    other = row_named(rows, names(accounts)[6])
+    shown, other = (row_named(rows, name) for name in ordinary(accounts)[1:3])
+    go_to(accounts, shown["BenKTO_Name"])
     for row, name in ((shown, "Zwischenzeit"), (other, "Anderswo")):
         scene.files.execute(accounts.tool.database, f"UPDATE Benutzerkonto SET BenKTO_Name = '{name}' "
                                                     f"WHERE BenKTO_ID = {row['BenKTO_ID']}")
@@ -328,6 +331,7 @@ def by_a_user_of_the_original_engine(tool):
 
 
 def _save_a_change(accounts):
+    go_to(accounts, ordinary(accounts)[0])
     fill(accounts, path="C:\\anders")
     return lambda: accounts.tool.key("ctrl+s")
 
