@@ -16,6 +16,9 @@ SYSTEM_DLLS = {"kernel32.dll", "user32.dll", "gdi32.dll", "advapi32.dll", "shell
 SWITCHES = re.compile(r"(?i)command_?line|getmainargs|cmdln|argv|environ|getenv|initenv|^Reg[A-Z]\w*(Key|Value)|^SHGetValue")
 NEEDED = {"__wgetmainargs", "__winitenv", "_wcmdln", "__p__wcmdln", "RegGetValueW"}
 KEYS = re.compile(r"(?i)software\\|hkey_|\\currentversion")
+# Or a file beside it: the settings file is the one that is read, and docs say what stands in it.
+FILES = re.compile(r"(?i)[\w-]{3,}\.(txt|ini|cfg|conf|json|xml|dat|log|csv)\b")
+SETTINGS_FILE = "Tolv.ini"
 MAX_BYTES = 1024 * 1024  # of the tool; its companion may be larger
 ICON_SIZES = {16, 20, 24, 32, 40, 48, 64, 256}
 GERMAN, UNICODE = 0x0407, 1200
@@ -64,7 +67,9 @@ def switches(pe, data):
     names = [entry.name.decode() for dll in pe.DIRECTORY_ENTRY_IMPORT for entry in dll.imports if entry.name]
     texts = data.decode("latin-1"), data.decode("utf-16-le", "replace"), data[1:].decode("utf-16-le", "replace")
     return ([f"imports {name}" for name in names if SWITCHES.search(name) and name not in NEEDED]
-            + [f"names the key {match[0]}" for text in texts for match in KEYS.finditer(text)])
+            + [f"names the key {match[0]}" for text in texts for match in KEYS.finditer(text)]
+            + [f"names the file {match[0]}" for text in texts for match in FILES.finditer(text)
+               if match[0] != SETTINGS_FILE])
 
 
 def traces(data, windowed):

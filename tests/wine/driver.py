@@ -127,15 +127,19 @@ class Session:
 class Tool:
     """One run of the exe in a folder of its own."""
 
-    def __init__(self, session, folder, account_file=None, settings=None):
+    def __init__(self, session, folder, account_file=None, settings=None, faults=()):
         """@param account_file  copied beside the exe as BenKTO.mdb
-        @param settings      bytes of Tolv.ini; none: no such file"""
+        @param settings      bytes of Tolv.ini; none: no such file
+        @param faults        of the provider behind COM (tests/comdouble/FaultPlan.h), each the words of a line"""
         self.session, self.folder = session, folder
         folder.mkdir(parents=True)
         self.exe = folder / session.exe.name
         shutil.copy(session.exe, self.exe)
         if settings is not None:
             (folder / "Tolv.ini").write_bytes(settings)
+        if faults:
+            lines = ["\t".join(map(str, fault)) + "\n" for fault in faults]
+            (folder / "faults.txt").write_bytes("".join(lines).encode())
         self.database = folder / "BenKTO.mdb"
         if account_file is not None:
             shutil.copy(account_file, self.database)

@@ -20,6 +20,7 @@ import traceback
 from commands import COMMANDS
 from driver import (BOX_CLASS, LOGIN_CONTROLS, LOGIN_TITLE, PASSWORD, ROOT, SETTLE_SECONDS, TITLE, Failure, Session,
                     Tool, check, enter_architecture, equal, until)
+from provider_faults import PROVIDER_FAULTS
 from writing import WRITING
 
 JOURNEYS = COMMANDS | WRITING
@@ -38,10 +39,10 @@ class Scene:
         self.session, self.files, self.name = session, files, name
         self._runs = 0
 
-    def tool(self, account_file="twelve", settings=None):
+    def tool(self, account_file="twelve", settings=None, faults=()):
         self._runs += 1
         folder = self.session.folder / self.name / f"{self._runs}"
-        return Tool(self.session, folder, self.files.path(account_file) if account_file else None, settings)
+        return Tool(self.session, folder, self.files.path(account_file) if account_file else None, settings, faults)
 
     def picture(self, what):
         self.session.picture(f"{self.name}-{what}")
@@ -540,6 +541,8 @@ def main():
             return 1
     if arguments.keep_pictures:
         arguments.keep_pictures.mkdir(parents=True, exist_ok=True)
+    if arguments.through == "com":
+        JOURNEYS.update(PROVIDER_FAULTS)
     names = [name for name in JOURNEYS if not arguments.only or arguments.only in name]
     with tempfile.TemporaryDirectory() as folder:
         return 0 if run_all(names, arguments, Files(arguments.kontodb, pathlib.Path(folder), arguments.file)) else 1

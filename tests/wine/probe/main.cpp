@@ -109,14 +109,21 @@ void type(Json& json, const Words& words) {
     json.value(SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT)));
 }
 
+/// What the exe with the double behind COM still holds of it (tests/comdouble/EngineThroughCom.cpp).
+void held(Json& json, const Words& /*words*/) {
+    const HWND window = FindWindowExW(HWND_MESSAGE, nullptr, L"comdouble", nullptr);
+    if (window == nullptr) throw std::invalid_argument("nobody tells what is held");
+    json.value(static_cast<long>(SendMessageW(window, WM_APP, 0, 0)));
+}
+
 std::string answer(const Words& words) {
     struct Command {
         std::string_view name;
         void (*run)(Json&, const Words&);
     };
     static constexpr Command kCommands[] = {
-        {"windows", windows}, {"tree", tree},       {"extent", extent}, {"list", list}, {"box", box},
-        {"pixel", pixel},     {"colours", colours}, {"resize", resize}, {"dpi", dpi},   {"type", type}};
+        {"windows", windows}, {"tree", tree},     {"extent", extent}, {"list", list}, {"box", box},  {"pixel", pixel},
+        {"colours", colours}, {"resize", resize}, {"dpi", dpi},       {"type", type}, {"held", held}};
     Json json;
     try {
         for (const Command& command : kCommands) {
