@@ -7,7 +7,7 @@ import itertools
 
 from account_window import answer, fill, go_to, is_clean, ordinary, press, toggled
 from driver import BOX_CLASS, TITLE, Failure, check, equal, until
-from writing import add_row, announcement, change_row, compare_rows, row_named, stored_rows
+from writing import INITIAL, add_row, change_row, compare_rows, row_named, stored_rows
 
 PROVIDER_FAULTS = {}
 NOT_SO, DIED = "Das darf nicht sein.", "Datenträger- oder Netzwerkfehler."
@@ -81,15 +81,25 @@ def deletion(accounts, rows):
     return "j", lambda: accounts.list()["count"] == len(rows) and accounts.agrees()
 
 
+def reset_of_a_password(accounts, rows):
+    row_named(rows, accounts.shown()[0])["BenKTO_Pass"] = INITIAL
+    press(accounts, "cmbResetPWD")
+    accounts.tool.box()
+    return "j", lambda: not accounts.controls()["cmbResetPWD"]["enabled"] and accounts.agrees()
+
+
 def ends_well(accounts, is_done):
     """Whether the command ends with the window as it should be, rather than with an error box."""
+    tool = accounts.tool
+
     def seen():
-        if not any(w["class"] == BOX_CLASS for w in accounts.tool.windows()):
+        boxes = [window["handle"] for window in tool.windows() if window["class"] == BOX_CLASS]
+        if not boxes:
             return "well" if is_done() else None
-        if accounts.tool.box()["icon"] == "critical":
-            return "error"
-        answer(accounts, announcement("Neu"))
-        return None
+        box = tool.session.ask("box", boxes[0])
+        if box["icon"] == "information":
+            answer(accounts, box["text"])
+        return "error" if box["icon"] == "critical" else None
     return until(seen, "the end of the command") == "well"
 
 
@@ -123,3 +133,4 @@ def done_once_or_not_at_all(command, refused, statements):
 done_once_or_not_at_all(change_of_an_account, "Recordset.Update", 3)
 done_once_or_not_at_all(new_account, "Recordset.Update", 2)
 done_once_or_not_at_all(deletion, "Connection.Execute", 2)
+done_once_or_not_at_all(reset_of_a_password, "Connection.Execute", 2)
