@@ -44,9 +44,9 @@ std::set<ConnectionObject*>& living() {
 }
 
 void setAffected(const Arguments& arguments, std::int32_t rows) {
-    if (arguments.isMissing(1)) return;
+    if (arguments.count() < 2) return;
     const VARIANT& target = arguments.asGiven(1);
-    *V_VARIANTREF(&target) = numberVariant(rows);
+    if (V_VT(&target) == (VT_BYREF | VT_VARIANT)) *V_VARIANTREF(&target) = numberVariant(rows);
 }
 
 /// Where the number of rows is to go, if anywhere.
@@ -116,7 +116,7 @@ VARIANT ConnectionObject::call(DISPID id, const Arguments& arguments) {
 void ConnectionObject::put(DISPID /*id*/, const VARIANT& value) {
     if (V_VT(&value) != VT_BSTR) throw Refusal(DISP_E_TYPEMISMATCH, 0);
     if (session_) throw adoError(AdoNumber::ObjectOpen);
-    provider_ = fromBstr(V_BSTR(&value));
+    provider_ = textOf(value);
 }
 
 VARIANT ConnectionObject::properties() {

@@ -32,7 +32,7 @@ std::size_t NamedValuesObject::indexOf(const Arguments& arguments) const {
     const auto all = names();
     const VARIANT wanted = arguments.at(0);
     for (std::size_t index = 0; index < all.size(); ++index)
-        if (V_VT(&wanted) == VT_BSTR ? base::equalsIgnoringAsciiCase(all[index], fromBstr(V_BSTR(&wanted)))
+        if (V_VT(&wanted) == VT_BSTR ? base::equalsIgnoringAsciiCase(all[index], textOf(wanted))
                                      : arguments.number(0) == static_cast<std::int32_t>(index))
             return index;
     throw adoError(AdoNumber::ItemNotFound);

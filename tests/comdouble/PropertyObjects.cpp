@@ -38,7 +38,7 @@ void PropertyObject::put(DISPID /*id*/, const VARIANT& value) {
     const auto ordered = refused.find(name());
     if (ordered != refused.end()) throw Ordered(ordered->second);
     if (V_VT(&value) != VT_BSTR) throw adoError(AdoNumber::DataConversion);
-    connection_->setProperty(place_, fromBstr(V_BSTR(&value)));
+    connection_->setProperty(place_, textOf(value));
 }
 
 }  // namespace comdouble

@@ -42,7 +42,7 @@ public:
         return V_VT(&value) == VT_DISPATCH && V_DISPATCH(&value) != nullptr ? Object(*V_DISPATCH(&value)) : Object();
     }
     std::int32_t integer() const { return V_VT(&value) == VT_I4 ? V_I4(&value) : -1000; }
-    base::Text text() const { return V_VT(&value) == VT_BSTR ? comdouble::fromBstr(V_BSTR(&value)) : u"(no text)"; }
+    base::Text text() const { return V_VT(&value) == VT_BSTR ? comdouble::textOf(value) : u"(no text)"; }
     bool truth() const { return V_VT(&value) == VT_BOOL && V_BOOL(&value) == VARIANT_TRUE; }
 
     HRESULT result = S_OK;

@@ -91,7 +91,7 @@ std::int32_t editModeOf(const Cursor& cursor) {
 base::Text statementIn(const Arguments& arguments) {
     const VARIANT source = arguments.at(0);
     if (V_VT(&source) != VT_BSTR) throw adoError(AdoNumber::InvalidArgument);
-    return fromBstr(V_BSTR(&source));
+    return textOf(source);
 }
 
 /// A text in its place would open another connection, by the default provider; there is none to be had.

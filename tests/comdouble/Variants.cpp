@@ -87,6 +87,10 @@ base::Text fromBstr(BSTR text) {
     return copy;
 }
 
+base::Text textOf(const VARIANT& variant) {
+    return V_VT(&variant) == VT_BSTR ? fromBstr(V_BSTR(&variant)) : base::Text();
+}
+
 VARIANT numberVariant(std::int32_t number) {
     VARIANT variant = emptyOf(VT_I4);
     V_I4(&variant) = number;

@@ -11,6 +11,9 @@ BSTR toBstr(base::TextView text);
 /// The text with all its units, zeros too; null is empty.
 base::Text fromBstr(BSTR text);
 
+/// The same of a variant; empty where that holds no text.
+base::Text textOf(const VARIANT& variant);
+
 /// As fields deliver their values; the caller clears the variant.
 VARIANT toVariant(const base::Value& value);
 
