@@ -1,12 +1,13 @@
 #include "win32/ErrorBox.h"
 
 #include <cstdio>
+#include <cstdlib>
+#include <exception>
 
+#include "app/mPublic.h"
 #include "win32/WideText.h"
 
 namespace win32 {
-
-const wchar_t* const kApplicationTitle = L"Tolv-Benutzerkontenverwaltung";
 
 namespace {
 
@@ -43,7 +44,7 @@ void endWithErrorBox(const base::RuntimeError& error) {
     if (!ending) {
         ending = true;
         SetCursor(LoadCursorW(nullptr, IDC_ARROW));
-        MessageBoxW(frontWindow(), toWide(errorBoxText(error)).c_str(), kApplicationTitle,
+        MessageBoxW(frontWindow(), toWide(errorBoxText(error)).c_str(), toWide(tolv::kApplicationTitle).c_str(),
                     MB_OK | MB_ICONERROR | MB_SETFOREGROUND);
     }
     ExitProcess(1);
@@ -51,6 +52,15 @@ void endWithErrorBox(const base::RuntimeError& error) {
 
 bool isEnding() {
     return ending;
+}
+
+void coverTermination() {
+    std::set_terminate([] {
+        atBoundary([] {
+            if (const auto failure = std::current_exception()) std::rethrow_exception(failure);
+        });
+        std::abort();
+    });
 }
 
 }  // namespace win32

@@ -9,9 +9,6 @@
 /// The end of every failure: the run-time error box, then the end of the process.
 namespace win32 {
 
-/// "Tolv-Benutzerkontenverwaltung", the title of every message box.
-extern const wchar_t* const kApplicationTitle;
-
 /// Number and description as the box shows them. Large numbers, which come from providers, stand with their
 /// hexadecimal form.
 base::Text errorBoxText(const base::RuntimeError& error);
@@ -37,5 +34,9 @@ auto atBoundary(Action&& action) -> decltype(action()) {
         endWithErrorBox({7, u"Nicht genügend Speicher"});
     }
 }
+
+/// Has failures that no boundary can catch end in the box too: those of destructors, such as the connection's
+/// when it is closed at the end.
+void coverTermination();
 
 }  // namespace win32

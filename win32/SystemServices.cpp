@@ -5,6 +5,7 @@
 #include <cassert>
 #include <shlobj.h>
 
+#include "app/mPublic.h"
 #include "win32/ErrorBox.h"
 #include "win32/SystemHeaders.h"
 #include "win32/WideText.h"
@@ -71,7 +72,7 @@ SystemMessageBoxes::Answer SystemMessageBoxes::show(base::TextView text, Buttons
             style |= MB_ICONINFORMATION;
             break;
     }
-    switch (MessageBoxW(frontWindow(), toWide(text).c_str(), kApplicationTitle, style)) {
+    switch (MessageBoxW(frontWindow(), toWide(text).c_str(), toWide(tolv::kApplicationTitle).c_str(), style)) {
         case IDYES:
             return Answer::Yes;
         case IDNO:

@@ -51,6 +51,7 @@ void runTool() {
 int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int) {
     const INITCOMMONCONTROLSEX controls{sizeof controls, ICC_LISTVIEW_CLASSES | ICC_STANDARD_CLASSES};
     InitCommonControlsEx(&controls);
+    win32::coverTermination();
     win32::atBoundary([] { runTool(); });
     return 0;
 }

@@ -56,6 +56,15 @@ def a_failure_while_signing_in_is_shown_and_changes_nothing(scene):
             check(tool.database.read_bytes() == before, f"{fault}: the file changed")
 
 
+@provider_fault
+def a_close_that_fails_at_the_end_is_shown_too(scene):
+    with scene.tool(faults=[("call", "Connection.Close", -2147467259, NOT_SO)]) as tool:
+        tool.accounts()
+        held = scene.session.ask("held")
+        tool.key("Escape")
+        see_error_box(scene, tool, -2147467259, NOT_SO, held)
+
+
 # Commands: what is pressed at last, and how the window looks once all is done.
 
 def change_of_an_account(accounts, rows):
