@@ -4,164 +4,232 @@
 
 #include "ado/embedded/Factory.h"
 #include "base/RuntimeError.h"
-#include "jet/Errors.h"
 #include "tests/support/Expect.h"
 #include "tests/support/FaultyStorage.h"
 #include "tests/support/SampleFile.h"
+#include "tests/support/SoundFile.h"
 
 namespace ado::embedded {
 namespace {
 
+using base::Text;
 using base::Value;
 using test::errorOf;
 
-constexpr base::TextView kPath = u"C:\\Daten\\\\Probe.mdb";
+constexpr std::int32_t kRowChanged = -2147217864;
+constexpr std::int32_t kRowDeleted = -2147217885;
+
+base::Bytes accounts() {
+    test::SampleTable table;
+    table.design.name = u"Konto";
+    jet::ColumnDesign number{u"Nr", jet::ColumnType::Long};
+    number.isAutoNumber = true;
+    table.design.columns = {number,
+                            {u"Name", jet::ColumnType::Text, 20},
+                            {u"Recht", jet::ColumnType::Boolean},
+                            {u"Klein", jet::ColumnType::Byte},
+                            {u"Notiz", jet::ColumnType::Memo}};
+    table.design.indexes = {
+        {u"PrimaryKey", {{u"Nr"}}, true, jet::IndexDefinition::kUnique | jet::IndexDefinition::kRequired},
+        {u"Name", {{u"Name"}}, false, jet::IndexDefinition::kUnique}};
+    table.rows = {{1, Text(u"Müller"), true, std::uint8_t{7}, Text(3000, u'ß')},
+                  {2, Text(u"Meier"), false, Value(base::Null{}), Value(base::Null{})}};
+    return test::sampleFile({table});
+}
 
 class Embedded : public testing::Test {
 protected:
-    static base::Bytes file() {
-        test::SampleTable table;
-        table.design.name = u"Konto";
-        table.design.columns = {{u"Nr", jet::ColumnType::Long},
-                                {u"Name", jet::ColumnType::Text, 50},
-                                {u"Recht", jet::ColumnType::Boolean},
-                                {u"Notiz", jet::ColumnType::Memo}};
-        table.rows = {{1, Value(base::Text(u"Müller")), true, Value(base::Text(9000, u'ß'))},
-                      {2, Value(base::Null{}), false, Value(base::Null{})}};
-        return test::sampleFile({table}, u"GeheiM");
+    ~Embedded() override { EXPECT_EQ(test::faultsIn(machine.file()), ""); }
+    Embedded() : connection(connect()) {}
+    Embedded(const Embedded&) = delete;
+    Embedded& operator=(const Embedded&) = delete;
+
+    std::unique_ptr<ado::Connection> connect() {
+        auto made = factory.createConnection();
+        made->setProvider(u"Microsoft.Jet.OLEDB.4.0");
+        made->Open(u"", u"", u"", -1);
+        return made;
     }
 
-    /// The one file there is; `opened` counts.
-    std::unique_ptr<jet::Storage> storageOf(const base::Text& path) {
-        if (path != kPath) throw jet::fileNotFound(path);
-        ++opened;
-        return machine.storage();
-    }
-
-    void nameFile(Connection& connection, base::TextView password = u"GeheiM") {
-        connection.setProvider(u"Microsoft.Jet.OLEDB.4.0");
-        connection.Properties().Item(u"Data Source").setValue(base::Text(kPath));
-        connection.Properties().Item(u"Jet OLEDB:Database Password").setValue(base::Text(password));
-    }
-
-    std::unique_ptr<ado::Connection> openConnection() {
-        auto connection = factory.createConnection();
-        nameFile(*connection);
-        connection->Open(u"", u"", u"", -1);
-        return connection;
-    }
-
-    std::unique_ptr<ado::Recordset> openAll(ado::Connection& connection, LockType lock = LockType::adLockReadOnly) {
+    std::unique_ptr<ado::Recordset> open(base::TextView rest = {}, LockType lock = LockType::adLockPessimistic) {
         auto rows = factory.createRecordset();
-        rows->Open(u"SELECT * FROM Konto", connection, CursorType::adOpenStatic, lock, -1);
+        rows->Open(u"SELECT * FROM Konto " + Text(rest), *connection, CursorType::adOpenStatic, lock, -1);
         return rows;
     }
 
-    using Connection = ado::Connection;
+    static Value get(ado::Recordset& rows, base::TextView field) { return rows.Fields().Item(field).Value(); }
+    static void set(ado::Recordset& rows, base::TextView field, const Value& value) {
+        rows.Fields().Item(field).setValue(value);
+    }
 
-    test::Machine machine{file()};
-    int opened = 0;
-    Factory factory{[this](const base::Text& path) { return storageOf(path); }};
+    /// "1 Müller|2 Meier|", as the file has it now.
+    std::string names() {
+        std::string all;
+        for (auto rows = open(u"ORDER BY Nr"); !rows->isEOF(); rows->MoveNext()) {
+            const Value name = get(*rows, u"Name");
+            const auto* text = std::get_if<Text>(&name);
+            all += std::to_string(std::get<std::int32_t>(get(*rows, u"Nr"))) + " " +
+                   (text != nullptr ? base::toUtf8(*text) : "-") + "|";
+        }
+        return all;
+    }
+
+    test::Machine machine{accounts()};
+    Factory factory{[this](const Text&) { return machine.storage(); }};
+    std::unique_ptr<ado::Connection> connection;
 };
 
-TEST_F(Embedded, ReadsRowsAsASnapshotThatOutlivesTheConnection) {
-    auto connection = openConnection();
-    EXPECT_EQ(connection->State(), adStateOpen);
-    auto rows = openAll(*connection);
+TEST_F(Embedded, ASnapshotOutlivesItsConnection) {
+    const auto rows = open(u"ORDER BY Nr");
+    ado::Field& note = rows->Fields().Item(u"NOTIZ");
     connection->Close();
-    EXPECT_EQ(connection->State(), adStateClosed);
     connection.reset();
-
-    ASSERT_EQ(rows->RecordCount(), 2);
-    ado::Field& name = rows->Fields().Item(u"NAME");
-    EXPECT_EQ(rows->Fields().Count(), 4);
-    EXPECT_EQ(name.Name(), u"Name");
-    EXPECT_EQ(name.Value(), Value(base::Text(u"Müller")));
-    EXPECT_EQ(rows->Fields().Item(0).Value(), Value(1));
-    EXPECT_EQ(rows->Fields().Item(u"recht").Value(), Value(true));
-    EXPECT_EQ(rows->Fields().Item(u"Notiz").Value(), Value(base::Text(9000, u'ß')));
+    EXPECT_EQ(rows->RecordCount(), 2);
+    EXPECT_EQ(note.Value(), Value(Text(3000, u'ß')));
     rows->MoveNext();
-    EXPECT_FALSE(rows->isEOF());
-    EXPECT_EQ(name.Value(), Value(base::Null{}));
-    EXPECT_EQ(rows->Fields().Item(u"Notiz").Value(), Value(base::Null{}));
-    rows->MoveNext();
-    EXPECT_TRUE(rows->isEOF());
-    EXPECT_EQ(errorOf([&] { static_cast<void>(name.Value()); }), 3021);
-    EXPECT_EQ(errorOf([&] { rows->MoveNext(); }), 3021);
-    EXPECT_EQ(opened, 1);
+    EXPECT_EQ(note.Value(), Value(base::Null{}));
 }
 
 TEST_F(Embedded, RefusesWhatAdoRefuses) {
-    auto closed = factory.createConnection();
-    auto open = openConnection();
-    auto closedRows = factory.createRecordset();
-    auto openRows = openAll(*open);
-    auto batch = openAll(*open, LockType::adLockBatchOptimistic);
-    auto updatable = openAll(*open, LockType::adLockPessimistic);
-    updatable->MoveNext();
-    updatable->MoveNext();
-    const auto openWith = [&](base::TextView provider, base::TextView password, base::TextView path = kPath) {
-        auto connection = factory.createConnection();
-        if (!provider.empty()) nameFile(*connection, password);
-        if (!provider.empty()) connection->Properties().Item(u"data source").setValue(base::Text(path));
-        connection->Open(u"", u"", u"", -1);
-    };
-    const auto select = [&](ado::Recordset& rows, ado::Connection& connection, base::TextView source) {
-        rows.Open(source, connection, CursorType::adOpenStatic, LockType::adLockReadOnly, -1);
-    };
+    const auto closed = factory.createConnection();
+    const auto closedRows = factory.createRecordset();
+    const auto readOnly = open({}, LockType::adLockReadOnly);
+    const auto batch = open({}, LockType::adLockBatchOptimistic);
+    const auto pending = open();
+    pending->AddNew();
+    const auto atEnd = open(u"WHERE Nr = 1");
+    atEnd->MoveNext();
     const struct {
-        std::string what;
+        const char* what;
         std::function<void()> action;
         std::int32_t number;
     } cases[] = {
-        {"properties before the provider", [&] { closed->Properties().Item(u"Data Source"); }, 3265},
-        {"no provider", [&] { openWith(u"", u""); }, 3706},
+        {"no provider", [&] { closed->Open(u"", u"", u"", -1); }, 3706},
         {"another provider", [&] { closed->setProvider(u"MSDASQL"); }, 3706},
         {"the provider in small letters", [&] { closed->setProvider(u"microsoft.jet.oledb.4.0"); }, 0},
-        {"no such property", [&] { closed->Properties().Item(u"Mode"); }, 3265},
         {"a property that is a number", [&] { closed->Properties().Item(u"Data Source").setValue(5); }, 13},
-        {"no such file", [&] { openWith(u"Jet", u"GeheiM", u"X:\\Y.mdb"); }, -2147467259},
-        {"wrong password", [&] { openWith(u"Jet", u"geheim"); }, -2147217843},
         {"some user", [&] { closed->Open(u"", u"Otto", u"", -1); }, -2147217843},
         {"connection string", [&] { closed->Open(u"Mode=1", u"", u"", -1); }, 3001},
-        {"close while closed", [&] { closed->Close(); }, 3704},
-        {"execute while closed", [&] { closed->Execute(u"DELETE FROM Konto"); }, 3704},
-        {"open twice", [&] { open->Open(u"", u"", u"", -1); }, 3705},
-        {"provider while open", [&] { open->setProvider(u"Microsoft.Jet.OLEDB.4.0"); }, 3705},
-        {"property while open", [&] { open->Properties().Item(u"Data Source").setValue(base::Text()); }, 3705},
-        {"rows of a closed connection", [&] { select(*closedRows, *closed, u"SELECT * FROM Konto"); }, 3709},
-        {"rows of no table", [&] { select(*closedRows, *open, u"SELECT * FROM Kunde"); }, -2147217865},
-        {"broken statement", [&] { select(*closedRows, *open, u"SELECT * FROM Konto WHERE 'a''"); }, -2147217900},
-        {"rows opened twice", [&] { select(*openRows, *open, u"SELECT * FROM Konto"); }, 3705},
-        {"count of closed rows", [&] { closedRows->RecordCount(); }, 3704},
-        {"end of closed rows", [&] { closedRows->isEOF(); }, 3704},
-        {"step in closed rows", [&] { closedRows->MoveNext(); }, 3704},
         {"fields of closed rows", [&] { closedRows->Fields(); }, 3704},
-        {"close of closed rows", [&] { closedRows->Close(); }, 3704},
-        {"no such field", [&] { openRows->Fields().Item(u"Name "); }, 3265},
-        {"no such field number", [&] { openRows->Fields().Item(4); }, 3265},
-        {"new row, read-only lock", [&] { openRows->AddNew(); }, 3251},
-        {"value, read-only lock", [&] { openRows->Fields().Item(0).setValue(5); }, 3251},
         {"new row, batch lock", [&] { batch->AddNew(); }, 3251},
-        {"update, read-only lock", [&] { openRows->Update(); }, 3251},
-        {"update with nothing assigned", [&] { updatable->Update(); }, 0},
-        {"value behind the last row", [&] { updatable->Fields().Item(0).setValue(5); }, 3021},
-        {"new row in closed rows", [&] { closedRows->AddNew(); }, 3704},
-        {"rows of an UPDATE", [&] { select(*closedRows, *open, u"UPDATE Konto SET Nr = 1"); }, -2147467259},
-        {"execute on no table", [&] { open->Execute(u"DELETE FROM Kunde"); }, -2147217865},
-        {"broken execute", [&] { open->Execute(u"DELETE Konto"); }, -2147217900},
-        {"close, then open again",
+        {"update, read-only lock", [&] { readOnly->Update(); }, 3251},
+        {"update with nothing assigned", [&] { atEnd->Update(); }, 0},
+        {"value behind the last row", [&] { set(*atEnd, u"Name", Text(u"x")); }, 3021},
+        {"close with a pending row", [&] { pending->Close(); }, 3219},
+        {"rows of an UPDATE",
          [&] {
-             openRows->Close();
-             select(*openRows, *open, u"SELECT * FROM Konto WHERE Nr = 2");
-             EXPECT_EQ(openRows->RecordCount(), 1);
+             closedRows->Open(u"UPDATE Konto SET Nr = 1", *connection, CursorType::adOpenStatic,
+                              LockType::adLockReadOnly, -1);
          },
-         0},
+         -2147467259},
     };
     for (const auto& [what, action, number] : cases)
         EXPECT_EQ(errorOf(action), number) << what;
     EXPECT_EQ(closedRows->State(), adStateClosed);
-    EXPECT_EQ(openRows->State(), adStateOpen);
+}
+
+TEST_F(Embedded, ANumberIsNeverGivenTwice) {
+    auto dropped = open();
+    dropped->AddNew();
+    EXPECT_EQ(get(*dropped, u"Nr"), Value(3));
+    dropped.reset();
+    auto first = open();
+    auto second = open();
+    first->AddNew();
+    second->AddNew();
+    set(*first, u"Name", Text(u"a"));
+    set(*second, u"Name", Text(u"b"));
+    second->Update();
+    first->Update();
+    connection->Execute(u"INSERT INTO Konto (Name) VALUES ('c')");
+    EXPECT_EQ(names(), "1 Müller|2 Meier|4 a|5 b|6 c|");
+}
+
+TEST_F(Embedded, AChangedRowShowsInItsOwnRecordSetAndInLaterOnesOnly) {
+    auto rows = open(u"ORDER BY Name");
+    const auto before = open(u"ORDER BY Name");
+    rows->MoveNext();
+    EXPECT_EQ(get(*rows, u"Nr"), Value(1));
+    set(*rows, u"NAME", Text(u"Aal"));
+    set(*rows, u"Recht", std::int16_t{0});
+    rows->Update();
+    EXPECT_EQ(get(*rows, u"Name"), Value(Text(u"Aal")));
+    EXPECT_EQ(get(*rows, u"Notiz"), Value(Text(3000, u'ß')));
+    EXPECT_EQ(rows->RecordCount(), 2);
+    before->MoveNext();
+    EXPECT_EQ(get(*before, u"Name"), Value(Text(u"Müller")));
+    // Once more, against the row as it has stored it itself.
+    set(*rows, u"Notiz", Text(u"kurz"));
+    rows->MoveNext();
+    EXPECT_TRUE(rows->isEOF());
+    EXPECT_EQ(names(), "1 Aal|2 Meier|");
+    EXPECT_EQ(get(*open(u"WHERE Nr = 1"), u"Notiz"), Value(Text(u"kurz")));
+}
+
+TEST_F(Embedded, ARowThatSomebodyElseChangedOrDeletedIsNotOverwritten) {
+    const struct {
+        Text between;
+        std::int32_t error;
+        std::string after;
+    } cases[] = {
+        {u"UPDATE Konto SET Recht = FALSE WHERE Nr = 1", kRowChanged, "1 Müller|2 Meier|"},
+        {u"UPDATE Konto SET Notiz = 'andere' WHERE Nr = 1", kRowChanged, "1 Müller|2 Meier|"},
+        {u"UPDATE Konto SET Recht = TRUE WHERE Nr = 2", 0, "1 Ich|2 Meier|"},
+        {u"DELETE FROM Konto WHERE Nr = 1", kRowDeleted, "2 Meier|"},
+    };
+    for (const auto& [between, error, after] : cases) {
+        machine = test::Machine(accounts());
+        connection = connect();
+        auto rows = open();
+        set(*rows, u"Name", Text(u"Ich"));
+        connect()->Execute(between);
+        EXPECT_EQ(errorOf([&] { rows->Update(); }), error) << base::toUtf8(between);
+        EXPECT_EQ(names(), after) << base::toUtf8(between);
+    }
+}
+
+TEST_F(Embedded, WhatCannotBeWrittenIsRefusedAtAddNew) {
+    auto rows = open();
+    const base::Bytes before = machine.file();
+    for (const auto& [reason, number] :
+         {std::pair(jet::Refusal::ReadOnly, -2147217911), {jet::Refusal::InUse, -2147217887}}) {
+        machine.refuseWriting(reason);
+        EXPECT_EQ(errorOf([&] { rows->AddNew(); }), number);
+        EXPECT_EQ(errorOf([&] { connection->Execute(u"DELETE FROM Konto"); }), -2147467259);
+    }
+    EXPECT_EQ(machine.file(), before);
+    EXPECT_EQ(machine.journal(), std::nullopt);
+    // Nothing is pending, and reading goes on.
+    EXPECT_EQ(get(*rows, u"Nr"), Value(1));
+    rows->Close();
+}
+
+TEST_F(Embedded, WritesNothingOverAClosedConnection) {
+    auto rows = open();
+    set(*rows, u"Name", Text(u"zu spät"));
+    connection->Close();
+    EXPECT_EQ(errorOf([&] { rows->Update(); }), 3709);
+    EXPECT_EQ(errorOf([&] { rows->AddNew(); }), 3709);
+    connection = connect();
+    EXPECT_EQ(names(), "1 Müller|2 Meier|");
+}
+
+TEST_F(Embedded, RollsBackWhatAnInterruptedWriterLeft) {
+    const base::Bytes before = machine.file();
+    const int steps = machine.steps();
+    connection->Execute(u"DELETE FROM Konto WHERE Nr = 1");
+    const int writing = machine.steps() - steps;
+    ASSERT_GT(writing, 4);
+    machine = test::Machine(before);
+    connection = connect();
+    machine.stopAt(writing - 2);  // pages are on the disk, but not all flushed
+    EXPECT_NE(errorOf([&] { connection->Execute(u"DELETE FROM Konto WHERE Nr = 1"); }), 0);
+    machine = machine.afterStop(test::Loss::LastSector, 1);
+    ASSERT_NE(machine.journal(), std::nullopt);
+    connection = connect();
+    EXPECT_EQ(names(), "1 Müller|2 Meier|");
+    EXPECT_EQ(machine.journal(), std::nullopt);
+    EXPECT_EQ(machine.file(), before);
 }
 
 }  // namespace

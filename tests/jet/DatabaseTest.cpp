@@ -1,84 +1,62 @@
-#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <memory>
-#include <random>
 #include <string>
 
-#include "jet/Catalog.h"
-#include "jet/Creator.h"
 #include "jet/Database.h"
 #include "jet/MemoryIo.h"
 #include "jet/Table.h"
 #include "tests/jet/PagesInMemory.h"
+#include "tests/support/SampleFile.h"
+#include "tests/support/TempFolder.h"
 
 namespace jet {
 namespace {
 
 constexpr base::TextView kPassword = u"Geheim";
 
-base::Bytes sampleFile(base::TextView password = kPassword) {
-    MemoryIo io;
-    Creator creator(io, base::Text(password));
-    creator.finish();
-    return io.bytes();
-}
-
 Database open(base::Bytes bytes, base::TextView password) {
     return Database::open(std::make_unique<MemoryIo>(std::move(bytes)), u"C:\\konten.mdb", password);
 }
 
 TEST(Database, OpensOnlyJet4FilesAndSaysSo) {
-    const base::Bytes sound = sampleFile();
-    base::Bytes older = sound, later = sound, foreign = sound;
-    older[0x14] = 0;
-    later[0x14] = 3;
-    foreign[4] = 'M';
-    base::Bytes cut = sound;
-    cut.resize(4095);
-    for (const base::Bytes& bytes : {older, later, foreign, cut, base::Bytes{}, base::Bytes(100000, 0)}) {
-        EXPECT_EQ(errorOf([&] { open(bytes, kPassword); }),
+    const base::Bytes sound = test::sampleFile({}, base::Text(kPassword));
+    const auto expectRefused = [](const base::Bytes& file) {
+        EXPECT_EQ(errorOf([&] { open(file, kPassword); }),
                   "-2147467259: Nicht erkennbares Datenbankformat 'C:\\konten.mdb'.");
+    };
+    // An older and two later formats, and signs of none at all.
+    for (const auto& [offset, value] : std::initializer_list<std::pair<std::size_t, std::uint8_t>>{
+             {0x14, 0}, {0x14, 2}, {0x17, 1}, {0x05, 's'}, {0x13, ' '}, {0x00, 1}}) {
+        base::Bytes changed = sound;
+        changed[offset] = value;
+        expectRefused(changed);
     }
+    for (const base::Bytes& file :
+         {base::Bytes(sound.begin(), sound.begin() + 4095), base::Bytes{}, base::Bytes(100000, 0)})
+        expectRefused(file);
 }
 
 TEST(Database, WantsThePasswordToTheLetter) {
     for (const base::TextView wrong : {u"", u"geheim", u"Geheim ", u"Gehei", u"GeheimX"})
-        EXPECT_EQ(errorOf([&] { open(sampleFile(), wrong); }), "-2147217843: Kein zulässiges Kennwort.");
-    EXPECT_EQ(errorOf([&] { open(sampleFile(), kPassword); }), "no error");
-    EXPECT_EQ(errorOf([&] { open(sampleFile(u""), u"irgendeins"); }), "no error");
-}
-
-TEST(Database, ReadsEncodedPages) {
-    constexpr std::uint32_t kKey = 0xA1B2C3D4;
-    base::Bytes file = sampleFile();
-    Header header = Header::read(base::ByteView(std::span(file).first(kPageSize)));
-    header.databaseKey = kKey;
-    header.write(std::span(file).first(kPageSize));
-    for (PageNumber page = 0; page < file.size() / kPageSize; ++page)
-        encodePage(std::span(file).subspan(page * kPageSize, kPageSize), page, kKey);
-    Database database = open(file, kPassword);
-    ReadOperation operation = database.beginRead();
-    EXPECT_EQ(Catalog(operation).entries().size(), 8U);
+        EXPECT_EQ(errorOf([&] { open(test::sampleFile({}, base::Text(kPassword)), wrong); }),
+                  "-2147217843: Kein zulässiges Kennwort.");
+    EXPECT_EQ(errorOf([&] { open(test::sampleFile({}, base::Text(kPassword)), kPassword); }), "no error");
+    EXPECT_EQ(errorOf([&] { open(test::sampleFile({}), u"irgendeins"); }), "no error");
 }
 
 /// A file of this test alone.
 class FileTest : public testing::Test {
 protected:
     FileTest() {
-        std::filesystem::create_directory(folder_);
         std::ofstream(file_, std::ios::binary).write(reinterpret_cast<const char*>(bytes_.data()), std::ssize(bytes_));
     }
-    ~FileTest() override { std::filesystem::remove_all(folder_); }
-    FileTest(const FileTest&) = delete;
-    FileTest& operator=(const FileTest&) = delete;
 
     static base::Text text(const std::filesystem::path& path) { return path.u16string(); }
 
-    base::Bytes bytes_ = sampleFile();
-    std::filesystem::path folder_ =
-        std::filesystem::temp_directory_path() / ("tolv-jet-" + std::to_string(std::random_device{}()));
+    base::Bytes bytes_ = test::sampleFile({}, base::Text(kPassword));
+    test::TempFolder folder_;
     std::filesystem::path file_ = folder_ / u"Kontenübersicht.mdb";
 };
 
@@ -101,9 +79,8 @@ TEST_F(FileTest, SaysWhyItCannotBeOpened) {
         return errorOf([&] { openFile(text(path), mode); });
     };
     EXPECT_NE(error(folder_ / "fehlt.mdb", OpenMode::Read).find("nicht gefunden."), std::string::npos);
-    EXPECT_NE(error(folder_ / "fehlt" / "fehlt.mdb", OpenMode::Read).find("ist kein zulässiger Pfad."),
-              std::string::npos);
-    EXPECT_NE(error(folder_, OpenMode::Read).find("Berechtigung"), std::string::npos);
+    EXPECT_NE(error(folder_ / "fehlt/fehlt.mdb", OpenMode::Read).find("ist kein zulässiger Pfad."), std::string::npos);
+    EXPECT_NE(error(folder_.path, OpenMode::Read).find("Berechtigung"), std::string::npos);
     EXPECT_NE(error(file_, OpenMode::CreateNew), "no error") << "an existing file is never taken for a new one";
     EXPECT_EQ(error(folder_ / "neu.mdb", OpenMode::CreateNew), "no error");
 }

@@ -98,13 +98,6 @@ protected:
     base::Bytes old_ = counter::file();
 };
 
-TEST_F(FileStorageTest, IsWrittenAndLeavesNothingBeside) {
-    add();
-    EXPECT_EQ(counted(), 1U);
-    EXPECT_EQ(std::distance(fs::directory_iterator(folder_), fs::directory_iterator()), 1);
-    EXPECT_EQ(contents(file_).size(), old_.size());
-}
-
 TEST_F(FileStorageTest, FindsTheJournalByAnyNameOfTheFile) {
 #ifndef _WIN32
     const fs::path link = folder_ / "Verknuepfung.mdb";

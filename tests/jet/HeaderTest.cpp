@@ -41,23 +41,5 @@ TEST(Header, IsMaskedAndThePasswordOnceMore) {
     EXPECT_EQ(Header::read(base::ByteView(again)).password, base::Text(20, u'Z'));
 }
 
-TEST(Header, TellsTheFormats) {
-    base::Bytes page(kPageSize);
-    Header::fresh({38143.0}).write(page);
-    const auto formatWith = [&page](std::size_t offset, std::uint8_t value) {
-        base::Bytes changed = page;
-        changed[offset] = value;
-        return Header::formatOf(base::ByteView(changed));
-    };
-    EXPECT_EQ(Header::formatOf(base::ByteView(page)), Header::Format::Jet4);
-    EXPECT_EQ(formatWith(0x14, 0), Header::Format::Jet3);
-    EXPECT_EQ(formatWith(0x14, 2), Header::Format::Later);
-    EXPECT_EQ(formatWith(0x17, 1), Header::Format::Later);
-    EXPECT_EQ(formatWith(0x05, 's'), Header::Format::Unknown);
-    EXPECT_EQ(formatWith(0x13, ' '), Header::Format::Unknown);
-    EXPECT_EQ(formatWith(0x00, 1), Header::Format::Unknown);
-    EXPECT_EQ(Header::formatOf(base::ByteView(std::span(page).first(20))), Header::Format::Unknown);
-}
-
 }  // namespace
 }  // namespace jet

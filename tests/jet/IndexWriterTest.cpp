@@ -249,19 +249,5 @@ TEST(IndexWriter, AKeyIsUniqueAcrossTheLeavesUnlessItHoldsNull) {
     EXPECT_EQ(DefinitionCounters(tree.store, tree.definition).distinctKeys(0), 40U);
 }
 
-TEST(IndexWriter, AChangeTouchesFewPages) {
-    Tree tree(false);
-    std::mt19937 random(7);
-    for (int i = 0; i < 6000; ++i)
-        tree.insert(randomKey(random, 12), randomRow(random));
-    std::size_t touched = 0;
-    for (int i = 0; i < 300; ++i) {
-        tree.store.settle();
-        tree.insert(randomKey(random, 12), randomRow(random));
-        touched += tree.store.changedPages();
-    }
-    EXPECT_LT(touched, 300 * 2 + 60U) << "the leaf and the definition, now and then a split";
-}
-
 }  // namespace
 }  // namespace jet

@@ -45,8 +45,8 @@ TEST(LongValue, ReportsValuesThatCannotBe) {
     const PageNumber loop = source.addDataPage(kLongValueOwner, {part({source.pageCount(), 0}, 100)});
     const PageNumber hollow = source.addDataPage(kLongValueOwner, {part({source.pageCount(), 0}, 0)});
     const PageNumber removed = source.add();
-    clearDataPage(source.bytes(removed), kLongValueOwner);
-    appendRow(source.bytes(removed), fromHex("01 02 03"), SlotState::Deleted);
+    clearDataPage(source.change(removed), kLongValueOwner);
+    appendRow(source.change(removed), fromHex("01 02 03"), SlotState::Deleted);
     const auto single = LongValueKind::SingleRow;
     const auto chain = LongValueKind::Chain;
     struct Case {

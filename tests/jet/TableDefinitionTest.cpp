@@ -53,7 +53,7 @@ std::vector<PageNumber> store(PagesInMemory& source, const base::Bytes& joined) 
         chain.push_back(source.add());
     const auto pages = definitionPages(joined, chain);
     for (std::size_t i = 0; i < pages.size(); ++i)
-        std::copy(pages[i].begin(), pages[i].end(), source.bytes(chain[i]).begin());
+        std::copy(pages[i].begin(), pages[i].end(), source.change(chain[i]).begin());
     return chain;
 }
 
@@ -81,17 +81,17 @@ TEST(TableDefinition, ReportsDefinitionsThatCannotBe) {
     };
     const auto put = [](std::size_t offset, std::uint32_t value, std::size_t count) {
         return [=](PagesInMemory& source, const std::vector<PageNumber>& chain) {
-            base::putLittleEndian(source.bytes(chain[0]), offset, value, count);
+            base::putLittleEndian(source.change(chain[0]), offset, value, count);
         };
     };
     const Case cases[] = {
         {"a loop in the chain",
-         [](PagesInMemory& source, const auto& chain) { base::putU32(source.bytes(chain[3]), 4, chain[1]); }},
-        {"a page of another kind", [](PagesInMemory& source, const auto& chain) { source.bytes(chain[2])[0] = 1; }},
+         [](PagesInMemory& source, const auto& chain) { base::putU32(source.change(chain[3]), 4, chain[1]); }},
+        {"a page of another kind", [](PagesInMemory& source, const auto& chain) { source.change(chain[2])[0] = 1; }},
         {"a chain cut short",
-         [](PagesInMemory& source, const auto& chain) { base::putU32(source.bytes(chain[3]), 4, 0); }},
+         [](PagesInMemory& source, const auto& chain) { base::putU32(source.change(chain[3]), 4, 0); }},
         {"a next page behind the end",
-         [](PagesInMemory& source, const auto& chain) { base::putU32(source.bytes(chain[3]), 4, 0x00FFFFFF); }},
+         [](PagesInMemory& source, const auto& chain) { base::putU32(source.change(chain[3]), 4, 0x00FFFFFF); }},
         {"a length beyond the pages", put(8, 0x00FFFFFF, 4)},
         {"a length of nothing", put(8, 0, 4)},
         {"no columns", put(45, 0, 2)},

@@ -1,15 +1,13 @@
 #include <algorithm>
 #include <functional>
 #include <gtest/gtest.h>
-#include <memory>
 
 #include "jet/Catalog.h"
-#include "jet/Creator.h"
 #include "jet/Database.h"
-#include "jet/MemoryIo.h"
 #include "jet/Table.h"
 #include "jet/TextCodec.h"
 #include "tests/jet/PagesInMemory.h"
+#include "tests/support/SampleFile.h"
 
 namespace jet {
 namespace {
@@ -18,34 +16,17 @@ constexpr base::TextView kName = u"Straße";
 
 /// A table with rows 1 to `count`, each with a text that fills part of a page.
 base::Bytes sampleFile(std::int32_t count) {
-    MemoryIo io;
-    Creator creator(io, {});
-    TableDesign design;
-    design.name = base::Text(kName);
-    design.columns = {{u"Nr", ColumnType::Long}, {u"Text", ColumnType::Text, 255}};
-    std::int32_t nr = 0;
-    creator.addTable(design, [&](std::vector<base::Value>& row) {
-        row = {++nr, base::Text(150, u'Ł')};
-        return nr <= count;
-    });
-    creator.finish();
-    return io.bytes();
-}
-
-/// The file as pages that a test may change.
-PagesInMemory pagesOf(const base::Bytes& file) {
-    PagesInMemory pages;
-    std::copy_n(file.begin() + kPageSize, kPageSize, pages.bytes(1).begin());
-    for (std::size_t start = 2 * kPageSize; start < file.size(); start += kPageSize) {
-        const auto begin = file.begin() + static_cast<std::ptrdiff_t>(start);
-        pages.add({begin, begin + kPageSize});
-    }
-    return pages;
+    test::SampleTable table;
+    table.design.name = base::Text(kName);
+    table.design.columns = {{u"Nr", ColumnType::Long}, {u"Text", ColumnType::Text, 255}};
+    for (std::int32_t nr = 1; nr <= count; ++nr)
+        table.rows.push_back({nr, base::Text(150, u'Ł')});
+    return test::sampleFile({table});
 }
 
 class SampleTable {
 public:
-    explicit SampleTable(std::int32_t count) : pages(pagesOf(sampleFile(count))) {
+    explicit SampleTable(std::int32_t count) : pages(sampleFile(count)) {
         Table table(*openTable(pages, kName));
         for (auto page = table.ownedPages().next(0); page; page = table.ownedPages().next(*page + 1))
             dataPages.push_back(*page);
@@ -54,7 +35,7 @@ public:
 
     /// Sets a slot's flags and keeps its place.
     void setState(RowPointer row, SlotState state) {
-        const auto bytes = pages.bytes(row.page);
+        const auto bytes = pages.change(row.page);
         const std::size_t place = kDataPageHeaderBytes + kSlotBytes * row.slot;
         const std::uint16_t offset = base::ByteView(bytes).u16(place) & 0x1FFFU;
         base::putU16(bytes, place, static_cast<std::uint16_t>(offset | static_cast<std::uint16_t>(state)));
@@ -63,7 +44,7 @@ public:
     /// Makes the row a pointer.
     void pointTo(RowPointer row, RowPointer target) {
         setState(row, SlotState::Moved);
-        const auto bytes = pages.bytes(row.page);
+        const auto bytes = pages.change(row.page);
         const std::size_t offset = base::ByteView(bytes).u16(kDataPageHeaderBytes + kSlotBytes * row.slot) & 0x1FFFU;
         base::putU32(bytes, offset, target.packed());
     }
@@ -133,20 +114,20 @@ TEST(Table, ReportsDamageInsteadOfLosingRows) {
              s.pointTo(s.row(0, 1), {14, 0});
          },
          "gehört zu"},
-        {"a page of another table", [](SampleTable& s) { base::putU32(s.pages.bytes(s.dataPages[1]), 4, 2); },
+        {"a page of another table", [](SampleTable& s) { base::putU32(s.pages.change(s.dataPages[1]), 4, 2); },
          "gehört zu 2"},
-        {"a page that is none", [](SampleTable& s) { s.pages.bytes(s.dataPages[1])[0] = 4; }, "Seitenart 4"},
-        {"a row behind the page", [](SampleTable& s) { base::putU16(s.pages.bytes(s.dataPages[1]), 14, 0x1001); },
+        {"a page that is none", [](SampleTable& s) { s.pages.change(s.dataPages[1])[0] = 4; }, "Seitenart 4"},
+        {"a row behind the page", [](SampleTable& s) { base::putU16(s.pages.change(s.dataPages[1]), 14, 0x1001); },
          "Zeilenversatz"},
-        {"rows in the offset table", [](SampleTable& s) { base::putU16(s.pages.bytes(s.dataPages[1]), 12, 250); },
+        {"rows in the offset table", [](SampleTable& s) { base::putU16(s.pages.change(s.dataPages[1]), 12, 250); },
          "Zeilenversatz"},
         {"more slots than rows can be named",
-         [](SampleTable& s) { base::putU16(s.pages.bytes(s.dataPages[1]), 12, 2000); }, "2000 Zeilen"},
-        {"an unknown flag", [](SampleTable& s) { base::putU16(s.pages.bytes(s.dataPages[1]), 14, 0x2E00); },
+         [](SampleTable& s) { base::putU16(s.pages.change(s.dataPages[1]), 12, 2000); }, "2000 Zeilen"},
+        {"an unknown flag", [](SampleTable& s) { base::putU16(s.pages.change(s.dataPages[1]), 14, 0x2E00); },
          "Zeilenversatz"},
         {"a map without its page",
          [](SampleTable& s) {
-             base::putU32(s.pages.bytes(s.definitionPage), 55, RowPointer{500, 0}.packed());
+             base::putU32(s.pages.change(s.definitionPage), 55, RowPointer{500, 0}.packed());
          },
          "500"},
     };
@@ -161,8 +142,8 @@ TEST(Table, ReportsDamageInsteadOfLosingRows) {
 
 TEST(Table, IsNotReadAsShorterWhenTheFileWasCut) {
     const base::Bytes file = sampleFile(30);
-    const auto count = [](base::Bytes bytes) {
-        Database database = Database::open(std::make_unique<MemoryIo>(std::move(bytes)), u"konten.mdb", {});
+    const auto count = [](const base::Bytes& bytes) {
+        Database database = test::openSample(bytes);
         ReadOperation operation = database.beginRead();
         const auto table = openTable(operation, kName);
         if (!table) return -1;
@@ -184,21 +165,17 @@ TEST(Table, IsNotReadAsShorterWhenTheFileWasCut) {
 }
 
 TEST(Catalog, RefusesTwoTablesOfOneName) {
-    MemoryIo io;
-    Creator creator(io, {});
-    for (const char16_t* name : {u"Konten", u"Kontem"}) {
-        TableDesign design;
-        design.name = name;
-        design.columns = {{u"Nr", ColumnType::Long}};
-        creator.addTable(design, [](std::vector<base::Value>&) { return false; });
+    std::vector<test::SampleTable> tables(2);
+    for (std::size_t i = 0; i < 2; ++i) {
+        tables[i].design.name = i == 0 ? u"Konten" : u"Kontem";
+        tables[i].design.columns = {{u"Nr", ColumnType::Long}};
     }
-    creator.finish();
-    base::Bytes file = io.bytes();
+    base::Bytes file = test::sampleFile(tables);
     const base::Bytes name = encodeText(u"Kontem", false);
     const auto found = std::search(file.begin(), file.end(), name.begin(), name.end());
     ASSERT_NE(found, file.end());
     *(found + 10) = 'N';
-    PagesInMemory pages = pagesOf(file);
+    PagesInMemory pages(file);
     EXPECT_NE(errorOf([&] { openTable(pages, u"Konten"); }).find("doppelt"), std::string::npos);
     EXPECT_FALSE(openTable(pages, u"Tables").has_value()) << "a container is no table";
 }

@@ -1,54 +1,27 @@
-#include <algorithm>
-#include <filesystem>
 #include <fstream>
-#include <gtest/gtest.h>
 #include <iterator>
-#include <random>
-#include <set>
-#include <sstream>
-#include <string>
-#include <thread>
-#include <vector>
 
-#include "tests/kontodb/FakeConsole.h"
-#include "tools/kontodb/Commands.h"
+#include "tests/kontodb/Command.h"
 
 namespace kontodb {
 namespace {
 
-using base::Text;
-
-class Exec : public testing::Test {
+class Exec : public Command {
 protected:
-    Exec()
-        : folder_(std::filesystem::temp_directory_path() / ("kontodb-exec-" + std::to_string(std::random_device()()))) {
-        std::filesystem::create_directory(folder_);
-        file_ = (folder_ / "Konten äöü.mdb").u16string();
-        EXPECT_EQ(call(u"create", {u"--accounts", u"200"}).exitCode, kExitSuccess);
-    }
+    Exec() { EXPECT_EQ(call(u"create", {u"--accounts", u"200"}).exitCode, kExitSuccess); }
     // Whatever was written, the file is sound and no journal lies there.
     ~Exec() override {
         EXPECT_EQ(call(u"check").printed.find("Fehler"), std::string::npos);
-        const auto files = std::distance(std::filesystem::directory_iterator(folder_), {});
-        EXPECT_EQ(files, 1);
-        std::filesystem::remove_all(folder_);
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_.path), {}), 1);
     }
     Exec(const Exec&) = delete;
     Exec& operator=(const Exec&) = delete;
 
-    struct Outcome {
-        int exitCode;
-        std::string printed;
-        std::string errors;
-    };
-
     Outcome call(const Text& command, const std::vector<Text>& further = {}) const {
-        FakeConsole console;
         std::vector<Text> arguments{command, file_};
         arguments.insert(arguments.end(), further.begin(), further.end());
         arguments.insert(arguments.end(), {u"--password", u"HwendorpliqZ"});
-        const int exitCode = run(arguments, console);
-        return {exitCode, console.printed, console.errors};
+        return Command::call(arguments);
     }
     Outcome exec(const Text& statement) const { return call(u"exec", {statement}); }
     Outcome query(const Text& rest) const { return call(u"query", {u"SELECT * FROM Benutzerkonto " + rest}); }
@@ -58,8 +31,7 @@ protected:
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
-    std::filesystem::path folder_;
-    Text file_;
+    Text file_ = path(u"Konten äöü.mdb");
 };
 
 TEST_F(Exec, PrintsTheCountOfRows) {
@@ -100,34 +72,6 @@ TEST_F(Exec, SaysWhatIsWrongAndChangesNothing) {
         EXPECT_TRUE(outcome.errors.starts_with(error)) << outcome.errors;
     }
     EXPECT_EQ(content(), before);
-}
-
-TEST_F(Exec, SeveralAtATimeLoseNothingAndGiveNoNumberTwice) {
-    constexpr int kRounds = 15;
-    const auto work = [this](const Text& who, int first) {
-        for (int i = 0; i < kRounds; ++i) {
-            Text insert = u"INSERT INTO Benutzerkonto (BenKTO_Name) VALUES ('";
-            insert.append(who).append(base::decimal(i)).append(u"')");
-            EXPECT_EQ(exec(insert).printed, "1\n");
-            Text update = u"UPDATE Benutzerkonto SET BenKTO_ServerPath = '";
-            update.append(who).append(u"' WHERE BenKTO_ID = ").append(base::decimal(first + 2 * i));
-            EXPECT_EQ(exec(update).printed, "1\n");
-        }
-    };
-    std::thread other([&] { work(u"Zwei", 2); });
-    work(u"Eins", 1);
-    other.join();
-    for (const Text who : {u"Eins", u"Zwei"}) {
-        const std::string changed = query(u"WHERE BenKTO_ServerPath = '" + who + u"'").printed;
-        EXPECT_EQ(std::count(changed.begin(), changed.end(), '\n'), 1 + kRounds);
-    }
-    std::istringstream added(query(u"WHERE BenKTO_ID > 200").printed);
-    std::set<std::string> numbers;
-    int rows = -1;
-    for (std::string line; std::getline(added, line); ++rows)
-        numbers.insert(line.substr(0, line.find('\t')));
-    EXPECT_EQ(rows, 2 * kRounds);
-    EXPECT_EQ(numbers.size(), 1U + 2 * kRounds);
 }
 
 }  // namespace

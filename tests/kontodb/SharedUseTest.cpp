@@ -1,30 +1,24 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
-#include <filesystem>
 #include <fstream>
 #include <functional>
-#include <gtest/gtest.h>
 #include <iostream>
 #include <map>
 #include <random>
 #include <set>
 #include <sstream>
-#include <string>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
-#include <vector>
 
-#include "tests/kontodb/FakeConsole.h"
+#include "tests/kontodb/Command.h"
 #include "tests/support/Environment.h"
-#include "tools/kontodb/Commands.h"
 
 /// Several kontodb processes in one file, some of them killed at any moment.
 namespace kontodb {
 namespace {
 
-using base::Text;
 using Clock = std::chrono::steady_clock;
 
 constexpr int kWriters = 4;
@@ -32,36 +26,22 @@ constexpr int kReaders = 2;
 /// Two accounts far apart that every writer sets to the same, in one statement.
 constexpr base::TextView kPair = u"BenKTO_ID IN (1, 300)";
 
-class SharedUse : public testing::Test {
+class SharedUse : public Command {
 protected:
-    SharedUse() : folder_(std::filesystem::temp_directory_path() / ("kontodb-shared-" + std::to_string(seed_))) {
+    SharedUse() {
         std::cout << "TOLV_RANDOM_SEED=" << seed_ << std::endl;
-        std::filesystem::create_directory(folder_);
-        file_ = (folder_ / "Konten.mdb").u16string();
         EXPECT_EQ(call({u"create", file_, u"--accounts", u"300"}).exitCode, kExitSuccess);
         exec(u"UPDATE Benutzerkonto SET BenKTO_Pass = 'gleich' WHERE " + Text(kPair));
     }
-    ~SharedUse() override { std::filesystem::remove_all(folder_); }
-    SharedUse(const SharedUse&) = delete;
-    SharedUse& operator=(const SharedUse&) = delete;
 
-    struct Outcome {
-        int exitCode;
-        std::string printed;
-        std::string errors;
-
-        bool isBusy() const {
-            return std::ranges::any_of(
-                std::initializer_list<const char*>{"gesperrt", "bereits benutzt", "hinterlassen"},
-                [&](const char* word) { return errors.find(word) != std::string::npos; });
-        }
-    };
+    static bool isBusy(const Outcome& outcome) {
+        return std::ranges::any_of(std::initializer_list<const char*>{"gesperrt", "bereits benutzt", "hinterlassen"},
+                                   [&](const char* word) { return outcome.errors.find(word) != std::string::npos; });
+    }
 
     static Outcome call(std::vector<Text> arguments) {
-        FakeConsole console;
         arguments.insert(arguments.end(), {u"--password", u"HwendorpliqZ"});
-        const int exitCode = run(arguments, console);
-        return {exitCode, console.printed, console.errors};
+        return Command::call(arguments);
     }
     Outcome exec(const Text& statement) const { return call({u"exec", file_, statement}); }
     Outcome query(const Text& condition) const {
@@ -109,7 +89,7 @@ protected:
                                        u"UPDATE Benutzerkonto SET BenKTO_Pass = '" + value + u"' WHERE " + Text(kPair)};
             for (std::size_t kind = 0; kind < std::size(statements); ++kind) {
                 Outcome outcome = exec(statements[kind]);
-                while (outcome.isBusy())
+                while (isBusy(outcome))
                     outcome = exec(statements[kind]);
                 if (outcome.exitCode != kExitSuccess) return complain(outcome);
                 acknowledged << kind << ' ' << base::toUtf8(value) << std::endl;
@@ -122,7 +102,7 @@ protected:
         int reads = 0;
         while (!isOver() || reads == 0) {
             const Outcome outcome = query(Text(kPair));
-            if (outcome.isBusy()) continue;
+            if (isBusy(outcome)) continue;
             const auto rows = rowsOf(outcome);
             if (rows.size() != 2 || rows[0][2] != rows[1][2]) return complain(outcome);
             ++reads;
@@ -136,8 +116,7 @@ protected:
     }
 
     std::uint32_t seed_ = test::environmentNumber("TOLV_RANDOM_SEED", std::random_device{}());
-    std::filesystem::path folder_;
-    Text file_;
+    Text file_ = path(u"Konten.mdb");
 };
 
 TEST_F(SharedUse, LosesNothingWhileProcessesAreKilledAtAnyMoment) {

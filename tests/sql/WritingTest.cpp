@@ -149,20 +149,5 @@ TEST_F(Writing, AStatementThatFailsChangesNoByte) {
     EXPECT_EQ(machine.steps(), 0);
 }
 
-TEST_F(Writing, OneRowOfManyCostsFewPages) {
-    test::SampleTable table;
-    table.design.name = u"Konto";
-    table.design.columns = {{u"Nr", ColumnType::Long}, {u"Name", ColumnType::Text, 200}};
-    table.design.indexes = {{u"PrimaryKey", {{u"Nr"}}, true, IndexDefinition::kUnique | IndexDefinition::kRequired}};
-    for (std::int32_t i = 0; i < 5000; ++i)
-        table.rows.push_back({i, Text(150, u'x')});
-    const test::Machine machine(test::sampleFile({table}));
-    auto database = Database::open(machine.storage(), {}, LeftJournalRule::RollBack);
-    EXPECT_EQ(run(database, u"UPDATE Konto SET Name = 'kurz' WHERE Nr = 2500"), "1");
-    // The journal made, its name and itself flushed; the page, flushed; the journal gone.
-    EXPECT_LE(machine.steps(), 12);
-    EXPECT_EQ(test::faultsIn(machine.file()), "");
-}
-
 }  // namespace
 }  // namespace jet::sql

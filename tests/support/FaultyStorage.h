@@ -48,6 +48,8 @@ public:
     /// The machine stops at this step, counted from 1. A write gets as far as its first half.
     void stopAt(int step) { state_->stopAt = step; }
     void failAt(int step) { state_->failAt = step; }
+    /// The file cannot be opened for writing; None lifts it.
+    void refuseWriting(jet::Refusal refusal) { state_->refusal = refusal; }
 
     std::unique_ptr<jet::Storage> storage(base::Text name = u"Konten.mdb") const {
         return std::make_unique<FaultyStorage>(state_, std::move(name));
@@ -134,6 +136,7 @@ private:
         int steps = 0;
         int flushes = 0;
         std::optional<int> stopAt, failAt;
+        jet::Refusal refusal = jet::Refusal::None;
     };
 
     class FaultyIo : public jet::PageIo {
@@ -178,7 +181,10 @@ private:
         base::Text fileName() const override { return name_; }
         base::Text journalPath() const override { return name_ + base::Text(jet::kJournalSuffix); }
         std::unique_ptr<jet::PageIo> openForReading() override { return open(state_->file); }
-        jet::OpenedFile openForWriting() override { return {open(state_->file), jet::Refusal::None}; }
+        jet::OpenedFile openForWriting() override {
+            const bool isRefused = state_->refusal != jet::Refusal::None;
+            return {isRefused ? nullptr : open(state_->file), state_->refusal};
+        }
         std::optional<std::uint64_t> journalSizeBytes() override {
             return state_->journal ? std::optional<std::uint64_t>(state_->journal->now.size()) : std::nullopt;
         }

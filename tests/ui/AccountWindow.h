@@ -1,6 +1,7 @@
 #pragma once
 
 #include <gmock/gmock.h>
+#include <map>
 
 #include "accounts/AccountTable.h"
 #include "tests/support/Tool.h"
@@ -16,26 +17,12 @@ class Recorder : public forms::ListViewPeer {
 public:
     Recorder(base::TextView name, test::Log& log) : name_(base::toUtf8(name)), log_(log) {}
     void show(forms::Property property) override {
-        switch (property) {
-            case forms::Property::Enabled:
-                return note("enabled");
-            case forms::Property::Text:
-                return note("text");
-            case forms::Property::Caption:
-                return note("caption");
-            case forms::Property::BackColor:
-                return note("colour");
-            case forms::Property::FontBold:
-                return note("bold");
-            case forms::Property::Value:
-                return note("value");
-            case forms::Property::ListIndex:
-                return note("index");
-            case forms::Property::Selection:
-                return note("selection");
-            default:
-                return;
-        }
+        static const std::map<forms::Property, const char*> names = {
+            {forms::Property::Enabled, "enabled"}, {forms::Property::Text, "text"},
+            {forms::Property::Caption, "caption"}, {forms::Property::BackColor, "colour"},
+            {forms::Property::FontBold, "bold"},   {forms::Property::Value, "value"},
+            {forms::Property::ListIndex, "index"}, {forms::Property::Selection, "selection"}};
+        if (const auto found = names.find(property); found != names.end()) note(found->second);
     }
     void takeFocus() override { note("focus"); }
     void refresh() override { note("refresh"); }

@@ -194,19 +194,6 @@ TEST_F(CommandsTest, aChangedAccountIsStoredAndStaysSelectedHoweverTheListIsSort
     }
 }
 
-TEST_F(CommandsTest, savingAnAccountThatSomebodyHasDeletedMakesANewRowWithoutPassword) {
-    edit(u"Abel", u"C:\\neu");
-    std::erase(tool.database.rows, abel);
-    window.cmdSpeichern.userClicked();
-    EXPECT_THAT(boxes(), IsEmpty());
-    expectAccount(u"Abel", u"C:\\neu", 0);
-    EXPECT_EQ(window.lvwBenKto.SelectedItem()->Key(), u"BenKto:18");
-    EXPECT_TRUE(window.cmbResetPWD.Enabled());
-    const test::FakeDatabase::Row stored{std::int32_t{18}, base::Text(u"Abel"), base::Null{}, base::Text(u"C:\\neu"),
-                                         false};
-    EXPECT_EQ(tool.database.rows.back(), stored);
-}
-
 TEST_F(CommandsTest, onlyCtrlSAloneSavesAndOnlyAChangedAccount) {
     struct Case {
         std::int16_t key, shift;

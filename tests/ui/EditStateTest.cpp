@@ -61,31 +61,33 @@ TEST_F(EditStateTest, lockingDisablesThenEmptiesEveryKindButTheNewAccountButton)
     const forms::ListItem item = window.lvwBenKto.ListItems(1);
     window.lvwBenKto.setSelectedItem(std::nullopt);
     makeBusy(true);
-    EXPECT_THAT(recorded([&] { window.lvwBenKto.onItemClick(item); }), ElementsAreArray({"chbProgrammupdate enabled",
-                                                                                         "chbProgrammupdate value",
-                                                                                         "txtUserNameDexo enabled",
-                                                                                         "txtUserNameDexo colour",
-                                                                                         "txtUserNameDexo text",
-                                                                                         "txtPathGlobal enabled",
-                                                                                         "txtPathGlobal colour",
-                                                                                         "txtPathGlobal text",
-                                                                                         "combo enabled",
-                                                                                         "combo colour",
-                                                                                         "combo index",
-                                                                                         "option enabled",
-                                                                                         "option value",
-                                                                                         "cmbaddnew enabled",
-                                                                                         "cmbaddnew value",
-                                                                                         "cmdGlobal enabled",
-                                                                                         "cmdSpeichern caption",
-                                                                                         "cmdSpeichern colour",
-                                                                                         "cmdSpeichern bold",
-                                                                                         "cmdSpeichern enabled"}));
+    const test::Log expected{"chbProgrammupdate enabled",
+                             "chbProgrammupdate value",
+                             "txtUserNameDexo enabled",
+                             "txtUserNameDexo colour",
+                             "txtUserNameDexo text",
+                             "txtPathGlobal enabled",
+                             "txtPathGlobal colour",
+                             "txtPathGlobal text",
+                             "combo enabled",
+                             "combo colour",
+                             "combo index",
+                             "option enabled",
+                             "option value",
+                             "cmbaddnew enabled",
+                             "cmbaddnew value",
+                             "cmdGlobal enabled",
+                             "cmdSpeichern caption",
+                             "cmdSpeichern colour",
+                             "cmdSpeichern bold",
+                             "cmdSpeichern enabled"};
+    EXPECT_EQ(recorded([&] { window.lvwBenKto.onItemClick(item); }), expected);
     expectEmpty();
     EXPECT_EQ(combo.BackColor(), kGrey);
     EXPECT_EQ(combo.ListIndex(), -1);
     EXPECT_FALSE(option.Value());
     EXPECT_TRUE(window.cmbAddNew.Enabled());
+    EXPECT_EQ(window.lvwBenKto.rowCount(), 3);
 }
 
 TEST_F(EditStateTest, preparingEmptiesThenEnablesEveryKindButOptionButtonsAndTheNewAccountButton) {

@@ -80,18 +80,6 @@ TEST_F(frmBenKtoTest, anAccountThatIsGoneRaisesTheErrorAndTakesTheHourglassBack)
     EXPECT_THAT(tool.services.mousePointer.shapes, ElementsAre(Shape::Hourglass, Shape::Default));
 }
 
-TEST_F(frmBenKtoTest, aRowClickWithNothingSelectedLocksTheFields) {
-    addAccounts();
-    tool.openAccountWindow();
-    const forms::ListItem item = window.lvwBenKto.ListItems(2);
-    window.lvwBenKto.setSelectedItem(std::nullopt);
-    window.lvwBenKto.onItemClick(item);
-    expectEmpty();
-    EXPECT_EQ(window.lvwBenKto.rowCount(), 3);
-    window.lvwBenKto.userSelectedRow(1);
-    expectAccount(u"Meier", u"C:\\M", 0);
-}
-
 TEST_F(frmBenKtoTest, everyWayToCloseReleasesTheAccountFileAndAsksNothing) {
     const std::vector<std::function<void()>> ways{[&] { window.cmdAbbrechen.userClicked(); },
                                                   [&] { window.userPressedEscape(); }, [&] { window.userClosed(); }};

@@ -2,23 +2,13 @@
 #include <gtest/gtest.h>
 #include <vector>
 
-#include "base/RuntimeError.h"
+#include "tests/support/Expect.h"
 #include "win32/SystemRegional.h"
 
 namespace {
 
+using test::errorOf;
 using win32::SystemRegional;
-
-/// The number of the error that the action raises, 0 for none.
-template <class Action>
-int errorOf(Action action) {
-    try {
-        action();
-    } catch (const base::RuntimeError& error) {
-        return error.number();
-    }
-    return 0;
-}
 
 // Run in the German environment, as ./test does.
 

@@ -1,30 +1,21 @@
-#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 
 #include "settings/cINI.h"
-#include "win32/SystemHeaders.h"
+#include "tests/support/TempFolder.h"
 #include "win32/SystemServices.h"
-#include "win32/WideText.h"
 
 namespace {
 
 /// A program folder of the test's own, with a settings file in it.
 class Folder final : public platform::ProgramFolder {
 public:
-    explicit Folder(const std::string& settings)
-        : path_(std::filesystem::temp_directory_path() / ("tolv-settings-" + std::to_string(GetCurrentProcessId()))) {
-        std::filesystem::create_directory(path_);
-        std::ofstream(path_ / "Tolv.ini", std::ios::binary) << settings;
-    }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-    ~Folder() override { std::filesystem::remove_all(path_); }
+    explicit Folder(const std::string& settings) { std::ofstream(folder_ / "Tolv.ini", std::ios::binary) << settings; }
 
-    base::Text path() const override { return win32::fromWide(path_.wstring()); }
+    base::Text path() const override { return folder_.path.u16string(); }
 
 private:
-    std::filesystem::path path_;
+    test::TempFolder folder_;
 };
 
 base::Text databaseFolder(const std::string& settings) {
