@@ -22,12 +22,22 @@ PageNumber PageAllocator::allocate() {
         lowestFree_ = store_.pageCount();
         return append();
     }
-    if (*free < kFixedPages) throw damaged(kGlobalMap.page, u"Eine feste Seite der Datei ist als frei verzeichnet");
+    requireUnused(*free);
     map_.put(*free, false);
     lowestFree_ = *free + 1;
     const std::span<std::uint8_t> page = store_.change(*free);
     std::fill(page.begin(), page.end(), std::uint8_t{0});
     return *free;
+}
+
+/// A page that this engine has freed shows it by its first bytes; any other one still looks like what it was.
+void PageAllocator::requireUnused(PageNumber page) {
+    if (page >= kFixedPages) {
+        if (store_.page(page).bytes.u8(0) == 0) return;
+        if (!inUse_) inUse_.emplace(store_);
+        if (!inUse_->contains(page)) return;
+    }
+    throw damaged(page, u"Die Seite wird benutzt und ist als frei verzeichnet");
 }
 
 PageNumber PageAllocator::append() {

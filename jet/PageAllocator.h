@@ -1,16 +1,20 @@
 #pragma once
 
+#include <optional>
+
 #include "jet/PageStore.h"
+#include "jet/PagesInUse.h"
 #include "jet/UsageMapRow.h"
 
 namespace jet {
 
 /// Hands out pages and takes them back: the keeper of the global map, in which a set bit is a free page.
 ///
-/// Law: no page of the file is in use while its bit is set. Where the map is silent (before its first page, or behind
-/// its end) the pages that the file has already count as used, since nobody says to whom they belong; those that it
-/// does not have yet count as free. The map grows with the file: its row on page 1 becomes longer as long as there is
-/// room, then it is turned into references to bitmap pages. See docs/file-format.md, "Usage maps".
+/// Law: no page of the file is in use while its bit is set; where a damaged map breaks it, the page is refused. Where
+/// the map is silent (before its first page, or behind its end) the pages that the file has already count as used,
+/// since nobody says to whom they belong; those that it does not have yet count as free. The map grows with the file:
+/// its row on page 1 becomes longer as long as there is room, then it is turned into references to bitmap pages. See
+/// docs/file-format.md, "Usage maps".
 class PageAllocator {
 public:
     /// @param store  must outlive the allocator
@@ -18,7 +22,7 @@ public:
     explicit PageAllocator(PageStore& store);
 
     /// The lowest free page, all zero, or a further one at the end of the file.
-    /// @throws RuntimeError if the file would be larger than the format allows
+    /// @throws RuntimeError if the file would be larger than the format allows; (damage) if a table refers to the page
     PageNumber allocate();
 
     /// Nothing may refer to the page any more. Its first four bytes are cleared, so that nobody takes it for what it
@@ -27,6 +31,7 @@ public:
     void free(PageNumber page);
 
 private:
+    void requireUnused(PageNumber page);
     PageNumber append();
     void markUsed(PageNumber page);
     bool enlargeRow(PageNumber page);
@@ -35,7 +40,8 @@ private:
 
     PageStore& store_;
     UsageMapRow map_;
-    PageNumber lowestFree_ = 0;  ///< no page before it is free
+    PageNumber lowestFree_ = 0;        ///< no page before it is free
+    std::optional<PagesInUse> inUse_;  ///< made when needed
 };
 
 }  // namespace jet

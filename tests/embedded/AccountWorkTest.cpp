@@ -221,7 +221,9 @@ private:
 std::vector<jet::Seed> accountFiles() {
     std::vector<jet::Seed> files;
     for (const jet::Seed& seed : jet::seeds()) {
-        if (seed.name == "types" || (seed.name.ends_with(".mdb") && !seed.name.starts_with("BenKTO"))) continue;
+        if (seed.name == "types" || seed.name == "related" ||
+            (seed.name.ends_with(".mdb") && !seed.name.starts_with("BenKTO")))
+            continue;
         files.push_back(seed);
         const bool isPlain = jet::Header::read(base::ByteView(seed.file)).databaseKey == 0;
         if (isPlain) files.push_back({seed.name + ", encoded", test::encoded(seed.file, 0xA1B2C3D4U)});

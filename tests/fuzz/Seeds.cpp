@@ -8,6 +8,8 @@
 
 #include "jet/Creator.h"
 #include "jet/MemoryIo.h"
+#include "tests/support/MemoryPageStore.h"
+#include "tests/support/RelatedTables.h"
 
 namespace jet {
 namespace {
@@ -81,6 +83,38 @@ Seed make(std::string name, base::Text password, const auto& fill) {
     return {std::move(name), io.bytes()};
 }
 
+/// Two tables of which one refers to the other, with long values of every kind.
+Seed related() {
+    static constexpr std::size_t kNoteUnits[] = {20, 300, 4500, 2500};
+    const auto rows = [](std::int32_t count) {
+        return [count, i = 0](std::vector<Value>& row) mutable {
+            if (i == count) return false;
+            const std::size_t units = kNoteUnits[static_cast<std::size_t>(i) % std::size(kNoteUnits)];
+            ++i;
+            row = {i, i % 7 == 0 ? Value(base::Null{}) : Value(1 + i % 5), base::Text(units, u'n'),
+                   base::Bytes(i % 3 == 0 ? 200U : 5000U, 0xA5)};
+            return true;
+        };
+    };
+    constexpr std::uint8_t kKey = IndexDefinition::kUnique | IndexDefinition::kRequired;
+    TableDesign design{.name = {},
+                       .columns = {{.name = u"Nr", .type = ColumnType::Long, .isAutoNumber = true},
+                                   {.name = u"Zu", .type = ColumnType::Long},
+                                   {.name = u"Notiz", .type = ColumnType::Memo},
+                                   {.name = u"Bild", .type = ColumnType::Ole}},
+                       .indexes = {{.name = u"PrimaryKey", .columns = {{u"Nr"}}, .isPrimary = true, .flags = kKey},
+                                   {.name = u"Zu", .columns = {{u"Zu"}}}}};
+    const Seed tables = make("related", {}, [&](Creator& creator) {
+        for (const auto& [name, count] : {std::pair{u"Konto", 6}, std::pair{u"Sitzung", 12}}) {
+            design.name = name;
+            creator.addTable(design, rows(count));
+        }
+    });
+    test::MemoryPageStore store(tables.file);
+    test::relate(store, u"Sitzung", u"Zu", u"Konto", u"Nr", 0, test::kCascade);
+    return {tables.name, store.file()};
+}
+
 void addCorpus(std::vector<Seed>& all) {
     const char* folder = std::getenv("TOLV_CORPUS");
     if (folder == nullptr) return;
@@ -100,6 +134,7 @@ std::vector<Seed> seeds() {
     all.push_back(make("accounts", base::Text(kSeedPassword),
                        [](Creator& creator) { creator.addTable(accounts(), accountRows(150)); }));
     all.push_back(make("types", {}, [](Creator& creator) { creator.addTable(everyType(), everyTypeRows()); }));
+    all.push_back(related());
     addCorpus(all);
     return all;
 }

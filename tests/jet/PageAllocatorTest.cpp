@@ -55,8 +55,21 @@ TEST(PageAllocator, RefusesWhatMustNotBecomeFree) {
     allocator.free(page);
     for (const PageNumber wrong : {page, PageNumber{0}, PageNumber{1}, PageNumber{5}, page + 1})
         EXPECT_THROW(allocator.free(wrong), base::RuntimeError) << wrong;
-    UsageMapRow(store, kGlobalMap).put(2, true);
-    EXPECT_THROW(PageAllocator(store).allocate(), base::RuntimeError) << "a definition in use as free page";
+}
+
+TEST(PageAllocator, TakesNoPageThatATableRefersTo) {
+    TableDesign design{u"T", {{u"Nr", ColumnType::Long}, {u"Notiz", ColumnType::Memo}}, {{u"Nr", {{u"Nr"}}}}};
+    const base::Bytes file = test::sampleFile({{design, {{1, base::Text(9000, u'n')}}}});
+    const auto count = static_cast<PageNumber>(file.size() / kPageSize);
+    for (PageNumber used = 2; used < count; ++used) {
+        test::MemoryPageStore store(file);
+        UsageMapRow(store, kGlobalMap).put(used, true);
+        EXPECT_THROW(PageAllocator(store).allocate(), base::RuntimeError) << used;
+    }
+    test::MemoryPageStore store(file);
+    store.extendTo(count + 1);
+    store.change(count)[0] = 1;
+    EXPECT_EQ(PageAllocator(store).allocate(), count) << "one that somebody freed and left as it was";
 }
 
 /// Over each boundary of the map: longer rows, the end of page 1, one and two bitmap pages more.

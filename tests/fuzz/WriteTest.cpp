@@ -1,0 +1,255 @@
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <iostream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "jet/Catalog.h"
+#include "jet/TableWriter.h"
+#include "jet/Transaction.h"
+#include "jet/UsageMapRow.h"
+#include "jet/sql/Execution.h"
+#include "jet/sql/TableExpressions.h"
+#include "tests/fuzz/Mutator.h"
+#include "tests/fuzz/Seeds.h"
+#include "tests/support/Environment.h"
+#include "tests/support/FaultyStorage.h"
+#include "tests/support/MemoryPageStore.h"
+#include "tests/support/SampleFile.h"
+#include "tests/support/SoundFile.h"
+
+namespace jet {
+namespace {
+
+using base::Text;
+
+/// A table that statements can be made for.
+struct Target {
+    Text name;
+    std::vector<Column> columns;
+};
+
+std::vector<Target> targetsOf(const Seed& seed) {
+    std::vector<Target> targets;
+    Database database = Database::open(std::make_unique<MemoryIo>(seed.file), u"Probe.mdb", kSeedPassword);
+    ReadOperation operation = database.beginRead();
+    const Catalog catalog(operation);
+    for (const CatalogEntry& entry : catalog.entries()) {
+        if (!entry.isLocalTable() || entry.isSystem() || entry.name.starts_with(u"MSys")) continue;
+        targets.push_back({entry.name, Table(operation, entry).definition().columns});
+    }
+    return targets;
+}
+
+/// Statements for a table at random.
+class Statements {
+public:
+    Statements(Mutator& random, const Target& target) : random_(random), target_(target) {}
+
+    Text next() {
+        const Text table = u"[" + target_.name + u"]";
+        switch (random_.below(4)) {
+            case 0: {
+                Text names, values;
+                for (const Column& column : someColumns()) {
+                    names += (names.empty() ? u"[" : u", [") + column.name + u"]";
+                    values += (values.empty() ? u"" : u", ") + literal(column);
+                }
+                return u"INSERT INTO " + table + u" (" + names + u") VALUES (" + values + u")";
+            }
+            case 1:
+                return u"DELETE FROM " + table + condition();
+            default: {
+                Text assignments;
+                for (const Column& column : someColumns())
+                    assignments += (assignments.empty() ? u"[" : u", [") + column.name + u"] = " + literal(column);
+                return u"UPDATE " + table + u" SET " + assignments + condition();
+            }
+        }
+    }
+
+private:
+    std::vector<Column> someColumns() {
+        std::vector<Column> columns;
+        for (const Column& column : target_.columns)
+            if (!column.isAutoNumber() && random_.below(2) == 0) columns.push_back(column);
+        if (columns.empty()) columns.push_back(target_.columns[random_.below(target_.columns.size())]);
+        return columns;
+    }
+
+    Text literal(const Column& column) {
+        if (random_.below(6) == 0) return u"NULL";
+        switch (column.type) {
+            case ColumnType::Boolean:
+                return random_.below(2) == 0 ? u"TRUE" : u"FALSE";
+            case ColumnType::Byte:
+            case ColumnType::Integer:
+            case ColumnType::Long:
+            case ColumnType::Currency:
+            case ColumnType::Single:
+            case ColumnType::Double:
+            case ColumnType::Numeric:
+                return base::decimal(static_cast<std::int32_t>(random_.below(200)));
+            case ColumnType::DateTime:
+                return u"#3/14/2003#";
+            case ColumnType::Text:
+                return u"'" + Text(1 + random_.below(std::min<std::size_t>(column.lengthBytes / 2, 60)), letter()) +
+                       u"'";
+            case ColumnType::Memo:
+                return u"'" + Text(1 + random_.below(random_.below(2) == 0 ? 200 : 9000), letter()) + u"'";
+            default:
+                return u"NULL";
+        }
+    }
+
+    char16_t letter() { return static_cast<char16_t>(u'a' + random_.below(26)); }
+
+    /// One row, several, or all.
+    Text condition() {
+        const auto number = std::ranges::find(target_.columns, ColumnType::Long, &Column::type);
+        if (number == target_.columns.end() || random_.below(8) == 0) return {};
+        const std::uint32_t first = 1 + random_.below(random_.below(2) == 0 ? 20 : 150);
+        return u" WHERE [" + number->name + u"] BETWEEN " + base::decimal(static_cast<std::int32_t>(first)) + u" AND " +
+               base::decimal(static_cast<std::int32_t>(first + (random_.below(2) == 0 ? 0 : random_.below(40))));
+    }
+
+    Mutator& random_;
+    const Target& target_;
+};
+
+/// A new row, as a record set adds one: its number first.
+void addRow(Database& database, base::TextView table) {
+    const sql::TableExpressions expressions;
+    RowOfValues row;
+    for (const bool isFirst : {true, false}) {
+        Transaction transaction(database, WriteKind::Recordset);
+        TableWriter writer(transaction, table, WriteKind::Recordset, expressions);
+        if (isFirst)
+            row = writer.startRow();
+        else
+            writer.insert(row, {});
+        transaction.commit();
+    }
+}
+
+struct Counts {
+    std::size_t statements = 0, done = 0, shared = 0, unreadable = 0;
+};
+
+/// Pages in use that the global map calls free are rare among changes at random, and the worst of all.
+void freeSomePages(base::Bytes& file, Mutator& random) {
+    test::MemoryPageStore store(file);
+    UsageMapRow map(store, {1, 0});
+    for (std::uint32_t left = 1 + random.below(3); left > 0; --left) {
+        const PageNumber page = random.below(store.pageCount());
+        if (map.covers(page)) map.put(page, true);
+    }
+    file = store.file();
+}
+
+/// Two structures share a page: then each change of the one is a new fault of the other.
+bool sharesPages(const std::string& faults) {
+    const auto has = [&](const char* part) { return faults.find(part) != std::string::npos; };
+    return has(" und auch ") || has(" schon ") || has("die Seite gehört der Spalte nicht");
+}
+
+/// A damaged file and what statements make of it.
+class Trial {
+public:
+    /// @throws RuntimeError if the file cannot be opened or checked at all
+    Trial(const base::Bytes& file, Counts& counts)
+        : machine_(file),
+          counts_(counts),
+          database_(Database::open(machine_.storage(), kSeedPassword, LeftJournalRule::RollBack)),
+          faults_(check()) {}
+
+    /// @return what is wrong; empty if the statement ended in an error that changed nothing, or left a file with no
+    ///         more faults than before
+    std::string run(const Target& target, Mutator& random) {
+        const bool isRow = random.below(6) == 0;
+        const Text statement = isRow ? u"AddNew " + target.name : Statements(random, target).next();
+        old_ = machine_.file();
+        ++counts_.statements;
+        bool isRefused = false;
+        try {
+            if (isRow)
+                addRow(database_, target.name);
+            else
+                sql::execute(database_, statement);
+        } catch (const base::RuntimeError&) {
+            isRefused = true;
+        }
+        if (machine_.journal()) return "a journal is left";
+        if (machine_.file() == old_) return {};
+        ++counts_.done;
+        std::string result = base::toUtf8(statement.substr(0, 200)) + "\n";
+        if (isRefused && !isRow) return result + "refused, and the file is another one";
+        if (machine_.file().size() > old_.size() + kMostNewPages * kPageSize) return result + "too many new pages";
+        const std::string before = std::exchange(faults_, check());
+        if (sharesPages(before))
+            ++counts_.shared;
+        else if (std::ranges::count(faults_, '\n') > std::ranges::count(before, '\n'))
+            return result.append("before:\n").append(before).append("after:\n").append(faults_);
+        return {};
+    }
+
+private:
+    static constexpr std::size_t kMostNewPages = 400;
+
+    std::string check() {
+        ReadOperation operation = database_.beginRead();
+        return test::faultsIn(operation);
+    }
+
+    test::Machine machine_;
+    Counts& counts_;
+    Database database_;
+    std::string faults_;
+    base::Bytes old_;
+};
+
+/// @return as Trial::run
+std::string writeInto(const base::Bytes& file, const std::vector<Target>& targets, Mutator& random, Counts& counts) {
+    constexpr int kStatements = 4;
+    std::string fault;
+    try {
+        Trial trial(file, counts);
+        for (int i = 0; i < kStatements && fault.empty(); ++i)
+            fault = trial.run(targets[random.below(targets.size())], random);
+    } catch (const base::RuntimeError&) {
+        ++counts.unreadable;
+    }
+    return fault;
+}
+
+/// Statements over a damaged file end in an error that changes nothing, or in a file that is no worse.
+/// TOLV_WRITE_MUTATIONS and TOLV_RANDOM_SEED make longer and other runs.
+TEST(DamagedFiles, AreNotMadeWorseByStatements) {
+    const std::vector<Seed> all = seeds();
+    const std::uint32_t count = test::environmentNumber("TOLV_WRITE_MUTATIONS", 400);
+    const std::uint32_t randomSeed = test::environmentNumber("TOLV_RANDOM_SEED", 1);
+    std::vector<std::vector<Target>> targets;
+    targets.reserve(all.size());
+    for (const Seed& seed : all)
+        targets.push_back(seed.name.find("V1997") == std::string::npos ? targetsOf(seed) : std::vector<Target>());
+    Mutator random(randomSeed);
+    Counts counts;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const std::size_t chosen = random.below(all.size());
+        base::Bytes file = random.mutate(all[chosen].file);
+        if (targets[chosen].empty()) continue;
+        if (random.below(10) == 0) {
+            file = all[chosen].file;
+            freeSomePages(file, random);
+        }
+        EXPECT_EQ(writeInto(file, targets[chosen], random, counts), "")
+            << all[chosen].name << ", random seed " << randomSeed << ", mutation " << i;
+    }
+    std::cout << counts.statements << " statements, " << counts.done << " have written, " << counts.shared
+              << " over shared pages, " << counts.unreadable << " files ended in an error elsewhere\n";
+    EXPECT_GT(counts.done, counts.statements / 8);
+}
+
+}  // namespace
+}  // namespace jet
