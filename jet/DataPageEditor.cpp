@@ -7,17 +7,9 @@
 #include "jet/Errors.h"
 
 namespace jet {
-DataPageEditor::DataPageEditor(PageStore& store, PageNumber number, std::uint32_t owner)
-    : store_(store), number_(number) {
+DataPageEditor::DataPageEditor(PageStore& store, PageNumber number, std::uint32_t owner) : number_(number) {
     DataPage::read(store, number, owner);
-}
-
-std::size_t DataPageEditor::slotCount() const {
-    return store_.page(number_).bytes.u16(kSlotCountOffset);
-}
-
-std::size_t DataPageEditor::slotStart(std::size_t index) const {
-    return store_.page(number_).bytes.u16(slotPlace(index)) & kSlotStartMask;
+    bytes_ = store.change(number);
 }
 
 std::size_t DataPageEditor::freeBytes() const {
@@ -33,10 +25,9 @@ Slot DataPageEditor::slot(std::size_t index) const {
     if (index >= slotCount()) {
         throw damaged(number_, u"Die Zeile " + base::decimal(static_cast<std::int64_t>(index)) + u" gibt es nicht");
     }
-    const PageView page = store_.page(number_);
-    const std::uint16_t word = page.bytes.u16(slotPlace(index));
-    const std::size_t start = word & kSlotStartMask;
-    return {static_cast<SlotState>(word & kSlotStateMask), page.bytes.bytes().subspan(start, slotEnd(index) - start)};
+    const std::size_t start = slotStart(index);
+    return {static_cast<SlotState>(word(slotPlace(index)) & kSlotStateMask),
+            bytes_.subspan(start, slotEnd(index) - start)};
 }
 
 bool DataPageEditor::hasRows() const {
@@ -47,7 +38,7 @@ bool DataPageEditor::hasRows() const {
 }
 
 int DataPageEditor::append(std::span<const std::uint8_t> row, SlotState state) {
-    return takes(row.size()) ? appendRow(bytes(), row, state) : -1;
+    return takes(row.size()) ? appendRow(bytes_, row, state) : -1;
 }
 
 bool DataPageEditor::replace(std::size_t index, std::span<const std::uint8_t> row) {
@@ -59,18 +50,16 @@ bool DataPageEditor::replace(std::size_t index, std::span<const std::uint8_t> ro
     const std::size_t end = slotEnd(index);
     const std::size_t lowest = slotEnd(count);
     const std::size_t laterBytes = slotStart(index) - lowest;
-    const std::span<std::uint8_t> page = bytes();
+    const std::span<std::uint8_t> page = bytes_;
     const std::size_t start = end - row.size();
     std::memmove(page.data() + start - laterBytes, page.data() + lowest, laterBytes);
     std::copy(row.begin(), row.end(), page.begin() + static_cast<std::ptrdiff_t>(start));
     // What the rows left behind when they moved up.
     const std::size_t newLowest = start - laterBytes;
     if (newLowest > lowest) std::memset(page.data() + lowest, 0, newLowest - lowest);
-    const base::ByteView view{page};
     for (std::size_t i = index; i < count; ++i) {
-        const std::uint16_t word = view.u16(slotPlace(i));
-        const std::size_t moved = (word & kSlotStartMask) + oldBytes - row.size();
-        base::putU16(page, slotPlace(i), static_cast<std::uint16_t>((word & kSlotStateMask) | moved));
+        const std::size_t moved = slotStart(i) + oldBytes - row.size();
+        base::putU16(page, slotPlace(i), static_cast<std::uint16_t>((word(slotPlace(i)) & kSlotStateMask) | moved));
     }
     base::putU16(page, kFreeBytesOffset, static_cast<std::uint16_t>(free + oldBytes - row.size()));
     return true;
@@ -78,8 +67,7 @@ bool DataPageEditor::replace(std::size_t index, std::span<const std::uint8_t> ro
 
 void DataPageEditor::setState(std::size_t index, SlotState state) {
     assert(index < slotCount());
-    const std::span<std::uint8_t> page = bytes();
-    base::putU16(page, slotPlace(index),
+    base::putU16(bytes_, slotPlace(index),
                  static_cast<std::uint16_t>(slotStart(index) | static_cast<std::uint16_t>(state)));
 }
 

@@ -15,12 +15,13 @@ inline constexpr std::size_t kMaxSlotsOfPage = 255;
 /// numbers for ever, and the free bytes are those between the slots and the lowest row.
 class DataPageEditor {
 public:
+    /// The page counts as changed from here on; who only looks takes a DataPage.
     /// @param store  must outlive the editor
     /// @throws RuntimeError (damage) if the page is no sound data page of this owner
     DataPageEditor(PageStore& store, PageNumber number, std::uint32_t owner);
 
     PageNumber number() const { return number_; }
-    std::size_t slotCount() const;
+    std::size_t slotCount() const { return word(kSlotCountOffset); }
     std::size_t freeBytes() const;
 
     /// Whether a further row of this length fits, with its slot.
@@ -46,12 +47,12 @@ public:
     void remove(std::size_t index);
 
 private:
-    std::size_t slotStart(std::size_t index) const;
+    std::size_t slotStart(std::size_t index) const { return word(slotPlace(index)) & kSlotStartMask; }
     std::size_t slotEnd(std::size_t index) const { return index == 0 ? kPageSize : slotStart(index - 1); }
-    std::span<std::uint8_t> bytes() { return store_.change(number_); }
+    std::uint16_t word(std::size_t offset) const { return base::ByteView(bytes_).u16(offset); }
 
-    PageStore& store_;
     PageNumber number_;
+    std::span<std::uint8_t> bytes_;
 };
 
 }  // namespace jet

@@ -13,14 +13,8 @@
 namespace jet {
 namespace {
 
-constexpr std::size_t kMaskOffset = 27;
 constexpr std::size_t kMaskBytes = 453;
 constexpr std::size_t kShortestKey = 1;
-
-std::size_t commonPrefix(std::span<const std::uint8_t> a, std::span<const std::uint8_t> b) {
-    const auto [endA, endB] = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
-    return static_cast<std::size_t>(endA - a.begin());
-}
 
 std::strong_ordering compareBytes(std::span<const std::uint8_t> a, std::span<const std::uint8_t> b) {
     const std::size_t count = std::min(a.size(), b.size());
@@ -34,18 +28,8 @@ std::uint32_t readBigEndian(std::span<const std::uint8_t> fourBytes) {
            (std::uint32_t{fourBytes[2]} << 8U) | fourBytes[3];
 }
 
-void appendBigEndian(base::Bytes& bytes, std::uint32_t value) {
-    for (const unsigned shift : {24U, 16U, 8U, 0U})
-        bytes.push_back(static_cast<std::uint8_t>(value >> shift));
-}
-
 base::Text numberOf(std::size_t number) {
     return base::decimal(static_cast<std::int64_t>(number));
-}
-
-/// Bytes that a prefix saves when `others` entries go without it.
-std::size_t saved(std::size_t others, std::size_t prefixBytes) {
-    return others * prefixBytes;
 }
 
 }  // namespace
@@ -72,7 +56,7 @@ IndexPage::IndexPage(PageView page, PageNumber definitionPage) : page_(std::move
 void IndexPage::readMask() {
     starts_.push_back(0);
     for (std::size_t byte = 0; byte < kMaskBytes; ++byte) {
-        for (unsigned bits = page_.bytes.u8(kMaskOffset + byte); bits != 0; bits &= bits - 1) {
+        for (unsigned bits = page_.bytes.u8(kIndexMaskOffset + byte); bits != 0; bits &= bits - 1) {
             const std::size_t end = byte * 8 + static_cast<std::size_t>(std::countr_zero(bits));
             if (end == 0 || end > kIndexEntriesBytes) {
                 throw damaged(number(), u"Ein Indexeintrag endet an Stelle " + numberOf(end));
@@ -116,11 +100,16 @@ std::span<const std::uint8_t> IndexPage::prefix() const {
     return page_.bytes.bytes().subspan(kIndexEntriesOffset, prefixBytes_);
 }
 
-void IndexPage::copyEntry(std::size_t i, base::Bytes& entry) const {
+void IndexPage::appendEntry(std::size_t i, base::Bytes& bytes) const {
     const auto shared = prefix();
     const auto own = suffix(i);
-    entry.resize(shared.size() + own.size());
-    std::copy(own.begin(), own.end(), std::copy(shared.begin(), shared.end(), entry.begin()));
+    bytes.insert(bytes.end(), shared.begin(), shared.end());
+    bytes.insert(bytes.end(), own.begin(), own.end());
+}
+
+void IndexPage::copyEntry(std::size_t i, base::Bytes& entry) const {
+    entry.clear();
+    appendEntry(i, entry);
 }
 
 base::Bytes IndexPage::entry(std::size_t i) const {
@@ -166,59 +155,8 @@ RowPointer rowOfEntry(std::span<const std::uint8_t> entry) {
 }
 
 void appendRowPointer(base::Bytes& key, RowPointer row) {
-    appendBigEndian(key, row.packed());
-}
-
-bool IndexPageBuilder::add(std::span<const std::uint8_t> entry, PageNumber child) {
-    const std::size_t childBytes = isLeaf_ ? 0 : kIndexChildBytes;
-    const std::size_t bytes = entries_.size() + entry.size() + childBytes;
-    assert(empty() || compareBytes(last(), entry) == std::strong_ordering::less);
-    if (bytes - saved(size(), prefixWith(entry)) > kIndexEntriesBytes) return false;
-    entries_.insert(entries_.end(), entry.begin(), entry.end());
-    if (!isLeaf_) appendBigEndian(entries_, child);
-    starts_.push_back(entries_.size());
-    return true;
-}
-
-std::span<const std::uint8_t> IndexPageBuilder::entryAt(std::size_t i) const {
-    const std::size_t childBytes = isLeaf_ ? 0 : kIndexChildBytes;
-    return std::span(entries_).subspan(starts_[i], starts_[i + 1] - starts_[i] - childBytes);
-}
-
-std::span<const std::uint8_t> IndexPageBuilder::last() const {
-    assert(!empty());
-    return entryAt(size() - 1);
-}
-
-/// Because entries ascend, what the first and the last share all share. The last byte of a row pointer
-/// stays out of the prefix.
-std::size_t IndexPageBuilder::prefixWith(std::span<const std::uint8_t> entry) const {
-    if (empty()) return 0;
-    return std::min({commonPrefix(entryAt(0), entry), entryAt(0).size() - 1, entry.size() - 1});
-}
-
-void IndexPageBuilder::write(std::span<std::uint8_t> page, const Links& links) const {
-    std::fill(page.begin(), page.end(), std::uint8_t{0});
-    // A page that is not full needs no prefix.
-    const std::size_t prefixBytes = entries_.size() > kIndexEntriesBytes ? prefixWith(last()) : 0;
-    const std::size_t used = entries_.size() - saved(size() - 1, prefixBytes);
-    page[0] = static_cast<std::uint8_t>(isLeaf_ ? PageKind::IndexLeaf : PageKind::IndexNode);
-    page[1] = 1;
-    base::putU16(page, 2, static_cast<std::uint16_t>(kIndexEntriesBytes - used));
-    base::putU32(page, 4, links.definitionPage);
-    base::putU32(page, 12, links.previous);
-    base::putU32(page, 16, links.next);
-    base::putU32(page, 20, isLeaf_ ? 0 : links.tail);
-    base::putU16(page, 24, static_cast<std::uint16_t>(prefixBytes));
-    page[26] = links.height;
-    std::size_t place = 0;
-    for (std::size_t i = 0; i < size(); ++i) {
-        const std::size_t skipped = i == 0 ? 0 : prefixBytes;
-        const auto bytes = std::span(entries_).subspan(starts_[i] + skipped, starts_[i + 1] - starts_[i] - skipped);
-        std::copy(bytes.begin(), bytes.end(), page.begin() + static_cast<std::ptrdiff_t>(kIndexEntriesOffset + place));
-        place += bytes.size();
-        page[kMaskOffset + place / 8] |= static_cast<std::uint8_t>(1U << (place % 8));
-    }
+    for (const unsigned shift : {24U, 16U, 8U, 0U})
+        key.push_back(static_cast<std::uint8_t>(row.packed() >> shift));
 }
 
 }  // namespace jet

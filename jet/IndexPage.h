@@ -28,6 +28,7 @@
 /// page (4 bytes, big-endian) follows. See docs/file-format.md, "Index pages".
 namespace jet {
 
+constexpr std::size_t kIndexMaskOffset = 27;
 constexpr std::size_t kIndexEntriesOffset = 480;
 constexpr std::size_t kIndexEntriesBytes = 3616;
 constexpr std::size_t kIndexRowBytes = 4;
@@ -49,6 +50,7 @@ public:
 
     /// Key and row pointer of entry i (without the child), the prefix restored.
     void copyEntry(std::size_t i, base::Bytes& entry) const;
+    void appendEntry(std::size_t i, base::Bytes& bytes) const;
     base::Bytes entry(std::size_t i) const;
 
     RowPointer row(std::size_t i) const;
@@ -81,42 +83,5 @@ RowPointer rowOfEntry(std::span<const std::uint8_t> entry);
 
 /// Makes an entry of a key.
 void appendRowPointer(base::Bytes& key, RowPointer row);
-
-/// Makes an index page: entries are added in their order as long as they fit, then the page is written.
-class IndexPageBuilder {
-public:
-    explicit IndexPageBuilder(bool isLeaf) : isLeaf_(isLeaf) {}
-
-    bool isLeaf() const { return isLeaf_; }
-    bool empty() const { return starts_.size() == 1; }
-    std::size_t size() const { return starts_.size() - 1; }
-
-    /// @param entry  key and row pointer; must be greater than the one before
-    /// @param child  of a node's entry
-    /// @return false, and nothing added, if the page has no room for it
-    bool add(std::span<const std::uint8_t> entry, PageNumber child = 0);
-
-    /// Key and row pointer of the last entry.
-    std::span<const std::uint8_t> last() const;
-
-    struct Links {
-        PageNumber definitionPage = 0;
-        PageNumber previous = 0;
-        PageNumber next = 0;
-        PageNumber tail = 0;
-        std::uint8_t height = 0;
-    };
-
-    /// @param page  4096 bytes; all of them are written
-    void write(std::span<std::uint8_t> page, const Links& links) const;
-
-private:
-    std::span<const std::uint8_t> entryAt(std::size_t i) const;
-    std::size_t prefixWith(std::span<const std::uint8_t> entry) const;
-
-    bool isLeaf_;
-    base::Bytes entries_;  ///< whole entries, one after the other
-    std::vector<std::size_t> starts_{0};
-};
 
 }  // namespace jet

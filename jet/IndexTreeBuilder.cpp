@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cassert>
 
+#include "jet/IndexNode.h"
+
 namespace jet {
 namespace {
 
@@ -28,7 +30,7 @@ public:
 private:
     std::vector<Child> buildLeaves(const IndexEntries& entries) {
         std::vector<Child> leaves;
-        IndexPageBuilder leaf(true);
+        IndexNode leaf(true);
         for (std::size_t i = 0; i < entries.size(); ++i) {
             if (leaf.add(entries.entry(i))) continue;
             // The first leaf turns out not to be the only one only here, so its page comes late.
@@ -36,7 +38,7 @@ private:
             const PageNumber next = allocate();
             writeLeaf(leaf, page, next, leaves);
             nextLeaf_ = next;
-            leaf = IndexPageBuilder(true);
+            leaf = IndexNode(true);
             const bool fits = leaf.add(entries.entry(i));
             assert(fits);
             static_cast<void>(fits);
@@ -45,21 +47,21 @@ private:
         return leaves;
     }
 
-    void writeLeaf(const IndexPageBuilder& leaf, PageNumber page, PageNumber next, std::vector<Child>& leaves) {
-        write(leaf, page, {definitionPage_, leaves.empty() ? 0 : leaves.back().page, next, 0, 0});
-        base::Bytes last;
-        if (!leaf.empty()) last.assign(leaf.last().begin(), leaf.last().end());
-        leaves.push_back({std::move(last), page});
+    void writeLeaf(IndexNode& leaf, PageNumber page, PageNumber next, std::vector<Child>& leaves) {
+        leaf.previous = leaves.empty() ? 0 : leaves.back().page;
+        leaf.next = next;
+        write(leaf, page, 0);
+        leaves.push_back({lastOf(leaf), page});
     }
 
     /// The last child of the level becomes the tail of its last node and needs no entry.
     std::vector<Child> buildNodes(const std::vector<Child>& children, std::uint8_t height) {
         std::vector<Child> nodes;
-        IndexPageBuilder node(false);
+        IndexNode node(false);
         for (std::size_t i = 0; i + 1 < children.size(); ++i) {
             if (node.add(children[i].last, children[i].page)) continue;
             writeNode(node, allocate(), 0, height, nodes);
-            node = IndexPageBuilder(false);
+            node = IndexNode(false);
             const bool fits = node.add(children[i].last, children[i].page);
             assert(fits);
             static_cast<void>(fits);
@@ -68,15 +70,21 @@ private:
         return nodes;
     }
 
-    void writeNode(const IndexPageBuilder& node, PageNumber page, PageNumber tail, std::uint8_t height,
-                   std::vector<Child>& nodes) {
-        write(node, page, {definitionPage_, 0, 0, tail, height});
-        nodes.push_back({base::Bytes(node.last().begin(), node.last().end()), page});
+    void writeNode(IndexNode& node, PageNumber page, PageNumber tail, std::uint8_t height, std::vector<Child>& nodes) {
+        node.tail = tail;
+        write(node, page, height);
+        nodes.push_back({lastOf(node), page});
     }
 
-    void write(const IndexPageBuilder& content, PageNumber number, const IndexPageBuilder::Links& links) {
+    static base::Bytes lastOf(const IndexNode& node) {
+        if (node.size() == 0) return {};
+        const auto last = node.entry(node.size() - 1);
+        return {last.begin(), last.end()};
+    }
+
+    void write(const IndexNode& node, PageNumber number, std::uint8_t height) {
         base::Bytes page(kPageSize);
-        content.write(page, links);
+        node.write(page, definitionPage_, height);
         pages_.write(number, page);
     }
 

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "base/Value.h"
-#include "jet/IndexNode.h"
+#include "jet/IndexNodes.h"
 #include "jet/PageAllocator.h"
 #include "jet/PageStore.h"
 #include "jet/TableDefinition.h"
@@ -29,12 +29,12 @@ namespace jet {
 class IndexWriter {
 public:
     /// @param indexNumber  position in table.indexes
-    /// All arguments must outlive the writer.
+    /// All arguments must outlive the writer; as long as it is used, nobody else changes the tree.
     /// @throws RuntimeError (damage) if the index has no sound map
     IndexWriter(PageStore& store, PageAllocator& allocator, const TableDefinition& table, std::size_t indexNumber);
 
     /// Whether any row has exactly this key.
-    bool hasKey(std::span<const std::uint8_t> key) const;
+    bool hasKey(std::span<const std::uint8_t> key);
 
     /// Adds an entry, and counts it in the definition if its key is new.
     /// @param hasNull  whether a part of the key is null: such keys may be equal in a unique index
@@ -51,7 +51,7 @@ public:
 private:
     struct Level {
         PageNumber page;
-        IndexNode node;
+        IndexNode* node;       ///< one of nodes_
         std::size_t position;  ///< node: of the child on the path
         bool isChanged;
         std::uint8_t height;  ///< above the leaves
@@ -62,7 +62,7 @@ private:
 
     void descend(std::span<const std::uint8_t> entry);
     void push(PageNumber page, std::span<const std::uint8_t> after, std::span<const std::uint8_t> upTo);
-    IndexNode readPage(PageNumber page, std::span<const std::uint8_t> after, std::span<const std::uint8_t> upTo) const;
+    IndexNode& nodeAt(PageNumber page, std::span<const std::uint8_t> after, std::span<const std::uint8_t> upTo);
     void settle(Place place);
     void lastChanged(std::size_t level);
     void split(std::size_t level, Place place);
@@ -73,6 +73,7 @@ private:
     bool join(std::size_t level, bool withPrevious);
     void lower();
     void relink(PageNumber page, PageNumber from, PageNumber to, bool isNext);
+    bool isOnPath(PageNumber page) const;
     PageNumber allocate();
     void release(PageNumber page);
 
@@ -81,6 +82,7 @@ private:
     const TableDefinition& table_;
     std::size_t indexNumber_;
     UsageMapWriter map_;
+    IndexNodes nodes_;
     std::vector<Level> path_;  ///< from the root to a leaf, during a change
 };
 

@@ -71,7 +71,8 @@ void LongValueStore::remove(const Column& column, std::span<const std::uint8_t> 
 /// Each part leaves its place, so a chain that bites its tail ends at a part that is no longer there.
 void LongValueStore::removeChain(RowPages& pages, RowPointer part) {
     while (!part.isNone()) {
-        const Slot slot = pages.edit(part.page).slot(part.slot);
+        const DataPage page = pages.read(part.page);
+        const Slot slot = page.slot(part.slot);
         if (slot.state != SlotState::Live || slot.bytes.size() < 4) {
             throw damagedRow(part, u"Der Teil eines langen Werts ist gelöscht oder zu kurz");
         }

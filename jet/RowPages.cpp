@@ -15,9 +15,18 @@ RowPages::RowPages(PageStore& store, PageAllocator& allocator, RowPointer ownedM
       withRoom_(store, allocator, mapOfRoom),
       owner_(owner) {}
 
-DataPageEditor RowPages::edit(PageNumber page) {
+void RowPages::requireOwn(PageNumber page) const {
     if (!owned_.contains(page)) throw damaged(page, u"Die Seite gehört nicht dem, der Zeilen auf ihr hat");
+}
+
+DataPageEditor RowPages::edit(PageNumber page) {
+    requireOwn(page);
     return {store_, page, owner_};
+}
+
+DataPage RowPages::read(PageNumber page) const {
+    requireOwn(page);
+    return DataPage::read(store_, page, owner_);
 }
 
 PageNumber RowPages::addPage() {

@@ -36,10 +36,12 @@ public:
 
     /// @throws RuntimeError (damage) if the page is not one of these
     DataPageEditor edit(PageNumber page);
+    DataPage read(PageNumber page) const;
 
     bool contains(PageNumber page) const { return owned_.contains(page); }
 
 private:
+    void requireOwn(PageNumber page) const;
     PageNumber addPage();
 
     PageStore& store_;

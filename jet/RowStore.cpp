@@ -26,7 +26,7 @@ RowStore::RowStore(PageStore& store, PageAllocator& allocator, const TableDefini
 
 bool RowStore::contains(RowPointer row) {
     if (row.page >= store_.pageCount() || !pages_.contains(row.page)) return false;
-    const DataPageEditor page = pages_.edit(row.page);
+    const DataPage page = pages_.read(row.page);
     if (row.slot >= page.slotCount()) return false;
     const SlotState state = page.slot(row.slot).state;
     return state == SlotState::Live || state == SlotState::Moved;
@@ -37,7 +37,8 @@ std::vector<RowPointer> RowStore::placesOf(RowPointer row) {
     std::vector<RowPointer> places{row};
     while (places.size() <= kMaxPlaces) {
         const RowPointer place = places.back();
-        const Slot slot = pages_.edit(place.page).slot(place.slot);
+        const DataPage page = pages_.read(place.page);
+        const Slot slot = page.slot(place.slot);
         if (slot.state == (places.size() == 1 ? SlotState::Live : SlotState::Hidden)) return places;
         if (slot.state != SlotState::Moved || slot.bytes.size() < 4) break;
         places.push_back(RowPointer::unpack(base::ByteView{slot.bytes}.u32(0)));

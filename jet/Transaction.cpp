@@ -67,6 +67,7 @@ std::vector<PageChange> Transaction::changes() {
         encodePage(page->after, number, header_.databaseKey);
         changes.push_back({number, page->before, page->after});
     }
+    std::ranges::sort(changes, {}, &PageChange::number);
     return changes;
 }
 

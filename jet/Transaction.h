@@ -1,9 +1,9 @@
 #pragma once
 
 #include <cstddef>
-#include <map>
 #include <memory>
 #include <span>
+#include <unordered_map>
 #include <vector>
 
 #include "jet/Database.h"
@@ -87,7 +87,7 @@ private:
     std::unique_ptr<PageFile> pages_;
     PageNumber oldPageCount_ = 0;
     PageNumber pageCount_ = 0;
-    std::map<PageNumber, std::shared_ptr<ChangedPage>> changed_;
+    std::unordered_map<PageNumber, std::shared_ptr<ChangedPage>> changed_;
     std::size_t pagesWritten_ = 0;
 };
 

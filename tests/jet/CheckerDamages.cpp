@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "jet/Errors.h"
-#include "jet/IndexPage.h"
+#include "jet/IndexNode.h"
 #include "jet/LongValue.h"
 
 namespace jet {
@@ -423,8 +423,7 @@ void addIndexes(std::vector<Damage>& all) {
                             [](FileAtHand& file) {
                                 const TableDefinition definition = definitionOf(file, u"Konten");
                                 const PageNumber root = indexNamed(definition, u"Merkmal").rootPage;
-                                IndexPageBuilder empty(true);
-                                empty.write(file.at(root), {.definitionPage = definition.page});
+                                IndexNode(true).write(file.at(root), definition.page, 0);
                                 return base::Text(u"Index 'Merkmal', Seite ");
                             }},
                            {"a unique index with one value twice",

@@ -8,6 +8,7 @@
 
 #include "base/RuntimeError.h"
 #include "jet/IndexCursor.h"
+#include "jet/IndexNode.h"
 #include "jet/IndexTreeBuilder.h"
 #include "jet/MemoryIo.h"
 #include "jet/PageFile.h"
@@ -138,13 +139,13 @@ TEST(IndexTree, ANodeWithoutTailIsReadToo) {
     MemoryIo io(tree.file);
     PageFile source(io, 0);
     const IndexPage root(source.page(tree.index.rootPage), kTablePage);
-    IndexPageBuilder node(false);
+    IndexNode node(false);
     for (std::size_t i = 0; i < root.size(); ++i)
         node.add(root.entry(i), root.child(i));
     const IndexPage lastLeaf(source.page(root.tail()), kTablePage);
     // Its entry is not its last one: appending may leave it behind.
     node.add(lastLeaf.entry(0), root.tail());
-    node.write(std::span(tree.file).subspan(root.number() * kPageSize, kPageSize), {kTablePage, 0, 0, 0, 1});
+    node.write(std::span(tree.file).subspan(root.number() * kPageSize, kPageSize), kTablePage, 1);
     EXPECT_EQ(walk(tree, true).size(), 40U);
     EXPECT_EQ(walk(tree, false).size(), 40U);
     IndexCursor cursor(source, tree.table, tree.index);

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <map>
+#include <optional>
 #include <random>
 #include <set>
 
@@ -33,14 +34,14 @@ public:
         : store(emptyTable(isUnique)),
           definition(openTable(store, u"Probe")->definition()),
           allocator(store),
-          writer(store, allocator, definition, 0) {}
+          writer(std::in_place, store, allocator, definition, 0) {}
 
     void insert(const base::Bytes& key, RowPointer row) {
-        writer.insert(key, row);
+        writer->insert(key, row);
         expected.emplace(key, row);
     }
     void remove(const base::Bytes& key, RowPointer row) {
-        writer.remove(key, row);
+        writer->remove(key, row);
         expected.erase({key, row});
     }
 
@@ -89,13 +90,14 @@ public:
             }
             node.write(store.change(page), definition.page, nodeHeight);
         }
+        writer.emplace(store, allocator, definition, 0);
     }
 
     test::MemoryPageStore store;
     std::size_t firstPages = store.pageCount();
     TableDefinition definition;
     PageAllocator allocator;
-    IndexWriter writer;
+    std::optional<IndexWriter> writer;
     Entries expected;
     std::set<PageNumber> pages;  ///< of the tree, found by check()
     int height = 0;
@@ -233,18 +235,18 @@ TEST(IndexWriter, AKeyIsUniqueAcrossTheLeavesUnlessItHoldsNull) {
     for (std::uint8_t i = 1; i < 40; ++i) {
         // Lower and higher row pointers: the equal key is on the left, on the right, in another leaf.
         for (const RowPointer row : {RowPointer{3, 0}, RowPointer{9999, 0}}) {
-            EXPECT_THROW(tree.writer.insert(base::Bytes(400, i), row), base::RuntimeError);
+            EXPECT_THROW(tree.writer->insert(base::Bytes(400, i), row), base::RuntimeError);
         }
     }
     const base::Bytes null = {0x00};
-    tree.writer.insert(null, {5, 1}, true);
-    tree.writer.insert(null, {6, 1}, true);
+    tree.writer->insert(null, {5, 1}, true);
+    tree.writer->insert(null, {6, 1}, true);
     tree.expected.insert({{null, {5, 1}}, {null, {6, 1}}});
     EXPECT_THROW(tree.insert(base::Bytes(2000, 1), {7, 7}), base::RuntimeError) << "longer than half a page";
-    tree.writer.removeEntryOf({120, 1});
+    tree.writer->removeEntryOf({120, 1});
     tree.expected.erase({base::Bytes(400, 20), {120, 1}});
-    EXPECT_THROW(tree.writer.remove(base::Bytes(400, 20), {120, 1}), base::RuntimeError) << "gone already";
-    EXPECT_THROW(tree.writer.removeEntryOf({120, 1}), base::RuntimeError);
+    EXPECT_THROW(tree.writer->remove(base::Bytes(400, 20), {120, 1}), base::RuntimeError) << "gone already";
+    EXPECT_THROW(tree.writer->removeEntryOf({120, 1}), base::RuntimeError);
     tree.check();
     EXPECT_EQ(DefinitionCounters(tree.store, tree.definition).distinctKeys(0), 40U);
 }

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <utility>
+
+#include "jet/PageSource.h"
+#include "jet/Storage.h"
+
+namespace bench {
+
+/// What went through the door to the machine.
+struct Traffic {
+    std::size_t pagesRead = 0;
+    std::size_t pagesWritten = 0;  ///< of the database itself
+    std::size_t bytesWritten = 0;  ///< the journal's too
+    std::size_t flushes = 0;
+};
+
+class CountingIo final : public jet::PageIo {
+public:
+    CountingIo(std::unique_ptr<jet::PageIo> io, Traffic& traffic, bool isDatabase)
+        : io_(std::move(io)), traffic_(traffic), isDatabase_(isDatabase) {}
+
+    std::uint64_t sizeBytes() override { return io_->sizeBytes(); }
+    void read(std::uint64_t offset, std::span<std::uint8_t> bytes) override {
+        traffic_.pagesRead += isDatabase_ ? bytes.size() / jet::kPageSize : 0;
+        io_->read(offset, bytes);
+    }
+    void write(std::uint64_t offset, std::span<const std::uint8_t> bytes) override {
+        traffic_.pagesWritten += isDatabase_ ? bytes.size() / jet::kPageSize : 0;
+        traffic_.bytesWritten += bytes.size();
+        io_->write(offset, bytes);
+    }
+    void sync() override {
+        ++traffic_.flushes;
+        io_->sync();
+    }
+    void resize(std::uint64_t sizeBytes) override { io_->resize(sizeBytes); }
+    bool lock(jet::LockKind kind, std::chrono::milliseconds wait) override { return io_->lock(kind, wait); }
+
+private:
+    std::unique_ptr<jet::PageIo> io_;
+    Traffic& traffic_;
+    bool isDatabase_;
+};
+
+/// A file of this machine whose traffic is counted.
+class CountingStorage final : public jet::Storage {
+public:
+    /// @param traffic  must outlive this
+    CountingStorage(const base::Text& path, Traffic& traffic) : file_(jet::fileStorage(path)), traffic_(traffic) {}
+
+    const base::Text& path() const override { return file_->path(); }
+    base::Text fileName() const override { return file_->fileName(); }
+    base::Text journalPath() const override { return file_->journalPath(); }
+
+    std::unique_ptr<jet::PageIo> openForReading() override { return counted(file_->openForReading(), true); }
+    jet::OpenedFile openForWriting() override { return counted(file_->openForWriting(), true); }
+    std::optional<std::uint64_t> journalSizeBytes() override { return file_->journalSizeBytes(); }
+    std::unique_ptr<jet::PageIo> openJournal() override { return counted(file_->openJournal(), false); }
+    jet::OpenedFile createJournal() override { return counted(file_->createJournal(), false); }
+    bool removeJournal() override { return file_->removeJournal(); }
+    void syncFolder() override {
+        ++traffic_.flushes;
+        file_->syncFolder();
+    }
+    std::optional<jet::FileUser> originalUser() override { return file_->originalUser(); }
+
+private:
+    std::unique_ptr<jet::PageIo> counted(std::unique_ptr<jet::PageIo> io, bool isDatabase) {
+        return std::make_unique<CountingIo>(std::move(io), traffic_, isDatabase);
+    }
+    jet::OpenedFile counted(jet::OpenedFile opened, bool isDatabase) {
+        if (opened.io) opened.io = counted(std::move(opened.io), isDatabase);
+        return opened;
+    }
+
+    std::unique_ptr<jet::Storage> file_;
+    Traffic& traffic_;
+};
+
+}  // namespace bench

@@ -1,0 +1,125 @@
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <ctime>
+#include <functional>
+#include <random>
+#include <vector>
+
+#include "bench/CountingStorage.h"
+#include "jet/Database.h"
+#include "jet/TableWriter.h"
+#include "jet/Transaction.h"
+#include "jet/sql/Execution.h"
+#include "jet/sql/TableExpressions.h"
+
+namespace {
+
+constexpr base::TextView kPassword = u"HwendorpliqZ";
+constexpr base::TextView kTable = u"Benutzerkonto";
+constexpr int kRounds = 51;
+
+double microseconds(const std::function<void()>& work) {
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start).count();
+}
+
+double median(std::vector<double> times) {
+    const auto middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
+    std::nth_element(times.begin(), middle, times.end());
+    return *middle;
+}
+
+/// An account file, its traffic counted, and beside it a plain file that is written as much.
+class AccountFile {
+public:
+    explicit AccountFile(const base::Text& path)
+        : database_(jet::Database::open(std::make_unique<bench::CountingStorage>(path, traffic_), kPassword,
+                                        jet::LeftJournalRule::RollBack)),
+          plain_(jet::openFile(path + u".plain", jet::OpenMode::CreateNew)) {
+        auto operation = database_.beginRead();
+        rows_ = jet::openTable(operation, kTable)->definition().rowCount;
+    }
+
+    std::uint32_t rows() const { return rows_; }
+
+    /// Carries out a statement in many rounds, each with another account.
+    void measure(const char* name, const std::function<base::Text(std::uint32_t id)>& statement) {
+        std::vector<double> times;
+        std::vector<double> plainTimes;
+        bench::Traffic most;
+        for (int round = 0; round < kRounds; ++round) {
+            const base::Text text = statement(nextId());
+            traffic_ = {};
+            times.push_back(microseconds([&] { jet::sql::execute(database_, text); }));
+            most.pagesRead = std::max(most.pagesRead, traffic_.pagesRead);
+            most.pagesWritten = std::max(most.pagesWritten, traffic_.pagesWritten);
+            most.flushes = std::max(most.flushes, traffic_.flushes);
+            const base::Bytes bytes(traffic_.bytesWritten, static_cast<std::uint8_t>(round));
+            plainTimes.push_back(microseconds([&] {
+                plain_->write(0, bytes);
+                plain_->sync();
+            }));
+        }
+        std::printf("\"%s\": {\"us\": %.1f, \"plain_us\": %.1f, \"read\": %zu, \"written\": %zu, \"flushes\": %zu}, ",
+                    name, median(times), median(plainTimes), most.pagesRead, most.pagesWritten, most.flushes);
+    }
+
+    /// Adds accounts in one transaction, which is dropped. @return microseconds of processor time an account
+    double insert(const std::vector<std::uint32_t>& names) {
+        const jet::sql::TableExpressions expressions;
+        jet::Transaction transaction(database_, jet::WriteKind::Execute);
+        jet::TableWriter writer(transaction, kTable, jet::WriteKind::Execute, expressions);
+        const auto column = writer.table().definition().column(u"BenKTO_Name")->number;
+        const std::clock_t start = std::clock();
+        for (const std::uint32_t name : names) {
+            const jet::Assignment assignment{column, u"Neues Konto " + base::decimal(name)};
+            writer.insert(std::span(&assignment, 1));
+        }
+        const auto ticks = static_cast<double>(std::clock() - start);
+        return ticks / CLOCKS_PER_SEC * 1e6 / static_cast<double>(names.size());
+    }
+
+private:
+    /// Far from the one before, and none twice.
+    std::uint32_t nextId() {
+        last_ = static_cast<std::uint32_t>((last_ + rows_ * 0.381966) + 1) % rows_;
+        return last_ + 1;
+    }
+
+    bench::Traffic traffic_;
+    jet::Database database_;
+    std::unique_ptr<jet::PageIo> plain_;
+    std::uint32_t rows_ = 0;
+    std::uint32_t last_ = 0;
+};
+
+}  // namespace
+
+/// Writes to an account file of `kontodb create` through the embedded engine, one account at a time and many at once,
+/// and to a plain file FILE.plain, which must not exist: account_file FILE. Prints medians and the most that a round
+/// read, wrote and flushed, as JSON.
+int main(int count, char** arguments) {
+    if (count != 2) return 2;
+    AccountFile file(base::fromUtf8(arguments[1]));
+    std::printf("{\"rows\": %u, ", file.rows());
+    const auto where = [](std::uint32_t id) { return u" WHERE BenKTO_ID = " + base::decimal(id); };
+    file.measure("update", [&](std::uint32_t id) {
+        return u"UPDATE Benutzerkonto SET BenKTO_ServerPath = 'D:\\Umzug " + base::decimal(id) + u"'" + where(id);
+    });
+    file.measure("rename", [&](std::uint32_t id) {
+        return u"UPDATE Benutzerkonto SET BenKTO_Name = 'Umbenannt " + base::decimal(id) + u"'" + where(id);
+    });
+    file.measure("insert", [&](std::uint32_t id) {
+        return u"INSERT INTO Benutzerkonto (BenKTO_Name) VALUES ('Neu " + base::decimal(id) + u"')";
+    });
+    file.measure("delete", [&](std::uint32_t id) { return u"DELETE FROM Benutzerkonto" + where(id); });
+
+    std::vector<std::uint32_t> names(10'000);
+    for (std::uint32_t i = 0; i < names.size(); ++i)
+        names[i] = 10'000 + i;
+    const double ascending = file.insert(names);
+    std::shuffle(names.begin(), names.end(), std::mt19937(1));
+    std::printf("\"insert_ascending_us\": %.2f, \"insert_random_us\": %.2f}\n", ascending, file.insert(names));
+}
