@@ -91,7 +91,9 @@ def deletion(accounts, rows):
 
 
 def reset_of_a_password(accounts, rows):
-    row_named(rows, accounts.shown()[0])["BenKTO_Pass"] = INITIAL
+    name = next(name for name in ordinary(accounts) if row_named(rows, name)["BenKTO_Pass"] != INITIAL)
+    go_to(accounts, name)
+    row_named(rows, name)["BenKTO_Pass"] = INITIAL
     press(accounts, "cmbResetPWD")
     accounts.tool.box()
     return "j", lambda: not accounts.controls()["cmbResetPWD"]["enabled"] and accounts.agrees()
@@ -142,4 +144,4 @@ def done_once_or_not_at_all(command, refused, statements):
 done_once_or_not_at_all(change_of_an_account, "Recordset.Update", 3)
 done_once_or_not_at_all(new_account, "Recordset.Update", 2)
 done_once_or_not_at_all(deletion, "Connection.Execute", 2)
-done_once_or_not_at_all(reset_of_a_password, "Connection.Execute", 2)
+done_once_or_not_at_all(reset_of_a_password, "Connection.Execute", 3)
