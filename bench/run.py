@@ -76,8 +76,8 @@ DEEDS_IN_FILE = {"update": "change", "rename": "rename", "insert": "add", "delet
 
 
 def writing(files):
-    print("one account changed, its name changed, one added, one deleted: microseconds (in brackets a plain file that is "
-          "written as much and flushed once), pages read and written, flushes:")
+    print("one account changed, its name changed, one added, one deleted: microseconds (in brackets a plain file of as "
+          "many bytes, made and flushed), pages read and written, flushes:")
     results = {}
     for count, file in files.items():
         copy = f"{file}.copy"
@@ -89,7 +89,6 @@ def writing(files):
             print(f"  {count:9,} {title:7} {r['us']:8.0f} ({r['plain_us']:.0f}), {r['read']} read, "
                   f"{r['written']} written, {r['flushes']} flushes")
         os.remove(copy)
-        os.remove(f"{copy}.plain")
     few, many, most = results.values()
     for deed, title in DEEDS_IN_FILE.items():
         grown = most[deed]["written"] - few[deed]["written"]

@@ -61,7 +61,8 @@ public:
     }
 
     void sync() override {
-        if (::fsync(descriptor_) != 0) fail();
+        // Bytes and length; when they were changed is written by the system some time later.
+        if (::fdatasync(descriptor_) != 0) fail();
     }
 
     void resize(std::uint64_t sizeBytes) override {
