@@ -6,6 +6,7 @@ set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
 option(TOLV_SANITIZE "address and undefined-behaviour sanitizers" OFF)
+option(TOLV_UNITY "compile several sources of a test program as one" ON)
 
 find_program(TOLV_CCACHE ccache)
 if(TOLV_CCACHE)
@@ -57,5 +58,7 @@ function(tolv_test name)
     cmake_parse_arguments(TEST "" "" "SOURCES;USES" ${ARGN})
     add_executable(${name} ${TEST_SOURCES})
     target_link_libraries(${name} PRIVATE tolv_options ${TEST_USES} GTest::gmock_main)
+    # Most of a test's compile time goes into the test framework's headers; so they are read once for many sources.
+    set_target_properties(${name} PROPERTIES UNITY_BUILD ${TOLV_UNITY} UNITY_BUILD_BATCH_SIZE 8)
     add_test(NAME ${name} COMMAND ${name})
 endfunction()

@@ -20,7 +20,7 @@ using base::Text;
 using base::Value;
 
 constexpr base::TextView kColumns[] = {u"BenKTO_Name", u"BenKTO_Pass", u"BenKTO_ServerPath", u"BenKTO_R_ProgUpdate"};
-enum Place : std::size_t { kName, kPassword, kPath, kRight };
+enum Place : std::size_t { kName, kPassword, kServerPath, kRight };
 using Account = std::vector<Value>;
 using Accounts = std::map<std::int32_t, Account>;
 using Changes = std::map<std::size_t, Value>;
@@ -102,14 +102,14 @@ private:
         if (place == kRight) return below(2) == 0;
         if (place != kName && below(4) == 0) return base::Null{};
         if (place == kName) return someName();
-        return someText(place == kPath && below(3) == 0 ? 60 : 10);
+        return someText(place == kServerPath && below(3) == 0 ? 60 : 10);
     }
 
     Changes someChanges() {
         Changes changes;
         for (std::size_t place = 0; place < std::size(kColumns); ++place)
             if (below(3) != 0) changes[place] = someValue(place);
-        if (changes.empty()) changes[kPath] = someValue(kPath);
+        if (changes.empty()) changes[kServerPath] = someValue(kServerPath);
         return changes;
     }
 
@@ -187,7 +187,7 @@ private:
         const std::int32_t end = first->first + static_cast<std::int32_t>(below(25));
         Changes changes = someChanges();
         changes.erase(kName);
-        changes[kPath] = someValue(kPath);
+        changes[kServerPath] = someValue(kServerPath);
         for (auto account = first; account != expected_.end() && account->first <= end; ++account)
             if (account->second[kRight] == Value(true)) apply(account->second, changes);
         connection_->Execute(u"UPDATE Benutzerkonto SET " + assignments(changes) +

@@ -21,7 +21,7 @@ base::Text longName(std::int32_t i) {
     return u"Müller-Straßenbäcker & Söhne, Niederlassung Nr. " + base::decimal((i * 7919) % 10007) + u" (Außenstelle)";
 }
 
-TableDesign accounts() {
+TableDesign accountTable() {
     return {.name = u"Benutzerkonto",
             .columns = {{.name = u"BenKTO_ID", .type = ColumnType::Long, .isAutoNumber = true},
                         {.name = u"BenKTO_Name", .type = ColumnType::Text, .maxUnits = 100},
@@ -130,9 +130,9 @@ void addCorpus(std::vector<Seed>& all) {
 
 std::vector<Seed> seeds() {
     std::vector<Seed> all;
-    all.push_back(make("empty", {}, [](Creator& creator) { creator.addTable(accounts(), accountRows(0)); }));
+    all.push_back(make("empty", {}, [](Creator& creator) { creator.addTable(accountTable(), accountRows(0)); }));
     all.push_back(make("accounts", base::Text(kSeedPassword),
-                       [](Creator& creator) { creator.addTable(accounts(), accountRows(150)); }));
+                       [](Creator& creator) { creator.addTable(accountTable(), accountRows(150)); }));
     all.push_back(make("types", {}, [](Creator& creator) { creator.addTable(everyType(), everyTypeRows()); }));
     all.push_back(related());
     addCorpus(all);

@@ -223,7 +223,7 @@ void addHeaderAndMaps(std::vector<Damage>& all) {
                  }},
                 {"the last page is missing",
                  [](FileAtHand& file) {
-                     file.bytes.resize(file.bytes.size() - kPageSize);
+                     file.bytes.erase(file.bytes.end() - kPageSize, file.bytes.end());
                      return onPageText(file.pageCount());
                  }},
                 {"a page in use is free",

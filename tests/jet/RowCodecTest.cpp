@@ -68,14 +68,14 @@ std::string show(const RowView& row) {
     return shown;
 }
 
-struct Case {
+struct StoredRow {
     const char* what;
     const char* bytes;
     const char* shown;
 };
 
 TEST(RowCodec, ReadsRowsOfAnyAge) {
-    const Case cases[] = {
+    const StoredRow cases[] = {
         {"of today", kSampleRow, "04 03 02 01 | yes | AA BB | CC | FF 7F"},
         {"all null", "06 00  00 00 00 00  00 00  08 00  08 00 08 00 08 00  03 00  00", "- | no | - | - | -"},
         {"with padding before the offsets",
@@ -90,14 +90,14 @@ TEST(RowCodec, ReadsRowsOfAnyAge) {
          "04 03 02 01 | no | AA | - | -"},
     };
     const TableDefinition definition = sampleDefinition();
-    for (const Case& each : cases) {
+    for (const StoredRow& each : cases) {
         const base::Bytes bytes = fromHex(each.bytes);
         EXPECT_EQ(show(RowView(bytes, definition, {9, 1})), each.shown) << each.what;
     }
 }
 
 TEST(RowCodec, ReportsRowsThatCannotBe) {
-    const Case cases[] = {
+    const StoredRow cases[] = {
         {"empty", "", "0 Bytes"},
         {"no columns", "00 00 00 00 00 00 00 00", "hat 0 Spalten"},
         {"more columns than the table", "07 00  00 00 00 00  00 00  08 00  08 00 08 00 08 00  03 00  00",
@@ -116,7 +116,7 @@ TEST(RowCodec, ReportsRowsThatCannotBe) {
          "06 00  04 03 02 01  FF 7F  AA BB  CC  0B 00  0A 00 0A 00 06 00  03 00  37", "'F5'"},
     };
     const TableDefinition definition = sampleDefinition();
-    for (const Case& each : cases) {
+    for (const StoredRow& each : cases) {
         const base::Bytes bytes = fromHex(each.bytes);
         const std::string error = errorOf([&] { show(RowView(bytes, definition, {9, 1})); });
         EXPECT_NE(error.find("Seite 9, Zeile 1"), std::string::npos) << each.what << ": " << error;

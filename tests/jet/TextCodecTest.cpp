@@ -6,14 +6,14 @@
 namespace jet {
 namespace {
 
-struct Case {
+struct StoredText {
     base::Text text;
     std::string plain;       ///< bytes where the column does not compress
     std::string compressed;  ///< bytes where it does
 };
 
 TEST(TextCodec, StoresTextAsTheOriginalEngineDoes) {
-    const Case cases[] = {
+    const StoredText cases[] = {
         {u"", "", ""},
         {u"ab", "61 00 62 00", "61 00 62 00"},  // two units save nothing
         {u"abc", "61 00 62 00 63 00", "FF FE 61 62 63"},
@@ -25,7 +25,7 @@ TEST(TextCodec, StoresTextAsTheOriginalEngineDoes) {
         // Plain, it would read as the mark of compressed text.
         {u"\uFEFFab\u0141", "FF FE 00 FF FE 00 61 62 00 41 01", "FF FE 00 FF FE 00 61 62 00 41 01"},
     };
-    for (const Case& each : cases) {
+    for (const StoredText& each : cases) {
         EXPECT_EQ(toHex(encodeText(each.text, false)), each.plain);
         EXPECT_EQ(toHex(encodeText(each.text, true)), each.compressed);
         for (const std::string& stored : {each.plain, each.compressed}) {

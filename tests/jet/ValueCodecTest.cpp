@@ -16,14 +16,14 @@ Column column(ColumnType type) {
     return made;
 }
 
-struct Case {
+struct StoredValue {
     ColumnType type;
     std::string stored;
     base::Value value;
 };
 
 TEST(ValueCodec, ReadsAndWritesEveryTypeOfValue) {
-    const Case cases[] = {
+    const StoredValue cases[] = {
         {ColumnType::Byte, "FF", std::uint8_t{255}},
         {ColumnType::Integer, "FE FF", std::int16_t{-2}},
         {ColumnType::Long, "00 00 00 80", std::int32_t{-2147483647 - 1}},
@@ -40,7 +40,7 @@ TEST(ValueCodec, ReadsAndWritesEveryTypeOfValue) {
         {ColumnType::Numeric, "80 00 00 00 00 00 00 00 00 01 00 00 00 02 00 00 00",
          base::Decimal{true, 2, {2, 1, 0, 0}}},
     };
-    for (const Case& each : cases) {
+    for (const StoredValue& each : cases) {
         EXPECT_EQ(decodeValue(column(each.type), fromHex(each.stored), {}), each.value) << each.stored;
         EXPECT_EQ(toHex(encodeValue(column(each.type), each.value)), each.stored);
     }

@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """clang-tidy over every C++ source, two at a time; what was clean is not looked at again until it changes.
 
-The commands come from the native build, and from the Windows one for what only that compiles. A clean result is
+The commands come from the native preset, and from the Windows one for what only that compiles. A clean result is
 remembered under the hash of all it depends on (the tool, its settings, the command, the source and every header of
 ours that it reaches), outside the work tree, so that a fresh clone finds it too.
 """
@@ -19,7 +19,7 @@ import time
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 MEMORY = pathlib.Path(os.environ.get("XDG_CACHE_HOME", pathlib.Path.home() / ".cache")) / "prjDexoBenutzerkonten/tidy"
 KEEP_DAYS = 60
-NATIVE, WINDOWS = "out/build/native-debug", "out/build/windows-x64"
+NATIVE, WINDOWS = "native-debug", "windows-x64"
 
 
 def output(*command):
@@ -34,11 +34,18 @@ def mingwArguments():
     return ["--target=x86_64-w64-mingw32", "-nostdinc++", "-nostdlibinc"] + [w for f in own for w in ("-isystem", f)]
 
 
+def database(preset):
+    """The compile commands of a preset with every source for itself."""
+    folder = ROOT / "out/tidy" / preset
+    output("cmake", "-S", str(ROOT), "--preset", preset, "-B", str(folder), "-DTOLV_UNITY=OFF")
+    return json.loads((folder / "compile_commands.json").read_text())
+
+
 def commands():
     """Source to compiler arguments: those that say what the source means, not how it is compiled."""
     found = {}
-    for build, extra in ((WINDOWS, mingwArguments()), (NATIVE, [])):
-        for entry in json.loads((ROOT / build / "compile_commands.json").read_text()):
+    for preset, extra in ((WINDOWS, mingwArguments()), (NATIVE, [])):
+        for entry in database(preset):
             source = os.path.relpath(os.path.join(entry["directory"], entry["file"]), ROOT)
             words, kept = shlex.split(entry["command"]), []
             for word, following in zip(words, words[1:] + [""]):

@@ -64,12 +64,12 @@ TEST(TableExpressions, ReadRulesThatLeaveOutTheirColumn) {
     const TableDefinition table = makeDefinition(design);
     const TableExpressions expressions;
     const Value null = base::Null{};
-    enum Answer { Yes, No, NotUnderstood };
+    enum Verdict { Yes, No, NotUnderstood };
     const struct {
         Text rule;
         base::TextView column;
         Value value;
-        Answer answer;
+        Verdict verdict;
     } cases[] = {
         {u">0", u"Menge", 1, Yes},
         {u">0", u"Menge", 0, No},
@@ -98,14 +98,14 @@ TEST(TableExpressions, ReadRulesThatLeaveOutTheirColumn) {
         {u">", u"Menge", 3, NotUnderstood},
         {u"'x'", u"Menge", 3, NotUnderstood},
     };
-    for (const auto& [rule, name, value, answer] : cases) {
+    for (const auto& [rule, name, value, verdict] : cases) {
         const Column* column = name.empty() ? nullptr : table.column(name);
         const auto read = expressions.validationRule(rule, table, column);
-        ASSERT_EQ(read == nullptr, answer == NotUnderstood) << base::toUtf8(rule);
+        ASSERT_EQ(read == nullptr, verdict == NotUnderstood) << base::toUtf8(rule);
         if (!read) continue;
         std::vector<Value> row{100, Text(u"Name"), 1};
         if (column != nullptr) row[column->number] = value;
-        EXPECT_EQ(read->permits(GivenRow(row)), answer == Yes) << base::toUtf8(rule);
+        EXPECT_EQ(read->permits(GivenRow(row)), verdict == Yes) << base::toUtf8(rule);
     }
 }
 
