@@ -11,11 +11,11 @@ using test::Answer;
 using test::get;
 using test::invoke;
 using test::kAll;
+using test::kMethod;
 using test::missing;
 using test::of;
 
 constexpr std::int32_t kFailed = -2147467259;
-constexpr WORD kMethod = DISPATCH_METHOD;
 constexpr WORD kGet = DISPATCH_PROPERTYGET;
 constexpr WORD kPut = DISPATCH_PROPERTYPUT;
 

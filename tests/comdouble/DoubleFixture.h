@@ -74,17 +74,17 @@ protected:
     Object openConnection() const {
         Object connection = create(comdouble::Registration::connectionClass());
         prepare(connection);
-        EXPECT_EQ(invoke(connection, u"Open", DISPATCH_METHOD, {}).number(), 0);
+        EXPECT_EQ(invoke(connection, u"Open", kMethod, {}).number(), 0);
         return connection;
     }
 
     static Object openRecordset(const Object& connection, base::TextView source, std::int32_t cursorType,
                                 std::int32_t lockType) {
         Object recordset = create(comdouble::Registration::recordsetClass());
-        EXPECT_EQ(invoke(recordset, u"Open", DISPATCH_METHOD,
-                         {of(source), of(connection), of(cursorType), of(lockType), of(-1)})
-                      .number(),
-                  0);
+        EXPECT_EQ(
+            invoke(recordset, u"Open", kMethod, {of(source), of(connection), of(cursorType), of(lockType), of(-1)})
+                .number(),
+            0);
         return recordset;
     }
 

@@ -9,11 +9,10 @@ using test::Answer;
 using test::get;
 using test::invoke;
 using test::kAll;
+using test::kMethod;
 using test::of;
 
 class FaultsTest : public test::DoubleFixture {};
-
-constexpr WORD kMethod = DISPATCH_METHOD;
 
 TEST_F(FaultsTest, RecordIsFilledInAsOrdered) {
     const auto connection = create(Registration::connectionClass());

@@ -13,6 +13,8 @@
 /// Calls of automation objects without anything in between, for tests of what an object answers.
 namespace test {
 
+inline constexpr WORD kMethod = DISPATCH_METHOD;
+
 using Object = comdouble::Ref<IDispatch>;
 
 /// What a call gave back; frees it.
