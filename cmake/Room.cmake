@@ -6,7 +6,7 @@ set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
 option(TOLV_SANITIZE "address and undefined-behaviour sanitizers" OFF)
-option(TOLV_UNITY "compile several sources of a test program as one" ON)
+option(TOLV_TESTS_TOGETHER "compile several sources of a test program as one" ON)
 
 find_program(TOLV_CCACHE ccache)
 if(TOLV_CCACHE)
@@ -53,12 +53,36 @@ function(tolv_fast)
     endforeach()
 endfunction()
 
+# Sets `variable` to sources that each take in several of these: most of a test's compile time goes into the test
+# framework's headers, which so are read once for many. Named from the project's root, so that a compiler cache knows
+# them in every clone; CMake's own way to do this writes absolute paths.
+function(tolv_together variable name)
+    set(together)
+    while(ARGN)
+        list(LENGTH together number)
+        set(includes)
+        foreach(i RANGE 7)
+            if(ARGN)
+                list(POP_FRONT ARGN source)
+                cmake_path(ABSOLUTE_PATH source NORMALIZE)
+                cmake_path(RELATIVE_PATH source BASE_DIRECTORY ${CMAKE_SOURCE_DIR})
+                string(APPEND includes "#include \"${source}\"\n")
+            endif()
+        endforeach()
+        set(file ${CMAKE_CURRENT_BINARY_DIR}/${name}_${number}.cpp)
+        file(CONFIGURE OUTPUT ${file} CONTENT "${includes}" @ONLY)
+        list(APPEND together ${file})
+    endwhile()
+    set(${variable} ${together} PARENT_SCOPE)
+endfunction()
+
 # tolv_test(NAME SOURCES file... USES room...): one test program a room, run as one entry of ctest.
 function(tolv_test name)
     cmake_parse_arguments(TEST "" "" "SOURCES;USES" ${ARGN})
+    if(TOLV_TESTS_TOGETHER)
+        tolv_together(TEST_SOURCES ${name} ${TEST_SOURCES})
+    endif()
     add_executable(${name} ${TEST_SOURCES})
     target_link_libraries(${name} PRIVATE tolv_options ${TEST_USES} GTest::gmock_main)
-    # Most of a test's compile time goes into the test framework's headers; so they are read once for many sources.
-    set_target_properties(${name} PROPERTIES UNITY_BUILD ${TOLV_UNITY} UNITY_BUILD_BATCH_SIZE 8)
     add_test(NAME ${name} COMMAND ${name})
 endfunction()
