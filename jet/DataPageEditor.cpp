@@ -7,9 +7,12 @@
 #include "jet/Errors.h"
 
 namespace jet {
+
 DataPageEditor::DataPageEditor(PageStore& store, PageNumber number, std::uint32_t owner) : number_(number) {
-    DataPage::read(store, number, owner);
+    const std::size_t noted = DataPage::read(store, number, owner).freeBytes();
     bytes_ = store.change(number);
+    // Where the two differ rows may stand that the slots do not show.
+    if (noted != freeBytes()) throw damaged(number, u"Der freie Platz der Datenseite passt nicht zu ihren Zeilen");
 }
 
 std::size_t DataPageEditor::freeBytes() const {

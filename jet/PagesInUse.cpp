@@ -17,8 +17,10 @@ void PagesInUse::addTable(const TableDefinition& definition) {
         addPage(page);
     addMap(definition.ownedPages);
     addPage(definition.pagesWithSpace.page);
-    for (const IndexDefinition& index : definition.indexes)
+    for (const IndexDefinition& index : definition.indexes) {
+        addPage(index.rootPage);
         addMap(index.usageMap);
+    }
     for (const LongValueMaps& maps : definition.longValueMaps) {
         // The entries of deleted columns stay behind.
         if (definition.columnNumbered(maps.columnNumber) == nullptr) continue;

@@ -221,6 +221,18 @@ TEST(TableWriter, RefusesBeforeAnythingIsChanged) {
     EXPECT_THROW(file.writer(u"MSysObjects"), base::RuntimeError);
 }
 
+TEST(TableWriter, TakesNoPageForEmptyThatHidesRows) {
+    constexpr std::size_t kSlotCountPlace = 12;
+    WrittenFile file({stock()});
+    const RowPointer row = file.writer(kTable).insert({{{kName, Text(u"Erste")}, {kNote, Text(300, u'n')}}});
+    file.writer(kTable).insert({{{kName, Text(u"Zweite")}, {kNote, Text(300, u'n')}}});
+    const Table table = *openTable(file.store, kTable);
+    const PageNumber notes = *UsageMap::read(file.store, table.definition().longValueMaps[0].owned).next(0);
+    base::putU16(file.store.change(notes), kSlotCountPlace, 1);
+    EXPECT_NE(errorOf([&] { file.writer(kTable).remove(row); }).find("Der freie Platz der Datenseite"),
+              std::string::npos);
+}
+
 TEST(TableWriter, NewRowsHaveTheirDefaults) {
     WrittenFile file({stock()});
     setProperty(file, u"Anzahl", u"DefaultValue", u"7");
