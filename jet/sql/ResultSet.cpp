@@ -11,7 +11,6 @@ namespace jet::sql {
 
 namespace {
 
-constexpr std::size_t kBlockBytes = std::size_t{256} * 1024;
 constexpr std::size_t kRowsAhead = 12;
 constexpr std::size_t kCacheLineBytes = 64;
 
@@ -55,30 +54,17 @@ ResultSet::Stored ResultSet::longValue(std::size_t row, const Column& column) co
     return longValues_[appended * longColumns_.size() + static_cast<std::size_t>(found - longColumns_.begin())];
 }
 
-ResultSet::Stored ResultSet::store(Stored bytes) {
-    if (bytes.size() > freeBytes_) {
-        freeBytes_ = std::max(kBlockBytes, bytes.size());
-        blocks_.push_back(std::make_unique_for_overwrite<std::uint8_t[]>(freeBytes_));
-        free_ = blocks_.back().get();
-    }
-    std::copy(bytes.begin(), bytes.end(), free_);
-    const Stored stored(free_, bytes.size());
-    free_ += bytes.size();
-    freeBytes_ -= bytes.size();
-    return stored;
-}
-
 void ResultSet::append(PageSource& source, const Row& row) {
     for (const Column* column : longColumns_) {
         Stored& value = longValues_.emplace_back();
         if (row.view.isNull(*column)) continue;
-        value = store(readLongValue(source, row.view.stored(*column), row.pointer));
+        value = bytes_.put(readLongValue(source, row.view.stored(*column), row.pointer));
         longBytes_ += value.size();
         // A sound file keeps each value once; many rows that point to one big value must not fill the memory.
         if (longBytes_ > std::uint64_t{source.pageCount()} * kPageSize)
             throw damagedRow(row.pointer, u"Mehrere Zeilen teilen sich ein langes Feld");
     }
-    const Stored bytes = store(row.view.bytes());
+    const Stored bytes = bytes_.put(row.view.bytes());
     rows_.push_back({bytes.data(), row.pointer.page, static_cast<std::uint16_t>(bytes.size()), row.pointer.slot});
 }
 

@@ -13,6 +13,7 @@
 #include "jet/RowPointer.h"
 #include "jet/Table.h"
 #include "jet/TableDefinition.h"
+#include "jet/sql/ByteStore.h"
 
 namespace jet::sql {
 
@@ -84,7 +85,6 @@ private:
         RowPointer pointer() const { return {page, slot}; }
     };
 
-    Stored store(Stored bytes);
     Stored longValue(std::size_t row, const Column& column) const;
 
     std::unique_ptr<const TableDefinition> definition_;
@@ -93,10 +93,7 @@ private:
     std::vector<StoredRow> rows_;
     std::vector<std::uint32_t> order_;  ///< the how-manieth appended each row was; empty: they stand so
     std::vector<Stored> longValues_;    ///< of each row as appended, one for each of longColumns_
-    // Bytes lie in blocks that never move.
-    std::vector<std::unique_ptr<std::uint8_t[]>> blocks_;
-    std::uint8_t* free_ = nullptr;  ///< of the last block
-    std::size_t freeBytes_ = 0;
+    ByteStore bytes_;                   ///< of rows and long values
     std::uint64_t longBytes_ = 0;
 };
 
