@@ -14,6 +14,7 @@ import os
 import re
 import subprocess
 import sys
+import tempfile
 
 LIMIT_SECONDS = 600
 CASE = re.compile(r"^\[ +(OK|FAILED|SKIPPED) +\] (\S+?)(?:, where .*?)?(?: \(\d+ ms\))?\r?$")
@@ -35,14 +36,17 @@ def run(name, command, environment, folder, wine):
     if wine:
         program = [index for index, word in enumerate(command) if word.endswith(".exe")]
         command = os.environ["TOLV_WINE"].split() + command[program[0] if program else 0:]
-    try:
-        done = subprocess.run(command, cwd=folder, env={**os.environ, **environment}, stdin=subprocess.DEVNULL,
-                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=LIMIT_SECONDS)
-        code, output = done.returncode, done.stdout.decode("utf-8", "replace")
-    except subprocess.TimeoutExpired as expired:
-        code, output = "its time limit", (expired.stdout or b"").decode("utf-8", "replace")
-    except OSError as error:
-        code, output = error, ""
+    # Into a file: Wine's own processes would keep a pipe open for a minute after the program has ended.
+    with tempfile.TemporaryFile() as printed:
+        try:
+            code = subprocess.run(command, cwd=folder, env={**os.environ, **environment}, stdin=subprocess.DEVNULL,
+                                  stdout=printed, stderr=subprocess.STDOUT, timeout=LIMIT_SECONDS).returncode
+        except subprocess.TimeoutExpired:
+            code = "its time limit"
+        except OSError as error:
+            code = error
+        printed.seek(0)
+        output = printed.read().decode("utf-8", "replace")
     lines, results, seen = output.splitlines(), [], set()
     summary = next((i for i, line in enumerate(lines) if line.startswith("[==========]") and " ran." in line), None)
     for line in lines[:summary]:
