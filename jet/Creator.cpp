@@ -43,8 +43,7 @@ PropertyBlob propertiesOf(const TableDesign& design) {
 Creator::Creator(PageIo& io, base::Text password, CreationStamp stamp)
     : io_(io), password_(std::move(password)), stamp_(stamp), pages_(io), maps_(pages_) {
     if (password_.size() > kMaxPasswordUnits || password_.find(u'\0') != base::Text::npos) {
-        throw base::RuntimeError(static_cast<std::int32_t>(ErrorNumber::Unspecified),
-                                 u"Ein Datenbankkennwort hat höchstens 20 Zeichen.");
+        throw failure(u"Ein Datenbankkennwort hat höchstens 20 Zeichen.");
     }
     const auto designs = systemTableDesigns();
     pages_.allocate();  // header

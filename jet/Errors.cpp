@@ -15,37 +15,38 @@ RuntimeError error(ErrorNumber number, Text description) {
 
 constexpr TextView kDamage = u"Die Datenbank ist beschädigt, ";
 
-Text quoted(TextView text) {
-    return u"'" + Text(text) + u"'";
-}
-
 }  // namespace
 
+Text quoted(TextView name) {
+    return u"'" + Text(name) + u"'";
+}
+
+RuntimeError failure(Text description) {
+    return error(ErrorNumber::Unspecified, std::move(description));
+}
+
 RuntimeError fileNotFound(TextView path) {
-    return error(ErrorNumber::Unspecified, u"Datei " + quoted(path) + u" nicht gefunden.");
+    return failure(u"Datei " + quoted(path) + u" nicht gefunden.");
 }
 
 RuntimeError folderNotFound(TextView path) {
-    return error(ErrorNumber::Unspecified,
-                 quoted(path) +
-                     u" ist kein zulässiger Pfad. Stellen Sie sicher, dass der Pfad richtig eingegeben wurde und dass "
-                     u"Sie mit dem Server, auf dem sich die Datei befindet, verbunden sind.");
+    return failure(quoted(path) +
+                   u" ist kein zulässiger Pfad. Stellen Sie sicher, dass der Pfad richtig eingegeben wurde und dass "
+                   u"Sie mit dem Server, auf dem sich die Datei befindet, verbunden sind.");
 }
 
 RuntimeError fileInUse(TextView path) {
-    return error(ErrorNumber::Unspecified,
-                 quoted(path) + u" konnte nicht verwendet werden; Datei wird bereits benutzt.");
+    return failure(quoted(path) + u" konnte nicht verwendet werden; Datei wird bereits benutzt.");
 }
 
 RuntimeError accessDenied(TextView path) {
-    return error(ErrorNumber::Unspecified,
-                 u"Das Datenbankmodul kann die Datei " + quoted(path) +
-                     u" nicht öffnen. Sie ist bereits von einem anderen Benutzer exklusiv geöffnet, oder Sie benötigen "
-                     u"eine Berechtigung, um ihre Daten zu lesen.");
+    return failure(u"Das Datenbankmodul kann die Datei " + quoted(path) +
+                   u" nicht öffnen. Sie ist bereits von einem anderen Benutzer exklusiv geöffnet, oder Sie benötigen "
+                   u"eine Berechtigung, um ihre Daten zu lesen.");
 }
 
 RuntimeError unknownFormat(TextView path) {
-    return error(ErrorNumber::Unspecified, u"Nicht erkennbares Datenbankformat " + quoted(path) + u".");
+    return failure(u"Nicht erkennbares Datenbankformat " + quoted(path) + u".");
 }
 
 RuntimeError wrongPassword() {
@@ -71,55 +72,51 @@ RuntimeError readOnly(WriteKind kind) {
     if (kind == WriteKind::Recordset)
         return error(ErrorNumber::ReadOnly,
                      u"Aktualisieren nicht möglich. Datenbank oder Objekt ist schreibgeschützt.");
-    return error(ErrorNumber::Unspecified, u"Operation muss eine aktualisierbare Abfrage verwenden.");
+    return failure(u"Operation muss eine aktualisierbare Abfrage verwenden.");
 }
 
 RuntimeError fileTooLarge() {
-    return error(ErrorNumber::Unspecified, u"Ungültiges Argument.");
+    return failure(u"Ungültiges Argument.");
 }
 
 RuntimeError diskFull() {
-    return error(ErrorNumber::Unspecified, u"Nicht genügend Speicherplatz auf dem Datenträger.");
+    return failure(u"Nicht genügend Speicherplatz auf dem Datenträger.");
 }
 
 RuntimeError journalLeft(TextView path, TextView journalPath) {
-    return error(ErrorNumber::Unspecified,
-                 u"Die Datei " + quoted(path) +
-                     u" ist vielleicht nur halb geschrieben: Ein Schreibvorgang wurde "
-                     u"unterbrochen und hat das Journal " +
-                     quoted(journalPath) +
-                     u" hinterlassen. Öffnen Sie die Datei mit einem Programm, das schreiben darf; es stellt den Stand "
-                     u"davor wieder her.");
+    return failure(u"Die Datei " + quoted(path) +
+                   u" ist vielleicht nur halb geschrieben: Ein Schreibvorgang wurde "
+                   u"unterbrochen und hat das Journal " +
+                   quoted(journalPath) +
+                   u" hinterlassen. Öffnen Sie die Datei mit einem Programm, das schreiben darf; es stellt den Stand "
+                   u"davor wieder her.");
 }
 
 RuntimeError journalRefused(TextView path, TextView journalPath, TextView why) {
-    return error(ErrorNumber::Unspecified,
-                 u"Die Datei " + quoted(path) + u" wird nicht geöffnet: Das Journal " + quoted(journalPath) + u" " +
-                     Text(why) +
-                     u". Nichts wurde geändert. Prüfen Sie die Datei an einer Kopie ohne das Journal; ist sie in "
-                     u"Ordnung, löschen Sie das Journal, sonst stellen Sie die Datei aus einer Sicherung wieder her.");
+    return failure(u"Die Datei " + quoted(path) + u" wird nicht geöffnet: Das Journal " + quoted(journalPath) + u" " +
+                   Text(why) +
+                   u". Nichts wurde geändert. Prüfen Sie die Datei an einer Kopie ohne das Journal; ist sie in "
+                   u"Ordnung, löschen Sie das Journal, sonst stellen Sie die Datei aus einer Sicherung wieder her.");
 }
 
 RuntimeError journalStays(TextView path, TextView journalPath) {
-    return error(ErrorNumber::Unspecified,
-                 u"Die Datei " + quoted(path) + u" wird nicht geöffnet: Das Journal " + quoted(journalPath) +
-                     u" ist erledigt und die Datei ganz, aber das Journal kann nicht gelöscht "
-                     u"werden. Löschen Sie es.");
+    return failure(u"Die Datei " + quoted(path) + u" wird nicht geöffnet: Das Journal " + quoted(journalPath) +
+                   u" ist erledigt und die Datei ganz, aber das Journal kann nicht gelöscht "
+                   u"werden. Löschen Sie es.");
 }
 
 RuntimeError deviceFailed(TextView path, std::int64_t systemError) {
-    return error(ErrorNumber::Unspecified, u"Fehler beim Zugriff auf die Datei " + quoted(path) + u" (Systemfehler " +
-                                               base::decimal(systemError) + u").");
+    return failure(u"Fehler beim Zugriff auf die Datei " + quoted(path) + u" (Systemfehler " +
+                   base::decimal(systemError) + u").");
 }
 
 RuntimeError damaged(PageNumber page, TextView found) {
-    return error(ErrorNumber::Unspecified,
-                 Text(kDamage) + u"Seite " + base::decimal(page) + u": " + Text(found) + u".");
+    return failure(Text(kDamage) + u"Seite " + base::decimal(page) + u": " + Text(found) + u".");
 }
 
 RuntimeError damagedRow(RowPointer row, TextView found) {
-    return error(ErrorNumber::Unspecified, Text(kDamage) + u"Seite " + base::decimal(row.page) + u", Zeile " +
-                                               base::decimal(row.slot) + u": " + Text(found) + u".");
+    return failure(Text(kDamage) + u"Seite " + base::decimal(row.page) + u", Zeile " + base::decimal(row.slot) + u": " +
+                   Text(found) + u".");
 }
 
 std::optional<Text> damageOf(const RuntimeError& error) {

@@ -23,6 +23,12 @@ enum class ErrorNumber : std::int32_t {
     FieldTooSmall = -2147217833,  ///< 80040E57
 };
 
+/// A name as the messages show it.
+base::Text quoted(base::TextView name);
+
+/// A failure without a number of its own.
+base::RuntimeError failure(base::Text description);
+
 base::RuntimeError fileNotFound(base::TextView path);
 base::RuntimeError folderNotFound(base::TextView path);
 base::RuntimeError fileInUse(base::TextView path);

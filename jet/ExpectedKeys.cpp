@@ -68,7 +68,7 @@ bool ExpectedKeys::computeKey(const RowView& row, RowKey& key) const {
     key.hasNull = false;
     passingOverDamage([&] {
         for (const IndexColumn& part : index_.columns) {
-            const Column& column = *row.definition().columnNumbered(part.columnNumber);
+            const Column& column = row.definition().columnOf(part);
             const base::Value value = valueOf(rows_.table().source(), row, column);
             appendPart(key, column, value, part.ascending);
             allNull = allNull && base::isNull(value);

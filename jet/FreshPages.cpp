@@ -5,13 +5,6 @@
 #include "jet/RowCodec.h"
 
 namespace jet {
-namespace {
-
-base::RuntimeError failure(base::TextView description) {
-    return {static_cast<std::int32_t>(ErrorNumber::Unspecified), base::Text(description)};
-}
-
-}  // namespace
 
 PageNumber FreshPages::allocate() {
     if (count_ == kMaxPages) throw failure(u"Die Datei würde größer als 2 GB.");

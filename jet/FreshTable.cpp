@@ -13,10 +13,6 @@
 namespace jet {
 namespace {
 
-base::RuntimeError failure(base::TextView description) {
-    return {static_cast<std::int32_t>(ErrorNumber::Unspecified), base::Text(description)};
-}
-
 /// Whether a value has a key that may be written.
 bool keyIsCertain(const Column& column, const base::Value& value) {
     const auto* text = std::get_if<base::Text>(&value);
@@ -111,7 +107,7 @@ void FreshTable::addToIndexes(std::span<const base::Value> values, RowPointer ro
         bool allNull = true;
         bool hasNull = false;
         for (const IndexColumn& part : index.columns) {
-            const Column& column = *definition_.columnNumbered(part.columnNumber);
+            const Column& column = definition_.columnOf(part);
             const base::Value& value = values[column.number];
             if (!keyIsCertain(column, value)) {
                 throw failure(u"Der Wert des Feldes '" + column.name +

@@ -182,7 +182,7 @@ void checkIndex(const CheckContext& context, const TableRows& rows, std::size_t 
     const Place place = tablePlace.withIndex(name);
     ++context.counts.indexes;
     for (const IndexColumn& part : index.columns) {
-        const ColumnType type = definition.columnNumbered(part.columnNumber)->type;
+        const ColumnType type = definition.columnOf(part).type;
         if (type != ColumnType::Ole && type != ColumnType::Block) continue;
         context.findings.fault(place.onPage(definition.page), u"Eine Spalte des Indexes kann keinen Schlüssel haben.");
         return;

@@ -10,10 +10,6 @@
 namespace jet {
 namespace {
 
-const Column* columnOf(const TableDefinition& table, const IndexColumn& part) {
-    return table.columnNumbered(part.columnNumber);
-}
-
 void compare(const Table& table, const IndexDefinition& index, const IndexCursor& cursor) {
     const Row row = table.rowAt(cursor.row());
     base::Bytes key;
@@ -29,17 +25,15 @@ IndexEntryKey keyToWrite(PageSource& source, const IndexDefinition& index, const
     entry.hasEntry = keyOfRow(source, index, row, entry.key);
     if (entry.hasEntry && !keyOfRowIsCertain(source, index, row)) throw uncertainKey(index.name);
     entry.hasNull = std::ranges::any_of(
-        index.columns, [&](const IndexColumn& part) { return row.isNull(*columnOf(row.definition(), part)); });
+        index.columns, [&](const IndexColumn& part) { return row.isNull(row.definition().columnOf(part)); });
     if (entry.hasNull && (index.isRequired() || index.isPrimary)) throw nullInIndex();
     if (entry.key.size() + kIndexRowBytes > kLongestIndexEntry) throw keyTooLong(index.name);
     return entry;
 }
 
 void requireOwnKeys(const Table& table, const IndexDefinition& index) {
-    const bool hasText = std::ranges::any_of(index.columns, [&](const IndexColumn& part) {
-        const Column* column = columnOf(table.definition(), part);
-        return column != nullptr && column->isText();
-    });
+    const bool hasText = std::ranges::any_of(
+        index.columns, [&](const IndexColumn& part) { return table.definition().columnOf(part).isText(); });
     if (!hasText) return;
     IndexCursor cursor(table.source(), table.definition(), index);
     if (!cursor.first()) return;

@@ -126,15 +126,6 @@ private:
     bool ascending_;
 };
 
-const Column& columnOf(const RowView& row, const IndexColumn& part) {
-    const Column* column = row.definition().columnNumbered(part.columnNumber);
-    if (column == nullptr) {
-        throw damaged(row.definition().page,
-                      u"Ein Index verweist auf das Feld " + base::decimal(part.columnNumber) + u", das es nicht gibt");
-    }
-    return *column;
-}
-
 /// The number in any alternative of whole numbers.
 std::optional<std::int64_t> asWhole(const Value& value) {
     if (const auto* byte = std::get_if<std::uint8_t>(&value)) return *byte;
@@ -192,8 +183,7 @@ std::optional<Value> asHeldBy(const Column& column, const Value& value) {
 
 void appendKeyPart(Bytes& key, const Column& column, const Value& value, bool ascending) {
     if (column.type == ColumnType::Ole || column.type == ColumnType::Block) {
-        throw base::RuntimeError(static_cast<std::int32_t>(ErrorNumber::Unspecified),
-                                 u"Das Feld '" + column.name + u"' kann nicht Teil eines Indexes sein.");
+        throw failure(u"Das Feld '" + column.name + u"' kann nicht Teil eines Indexes sein.");
     }
     if (base::isNull(value)) {
         if (column.type == ColumnType::Boolean)
@@ -210,7 +200,7 @@ bool keyOfRow(PageSource& source, const IndexDefinition& index, const RowView& r
     key.clear();
     bool allNull = true;
     for (const IndexColumn& part : index.columns) {
-        const Column& column = columnOf(row, part);
+        const Column& column = row.definition().columnOf(part);
         const Value value = valueOf(source, row, column);
         allNull = allNull && base::isNull(value);
         appendKeyPart(key, column, value, part.ascending);
@@ -220,7 +210,7 @@ bool keyOfRow(PageSource& source, const IndexDefinition& index, const RowView& r
 
 bool keyOfRowIsCertain(PageSource& source, const IndexDefinition& index, const RowView& row) {
     return std::all_of(index.columns.begin(), index.columns.end(), [&](const IndexColumn& part) {
-        const Column& column = columnOf(row, part);
+        const Column& column = row.definition().columnOf(part);
         if (!column.isText() || row.isNull(column)) return true;
         if (column.type == ColumnType::Text) {
             const auto units = oneByteUnits(row.stored(column));

@@ -103,7 +103,7 @@ private:
     static std::vector<base::Bytes> columnsOf(const CheckedTable& table, const LogicalIndex& index) {
         std::vector<base::Bytes> names;
         for (const IndexColumn& part : table.definition.indexes[index.dataBlock].columns)
-            names.push_back(sortKey(table.definition.columnNumbered(part.columnNumber)->name));
+            names.push_back(sortKey(table.definition.columnOf(part).name));
         return names;
     }
 

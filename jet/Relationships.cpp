@@ -25,15 +25,9 @@ private:
     RowView row_;
 };
 
-const Column& columnOf(const TableDefinition& table, const IndexColumn& part) {
-    const Column* column = table.columnNumbered(part.columnNumber);
-    if (column == nullptr) throw damaged(table.page, u"Ein Index nennt eine Spalte, die es nicht gibt");
-    return *column;
-}
-
 bool anyColumnChanged(const TableDefinition& table, const IndexDefinition& index, const RowDraft& draft) {
     return std::ranges::any_of(index.columns,
-                               [&](const IndexColumn& part) { return draft.isChanged(columnOf(table, part)); });
+                               [&](const IndexColumn& part) { return draft.isChanged(table.columnOf(part)); });
 }
 
 bool cascadesDelete(const LogicalIndex& index) {
@@ -64,9 +58,9 @@ std::optional<base::Bytes> Relationships::partnerKey(const WritableTable& table,
     const IndexDefinition& index = there.indexes[link.partnerIndex];
     base::Bytes key;
     for (std::size_t i = 0; i < index.columns.size(); ++i) {
-        const base::Value value = row.valueOf(columnOf(table.definition(), link.ownIndex.columns[i]));
+        const base::Value value = row.valueOf(table.definition().columnOf(link.ownIndex.columns[i]));
         if (base::isNull(value)) return std::nullopt;
-        const auto part = searchKeyPart(columnOf(there, index.columns[i]), value, index.columns[i].ascending);
+        const auto part = searchKeyPart(there.columnOf(index.columns[i]), value, index.columns[i].ascending);
         if (!part) {
             if (std::holds_alternative<base::Text>(value)) throw uncertainKey(index.name);
             return std::nullopt;
@@ -102,7 +96,7 @@ void Relationships::checkReference(WritableTable& table, const LogicalIndex& ind
     const Link link = linkOf(table, index);
     if (!anyColumnChanged(table.definition(), link.ownIndex, draft)) return;
     const bool hasNull = std::ranges::any_of(link.ownIndex.columns, [&](const IndexColumn& part) {
-        return base::isNull(draft.valueOf(columnOf(table.definition(), part)));
+        return base::isNull(draft.valueOf(table.definition().columnOf(part)));
     });
     if (hasNull) return;
     const auto key = partnerKey(table, link, draft);

@@ -128,6 +128,9 @@ public:
     /// @return null if there is none; names are compared as the database compares text
     const Column* column(base::TextView name) const;
     const Column* columnNumbered(std::uint16_t number) const;
+
+    /// The column of one of this table's own indexes; there always is one, decoding refuses others.
+    const Column& columnOf(const IndexColumn& part) const { return *columnNumbered(part.columnNumber); }
 };
 
 /// Pages that a definition of so many joined bytes takes.

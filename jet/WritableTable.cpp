@@ -69,10 +69,8 @@ void WritableTable::addOldKey(EntryChange& change, const RowView& old) {
 /// Nothing if the entry stays.
 std::optional<WritableTable::EntryChange> WritableTable::makeEntry(std::size_t number, RowDraft& draft) {
     const IndexDefinition& index = definition().indexes[number];
-    const bool concerned = std::ranges::any_of(index.columns, [&](const IndexColumn& part) {
-        const Column* column = definition().columnNumbered(part.columnNumber);
-        return column == nullptr || draft.isChanged(*column);
-    });
+    const bool concerned = std::ranges::any_of(
+        index.columns, [&](const IndexColumn& part) { return draft.isChanged(definition().columnOf(part)); });
     if (!concerned) return std::nullopt;
     requireOwnKeysOnce(number);
     EntryChange change;

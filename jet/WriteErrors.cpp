@@ -5,10 +5,6 @@
 namespace jet {
 namespace {
 
-base::RuntimeError failure(base::Text description) {
-    return {static_cast<std::int32_t>(ErrorNumber::Unspecified), std::move(description)};
-}
-
 /// Rules of columns have one number for record sets and another one for statements.
 base::RuntimeError failure(WriteKind kind, base::Text description) {
     const ErrorNumber number = kind == WriteKind::Recordset ? ErrorNumber::NotUpdated : ErrorNumber::Unspecified;
@@ -19,10 +15,6 @@ base::RuntimeError multipleStepFailure() {
     return failure(WriteKind::Recordset,
                    u"Fehler bei einer aus mehreren Schritten bestehenden OLE DB-Operation. Prüfen Sie die einzelnen "
                    u"OLE DB-Statuswerte, falls vorhanden. Daten wurden nicht verarbeitet.");
-}
-
-base::Text quoted(base::TextView text) {
-    return u"'" + base::Text(text) + u"'";
 }
 
 base::Text indexNamed(base::TextView index) {
