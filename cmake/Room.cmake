@@ -6,7 +6,7 @@ set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
 option(TOLV_SANITIZE "address and undefined-behaviour sanitizers" OFF)
-option(TOLV_TESTS_TOGETHER "compile several sources of a test program as one" ON)
+option(TOLV_TOGETHER "compile several sources of a room or of a test program as one" ON)
 
 find_program(TOLV_CCACHE ccache)
 if(TOLV_CCACHE)
@@ -30,32 +30,10 @@ if(WIN32)
     target_compile_definitions(tolv_options INTERFACE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN)
 endif()
 
-# tolv_room(NAME [SOURCES file...] [USES room...]): the library of one room, named for its folder
-# ("ado/embedded" is ado_embedded). Without sources it is a room of headers alone.
-function(tolv_room name)
-    cmake_parse_arguments(ROOM "" "" "SOURCES;USES" ${ARGN})
-    if(ROOM_SOURCES)
-        add_library(${name} STATIC ${ROOM_SOURCES})
-        target_link_libraries(${name} PUBLIC tolv_options ${ROOM_USES})
-    else()
-        add_library(${name} INTERFACE)
-        target_link_libraries(${name} INTERFACE tolv_options ${ROOM_USES})
-    endif()
-endfunction()
-
-# tolv_fast(ROOM...): where rows and pages are many. The Windows programs are built for size elsewhere: the tool is to
-# stay below 1 MB.
-function(tolv_fast)
-    foreach(name ${ARGN})
-        if(WIN32)
-            target_compile_options(${name} PRIVATE -O2)
-        endif()
-    endforeach()
-endfunction()
-
-# Sets `variable` to sources that each take in several of these: most of a test's compile time goes into the test
-# framework's headers, which so are read once for many. Named from the project's root, so that a compiler cache knows
-# them in every clone; CMake's own way to do this writes absolute paths.
+# Sets `variable` to sources that each take in several of these: most of the time to compile goes into the headers of
+# the standard library, of Windows and of the test framework, which so are read once for many. Named from the project's
+# root, so that a compiler cache knows them in every clone; CMake's own way to do this writes absolute paths. The tidy
+# check compiles each source alone, so none may lean on what its neighbour includes.
 function(tolv_together variable name)
     set(together)
     while(ARGN)
@@ -76,13 +54,44 @@ function(tolv_together variable name)
     set(${variable} ${together} PARENT_SCOPE)
 endfunction()
 
+# tolv_room(NAME [TOGETHER] [SOURCES file...] [USES room...]): the library of one room, named for its folder
+# ("ado/embedded" is ado_embedded). Without sources it is a room of headers alone. TOGETHER is for rooms that a program
+# needs as a whole: of others a linker takes only the objects that are used, which keeps the Windows tool below 1 MB.
+function(tolv_room name)
+    cmake_parse_arguments(ROOM "TOGETHER" "" "SOURCES;USES" ${ARGN})
+    if(ROOM_SOURCES)
+        if(TOLV_TOGETHER AND (ROOM_TOGETHER OR TOLV_SANITIZE))
+            tolv_together(ROOM_SOURCES ${name} ${ROOM_SOURCES})
+        endif()
+        add_library(${name} STATIC ${ROOM_SOURCES})
+        target_link_libraries(${name} PUBLIC tolv_options ${ROOM_USES})
+    else()
+        add_library(${name} INTERFACE)
+        target_link_libraries(${name} INTERFACE tolv_options ${ROOM_USES})
+    endif()
+endfunction()
+
+# tolv_fast(ROOM...): where rows and pages are many. The Windows programs are built for size elsewhere: the tool is to
+# stay below 1 MB.
+function(tolv_fast)
+    foreach(name ${ARGN})
+        if(WIN32)
+            target_compile_options(${name} PRIVATE -O2)
+        endif()
+    endforeach()
+endfunction()
+
 # tolv_test(NAME SOURCES file... USES room...): one test program a room, run as one entry of ctest.
 function(tolv_test name)
     cmake_parse_arguments(TEST "" "" "SOURCES;USES" ${ARGN})
-    if(TOLV_TESTS_TOGETHER)
+    if(TOLV_TOGETHER)
         tolv_together(TEST_SOURCES ${name} ${TEST_SOURCES})
     endif()
     add_executable(${name} ${TEST_SOURCES})
     target_link_libraries(${name} PRIVATE tolv_options ${TEST_USES} GTest::gmock_main)
+    if(TOLV_SANITIZE)
+        # Optimising the test framework's templates with checks in them takes longer than running them as they are.
+        target_compile_options(${name} PRIVATE -O0)
+    endif()
     add_test(NAME ${name} COMMAND ${name})
 endfunction()

@@ -14,7 +14,7 @@ constexpr std::size_t kOldLengthOffset = 8;
 constexpr std::size_t kNewLengthOffset = 16;
 constexpr std::size_t kEntryCountOffset = 24;
 constexpr std::size_t kAppendedCountOffset = 28;
-constexpr std::size_t kCreationDateOffset = 32;
+constexpr std::size_t kFileDateOffset = 32;
 constexpr std::size_t kIndexChecksumOffset = 40;
 constexpr std::size_t kNameUnitsOffset = 48;
 constexpr std::size_t kNameOffset = 50;
@@ -74,7 +74,7 @@ base::Bytes JournalRecord::encodeHeader() const {
     base::putU64(sector, kNewLengthOffset, newLength);
     base::putU32(sector, kEntryCountOffset, static_cast<std::uint32_t>(entries.size()));
     base::putU32(sector, kAppendedCountOffset, static_cast<std::uint32_t>(appendedCount(entries)));
-    base::putU64(sector, kCreationDateOffset, file.creationDate);
+    base::putU64(sector, kFileDateOffset, file.creationDate);
     base::putU64(sector, kIndexChecksumOffset, checksum(encodeIndex()));
     const base::TextView name = storedName(file.name);
     base::putU16(sector, kNameUnitsOffset, static_cast<std::uint16_t>(name.size()));
@@ -106,7 +106,7 @@ std::optional<JournalHeader> JournalHeader::decode(base::ByteView sector) {
     JournalHeader header;
     header.oldLength = sector.u64(kOldLengthOffset);
     header.newLength = sector.u64(kNewLengthOffset);
-    header.file.creationDate = sector.u64(kCreationDateOffset);
+    header.file.creationDate = sector.u64(kFileDateOffset);
     header.entryCount = sector.u32(kEntryCountOffset);
     header.appendedCount = sector.u32(kAppendedCountOffset);
     header.indexChecksum = sector.u64(kIndexChecksumOffset);

@@ -13,7 +13,7 @@ namespace {
 using base::Bytes;
 using base::ByteView;
 
-constexpr std::array<std::uint8_t, 4> kMark = {'M', 'R', '2', 0};
+constexpr std::array<std::uint8_t, 4> kBlobMark = {'M', 'R', '2', 0};
 constexpr std::uint16_t kNamesKind = 0x80;
 constexpr std::uint16_t kObjectKind = 0;
 constexpr std::uint16_t kColumnKind = 1;
@@ -61,7 +61,7 @@ PropertyOwner readOwner(std::uint16_t kind, ByteView body, const std::vector<bas
 }
 
 void readChunks(ByteView bytes, PropertyBlob& blob) {
-    for (ByteView rest = bytes.from(kMark.size()); !rest.empty();) {
+    for (ByteView rest = bytes.from(kBlobMark.size()); !rest.empty();) {
         const std::size_t size = std::max<std::size_t>(rest.u32(0), kChunkHeaderBytes);
         const std::uint16_t kind = rest.u16(4);
         const ByteView body = rest.slice(kChunkHeaderBytes, size - kChunkHeaderBytes);
@@ -130,7 +130,7 @@ base::Text Property::asText() const {
 PropertyBlob PropertyBlob::read(std::span<const std::uint8_t> bytes, RowPointer place) {
     PropertyBlob blob;
     if (bytes.empty()) return blob;
-    if (bytes.size() < kMark.size() || !std::equal(kMark.begin(), kMark.end(), bytes.begin())) {
+    if (bytes.size() < kBlobMark.size() || !std::equal(kBlobMark.begin(), kBlobMark.end(), bytes.begin())) {
         throw damagedRow(place, u"Die Eigenschaften beginnen nicht mit ihrem Kennzeichen");
     }
     onPage(place.page, [&] { readChunks(ByteView{bytes}, blob); });
@@ -147,7 +147,7 @@ Bytes PropertyBlob::encode() const {
     Bytes nameList;
     for (const base::Text& name : allNames)
         appendName(nameList, name);
-    Bytes bytes(kMark.begin(), kMark.end());
+    Bytes bytes(kBlobMark.begin(), kBlobMark.end());
     appendChunk(bytes, kNamesKind, nameList);
     for (const PropertyOwner& owner : owners)
         appendChunk(bytes, owner.kind, encodeOwner(owner, allNames));

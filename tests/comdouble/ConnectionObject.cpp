@@ -27,15 +27,22 @@ constexpr std::int32_t kAsText = 1;
 constexpr std::int32_t kOfUnknownKind = 8;
 constexpr std::int32_t kWithoutRecords = 128;
 
-enum Id : DISPID { kProviderId = 101, kPropertiesId, kOpenId, kCloseId, kStateId, kExecuteId };
+enum : DISPID {
+    kConnectionProviderId = 101,
+    kConnectionPropertiesId,
+    kConnectionOpenId,
+    kConnectionCloseId,
+    kConnectionStateId,
+    kConnectionExecuteId
+};
 
-constexpr Member kMembers[] = {
-    {kProviderId, u"Provider", DISPATCH_PROPERTYGET | DISPATCH_PROPERTYPUT, 0, 0},
-    {kPropertiesId, u"Properties", DISPATCH_PROPERTYGET, 0, 0},
-    {kOpenId, u"Open", DISPATCH_METHOD, 0, 4},
-    {kCloseId, u"Close", DISPATCH_METHOD, 0, 0},
-    {kStateId, u"State", DISPATCH_PROPERTYGET, 0, 0},
-    {kExecuteId, u"Execute", DISPATCH_METHOD, 1, 3},
+constexpr Member kConnectionMembers[] = {
+    {kConnectionProviderId, u"Provider", DISPATCH_PROPERTYGET | DISPATCH_PROPERTYPUT, 0, 0},
+    {kConnectionPropertiesId, u"Properties", DISPATCH_PROPERTYGET, 0, 0},
+    {kConnectionOpenId, u"Open", DISPATCH_METHOD, 0, 4},
+    {kConnectionCloseId, u"Close", DISPATCH_METHOD, 0, 0},
+    {kConnectionStateId, u"State", DISPATCH_PROPERTYGET, 0, 0},
+    {kConnectionExecuteId, u"Execute", DISPATCH_METHOD, 1, 3},
 };
 
 std::set<ConnectionObject*>& living() {
@@ -58,7 +65,7 @@ void checkAffected(const Arguments& arguments) {
 
 }  // namespace
 
-ConnectionObject::ConnectionObject() : AutomationObject(u"Connection", kMembers) {
+ConnectionObject::ConnectionObject() : AutomationObject(u"Connection", kConnectionMembers) {
     living().insert(this);
 }
 
@@ -95,17 +102,17 @@ bool ConnectionObject::hasProvider() const {
 
 VARIANT ConnectionObject::call(DISPID id, const Arguments& arguments) {
     switch (id) {
-        case kProviderId:
+        case kConnectionProviderId:
             return textVariant(provider_);
-        case kPropertiesId:
+        case kConnectionPropertiesId:
             return properties();
-        case kOpenId:
+        case kConnectionOpenId:
             open(arguments);
             return {};
-        case kCloseId:
+        case kConnectionCloseId:
             close();
             return {};
-        case kStateId:
+        case kConnectionStateId:
             return numberVariant(session_ ? 1 : 0);
         default:
             return execute(arguments);

@@ -7,14 +7,14 @@ namespace comdouble {
 
 namespace {
 
-enum Id : DISPID { kDefaultId = DISPID_VALUE, kCountId = 201, kNameId };
+enum : DISPID { kDefaultId = DISPID_VALUE, kCountId = 201, kNameId };
 
 constexpr Member kCollectionMembers[] = {
     {kDefaultId, u"Item", DISPATCH_PROPERTYGET, 1, 1},
     {kCountId, u"Count", DISPATCH_PROPERTYGET, 0, 0},
 };
 
-constexpr Member kMembers[] = {
+constexpr Member kValueMembers[] = {
     {kDefaultId, u"Value", DISPATCH_PROPERTYGET | DISPATCH_PROPERTYPUT, 0, 0},
     {kNameId, u"Name", DISPATCH_PROPERTYGET, 0, 0},
 };
@@ -38,7 +38,7 @@ std::size_t NamedValuesObject::indexOf(const Arguments& arguments) const {
     throw adoError(AdoNumber::ItemNotFound);
 }
 
-NamedValueObject::NamedValueObject(base::TextView className) : AutomationObject(className, kMembers) {}
+NamedValueObject::NamedValueObject(base::TextView className) : AutomationObject(className, kValueMembers) {}
 
 VARIANT NamedValueObject::call(DISPID id, const Arguments& /*arguments*/) {
     return id == kNameId ? textVariant(name()) : value();

@@ -15,38 +15,38 @@ constexpr std::int32_t kUnspecified = -1;
 constexpr std::int32_t kAsText = 1;
 constexpr std::int32_t kOfUnknownKind = 8;
 
-enum Id : DISPID {
-    kOpenId = 301,
-    kCloseId,
-    kStateId,
-    kRecordCountId,
-    kEofId,
-    kBofId,
-    kMoveNextId,
-    kFieldsId,
-    kAddNewId,
-    kUpdateId,
-    kCancelUpdateId,
-    kEditModeId,
-    kCursorTypeId,
-    kLockTypeId
+enum : DISPID {
+    kRecordsetOpenId = 301,
+    kRecordsetCloseId,
+    kRecordsetStateId,
+    kRecordsetRecordCountId,
+    kRecordsetEofId,
+    kRecordsetBofId,
+    kRecordsetMoveNextId,
+    kRecordsetFieldsId,
+    kRecordsetAddNewId,
+    kRecordsetUpdateId,
+    kRecordsetCancelUpdateId,
+    kRecordsetEditModeId,
+    kRecordsetCursorTypeId,
+    kRecordsetLockTypeId
 };
 
-constexpr Member kMembers[] = {
-    {kOpenId, u"Open", DISPATCH_METHOD, 0, 5},
-    {kCloseId, u"Close", DISPATCH_METHOD, 0, 0},
-    {kStateId, u"State", DISPATCH_PROPERTYGET, 0, 0},
-    {kRecordCountId, u"RecordCount", DISPATCH_PROPERTYGET, 0, 0},
-    {kEofId, u"EOF", DISPATCH_PROPERTYGET, 0, 0},
-    {kBofId, u"BOF", DISPATCH_PROPERTYGET, 0, 0},
-    {kMoveNextId, u"MoveNext", DISPATCH_METHOD, 0, 0},
-    {kFieldsId, u"Fields", DISPATCH_PROPERTYGET, 0, 0},
-    {kAddNewId, u"AddNew", DISPATCH_METHOD, 0, 2},
-    {kUpdateId, u"Update", DISPATCH_METHOD, 0, 2},
-    {kCancelUpdateId, u"CancelUpdate", DISPATCH_METHOD, 0, 0},
-    {kEditModeId, u"EditMode", DISPATCH_PROPERTYGET, 0, 0},
-    {kCursorTypeId, u"CursorType", DISPATCH_PROPERTYGET, 0, 0},
-    {kLockTypeId, u"LockType", DISPATCH_PROPERTYGET, 0, 0},
+constexpr Member kRecordsetMembers[] = {
+    {kRecordsetOpenId, u"Open", DISPATCH_METHOD, 0, 5},
+    {kRecordsetCloseId, u"Close", DISPATCH_METHOD, 0, 0},
+    {kRecordsetStateId, u"State", DISPATCH_PROPERTYGET, 0, 0},
+    {kRecordsetRecordCountId, u"RecordCount", DISPATCH_PROPERTYGET, 0, 0},
+    {kRecordsetEofId, u"EOF", DISPATCH_PROPERTYGET, 0, 0},
+    {kRecordsetBofId, u"BOF", DISPATCH_PROPERTYGET, 0, 0},
+    {kRecordsetMoveNextId, u"MoveNext", DISPATCH_METHOD, 0, 0},
+    {kRecordsetFieldsId, u"Fields", DISPATCH_PROPERTYGET, 0, 0},
+    {kRecordsetAddNewId, u"AddNew", DISPATCH_METHOD, 0, 2},
+    {kRecordsetUpdateId, u"Update", DISPATCH_METHOD, 0, 2},
+    {kRecordsetCancelUpdateId, u"CancelUpdate", DISPATCH_METHOD, 0, 0},
+    {kRecordsetEditModeId, u"EditMode", DISPATCH_PROPERTYGET, 0, 0},
+    {kRecordsetCursorTypeId, u"CursorType", DISPATCH_PROPERTYGET, 0, 0},
+    {kRecordsetLockTypeId, u"LockType", DISPATCH_PROPERTYGET, 0, 0},
 };
 
 Cursor::Lock lockOf(std::int32_t lockType) {
@@ -113,7 +113,7 @@ void requireNoLists(const Arguments& arguments) {
 
 }  // namespace
 
-RecordsetObject::RecordsetObject() : AutomationObject(u"Recordset", kMembers) {}
+RecordsetObject::RecordsetObject() : AutomationObject(u"Recordset", kRecordsetMembers) {}
 
 RecordsetObject::~RecordsetObject() {
     if (connection_) connection_->remove(*this);
@@ -121,15 +121,15 @@ RecordsetObject::~RecordsetObject() {
 
 VARIANT RecordsetObject::call(DISPID id, const Arguments& arguments) {
     switch (id) {
-        case kOpenId:
+        case kRecordsetOpenId:
             open(arguments);
             return {};
-        case kStateId:
+        case kRecordsetStateId:
             return numberVariant(isOpen() ? 1 : 0);
-        case kFieldsId:  // there also while it is closed, and empty then
+        case kRecordsetFieldsId:  // there also while it is closed, and empty then
             return objectVariant(std::make_unique<FieldsObject>(Ref(*this)).release());
-        case kAddNewId:
-        case kUpdateId:
+        case kRecordsetAddNewId:
+        case kRecordsetUpdateId:
             requireNoLists(arguments);
             return ofOpened(id);
         default:
@@ -140,29 +140,29 @@ VARIANT RecordsetObject::call(DISPID id, const Arguments& arguments) {
 VARIANT RecordsetObject::ofOpened(DISPID id) {
     Cursor& cursor = opened();
     switch (id) {
-        case kRecordCountId:
+        case kRecordsetRecordCountId:
             return countVariant(cursor.recordCount());
-        case kEofId:
+        case kRecordsetEofId:
             return booleanVariant(cursor.isEof());
-        case kBofId:
+        case kRecordsetBofId:
             return booleanVariant(cursor.isBof());
-        case kMoveNextId:
+        case kRecordsetMoveNextId:
             cursor.moveNext();
             return {};
-        case kAddNewId:
+        case kRecordsetAddNewId:
             cursor.addNew();
             return {};
-        case kUpdateId:
+        case kRecordsetUpdateId:
             cursor.update();
             return {};
-        case kCancelUpdateId:
+        case kRecordsetCancelUpdateId:
             cursor.cancelUpdate();
             return {};
-        case kEditModeId:
+        case kRecordsetEditModeId:
             return numberVariant(editModeOf(cursor));
-        case kCursorTypeId:
+        case kRecordsetCursorTypeId:
             return numberVariant(cursorTypeOf(cursor.kind()));
-        case kLockTypeId:
+        case kRecordsetLockTypeId:
             return numberVariant(lockTypeOf(cursor.lock()));
         default:
             close();

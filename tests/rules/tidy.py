@@ -37,7 +37,7 @@ def mingwArguments():
 def database(preset):
     """The compile commands of a preset with every source for itself."""
     folder = ROOT / "out/tidy" / preset
-    output("cmake", "-S", str(ROOT), "--preset", preset, "-B", str(folder), "-DTOLV_TESTS_TOGETHER=OFF")
+    output("cmake", "-S", str(ROOT), "--preset", preset, "-B", str(folder), "-DTOLV_TOGETHER=OFF")
     return json.loads((folder / "compile_commands.json").read_text())
 
 
