@@ -195,14 +195,6 @@ class Tool:
         tree["by"] = {child["name"]: child for child in tree["children"]}
         return tree
 
-    def files_opened(self):
-        """Real paths of all files that the process has open."""
-        opened = []
-        for number in pathlib.Path(f"/proc/{self.process.pid}/fd").iterdir():
-            with contextlib.suppress(OSError):
-                opened.append(os.readlink(number))
-        return opened
-
     def bytes_read_by(self, action):
         """How much the process reads, files above all, while it answers the action."""
         def read_so_far():
