@@ -36,7 +36,7 @@ void PagesInUse::addMap(RowPointer row) {
     addPage(row.page);
     for (std::size_t entry = 0; map.isReference() && entry < map.entryCount(); ++entry)
         addPage(map.bitmapPage(entry));
-    for (auto page = map.next(0); page; page = map.next(*page + 1))
+    for (auto page = map.next(0); page && *page < isUsed_.size(); page = map.next(*page + 1))
         addPage(*page);
 }
 

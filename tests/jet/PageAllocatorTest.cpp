@@ -4,6 +4,7 @@
 
 #include "jet/DataPageEditor.h"
 #include "jet/PageAllocator.h"
+#include "jet/Table.h"
 #include "jet/UsageMapWriter.h"
 #include "tests/support/MemoryPageStore.h"
 #include "tests/support/SampleFile.h"
@@ -69,7 +70,9 @@ TEST(PageAllocator, TakesNoPageThatATableRefersTo) {
     test::MemoryPageStore store(file);
     store.extendTo(count + 1);
     store.change(count)[0] = 1;
-    EXPECT_EQ(PageAllocator(store).allocate(), count) << "one that somebody freed and left as it was";
+    const std::vector<PageNumber> last{0xFFFFFFFF};
+    UsageMapRow(store, openTable(store, u"T")->definition().ownedPages).replace(UsageMap::inlineRow(0xFFFFFFF8, last));
+    EXPECT_EQ(PageAllocator(store).allocate(), count) << "one that somebody freed, and a map that names no page";
 }
 
 /// Over each boundary of the map: longer rows, the end of page 1, one and two bitmap pages more.
