@@ -51,7 +51,7 @@ ReadOperation Database::beginRead() {
     return ReadOperation(*this);
 }
 
-ReadOperation::SharedLock::SharedLock(Database& database) : io_(*database.io_) {
+ReadOperation::SharedLock::SharedLock(Database& database) : SharedLock(*database.io_) {
     for (int rollBacks = 0;; ++rollBacks) {
         if (!io_.lock(LockKind::Shared, kLockWait)) throw fileInUse(database.path_);
         if (database.rule_ == LeftJournalRule::Ignore || !database.journalLies()) return;

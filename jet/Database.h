@@ -89,6 +89,9 @@ private:
         SharedLock& operator=(const SharedLock&) = delete;
 
     private:
+        /// From here on the destructor gives back whatever was taken.
+        explicit SharedLock(PageIo& io) : io_(io) {}
+
         PageIo& io_;
     };
 

@@ -110,6 +110,20 @@ TEST_F(FileTest, IsInUseWhileSomebodyWritesAndFreeWhenAnOperationFailed) {
     EXPECT_TRUE(writer->lock(LockKind::Exclusive, {})) << "the failed operation kept its lock";
 }
 
+#ifndef _WIN32
+TEST_F(FileTest, IsFreeWhenTheJournalCannotBeLookedFor) {
+    const std::filesystem::path folder = folder_ / "Ordner";
+    std::filesystem::create_directory(folder);
+    std::filesystem::copy_file(file_, folder / "a.mdb");
+    Database database = Database::open(fileStorage(text(folder / "a.mdb")), kPassword);
+    const auto writer = openFile(text(folder / "a.mdb"), OpenMode::ReadWrite);
+    std::filesystem::rename(folder, folder_ / "fort");
+    std::ofstream(folder) << "kein Ordner";
+    EXPECT_NE(errorOf([&] { database.beginRead(); }), "no error");
+    EXPECT_TRUE(writer->lock(LockKind::Exclusive, {})) << "the failed operation kept its lock";
+}
+#endif
+
 class CountingIo final : public MemoryIo {
 public:
     using MemoryIo::MemoryIo;
