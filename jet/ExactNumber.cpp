@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
@@ -95,7 +94,8 @@ std::optional<ExactNumber> ExactNumber::fromText(std::string_view text) {
         int exponent = 0;
         const char* end = text.data() + text.size();
         const auto read = std::from_chars(text.data() + place, end, exponent);
-        if (read.ec != std::errc{} || read.ptr != end || std::abs(exponent) > kMaxExponent) return std::nullopt;
+        const bool isInRange = exponent >= -kMaxExponent && exponent <= kMaxExponent;
+        if (read.ec != std::errc{} || read.ptr != end || !isInRange) return std::nullopt;
         number.scale_ -= exponent;
     }
     number.normalise();

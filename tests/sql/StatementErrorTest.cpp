@@ -81,6 +81,7 @@ TEST(StatementErrors, SayWhatUsersOfSuchFilesKnow) {
         {u"SELECT * FROM Konto WHERE Nr BETWEEN 1", inExpression(missing, "Nr BETWEEN 1")},
         {u"SELECT * FROM Konto WHERE Nr IN ()", inExpression(missing, "Nr IN ()")},
         {u"SELECT * FROM Konto WHERE Nr = 1e999", inExpression(missing, "Nr = 1e999")},
+        {u"SELECT * FROM Konto WHERE Nr = 1e-2147483648", inExpression(missing, "Nr = 1e-2147483648")},
         {u"SELECT * FROM Konto WHERE Nr = #13/13/2004#", inExpression("in Datum", "Nr = #13/13/2004#")},
         {u"SELECT * FROM Konto WHERE Nr = 1 + 1", unsupported("+")},
         {u"SELECT * FROM Konto WHERE Trim(Name) = 'a'", unsupported("Trim")},
