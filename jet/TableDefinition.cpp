@@ -121,7 +121,8 @@ void checkColumn(const Column& column, const TableDefinition& definition) {
     if (column.type == ColumnType::Boolean) return;
     if (column.isFixed()) {
         const std::size_t needed = storedBytes(column.type);
-        if (needed != 0 && column.lengthBytes != needed) fail(u"Die Länge passt nicht zum Typ");
+        const bool isHalf = column.type == ColumnType::Text && column.lengthBytes % 2 != 0;
+        if ((needed != 0 && column.lengthBytes != needed) || isHalf) fail(u"Die Länge passt nicht zum Typ");
         if (column.isLongValue()) fail(u"Ein langer Wert kann keine feste Länge haben");
         if (std::size_t{column.fixedOffset} + column.lengthBytes > kPageSize)
             fail(u"Die Spalte liegt hinter jeder Zeile");

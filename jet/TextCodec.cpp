@@ -72,6 +72,16 @@ bool isOneByte(char16_t unit) {
     return unit >= 0x01 && unit <= 0xFF;
 }
 
+base::RuntimeError beginsWithMark() {
+    return {static_cast<std::int32_t>(ErrorNumber::NotUpdated),
+            u"Der Text kann nicht gespeichert werden; er beginnt mit dem Zeichen U+FEFF."};
+}
+
+/// Whether the original engine compresses this text where a column allows it.
+bool isCompressible(base::TextView text) {
+    return text.size() >= kFewestCompressedUnits && std::all_of(text.begin(), text.end(), isOneByte);
+}
+
 base::Bytes encodeCompressed(base::TextView text) {
     base::Bytes bytes;
     bytes.reserve(text.size() + 2);
@@ -87,8 +97,7 @@ base::Bytes encodeCompressed(base::TextView text) {
         } else if ((unit & 0xFFU) != 0) {
             appendUnit(bytes, unit);
         } else {
-            throw base::RuntimeError(static_cast<std::int32_t>(ErrorNumber::NotUpdated),
-                                     u"Der Text kann nicht gespeichert werden; er beginnt mit dem Zeichen U+FEFF.");
+            throw beginsWithMark();
         }
     }
     return bytes;
@@ -107,18 +116,18 @@ std::optional<std::span<const std::uint8_t>> oneByteUnits(std::span<const std::u
     return units;
 }
 
-bool isCompressible(base::TextView text) {
-    return text.size() >= kFewestCompressedUnits && std::all_of(text.begin(), text.end(), isOneByte);
-}
-
-base::Bytes encodeText(base::TextView text, bool compress) {
-    const bool looksCompressed = !text.empty() && text.front() == kCompressedMark;
-    if (looksCompressed || (compress && isCompressible(text))) return encodeCompressed(text);
+base::Bytes encodePlainText(base::TextView text) {
+    if (text.starts_with(kCompressedMark)) throw beginsWithMark();
     base::Bytes bytes;
     bytes.reserve(2 * text.size());
     for (const char16_t unit : text)
         appendUnit(bytes, unit);
     return bytes;
+}
+
+base::Bytes encodeText(base::TextView text, bool compress) {
+    const bool isCompressed = text.starts_with(kCompressedMark) || (compress && isCompressible(text));
+    return isCompressed ? encodeCompressed(text) : encodePlainText(text);
 }
 
 }  // namespace jet

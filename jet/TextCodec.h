@@ -19,8 +19,9 @@ namespace jet {
 /// zero. Nothing for any other text.
 std::optional<std::span<const std::uint8_t>> oneByteUnits(std::span<const std::uint8_t> stored);
 
-/// Whether the original engine compresses this text where a column allows it.
-bool isCompressible(base::TextView text);
+/// The bytes of text of a fixed length: never compressed.
+/// @throws RuntimeError for a text that begins with U+FEFF: it would be read as a compressed one
+base::Bytes encodePlainText(base::TextView text);
 
 /// @param compress  whether the column allows it; done only for texts that are compressible, and for those that
 ///                  cannot be told from compressed ones when they are stored plain

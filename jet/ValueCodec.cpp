@@ -46,13 +46,16 @@ Bytes littleEndian(std::uint64_t value, std::size_t count) {
     return bytes;
 }
 
-Bytes encodeColumnText(const Column& column, const base::Text& text) {
-    // Memos are compressed whatever their column says; text of a fixed length never is.
-    const bool compress = column.type == ColumnType::Memo || (column.compresses() && !column.isFixed());
-    if (!column.isFixed()) return encodeText(text, compress);
-    base::Text padded = text;
-    padded.resize(column.lengthBytes / 2U, u' ');
-    return encodeText(padded, compress);
+Bytes encodeColumnText(const Column& column, base::Text text) {
+    // Memos are compressed whatever their column says.
+    if (!column.isFixed()) return encodeText(text, column.type == ColumnType::Memo || column.compresses());
+    text.resize(column.lengthBytes / 2U, u' ');
+    return encodePlainText(text);
+}
+
+Bytes encodeBinary(const Column& column, Bytes bytes) {
+    if (column.isFixed()) bytes.resize(column.lengthBytes);
+    return bytes;
 }
 
 }  // namespace
@@ -133,7 +136,7 @@ Bytes encodeValue(const Column& column, const Value& value) {
         case ColumnType::Binary:
         case ColumnType::Ole:
         case ColumnType::Block:
-            return std::get<Bytes>(value);
+            return encodeBinary(column, std::get<Bytes>(value));
     }
     assert(false);
     return {};

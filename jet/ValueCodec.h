@@ -16,7 +16,9 @@ namespace jet {
 base::Value decodeValue(const Column& column, std::span<const std::uint8_t> stored, RowPointer place);
 
 /// The stored bytes of a value. Long values: the bytes of the value itself, for LongValue to place.
+/// Shorter text and bytes of a fixed length are filled up with blanks and zeros.
 /// @param value  not null; of the alternative that decodeValue gives for this type, and within the column's length
+/// @throws RuntimeError for texts that the format has no form for, see encodeText and encodePlainText
 base::Bytes encodeValue(const Column& column, const base::Value& value);
 
 }  // namespace jet

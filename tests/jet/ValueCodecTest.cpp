@@ -55,12 +55,15 @@ TEST(ValueCodec, RefusesValuesOfAnotherLengthThanTheirType) {
     EXPECT_THROW(decodeValue(column(ColumnType::Text), fromHex("41 00 42"), {7, 1}), base::RuntimeError);
 }
 
-TEST(ValueCodec, FillsTextOfAFixedLengthWithBlanksAndNeverCompressesIt) {
+TEST(ValueCodec, FillsValuesOfAFixedLengthAndNeverCompressesThem) {
     Column fixed = column(ColumnType::Text);
     fixed.flags = Column::kFixed | Column::kUpdatable;
     fixed.lengthBytes = 8;
     fixed.extendedFlags = Column::kCompressed;
     EXPECT_EQ(toHex(encodeValue(fixed, base::Text(u"abc"))), "61 00 62 00 63 00 20 00");
+    EXPECT_THROW(encodeValue(fixed, base::Text(u"\xFEFF")), base::RuntimeError) << "it would be read as compressed";
+    fixed.type = ColumnType::Binary;
+    EXPECT_EQ(toHex(encodeValue(fixed, base::Bytes{1, 2, 3})), "01 02 03 00 00 00 00 00");
 }
 
 }  // namespace
