@@ -6,6 +6,7 @@
 #include "base/ByteView.h"
 #include "jet/Errors.h"
 #include "jet/RowCodec.h"
+#include "jet/WriteErrors.h"
 
 namespace jet {
 namespace {
@@ -62,8 +63,8 @@ void RowStore::replace(RowPointer row, std::span<const std::uint8_t> bytes) {
     }
     if (places.size() > 1 && pages_.edit(places.back().page).replace(places.back().slot, bytes)) return;
     const RowPointer target = pages_.add(bytes, SlotState::Hidden);
-    // Shorter than what stood there, so it fits.
-    home.replace(row.slot, pointerBytes(target));
+    // Shorter than what stood there, unless another writer has not filled up a row of three bytes.
+    if (!home.replace(row.slot, pointerBytes(target))) throw rowTooLong();
     home.setState(row.slot, SlotState::Moved);
     if (places.size() > 1)
         removeBehind(places);
