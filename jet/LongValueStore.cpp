@@ -63,20 +63,16 @@ RowPointer LongValueStore::addChain(RowPages& pages, std::span<const std::uint8_
 
 void LongValueStore::remove(const Column& column, std::span<const std::uint8_t> stored, RowPointer row) {
     if (stored.empty()) return;
+    // What can be read comes to an end, and does not go on in the parts of another value.
+    static_cast<void>(readLongValue(store_, stored, row));
     const LongValueReference reference = LongValueReference::read(stored, row);
     if (reference.kind == LongValueKind::SingleRow) pagesOf(column).remove(reference.first);
     if (reference.kind == LongValueKind::Chain) removeChain(pagesOf(column), reference.first);
 }
 
-/// Each part leaves its place, so a chain that bites its tail ends at a part that is no longer there.
 void LongValueStore::removeChain(RowPages& pages, RowPointer part) {
     while (!part.isNone()) {
-        const DataPage page = pages.read(part.page);
-        const Slot slot = page.slot(part.slot);
-        if (slot.state != SlotState::Live || slot.bytes.size() < 4) {
-            throw damagedRow(part, u"Der Teil eines langen Werts ist gelöscht oder zu kurz");
-        }
-        const RowPointer next = RowPointer::unpack(base::ByteView{slot.bytes}.u32(0));
+        const auto next = RowPointer::unpack(base::ByteView{pages.read(part.page).slot(part.slot).bytes}.u32(0));
         pages.remove(part);
         part = next;
     }

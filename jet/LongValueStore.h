@@ -25,6 +25,7 @@ public:
     /// Removes what lies outside of the row.
     /// @param stored  the column's bytes in the row
     /// @param row     for error messages
+    /// @throws RuntimeError (damage) if the value cannot be read
     void remove(const Column& column, std::span<const std::uint8_t> stored, RowPointer row);
 
 private:

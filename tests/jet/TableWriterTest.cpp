@@ -233,6 +233,22 @@ TEST(TableWriter, TakesNoPageForEmptyThatHidesRows) {
               std::string::npos);
 }
 
+TEST(TableWriter, TakesNoPartOfALongValueThatBelongsToAnother) {
+    WrittenFile file({stock()});
+    const RowPointer row = file.writer(kTable).insert({{{kName, Text(u"Erste")}, {kNote, Text(9000, u'n')}}});
+    const RowPointer other = file.writer(kTable).insert({{{kName, Text(u"Zweite")}, {kNote, Text(9000, u'n')}}});
+    const Table table = *openTable(file.store, kTable);
+    const auto firstPart = [&](RowPointer each) {
+        const Row found = table.rowAt(each);
+        return LongValueReference::read(found.view.stored(table.definition().columns[kNote]), each).first;
+    };
+    const RowPointer part = firstPart(row);
+    const auto bytes = DataPage(file.store.page(part.page)).slot(part.slot).bytes;
+    const auto place = static_cast<std::size_t>(bytes.data() - file.store.page(part.page).bytes.bytes().data());
+    base::putU32(file.store.change(part.page), place, firstPart(other).packed());
+    EXPECT_THROW(file.writer(kTable).remove(row), base::RuntimeError);
+}
+
 TEST(TableWriter, NewRowsHaveTheirDefaults) {
     WrittenFile file({stock()});
     setProperty(file, u"Anzahl", u"DefaultValue", u"7");
