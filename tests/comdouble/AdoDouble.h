@@ -12,8 +12,8 @@
 /// are reached by name alone and behave as the originals are documented to, also where those refuse. Their data comes
 /// from the engine in jet/.
 ///
-/// What of the original's interface is not modelled is refused (E_NOTIMPL), so that no test passes by accident. Not
-/// modelled: a lock kept from the first assignment of a pessimistic record set to its Update.
+/// What of the original's interface its one client does not use is refused, mostly with E_NOTIMPL, so that no test
+/// passes by accident. Not modelled: a lock kept from the first assignment of a pessimistic record set to its Update.
 namespace comdouble {
 
 /// How a call fails instead of doing anything. The fields are those of the exception record, empty ones stay null.

@@ -33,36 +33,10 @@ bool Arguments::isMissing(UINT argument) const {
 }
 
 VARIANT Arguments::at(UINT argument) const {
-    if (argument >= count()) {
-        VARIANT missing{};
-        V_VT(&missing) = VT_ERROR;
-        V_ERROR(&missing) = DISP_E_PARAMNOTFOUND;
-        return missing;
-    }
+    if (argument >= count()) return errorVariant(DISP_E_PARAMNOTFOUND);
     const VARIANT& given = asGiven(argument);
-    if (V_VT(&given) == (VT_BYREF | VT_VARIANT)) return *V_VARIANTREF(&given);
-    if ((V_VT(&given) & VT_BYREF) == 0) return given;
-    VARIANT followed;
-    VariantInit(&followed);
-    V_VT(&followed) = static_cast<VARTYPE>(V_VT(&given) & ~VT_BYREF);
-    switch (V_VT(&followed)) {
-        case VT_BSTR:
-            V_BSTR(&followed) = *V_BSTRREF(&given);
-            break;
-        case VT_DISPATCH:
-            V_DISPATCH(&followed) = *V_DISPATCHREF(&given);
-            break;
-        case VT_I4:
-            V_I4(&followed) = *V_I4REF(&given);
-            break;
-        case VT_I2:
-        case VT_BOOL:
-            V_I2(&followed) = *V_I2REF(&given);
-            break;
-        default:
-            throw Refusal(E_NOTIMPL, argument);
-    }
-    return followed;
+    if ((V_VT(&given) & VT_BYREF) != 0) throw Refusal(E_NOTIMPL, argument);
+    return given;
 }
 
 base::Text Arguments::text(UINT argument) const {

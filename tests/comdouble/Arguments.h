@@ -16,7 +16,8 @@ public:
     /// Not given, or left out by name of the missing-argument error.
     bool isMissing(UINT argument) const;
 
-    /// What was given, with references followed; the missing-argument error where nothing was. Not to be cleared.
+    /// What was given; the missing-argument error where nothing was. Not to be cleared.
+    /// @throws Refusal E_NOTIMPL for a reference to a value
     VARIANT at(UINT argument) const;
     /// @param argument  less than count()
     const VARIANT& asGiven(UINT argument) const { return parameters_.rgvarg[parameters_.cArgs - 1 - argument]; }

@@ -23,9 +23,6 @@ constexpr std::array<base::TextView, ConnectionObject::kPropertyCount> kProperty
     u"Data Source", u"Jet OLEDB:Database Password"};
 
 constexpr std::int32_t kUnspecified = -1;
-constexpr std::int32_t kAsText = 1;
-constexpr std::int32_t kOfUnknownKind = 8;
-constexpr std::int32_t kWithoutRecords = 128;
 
 enum : DISPID {
     kConnectionProviderId = 101,
@@ -50,17 +47,10 @@ std::set<ConnectionObject*>& living() {
     return all;
 }
 
-void setAffected(const Arguments& arguments, std::int32_t rows) {
-    if (arguments.count() < 2) return;
-    const VARIANT& target = arguments.asGiven(1);
-    if (V_VT(&target) == (VT_BYREF | VT_VARIANT)) *V_VARIANTREF(&target) = numberVariant(rows);
-}
-
-/// Where the number of rows is to go, if anywhere.
+/// Where the number of rows is to go: nowhere, or into a variable, which is not modelled.
 void checkAffected(const Arguments& arguments) {
     if (arguments.isMissing(1)) return;
-    const VARIANT& target = arguments.asGiven(1);
-    if (V_VT(&target) != (VT_BYREF | VT_VARIANT)) throw Refusal(DISP_E_TYPEMISMATCH, 1);
+    throw Refusal((V_VT(&arguments.asGiven(1)) & VT_BYREF) != 0 ? E_NOTIMPL : DISP_E_TYPEMISMATCH, 1);
 }
 
 }  // namespace
@@ -154,26 +144,16 @@ void ConnectionObject::close() {
     session_.reset();
 }
 
-/// @return the record set of the rows, or a closed one if the statement gives none
+/// @return a closed record set: statements that give rows are not modelled
 VARIANT ConnectionObject::execute(const Arguments& arguments) {
     const base::Text statement = arguments.text(0);
     checkAffected(arguments);
-    const std::int32_t options = arguments.number(2, kUnspecified);
+    if (arguments.number(2, kUnspecified) != kUnspecified) throw Refusal(E_NOTIMPL, 2);
     if (!session_) throw adoError(AdoNumber::ObjectClosed);
-    const std::int32_t kindOfText = options == kUnspecified ? kOfUnknownKind : options & ~kWithoutRecords;
-    if (kindOfText != kAsText && kindOfText != kOfUnknownKind && kindOfText != 0)
-        throw adoError(AdoNumber::InvalidArgument);
-
-    auto recordset = std::make_unique<RecordsetObject>();
     const jet::sql::Statement parsed = jet::sql::parse(statement);
-    if (std::holds_alternative<jet::sql::Select>(parsed)) {
-        recordset->openOn(*this, statement, Cursor::Kind::ForwardOnly, Cursor::Lock::ReadOnly);
-        setAffected(arguments, 0);
-    } else {
-        setAffected(arguments, jet::sql::execute(session_->forStatement(), parsed));
-    }
-    const bool wantsRecords = options == kUnspecified || (options & kWithoutRecords) == 0;
-    return objectVariant(wantsRecords ? recordset.release() : nullptr);
+    if (std::holds_alternative<jet::sql::Select>(parsed)) throw Refusal(E_NOTIMPL, 0);
+    jet::sql::execute(session_->forStatement(), parsed);
+    return objectVariant(std::make_unique<RecordsetObject>().release());
 }
 
 }  // namespace comdouble

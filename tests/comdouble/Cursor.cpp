@@ -52,19 +52,14 @@ jet::Table tableThere(jet::PageSource& source, base::TextView name) {
 
 }  // namespace
 
-Cursor::Cursor(std::shared_ptr<Session> session, base::TextView source, Kind kind, Lock lock)
+Cursor::Cursor(std::shared_ptr<Session> session, base::TextView source, Lock lock)
     : session_(std::move(session)),
       table_(tableOf(source)),
-      kind_(kind),
       lock_(lock),
       rows_(select(session_->forStatement(), source)) {
     for (std::size_t row = 0; row < rows_.rowCount(); ++row)
         keys_.push_back(rows_.pointer(row));
     fetch();
-}
-
-std::int64_t Cursor::recordCount() const {
-    return kind_ == Kind::ForwardOnly ? -1 : static_cast<std::int64_t>(count());
 }
 
 std::size_t Cursor::reachable() const {
@@ -79,7 +74,7 @@ void Cursor::requireUpdatable() const {
 /// Reads the row that has become the current one.
 void Cursor::fetch() {
     image_.reset();
-    if (kind_ != Kind::Keyset || isEof()) return;
+    if (lock_ == Lock::ReadOnly || isEof()) return;
     auto operation = session_->forFetch().beginRead();
     const jet::Table table = tableThere(operation, table_);
     if (const auto row = rowThere(table, keys_[current_])) image_.emplace(imageOf(operation, *row));
@@ -104,7 +99,7 @@ base::Value Cursor::value(std::size_t place) const {
     for (const jet::Assignment& assignment : assignments_)
         if (assignment.column == number) return assignment.value;
     if (started_) return started_->at(number);
-    if (kind_ != Kind::Keyset) return rows_.value(current_, place);
+    if (lock_ == Lock::ReadOnly) return rows_.value(current_, place);
     if (!image_) throw rowDeleted();
     return image_->value(0, place);
 }
@@ -115,7 +110,7 @@ void Cursor::assign(std::size_t place, const base::Value& value) {
     const jet::Column& target = column(place);
     if (target.isAutoNumber()) throw jet::columnNotUpdatable(kKind, table_ + u"." + target.name);
     base::Value converted = jet::convertToColumn(target, value, kKind);
-    if (!isPending() && lock_ == Lock::Pessimistic) requireUnchanged();
+    if (!isPending()) requireUnchanged();
     std::erase_if(assignments_, [&](const jet::Assignment& earlier) { return earlier.column == target.number; });
     assignments_.push_back({target.number, std::move(converted)});
 }
@@ -142,7 +137,8 @@ void Cursor::update() {
         keys_.push_back(place);
         current_ = count() - 1;
     }
-    cancelUpdate();
+    started_.reset();
+    assignments_.clear();
     image_.emplace(std::move(stored));
 }
 
@@ -168,11 +164,6 @@ void Cursor::requireSame(const jet::Table& table, const jet::Row& now) const {
     if (!image_) throw rowDeleted();
     for (std::size_t place = 0; place < columnCount(); ++place)
         if (table.value(now.view, column(place)) != image_->value(0, place)) throw rowChanged();
-}
-
-void Cursor::cancelUpdate() {
-    started_.reset();
-    assignments_.clear();
 }
 
 }  // namespace comdouble

@@ -17,25 +17,20 @@ namespace comdouble {
 
 /// The rows of a SELECT as the provider's server-side cursor gives them:
 ///
-///     static, read-only lock    a snapshot
-///     forward-only, read-only   a snapshot whose rows are not counted (-1)
-///     updatable lock            a keyset: which rows belong to it is settled at the opening, their values are
-///                               those of the moment in which a row becomes the current one
+///     read-only lock     a snapshot
+///     pessimistic lock   a keyset: which rows belong to it is settled at the opening, their values are those of the
+///                        moment in which a row becomes the current one
 ///
 /// A row of a keyset that somebody has deleted cannot be read; changing one that somebody has changed since it became
-/// the current one is refused, at the first assignment where the lock is pessimistic and else at update().
+/// the current one is refused, at the first assignment and at update().
 class Cursor {
 public:
-    enum class Kind { ForwardOnly, Snapshot, Keyset };
-    enum class Lock { ReadOnly, Pessimistic, Optimistic };
+    enum class Lock { ReadOnly, Pessimistic };
 
     /// @throws base::RuntimeError: the errors of the statement, or that it is none that gives rows
-    Cursor(std::shared_ptr<Session> session, base::TextView source, Kind kind, Lock lock);
+    Cursor(std::shared_ptr<Session> session, base::TextView source, Lock lock);
 
-    Kind kind() const { return kind_; }
-    Lock lock() const { return lock_; }
-    std::int64_t recordCount() const;
-    bool isBof() const { return !isNewPending() && rows_.rowCount() == 0; }
+    std::int64_t recordCount() const { return static_cast<std::int64_t>(count()); }
     bool isEof() const { return !isNewPending() && current_ >= reachable(); }
     bool isPending() const { return isNewPending() || !assignments_.empty(); }
     bool isNewPending() const { return started_.has_value(); }
@@ -53,7 +48,6 @@ public:
     void addNew();
     /// If it throws, nothing is stored and the row stays pending.
     void update();
-    void cancelUpdate();
 
 private:
     std::size_t count() const { return keys_.size(); }
@@ -67,7 +61,6 @@ private:
 
     std::shared_ptr<Session> session_;
     base::Text table_;
-    Kind kind_;
     Lock lock_;
     jet::sql::ResultSet rows_;
     std::vector<jet::RowPointer> keys_;

@@ -3,9 +3,8 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <optional>
 
-#include "tests/comdouble/MemoryWatch.h"
+#include "tests/comdouble/Apartment.h"
 #include "tests/comdouble/RawCalls.h"
 #include "tests/support/SampleFile.h"
 
@@ -13,43 +12,20 @@ namespace test {
 
 inline constexpr base::TextView kAll = u"SELECT * FROM Konto";
 
-/// The double over a file with two rows, in an apartment of its own. After each test nobody may hold an object, owe a
-/// record or have made a call that no caller may make.
+/// The double over a file with two rows, in an apartment of its own.
 class DoubleFixture : public testing::Test {
 protected:
     using Object = test::Object;
 
     void SetUp() override {
-        ASSERT_EQ(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), S_OK);
-        registration_.emplace();
-        memory_.emplace();
-        const base::Bytes bytes = sampleFile({accounts()}, u"geheim");
+        const base::Bytes bytes = sampleFile({kontoTable()}, u"geheim");
         std::ofstream(path_, std::ios::binary)
             .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     }
 
     void TearDown() override {
-        EXPECT_EQ(comdouble::liveObjects(), 0);
-        EXPECT_EQ(comdouble::recordsNotFilledIn(), 0);
-        EXPECT_EQ(comdouble::breaches() - breachesTaken_, 0);
-        EXPECT_EQ(memory_->notFreed(), 0U);
-        EXPECT_EQ(memory_->freedAgain(), 0U);
-        memory_.reset();
-        leaveCom();
+        apartment.expectNothingLeft();
         std::filesystem::remove(path_);
-    }
-
-    void leaveCom() {
-        if (!registration_) return;
-        registration_.reset();
-        CoUninitialize();
-    }
-
-    /// Those that a test has made on purpose, since the last time it asked.
-    std::int32_t takeBreaches() {
-        const std::int32_t taken = comdouble::breaches() - breachesTaken_;
-        breachesTaken_ += taken;
-        return taken;
     }
 
     static Object create(const CLSID& id) {
@@ -78,19 +54,19 @@ protected:
         return connection;
     }
 
-    static Object openRecordset(const Object& connection, base::TextView source, std::int32_t cursorType,
-                                std::int32_t lockType) {
+    /// A static one. @param lockType  1 read-only, 2 pessimistic
+    static Object openRecordset(const Object& connection, base::TextView source, std::int32_t lockType) {
         Object recordset = create(comdouble::Registration::recordsetClass());
         EXPECT_EQ(
-            invoke(recordset, u"Open", kMethod, {of(source), of(connection), of(cursorType), of(lockType), of(-1)})
-                .number(),
-            0);
+            invoke(recordset, u"Open", kMethod, {of(source), of(connection), of(3), of(lockType), of(-1)}).number(), 0);
         return recordset;
     }
 
     static Object field(const Object& recordset, base::TextView name) {
         return get(get(recordset, u"Fields").object(), u"Item", {of(name)}).object();
     }
+
+    comdouble::Apartment apartment;
 
 private:
     static Object adopt(IDispatch* object) {
@@ -99,27 +75,8 @@ private:
         return adopted;
     }
 
-    static SampleTable accounts() {
-        SampleTable table;
-        table.design.name = u"Konto";
-        jet::ColumnDesign number{u"Nr", jet::ColumnType::Long};
-        number.isAutoNumber = true;
-        table.design.columns = {number,
-                                {u"Name", jet::ColumnType::Text, 20},
-                                {u"Recht", jet::ColumnType::Boolean},
-                                {u"Notiz", jet::ColumnType::Memo}};
-        table.design.indexes = {
-            {u"PrimaryKey", {{u"Nr"}}, true, jet::IndexDefinition::kUnique | jet::IndexDefinition::kRequired}};
-        table.rows = {{1, base::Text(u"A\0B", 3), true, base::Text(u"lang")},
-                      {2, base::Text(u"Meier"), false, base::Null{}}};
-        return table;
-    }
-
     const std::filesystem::path path_ =
         std::filesystem::temp_directory_path() / ("double-" + std::to_string(GetCurrentProcessId()) + ".mdb");
-    std::optional<comdouble::Registration> registration_;
-    std::optional<comdouble::MemoryWatch> memory_;
-    std::int32_t breachesTaken_ = 0;
 };
 
 }  // namespace test

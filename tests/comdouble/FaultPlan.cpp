@@ -29,13 +29,6 @@ Raised raisedBy(const std::vector<std::string>& words) {
     return raised;
 }
 
-VARIANT noValue() {
-    VARIANT variant{};
-    V_VT(&variant) = VT_ERROR;
-    V_ERROR(&variant) = E_FAIL;
-    return variant;
-}
-
 void add(Faults& faults, const std::vector<std::string>& words) {
     const std::string& kind = words.at(0);
     const std::string& what = words.at(1);
@@ -51,7 +44,7 @@ void add(Faults& faults, const std::vector<std::string>& words) {
     else if (kind == "missing-field")
         faults.missingField = name;
     else if (kind == "no-value")
-        faults.oddValues[name] = noValue;
+        faults.oddValues[name] = [] { return errorVariant(E_FAIL); };
     else if (kind == "text")
         faults.oddValues[name] = [text = base::fromUtf8(words.at(2))] { return textVariant(text); };
     else

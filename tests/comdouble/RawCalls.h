@@ -75,10 +75,7 @@ private:
 };
 
 inline VARIANT missing() {
-    VARIANT variant{};
-    V_VT(&variant) = VT_ERROR;
-    V_ERROR(&variant) = DISP_E_PARAMNOTFOUND;
-    return variant;
+    return comdouble::errorVariant(DISP_E_PARAMNOTFOUND);
 }
 
 inline VARIANT of(base::TextView text) {

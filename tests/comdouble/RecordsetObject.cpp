@@ -12,8 +12,9 @@ namespace comdouble {
 namespace {
 
 constexpr std::int32_t kUnspecified = -1;
-constexpr std::int32_t kAsText = 1;
-constexpr std::int32_t kOfUnknownKind = 8;
+constexpr std::int32_t kStatic = 3;
+constexpr std::int32_t kReadOnly = 1;
+constexpr std::int32_t kPessimistic = 2;
 
 enum : DISPID {
     kRecordsetOpenId = 301,
@@ -21,15 +22,10 @@ enum : DISPID {
     kRecordsetStateId,
     kRecordsetRecordCountId,
     kRecordsetEofId,
-    kRecordsetBofId,
     kRecordsetMoveNextId,
     kRecordsetFieldsId,
     kRecordsetAddNewId,
-    kRecordsetUpdateId,
-    kRecordsetCancelUpdateId,
-    kRecordsetEditModeId,
-    kRecordsetCursorTypeId,
-    kRecordsetLockTypeId
+    kRecordsetUpdateId
 };
 
 constexpr Member kRecordsetMembers[] = {
@@ -38,54 +34,20 @@ constexpr Member kRecordsetMembers[] = {
     {kRecordsetStateId, u"State", DISPATCH_PROPERTYGET, 0, 0},
     {kRecordsetRecordCountId, u"RecordCount", DISPATCH_PROPERTYGET, 0, 0},
     {kRecordsetEofId, u"EOF", DISPATCH_PROPERTYGET, 0, 0},
-    {kRecordsetBofId, u"BOF", DISPATCH_PROPERTYGET, 0, 0},
     {kRecordsetMoveNextId, u"MoveNext", DISPATCH_METHOD, 0, 0},
     {kRecordsetFieldsId, u"Fields", DISPATCH_PROPERTYGET, 0, 0},
-    {kRecordsetAddNewId, u"AddNew", DISPATCH_METHOD, 0, 2},
-    {kRecordsetUpdateId, u"Update", DISPATCH_METHOD, 0, 2},
-    {kRecordsetCancelUpdateId, u"CancelUpdate", DISPATCH_METHOD, 0, 0},
-    {kRecordsetEditModeId, u"EditMode", DISPATCH_PROPERTYGET, 0, 0},
-    {kRecordsetCursorTypeId, u"CursorType", DISPATCH_PROPERTYGET, 0, 0},
-    {kRecordsetLockTypeId, u"LockType", DISPATCH_PROPERTYGET, 0, 0},
+    {kRecordsetAddNewId, u"AddNew", DISPATCH_METHOD, 0, 0},
+    {kRecordsetUpdateId, u"Update", DISPATCH_METHOD, 0, 0},
 };
 
-Cursor::Lock lockOf(std::int32_t lockType) {
-    switch (lockType) {
-        case kUnspecified:
-        case 1:
-            return Cursor::Lock::ReadOnly;
-        case 2:
-            return Cursor::Lock::Pessimistic;
-        case 3:
-            return Cursor::Lock::Optimistic;
-        case 4:
-            throw Refusal(E_NOTIMPL, 3);
-        default:
-            throw adoError(AdoNumber::InvalidArgument);
-    }
-}
-
-/// The provider has no dynamic cursor, and with an updatable lock no other than a keyset.
-Cursor::Kind kindOf(std::int32_t cursorType, Cursor::Lock lock) {
-    if (cursorType < kUnspecified || cursorType > 3) throw adoError(AdoNumber::InvalidArgument);
-    const bool isKeyset = cursorType == 1 || cursorType == 2 || lock != Cursor::Lock::ReadOnly;
-    if (isKeyset) return Cursor::Kind::Keyset;
-    return cursorType == 3 ? Cursor::Kind::Snapshot : Cursor::Kind::ForwardOnly;
-}
-
-std::int32_t cursorTypeOf(Cursor::Kind kind) {
-    if (kind == Cursor::Kind::ForwardOnly) return 0;
-    return kind == Cursor::Kind::Keyset ? 1 : 3;
-}
-
-std::int32_t lockTypeOf(Cursor::Lock lock) {
-    if (lock == Cursor::Lock::ReadOnly) return 1;
-    return lock == Cursor::Lock::Pessimistic ? 2 : 3;
-}
-
-std::int32_t editModeOf(const Cursor& cursor) {
-    if (cursor.isNewPending()) return 2;
-    return cursor.isPending() ? 1 : 0;
+/// Optimistic locks, batches, and cursors that are neither static nor a keyset are not modelled.
+Cursor::Lock lockOf(std::int32_t cursorType, std::int32_t lockType) {
+    if (cursorType < kUnspecified || cursorType > 3 || lockType < kUnspecified || lockType > 4)
+        throw adoError(AdoNumber::InvalidArgument);
+    if (cursorType != kStatic) throw Refusal(E_NOTIMPL, 2);
+    if (lockType == kReadOnly) return Cursor::Lock::ReadOnly;
+    if (lockType == kPessimistic) return Cursor::Lock::Pessimistic;
+    throw Refusal(E_NOTIMPL, 3);
 }
 
 base::Text statementIn(const Arguments& arguments) {
@@ -107,10 +69,6 @@ ConnectionObject& connectionIn(const Arguments& arguments) {
     return *connection;
 }
 
-void requireNoLists(const Arguments& arguments) {
-    if (!arguments.isMissing(0) || !arguments.isMissing(1)) throw Refusal(E_NOTIMPL, 0);
-}
-
 }  // namespace
 
 RecordsetObject::RecordsetObject() : AutomationObject(u"Recordset", kRecordsetMembers) {}
@@ -128,10 +86,6 @@ VARIANT RecordsetObject::call(DISPID id, const Arguments& arguments) {
             return numberVariant(isOpen() ? 1 : 0);
         case kRecordsetFieldsId:  // there also while it is closed, and empty then
             return objectVariant(std::make_unique<FieldsObject>(Ref(*this)).release());
-        case kRecordsetAddNewId:
-        case kRecordsetUpdateId:
-            requireNoLists(arguments);
-            return ofOpened(id);
         default:
             return ofOpened(id);
     }
@@ -144,8 +98,6 @@ VARIANT RecordsetObject::ofOpened(DISPID id) {
             return countVariant(cursor.recordCount());
         case kRecordsetEofId:
             return booleanVariant(cursor.isEof());
-        case kRecordsetBofId:
-            return booleanVariant(cursor.isBof());
         case kRecordsetMoveNextId:
             cursor.moveNext();
             return {};
@@ -155,15 +107,6 @@ VARIANT RecordsetObject::ofOpened(DISPID id) {
         case kRecordsetUpdateId:
             cursor.update();
             return {};
-        case kRecordsetCancelUpdateId:
-            cursor.cancelUpdate();
-            return {};
-        case kRecordsetEditModeId:
-            return numberVariant(editModeOf(cursor));
-        case kRecordsetCursorTypeId:
-            return numberVariant(cursorTypeOf(cursor.kind()));
-        case kRecordsetLockTypeId:
-            return numberVariant(lockTypeOf(cursor.lock()));
         default:
             close();
             return {};
@@ -177,16 +120,9 @@ void RecordsetObject::open(const Arguments& arguments) {
     if (isOpen()) throw adoError(AdoNumber::ObjectOpen);
     const base::Text source = statementIn(arguments);
     ConnectionObject& connection = connectionIn(arguments);
-    const Cursor::Lock lock = lockOf(lockType);
-    const Cursor::Kind kind = kindOf(cursorType, lock);
-    if (options != kUnspecified && options != kAsText && options != kOfUnknownKind)
-        throw adoError(AdoNumber::InvalidArgument);
-    openOn(connection, source, kind, lock);
-}
-
-void RecordsetObject::openOn(ConnectionObject& connection, base::TextView source, Cursor::Kind kind,
-                             Cursor::Lock lock) {
-    cursor_.emplace(connection.session(), source, kind, lock);
+    const Cursor::Lock lock = lockOf(cursorType, lockType);
+    if (options != kUnspecified) throw Refusal(E_NOTIMPL, 4);
+    cursor_.emplace(connection.session(), source, lock);
     connection_ = Ref(connection);
     connection.add(*this);
 }

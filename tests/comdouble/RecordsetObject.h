@@ -15,7 +15,6 @@ public:
     RecordsetObject();
     ~RecordsetObject() override;
 
-    void openOn(ConnectionObject& connection, base::TextView source, Cursor::Kind kind, Cursor::Lock lock);
     /// Drops what is pending.
     void closeWithConnection();
 

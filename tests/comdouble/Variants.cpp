@@ -29,33 +29,6 @@ VARIANT bytesVariant(const base::Bytes& bytes) {
     return variant;
 }
 
-VARIANT guidVariant(const base::Guid& guid) {
-    GUID native{};
-    static_assert(sizeof native == sizeof guid.bytes);
-    std::memcpy(&native, guid.bytes.data(), sizeof native);
-    OLECHAR text[39];
-    StringFromGUID2(native, text, 39);
-    VARIANT variant = emptyOf(VT_BSTR);
-    V_BSTR(&variant) = SysAllocString(text);
-    return variant;
-}
-
-VARIANT decimalVariant(const base::Decimal& decimal) {
-    VARIANT variant = emptyOf(VT_EMPTY);
-    DECIMAL& native = V_DECIMAL(&variant);
-    native.scale = decimal.scale;
-    native.sign = decimal.negative ? DECIMAL_NEG : 0;
-    native.Lo32 = decimal.magnitude[0];
-    native.Mid32 = decimal.magnitude[1];
-    native.Hi32 = decimal.magnitude[2];
-    V_VT(&variant) = VT_DECIMAL;  // shares its place with a field of DECIMAL
-    return variant;
-}
-
-base::Decimal fromDecimal(const DECIMAL& native) {
-    return {native.sign == DECIMAL_NEG, native.scale, {native.Lo32, native.Mid32, native.Hi32, 0}};
-}
-
 base::Bytes fromByteArray(SAFEARRAY* array) {
     LONG low = 0;
     LONG high = -1;
@@ -64,12 +37,6 @@ base::Bytes fromByteArray(SAFEARRAY* array) {
         throw adoError(AdoNumber::DataConversion);
     const auto* first = static_cast<const std::uint8_t*>(array->pvData);
     return {first, first + (high - low + 1)};
-}
-
-base::Value fromWideInteger(VARIANT variant) {
-    VARIANT decimal = emptyOf(VT_EMPTY);
-    if (FAILED(VariantChangeType(&decimal, &variant, 0, VT_DECIMAL))) throw adoError(AdoNumber::DataConversion);
-    return fromDecimal(V_DECIMAL(&decimal));
 }
 
 }  // namespace
@@ -100,6 +67,12 @@ VARIANT numberVariant(std::int32_t number) {
 VARIANT booleanVariant(bool value) {
     VARIANT variant = emptyOf(VT_BOOL);
     V_BOOL(&variant) = value ? VARIANT_TRUE : VARIANT_FALSE;
+    return variant;
+}
+
+VARIANT errorVariant(SCODE error) {
+    VARIANT variant = emptyOf(VT_ERROR);
+    V_ERROR(&variant) = error;
     return variant;
 }
 
@@ -162,8 +135,8 @@ VARIANT toVariant(const base::Value& value) {
         }
         VARIANT operator()(const base::Text& text) const { return textVariant(text); }
         VARIANT operator()(const base::Bytes& bytes) const { return bytesVariant(bytes); }
-        VARIANT operator()(const base::Guid& guid) const { return guidVariant(guid); }
-        VARIANT operator()(const base::Decimal& decimal) const { return decimalVariant(decimal); }
+        VARIANT operator()(const base::Guid&) const { throw Refusal(E_NOTIMPL); }
+        VARIANT operator()(const base::Decimal&) const { throw Refusal(E_NOTIMPL); }
     };
     return std::visit(Visitor{}, value);
 }
@@ -179,7 +152,6 @@ base::Value fromVariant(const VARIANT& variant) {
         case VT_I2:
             return V_I2(&variant);
         case VT_I4:
-        case VT_INT:
             return std::int32_t{V_I4(&variant)};
         case VT_CY:
             return base::Currency{V_CY(&variant).int64};
@@ -191,17 +163,8 @@ base::Value fromVariant(const VARIANT& variant) {
             return base::Date{V_DATE(&variant)};
         case VT_BSTR:
             return fromBstr(V_BSTR(&variant));
-        case VT_DECIMAL:
-            return fromDecimal(V_DECIMAL(&variant));
         case VT_ARRAY | VT_UI1:
             return fromByteArray(V_ARRAY(&variant));
-        case VT_I1:
-        case VT_UI2:
-        case VT_UI4:
-        case VT_UINT:
-        case VT_I8:
-        case VT_UI8:
-            return fromWideInteger(variant);
         default:
             throw adoError(AdoNumber::DataConversion);
     }

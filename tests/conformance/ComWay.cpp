@@ -1,9 +1,5 @@
-#include <gtest/gtest.h>
-#include <optional>
-
 #include "ado/com/Factory.h"
-#include "tests/comdouble/AdoDouble.h"
-#include "tests/comdouble/MemoryWatch.h"
+#include "tests/comdouble/Apartment.h"
 #include "tests/conformance/Way.h"
 
 namespace conformance {
@@ -12,31 +8,11 @@ namespace {
 
 class ComWay final : public Way {
 public:
-    ComWay() {
-        EXPECT_EQ(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), S_OK);
-        registration_.emplace();
-        memory_.emplace();
-    }
-    ComWay(const ComWay&) = delete;
-    ComWay& operator=(const ComWay&) = delete;
-    ~ComWay() override {
-        memory_.reset();
-        registration_.reset();
-        CoUninitialize();
-    }
-
     ado::ConnectionFactory& connections() override { return factory_; }
-    void expectNothingLeft() override {
-        EXPECT_EQ(comdouble::liveObjects(), 0);
-        EXPECT_EQ(comdouble::recordsNotFilledIn(), 0);
-        EXPECT_EQ(comdouble::breaches(), 0);
-        EXPECT_EQ(memory_->notFreed(), 0U);
-        EXPECT_EQ(memory_->freedAgain(), 0U);
-    }
+    void expectNothingLeft() override { apartment_.expectNothingLeft(); }
 
 private:
-    std::optional<comdouble::Registration> registration_;
-    std::optional<comdouble::MemoryWatch> memory_;
+    comdouble::Apartment apartment_;
     ado::com::Factory factory_{{comdouble::Registration::connectionClass(), comdouble::Registration::recordsetClass()}};
 };
 

@@ -8,8 +8,8 @@
 #include <string>
 
 #include "accounts/AccountTable.h"
-#include "base/RuntimeError.h"
 #include "tests/conformance/Way.h"
+#include "tests/support/Expect.h"
 #include "tests/support/SampleFile.h"
 #include "tests/support/SoundFile.h"
 
@@ -17,6 +17,7 @@ namespace conformance {
 
 using base::Text;
 using base::Value;
+using test::errorOf;
 
 inline constexpr base::TextView kPassword = u"GeheiM";
 inline constexpr base::TextView kAll = u"SELECT * FROM Benutzerkonto ORDER BY BenKTO_ID";
@@ -115,17 +116,6 @@ protected:
         }
         rows->Close();
         return all;
-    }
-
-    template <class Action>
-    static std::int32_t errorOf(const Action& action) {
-        try {
-            action();
-        } catch (const base::RuntimeError& error) {
-            EXPECT_FALSE(error.description().empty()) << error.what();
-            return error.number();
-        }
-        return 0;
     }
 
     std::filesystem::path path =

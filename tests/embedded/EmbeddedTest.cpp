@@ -19,24 +19,6 @@ using test::errorOf;
 constexpr std::int32_t kRowChanged = -2147217864;
 constexpr std::int32_t kRowDeleted = -2147217885;
 
-base::Bytes accounts() {
-    test::SampleTable table;
-    table.design.name = u"Konto";
-    jet::ColumnDesign number{u"Nr", jet::ColumnType::Long};
-    number.isAutoNumber = true;
-    table.design.columns = {number,
-                            {u"Name", jet::ColumnType::Text, 20},
-                            {u"Recht", jet::ColumnType::Boolean},
-                            {u"Klein", jet::ColumnType::Byte},
-                            {u"Notiz", jet::ColumnType::Memo}};
-    table.design.indexes = {
-        {u"PrimaryKey", {{u"Nr"}}, true, jet::IndexDefinition::kUnique | jet::IndexDefinition::kRequired},
-        {u"Name", {{u"Name"}}, false, jet::IndexDefinition::kUnique}};
-    table.rows = {{1, Text(u"Müller"), true, std::uint8_t{7}, Text(3000, u'ß')},
-                  {2, Text(u"Meier"), false, Value(base::Null{}), Value(base::Null{})}};
-    return test::sampleFile({table});
-}
-
 class Embedded : public testing::Test {
 protected:
     ~Embedded() override { EXPECT_EQ(test::faultsIn(machine.file()), ""); }
@@ -74,7 +56,7 @@ protected:
         return all;
     }
 
-    test::Machine machine{accounts()};
+    test::Machine machine{test::sampleFile({test::kontoTable()})};
     Factory factory{[this](const Text&) { return machine.storage(); }};
     std::unique_ptr<ado::Connection> connection;
 };
@@ -178,7 +160,7 @@ TEST_F(Embedded, ARowThatSomebodyElseChangedOrDeletedIsNotOverwritten) {
         {u"DELETE FROM Konto WHERE Nr = 1", kRowDeleted, "2 Meier|"},
     };
     for (const auto& [between, error, after] : cases) {
-        machine = test::Machine(accounts());
+        machine = test::Machine(test::sampleFile({test::kontoTable()}));
         connection = connect();
         auto rows = open();
         set(*rows, u"Name", Text(u"Ich"));

@@ -24,6 +24,23 @@ struct SampleTable {
     Rows rows;
 };
 
+/// Accounts in little: two rows, of which one has nothing but a name.
+inline SampleTable kontoTable() {
+    constexpr auto kUnique = jet::IndexDefinition::kUnique;
+    SampleTable table;
+    table.design.name = u"Konto";
+    table.design.columns = {{.name = u"Nr", .type = jet::ColumnType::Long, .isAutoNumber = true},
+                            {u"Name", jet::ColumnType::Text, 20},
+                            {u"Recht", jet::ColumnType::Boolean},
+                            {u"Klein", jet::ColumnType::Byte},
+                            {u"Notiz", jet::ColumnType::Memo}};
+    table.design.indexes = {{u"PrimaryKey", {{u"Nr"}}, true, kUnique | jet::IndexDefinition::kRequired},
+                            {u"Name", {{u"Name"}}, false, kUnique}};
+    table.rows = {{1, base::Text(u"Müller"), true, std::uint8_t{7}, base::Text(3000, u'ß')},
+                  {2, base::Text(u"Meier"), false, base::Null{}, base::Null{}}};
+    return table;
+}
+
 inline base::Bytes sampleFile(const std::vector<SampleTable>& tables, const base::Text& password = {}) {
     jet::MemoryIo io;
     jet::Creator creator(io, password);
