@@ -1,8 +1,5 @@
 #include "jet/Catalog.h"
 
-#include <algorithm>
-#include <map>
-
 #include "jet/Errors.h"
 #include "jet/SortKey.h"
 #include "jet/Table.h"
@@ -79,48 +76,6 @@ const CatalogEntry* Catalog::table(base::TextView name) const {
         found = &entry;
     }
     return found;
-}
-
-std::vector<Relationship> readRelationships(PageSource& source, const Catalog& catalog) {
-    const CatalogEntry* entry = catalog.table(u"MSysRelationships");
-    if (entry == nullptr) return {};
-    const Table table(source, *entry);
-    const SystemTable system(table);
-    const Column& name = system.column(u"szRelationship");
-    const Column& flags = system.column(u"grbit");
-    const Column& pair = system.column(u"icolumn");
-    const Column& referencing = system.column(u"szObject");
-    const Column& column = system.column(u"szColumn");
-    const Column& referenced = system.column(u"szReferencedObject");
-    const Column& referencedColumn = system.column(u"szReferencedColumn");
-
-    struct Pair {
-        std::uint32_t place;
-        base::Text column;
-        base::Text referencedColumn;
-    };
-    std::map<base::Text, std::pair<Relationship, std::vector<Pair>>> found;
-    for (RowCursor cursor(table); cursor.next();) {
-        const Row& row = cursor.row();
-        auto& [relationship, pairs] = found[system.value<base::Text>(row, name)];
-        relationship.flags = system.unsignedLong(row, flags);
-        relationship.table = system.value<base::Text>(row, referencing);
-        relationship.referencedTable = system.value<base::Text>(row, referenced);
-        pairs.push_back({system.unsignedLong(row, pair), system.value<base::Text>(row, column),
-                         system.value<base::Text>(row, referencedColumn)});
-    }
-    std::vector<Relationship> relationships;
-    for (auto& [relationshipName, parts] : found) {
-        auto& [relationship, pairs] = parts;
-        relationship.name = relationshipName;
-        std::sort(pairs.begin(), pairs.end(), [](const Pair& a, const Pair& b) { return a.place < b.place; });
-        for (Pair& each : pairs) {
-            relationship.columns.push_back(std::move(each.column));
-            relationship.referencedColumns.push_back(std::move(each.referencedColumn));
-        }
-        relationships.push_back(std::move(relationship));
-    }
-    return relationships;
 }
 
 }  // namespace jet

@@ -13,6 +13,8 @@ namespace jet {
 /// An object of the catalog (MSysObjects).
 struct CatalogEntry {
     static constexpr std::int16_t kLocalTable = 1;
+    static constexpr std::int16_t kRelationship = 8;
+    static constexpr std::int16_t kCheckConstraint = 9;  ///< a condition over a whole table
     static constexpr std::uint32_t kTablesContainer = 0x0F000001;
     static constexpr std::uint32_t kRelationshipsContainer = 0x0F000003;
     static constexpr std::uint32_t kSystemFlags = 0x80000002;  ///< system, or hidden as such
@@ -49,23 +51,5 @@ public:
 private:
     std::vector<CatalogEntry> entries_;
 };
-
-/// One side of a relationship's column pair (MSysRelationships).
-struct Relationship {
-    static constexpr std::uint32_t kNotEnforced = 0x2;
-    static constexpr std::uint32_t kCascadeUpdates = 0x100;
-    static constexpr std::uint32_t kCascadeDeletes = 0x1000;
-    static constexpr std::uint32_t kSetNullOnDelete = 0x2000;
-
-    base::Text name;
-    std::uint32_t flags = 0;
-    base::Text table;  ///< the referencing one
-    base::Text referencedTable;
-    std::vector<base::Text> columns;
-    std::vector<base::Text> referencedColumns;  ///< pair by pair
-};
-
-/// All relationships of the file, enforced or not.
-std::vector<Relationship> readRelationships(PageSource& source, const Catalog& catalog);
 
 }  // namespace jet

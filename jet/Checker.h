@@ -38,7 +38,7 @@ struct CheckResult {
 /// date. Memory grows with the file's pages and with the rows of one table (8 bytes a row), time with the file's
 /// size; neither with what a damaged file claims to hold. Changes nothing.
 ///
-/// @param source     steady until the checker returns; page 0 must be one that Header::formatOf calls Jet4
+/// @param source     steady until the checker returns; page 0 must be one that Header::isJet4 knows
 /// @param sizeBytes  of the file
 /// @throws RuntimeError only if the file cannot be read, never for damage
 CheckResult checkDatabase(PageSource& source, std::uint64_t sizeBytes);

@@ -17,7 +17,7 @@ Header readHeader(PageIo& io, const base::Text& path) {
     base::Bytes page(static_cast<std::size_t>(std::min<std::uint64_t>(io.sizeBytes(), kPageSize)));
     io.read(0, page);
     const base::ByteView bytes{page};
-    if (Header::formatOf(bytes) != Header::Format::Jet4 || page.size() < kPageSize) throw unknownFormat(path);
+    if (page.size() < kPageSize || !Header::isJet4(bytes)) throw unknownFormat(path);
     return Header::read(bytes);
 }
 

@@ -34,7 +34,6 @@ constexpr std::size_t kConstantOffset = 0x98;
 constexpr std::size_t kCommitWordsOffset = 0xE00;
 constexpr std::size_t kUsers = 256;
 
-constexpr std::uint32_t kVersionJet3 = 0;
 constexpr std::uint32_t kVersionJet4 = 1;
 
 void applyMask(std::span<std::uint8_t> page) {
@@ -66,18 +65,14 @@ base::Text readPassword(base::ByteView page, std::uint32_t mask) {
 
 }  // namespace
 
-Header::Format Header::formatOf(base::ByteView beginning) {
+bool Header::isJet4(base::ByteView beginning) {
     const auto bytes = beginning.bytes();
-    if (bytes.size() < kMaskOffset) return Format::Unknown;
-    if (!std::equal(kBeginning.begin(), kBeginning.end(), bytes.begin())) return Format::Unknown;
+    if (bytes.size() < kMaskOffset) return false;
     const auto signature = bytes.subspan(kSignatureOffset, kSignature.size());
     const bool isSigned = std::equal(signature.begin(), signature.end(), kSignature.begin(),
                                      [](std::uint8_t byte, char c) { return byte == static_cast<std::uint8_t>(c); });
-    if (!isSigned) return Format::Unknown;
-    const std::uint32_t version = beginning.u32(kVersionOffset);
-    if (version == kVersionJet3) return Format::Jet3;
-    if (version != kVersionJet4) return Format::Later;
-    return Format::Jet4;
+    return isSigned && std::equal(kBeginning.begin(), kBeginning.end(), bytes.begin()) &&
+           beginning.u32(kVersionOffset) == kVersionJet4;
 }
 
 Header Header::read(base::ByteView page) {

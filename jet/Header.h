@@ -36,10 +36,8 @@ inline constexpr std::size_t kMaxPasswordUnits = 20;
 
 class Header {
 public:
-    enum class Format { Unknown, Jet3, Jet4, Later };
-
-    /// What a file is that begins with these bytes.
-    static Format formatOf(base::ByteView beginning);
+    /// Whether a file that begins with these bytes is one of Access 2000 to 2003; false for older and later formats.
+    static bool isJet4(base::ByteView beginning);
 
     /// @param page  page 0 of a Jet 4 file
     /// @throws RuntimeError (damage) if a field cannot be

@@ -178,10 +178,4 @@ bool PropertyBlob::allowsZeroLength(base::TextView column) const {
     return property != nullptr && property->asBoolean();
 }
 
-std::optional<base::Text> PropertyBlob::defaultValue(base::TextView column) const {
-    const Property* property = find(column, u"DefaultValue");
-    if (property == nullptr) return std::nullopt;
-    return property->asText();
-}
-
 }  // namespace jet

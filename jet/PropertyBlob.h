@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <span>
 #include <vector>
 
@@ -61,8 +60,7 @@ public:
 
     /// What a value of this column must keep to, as far as properties say so.
     bool isRequired(base::TextView column) const;
-    bool allowsZeroLength(base::TextView column) const;                   ///< false where nothing is said
-    std::optional<base::Text> defaultValue(base::TextView column) const;  ///< an expression
+    bool allowsZeroLength(base::TextView column) const;  ///< false where nothing is said
 };
 
 }  // namespace jet

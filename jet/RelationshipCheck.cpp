@@ -8,8 +8,6 @@
 namespace jet {
 namespace {
 
-constexpr std::int16_t kRelationshipType = 8;
-
 using ColumnPairs = std::vector<std::pair<base::Bytes, base::Bytes>>;  ///< sort keys: referencing, referenced
 
 struct Described {
@@ -113,7 +111,7 @@ private:
         const base::Text subject = u"Die Beziehung '" + relationship.name + u"' ";
         checkPlaces(described, at, subject);
         const bool isListed = std::any_of(entries_.begin(), entries_.end(), [&](const CatalogEntry& entry) {
-            return entry.type == kRelationshipType && textsAreEqual(entry.name, relationship.name);
+            return entry.type == CatalogEntry::kRelationship && textsAreEqual(entry.name, relationship.name);
         });
         if (!isListed) findings_.fault(at, subject + u"ist in MSysObjects nicht verzeichnet.");
         if ((relationship.flags & Relationship::kNotEnforced) != 0) return;

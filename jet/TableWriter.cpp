@@ -14,13 +14,6 @@
 #include "jet/WriteErrors.h"
 
 namespace jet {
-namespace {
-
-/// Objects of the catalog that are conditions over whole tables.
-constexpr std::int16_t kCheckConstraint = 9;
-
-}  // namespace
-
 class TableWriter::Impl {
 public:
     Impl(PageStore& store, base::TextView tableName, WriteKind kind, const ExpressionReader& expressions)
@@ -30,7 +23,8 @@ public:
           rules_(table_.table(), expressions, kind),
           relationships_(tables_) {
         const auto& entries = tables_.catalog().entries();
-        if (std::ranges::any_of(entries, [](const CatalogEntry& entry) { return entry.type == kCheckConstraint; }))
+        if (std::ranges::any_of(entries,
+                                [](const CatalogEntry& entry) { return entry.type == CatalogEntry::kCheckConstraint; }))
             throw tableNotWritable(table_.table().name(), u"CHECK-Einschränkungen kennt das Modul nicht");
     }
 

@@ -71,7 +71,6 @@ ReadEverythingResult readEverything(base::Bytes file, base::TextView password) {
         ReadOperation operation = database.beginRead();
         result.faultCount = faultsOf(operation, sizeBytes);
         const Catalog catalog(operation);
-        countingDamage(result, [&] { readRelationships(operation, catalog); });
         for (const CatalogEntry& entry : catalog.entries()) {
             if (entry.isLocalTable()) countingDamage(result, [&] { readTable(operation, entry, result); });
         }

@@ -9,6 +9,7 @@
 #include "jet/Catalog.h"
 #include "jet/PageAllocator.h"
 #include "jet/PageStore.h"
+#include "jet/RelationshipCheck.h"
 #include "jet/SortKey.h"
 #include "jet/SystemTables.h"
 #include "jet/Table.h"
@@ -75,9 +76,9 @@ inline void relate(jet::PageStore& store, base::TextView table, base::TextView c
     add(table, column, referencing);
     add(referenced, key, other);
 
-    constexpr std::int16_t kRelationshipType = 8;
     constexpr std::uint32_t kFirstObject = 0x80000001;
-    const auto relationships = jet::readRelationships(store, jet::Catalog(store)).size();
+    const auto relationships =
+        std::ranges::count(jet::Catalog(store).entries(), jet::CatalogEntry::kRelationship, &jet::CatalogEntry::type);
     const std::uint32_t flags = (updateRule == kCascade ? jet::Relationship::kCascadeUpdates : 0) |
                                 (deleteRule == kCascade ? jet::Relationship::kCascadeDeletes : 0) |
                                 (deleteRule == kSetNull ? jet::Relationship::kSetNullOnDelete : 0);
@@ -86,7 +87,7 @@ inline void relate(jet::PageStore& store, base::TextView table, base::TextView c
                   base::Text(column), base::Text(referenced), base::Text(key)});
     addSystemRow(store, u"MSysObjects",
                  jet::objectRow(static_cast<std::uint32_t>(kFirstObject + relationships),
-                                jet::CatalogEntry::kRelationshipsContainer, name, kRelationshipType, 0,
+                                jet::CatalogEntry::kRelationshipsContainer, name, jet::CatalogEntry::kRelationship, 0,
                                 jet::BuiltInAccount::Admin, jet::knownCreationStamp()));
 }
 
