@@ -10,38 +10,25 @@
 namespace jet {
 namespace {
 
-constexpr PageNumber kGlobalMapPage = 1;
-constexpr std::size_t kRowHeaderBytes = 5;
-constexpr PageNumber kInlinePages = 8 * (kUsageMapRowBytes - kRowHeaderBytes);
+constexpr PageNumber kInlinePages = 8 * (kUsageMapRowBytes - kInlineBitsOffset);
 constexpr std::size_t kRowsPerPage = (kPageSize - kDataPageHeaderBytes) / (kUsageMapRowBytes + kSlotBytes);
-/// The longest row beside the second global map on page 1; rows grow in steps of four bytes.
+/// The longest row beside the second global map on page 1.
 constexpr std::size_t kLongestGlobalRow = 4009;
-constexpr std::size_t kRowStep = 4;
-constexpr std::size_t kBitmapHeaderBytes = 4;
 
 base::Bytes emptyBitmap() {
-    base::Bytes page(kPageSize, 0);
-    page[0] = static_cast<std::uint8_t>(PageKind::UsageBitmap);
-    page[1] = 1;
+    base::Bytes page(kPageSize);
+    clearBitmapPage(page, 0);
     return page;
 }
 
 void setBit(base::Bytes& bitmap, PageNumber bit) {
-    bitmap[kBitmapHeaderBytes + bit / 8] |= static_cast<std::uint8_t>(1U << (bit % 8));
+    bitmap[kBitmapBitsOffset + bit / 8] |= static_cast<std::uint8_t>(1U << (bit % 8));
 }
 
 std::vector<PageNumber> pagesFrom(PageNumber first, PageNumber end) {
     std::vector<PageNumber> pages(end - first);
     std::iota(pages.begin(), pages.end(), first);
     return pages;
-}
-
-/// Shortest row, in steps, that holds a bit for each page in use.
-std::size_t globalRowBytes(PageNumber pageCount) {
-    std::size_t bytes = kUsageMapRowBytes;
-    while ((bytes - kRowHeaderBytes) * 8 < pageCount)
-        bytes += kRowStep;
-    return bytes;
 }
 
 base::Bytes globalReferenceRow(FreshPages& pages) {
@@ -105,10 +92,10 @@ void FreshMaps::finish() {
 }
 
 void writeGlobalMap(FreshPages& pages) {
-    const std::size_t rowBytes = globalRowBytes(pages.count());
+    const std::size_t rowBytes = longerMapRow(kUsageMapRowBytes, kInlineBitsOffset + (pages.count() + 7) / 8);
     base::Bytes map;
     if (rowBytes <= kLongestGlobalRow) {
-        const auto covered = static_cast<PageNumber>((rowBytes - kRowHeaderBytes) * 8);
+        const auto covered = static_cast<PageNumber>((rowBytes - kInlineBitsOffset) * 8);
         map = UsageMap::inlineRow(0, pagesFrom(pages.count(), covered), rowBytes);
     } else {
         map = globalReferenceRow(pages);

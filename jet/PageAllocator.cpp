@@ -8,7 +8,7 @@
 namespace jet {
 namespace {
 
-constexpr RowPointer kGlobalMap{1, 0};
+constexpr RowPointer kGlobalMap{kGlobalMapPage, 0};
 /// Header, global map and the definitions of the system tables.
 constexpr PageNumber kFixedPages = 6;
 
@@ -74,9 +74,8 @@ bool PageAllocator::enlargeRow(PageNumber page) {
     if (page < first) return false;
     const std::size_t oldEnd = row.size();
     const std::size_t needed = kInlineBitsOffset + (page - first) / 8 + 1;
-    const std::size_t steps = (needed - oldEnd + kMapRowStepBytes - 1) / kMapRowStepBytes;
-    if (oldEnd + steps * kMapRowStepBytes > kPageSize) return false;
-    row.resize(oldEnd + steps * kMapRowStepBytes, 0xFF);
+    if (needed > kPageSize) return false;
+    row.resize(longerMapRow(oldEnd, needed), 0xFF);
     for (std::size_t i = oldEnd; i < row.size(); ++i) {
         for (unsigned bit = 0; bit < 8; ++bit) {
             const std::uint64_t number = std::uint64_t{first} + 8 * (i - kInlineBitsOffset) + bit;
@@ -91,9 +90,7 @@ void PageAllocator::turnIntoReferences(PageNumber page) {
     std::vector<PageNumber> free;
     for (auto next = map_.next(0); next && *next < store_.pageCount(); next = map_.next(*next + 1))
         free.push_back(*next);
-    std::size_t rowBytes = kUsageMapRowBytes;
-    while ((rowBytes - 1) / 4 <= page / kBitmapPages)
-        rowBytes += kMapRowStepBytes;
+    const std::size_t rowBytes = longerMapRow(kUsageMapRowBytes, 1 + 4 * (std::size_t{page} / kBitmapPages + 1));
     if (!map_.replace(UsageMap::referenceRow({}, rowBytes))) {
         throw damaged(kGlobalMap.page, u"Die Seite hat keinen Platz für die Belegungskarte der Datei");
     }

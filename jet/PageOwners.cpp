@@ -5,10 +5,6 @@
 namespace jet {
 namespace {
 
-constexpr PageNumber kGlobalMapPage = 1;
-constexpr std::uint8_t kReferenceKind = 1;
-constexpr std::size_t kInlineBitsOffset = 5;
-
 /// Pages that a map can speak of; those outside of the map of free pages are free.
 struct Range {
     std::uint64_t begin = 0;
@@ -17,7 +13,7 @@ struct Range {
 };
 
 Range rangeOf(base::ByteView row) {
-    if (row.u8(0) == kReferenceKind) return {0, (row.size() - 1) / 4 * std::uint64_t{kBitmapPages}};
+    if (row.u8(0) == kReferenceMap) return {0, (row.size() - 1) / 4 * std::uint64_t{kBitmapPages}};
     const std::uint64_t first = row.u32(1);
     return {first, first + 8 * (row.size() - kInlineBitsOffset)};
 }
@@ -88,15 +84,14 @@ bool PageOwners::claim(PageNumber page, Owner owner, const Place& place) {
 bool PageOwners::claimMapPage(PageNumber page, const Place& place) {
     if (page < owners_.size() && owners_[page] == mapOwner_) return true;
     if (!claim(page, mapOwner_, place)) return false;
-    return findings_.guard(place.onPage(page), [&] {
-        checkFreeBytes(DataPage::read(source_, page, page == kGlobalMapPage ? kGlobalMapPage : 0), findings_, place);
-    });
+    return findings_.guard(place.onPage(page),
+                           [&] { checkFreeBytes(DataPage::read(source_, page, mapOwner(page)), findings_, place); });
 }
 
 void PageOwners::claimBitmapPages(RowPointer row, const Place& place) {
     const DataPage page(source_.page(row.page));
     const base::ByteView bytes{page.slot(row.slot).bytes};
-    if (bytes.u8(0) != kReferenceKind) return;
+    if (bytes.u8(0) != kReferenceMap) return;
     for (std::size_t at = 1; at + 4 <= bytes.size(); at += 4) {
         if (const PageNumber number = bytes.u32(at); number != 0) claim(number, mapOwner_, place);
     }

@@ -11,12 +11,6 @@
 namespace jet {
 namespace {
 
-constexpr std::uint8_t kInline = 0;
-constexpr std::uint8_t kReference = 1;
-constexpr std::size_t kInlineBitsOffset = 5;
-constexpr std::size_t kBitmapBitsOffset = 4;
-constexpr PageNumber kGlobalMapPage = 1;
-
 base::Bytes copyOf(std::span<const std::uint8_t> bytes) {
     return {bytes.begin(), bytes.end()};
 }
@@ -26,16 +20,16 @@ base::Bytes copyOf(std::span<const std::uint8_t> bytes) {
 UsageMap UsageMap::read(PageSource& source, RowPointer row) {
     UsageMap map;
     if (row.isNone()) return map;
-    const DataPage page = DataPage::read(source, row.page, row.page == kGlobalMapPage ? kGlobalMapPage : 0);
+    const DataPage page = DataPage::read(source, row.page, mapOwner(row.page));
     const Slot slot = page.slot(row.slot);
     if (slot.state != SlotState::Live) throw damagedRow(row, u"Die Belegungskarte ist gelöscht");
     onPage(row.page, [&] {
         const base::ByteView bytes{slot.bytes};
         const std::uint8_t kind = bytes.u8(0);
-        if (kind == kInline) {
+        if (kind == kInlineMap) {
             const PageNumber first = bytes.u32(1);
             map.pieces_.push_back({first, copyOf(bytes.from(kInlineBitsOffset).bytes())});
-        } else if (kind == kReference) {
+        } else if (kind == kReferenceMap) {
             for (std::uint32_t entry = 0; 5 + 4 * std::size_t{entry} <= bytes.size(); ++entry) {
                 const PageNumber number = bytes.u32(1 + 4 * std::size_t{entry});
                 if (number == 0) continue;
@@ -73,7 +67,7 @@ std::optional<PageNumber> UsageMap::next(PageNumber from) const {
 base::Bytes UsageMap::inlineRow(PageNumber firstPage, std::span<const PageNumber> pages, std::size_t rowBytes) {
     assert(rowBytes >= kInlineBitsOffset && firstPage % 8 == 0);
     base::Bytes row(rowBytes, 0);
-    row[0] = kInline;
+    row[0] = kInlineMap;
     base::putU32(row, 1, firstPage);
     for (const PageNumber page : pages) {
         const std::size_t bit = page - firstPage;
@@ -86,10 +80,24 @@ base::Bytes UsageMap::inlineRow(PageNumber firstPage, std::span<const PageNumber
 base::Bytes UsageMap::referenceRow(std::span<const PageNumber> bitmapPages, std::size_t rowBytes) {
     assert(rowBytes >= 1 + 4 * bitmapPages.size());
     base::Bytes row(rowBytes, 0);
-    row[0] = kReference;
+    row[0] = kReferenceMap;
     for (std::size_t i = 0; i < bitmapPages.size(); ++i)
         base::putU32(row, 1 + 4 * i, bitmapPages[i]);
     return row;
+}
+
+std::size_t longerMapRow(std::size_t rowBytes, std::size_t neededBytes) {
+    while (rowBytes < neededBytes)
+        rowBytes += kMapRowStepBytes;
+    return rowBytes;
+}
+
+void clearBitmapPage(std::span<std::uint8_t> page, std::uint8_t fill) {
+    assert(page.size() == kPageSize);
+    std::fill(page.begin(), page.end(), fill);
+    page[0] = static_cast<std::uint8_t>(PageKind::UsageBitmap);
+    page[1] = 1;
+    page[2] = page[3] = 0;
 }
 
 }  // namespace jet

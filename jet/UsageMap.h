@@ -19,8 +19,20 @@
 /// docs/file-format.md, "Usage maps".
 namespace jet {
 
+inline constexpr std::uint8_t kInlineMap = 0;        ///< kind of row
+inline constexpr std::uint8_t kReferenceMap = 1;     ///< kind of row
+inline constexpr std::size_t kInlineBitsOffset = 5;  ///< in a row of kind 0
+inline constexpr std::size_t kBitmapBitsOffset = 4;  ///< on a bitmap page
 inline constexpr std::size_t kUsageMapRowBytes = 69;
+inline constexpr std::size_t kMapRowStepBytes = 4;    ///< by which the original engine makes rows longer
 inline constexpr std::uint32_t kBitmapPages = 32736;  ///< pages that one bitmap page covers
+
+inline constexpr PageNumber kGlobalMapPage = 1;
+
+/// What stands as the owner in the header of a page of maps.
+constexpr std::uint32_t mapOwner(PageNumber page) {
+    return page == kGlobalMapPage ? kGlobalMapPage : 0;
+}
 
 class UsageMap {
 public:
@@ -52,5 +64,13 @@ private:
     };
     std::vector<Piece> pieces_;  ///< ascending, without overlap
 };
+
+/// The length of a row that is made longer, in the usual steps, to have at least so many bytes.
+std::size_t longerMapRow(std::size_t rowBytes, std::size_t neededBytes);
+
+/// Makes an empty bitmap page.
+/// @param page  4096 bytes
+/// @param fill  of its bits: 0 or 0xFF
+void clearBitmapPage(std::span<std::uint8_t> page, std::uint8_t fill);
 
 }  // namespace jet

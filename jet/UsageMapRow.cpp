@@ -10,13 +10,7 @@
 namespace jet {
 namespace {
 
-constexpr std::uint8_t kReference = 1;
 constexpr std::size_t kEntryBytes = 4;
-constexpr PageNumber kGlobalMapPage = 1;
-
-std::uint32_t ownerOf(RowPointer row) {
-    return row.page == kGlobalMapPage ? kGlobalMapPage : 0;
-}
 
 /// The first set bit that is not before bit `from`.
 std::optional<std::size_t> nextBit(std::span<const std::uint8_t> bits, std::size_t from) {
@@ -35,7 +29,7 @@ UsageMapRow::UsageMapRow(PageStore& store, RowPointer row) : store_(store), row_
 }
 
 UsageMapRow::Extent UsageMapRow::extent() const {
-    const DataPage page = DataPage::read(store_, row_.page, ownerOf(row_));
+    const DataPage page = DataPage::read(store_, row_.page, mapOwner(row_.page));
     const auto bytes = page.slot(row_.slot).bytes;
     return {row_.page, static_cast<std::size_t>(bytes.data() - page.page().bytes.bytes().data()), bytes.size()};
 }
@@ -47,7 +41,7 @@ std::uint32_t UsageMapRow::word(std::size_t offset) const {
 
 bool UsageMapRow::isReference() const {
     const Extent row = extent();
-    return store_.page(row.page).bytes.u8(row.offset) == kReference;
+    return store_.page(row.page).bytes.u8(row.offset) == kReferenceMap;
 }
 
 std::size_t UsageMapRow::entryCount() const {
@@ -119,15 +113,7 @@ base::Bytes UsageMapRow::bytes() const {
 }
 
 bool UsageMapRow::replace(std::span<const std::uint8_t> row) {
-    return DataPageEditor(store_, row_.page, ownerOf(row_)).replace(row_.slot, row);
-}
-
-void clearBitmapPage(std::span<std::uint8_t> page, std::uint8_t fill) {
-    assert(page.size() == kPageSize);
-    std::fill(page.begin(), page.end(), fill);
-    page[0] = static_cast<std::uint8_t>(PageKind::UsageBitmap);
-    page[1] = 1;
-    page[2] = page[3] = 0;
+    return DataPageEditor(store_, row_.page, mapOwner(row_.page)).replace(row_.slot, row);
 }
 
 }  // namespace jet

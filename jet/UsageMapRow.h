@@ -10,10 +10,6 @@
 
 namespace jet {
 
-inline constexpr std::size_t kInlineBitsOffset = 5;  ///< in a row of kind 0
-inline constexpr std::size_t kBitmapBitsOffset = 4;  ///< on a bitmap page
-inline constexpr std::size_t kMapRowStepBytes = 4;   ///< by which the original engine makes rows longer
-
 /// A usage map as it lies in its row, with its bits changed in place. It knows both kinds of row, but neither what a
 /// bit means nor where further bits come from: those are decided by PageAllocator for the global map and by
 /// UsageMapWriter for all others.
@@ -67,10 +63,5 @@ private:
     PageStore& store_;
     RowPointer row_;
 };
-
-/// Makes an empty bitmap page.
-/// @param page  4096 bytes
-/// @param fill  of its bits: 0 or 0xFF
-void clearBitmapPage(std::span<std::uint8_t> page, std::uint8_t fill);
 
 }  // namespace jet

@@ -17,12 +17,6 @@ std::vector<PageNumber> pagesOf(const UsageMapRow& map, PageNumber pageCount) {
     return pages;
 }
 
-std::size_t longerRow(std::size_t rowBytes, std::size_t neededBytes) {
-    while (rowBytes < neededBytes)
-        rowBytes += kMapRowStepBytes;
-    return rowBytes;
-}
-
 }  // namespace
 
 UsageMapWriter::UsageMapWriter(PageStore& store, PageAllocator& allocator, RowPointer row)
@@ -53,14 +47,14 @@ bool UsageMapWriter::widen(PageNumber page) {
     const PageNumber lowest = pages.empty() ? page : std::min(pages.front(), page);
     const PageNumber highest = pages.empty() ? page : std::max(pages.back(), page);
     const PageNumber first = lowest / 8 * 8;
-    const std::size_t newBytes = longerRow(rowBytes, kInlineBitsOffset + (highest - first) / 8 + 1);
+    const std::size_t newBytes = longerMapRow(rowBytes, kInlineBitsOffset + (highest - first) / 8 + 1);
     return newBytes <= kPageSize && map_->replace(UsageMap::inlineRow(first, pages, newBytes));
 }
 
 void UsageMapWriter::turnIntoReferences(PageNumber page) {
     std::vector<PageNumber> pages = pagesOf(*map_, store_.pageCount());
     const PageNumber highest = pages.empty() ? page : std::max(pages.back(), page);
-    const std::size_t rowBytes = longerRow(map_->bytes().size(), 1 + 4 * (std::size_t{highest} / kBitmapPages + 1));
+    const std::size_t rowBytes = longerMapRow(map_->bytes().size(), 1 + 4 * (std::size_t{highest} / kBitmapPages + 1));
     if (!map_->replace(UsageMap::referenceRow({}, rowBytes))) {
         throw damaged(page, u"Für die Belegungskarte, in die die Seite gehört, ist kein Platz");
     }
