@@ -25,7 +25,7 @@ void FreshRows::open() {
     clearDataPage(page_, owner_);
 }
 
-RowPointer FreshRows::append(std::span<const std::uint8_t> row) {
+RowPointer FreshRows::add(std::span<const std::uint8_t> row) {
     int slot = page_.empty() ? -1 : appendRow(page_, row);
     if (slot < 0) {
         open();
@@ -35,7 +35,7 @@ RowPointer FreshRows::append(std::span<const std::uint8_t> row) {
     return {openPage_, static_cast<std::uint8_t>(slot)};
 }
 
-RowPointer FreshRows::appendAlone(std::span<const std::uint8_t> row) {
+RowPointer FreshRows::addAlone(std::span<const std::uint8_t> row) {
     const PageNumber number = pages_.allocate();
     numbers_.push_back(number);
     base::Bytes page(kPageSize);

@@ -37,10 +37,10 @@ public:
     FreshRows(FreshPages& pages, std::uint32_t owner) : pages_(pages), owner_(owner) {}
 
     /// @throws RuntimeError if the row is longer than a page takes
-    RowPointer append(std::span<const std::uint8_t> row);
+    RowPointer add(std::span<const std::uint8_t> row);
 
-    /// Appends a row that shares its page with no other.
-    RowPointer appendAlone(std::span<const std::uint8_t> row);
+    /// A row that shares its page with no other.
+    RowPointer addAlone(std::span<const std::uint8_t> row);
 
     /// Writes the page that is still open.
     void finish();

@@ -67,36 +67,15 @@ void FreshTable::addRow(std::span<const base::Value> values) {
             definition_.lastAutoNumber = std::max(definition_.lastAutoNumber, number);
         }
     }
-    const RowPointer row = rows_.append(encodeRow(definition_, cells));
+    const RowPointer row = rows_.add(encodeRow(definition_, cells));
     ++definition_.rowCount;
     addToIndexes(values, row);
 }
 
-/// The reference that stands in the row.
+/// What stands in the row.
 base::Bytes FreshTable::longValue(const Column& column, const base::Bytes& value) {
     if (value.size() <= kMaxInlineLongValueBytes) return inlineLongValue(value);
-    FreshRows& parts = longValues_.at(column.number);
-    LongValueReference reference;
-    reference.lengthBytes = static_cast<std::uint32_t>(value.size());
-    if (value.size() <= kMaxLongValueRowBytes) {
-        reference.kind = LongValueKind::SingleRow;
-        reference.first = parts.append(value);
-    } else {
-        // A part points to the one that follows it, so the last one is written first.
-        reference.kind = LongValueKind::Chain;
-        for (std::size_t end = value.size(); end > 0;) {
-            const std::size_t begin = (end - 1) / kLongValuePartBytes * kLongValuePartBytes;
-            base::Bytes part(4);
-            base::putU32(part, 0, reference.first.packed());
-            part.insert(part.end(), value.begin() + static_cast<std::ptrdiff_t>(begin),
-                        value.begin() + static_cast<std::ptrdiff_t>(end));
-            reference.first = parts.appendAlone(part);
-            end = begin;
-        }
-    }
-    base::Bytes stored;
-    reference.append(stored);
-    return stored;
+    return placeLongValue(longValues_.at(column.number), value);
 }
 
 void FreshTable::addToIndexes(std::span<const base::Value> values, RowPointer row) {

@@ -1,7 +1,6 @@
 #include "jet/LongValue.h"
 
 #include <algorithm>
-#include <cassert>
 
 #include "base/ByteView.h"
 #include "jet/DataPage.h"
@@ -11,7 +10,6 @@ namespace jet {
 namespace {
 
 constexpr std::uint32_t kKindMask = 0xC0000000;
-constexpr std::size_t kNextPartBytes = 4;
 
 void append(base::Bytes& value, std::span<const std::uint8_t> bytes) {
     value.insert(value.end(), bytes.begin(), bytes.end());
@@ -91,7 +89,6 @@ base::Bytes readLongValue(PageSource& source, std::span<const std::uint8_t> stor
 }
 
 base::Bytes inlineLongValue(std::span<const std::uint8_t> value) {
-    assert(value.size() <= kMaxInlineLongValueBytes);
     base::Bytes stored;
     LongValueReference{LongValueKind::Inline, static_cast<std::uint32_t>(value.size()), {}, 0}.append(stored);
     append(stored, value);

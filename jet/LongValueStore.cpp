@@ -4,15 +4,8 @@
 
 #include "base/ByteView.h"
 #include "jet/Errors.h"
-#include "jet/WriteErrors.h"
 
 namespace jet {
-namespace {
-
-constexpr std::size_t kMostBytes = 0x3FFFFFFF;
-
-}  // namespace
-
 LongValueStore::LongValueStore(PageStore& store, PageAllocator& allocator, const TableDefinition& table)
     : store_(store), allocator_(allocator), table_(table) {}
 
@@ -26,39 +19,6 @@ RowPages& LongValueStore::pagesOf(const Column& column) {
     }
     return pages_.emplace(column.number, RowPages(store_, allocator_, maps->owned, maps->free, kLongValueOwner))
         .first->second;
-}
-
-base::Bytes LongValueStore::add(const Column& column, std::span<const std::uint8_t> value) {
-    if (value.size() > kMostBytes) throw rowTooLong();
-    RowPages& pages = pagesOf(column);
-    LongValueReference reference;
-    reference.lengthBytes = static_cast<std::uint32_t>(value.size());
-    if (value.size() <= kMaxLongValueRowBytes) {
-        reference.kind = LongValueKind::SingleRow;
-        reference.first = pages.add(value);
-    } else {
-        reference.kind = LongValueKind::Chain;
-        reference.first = addChain(pages, value);
-    }
-    base::Bytes stored;
-    reference.append(stored);
-    return stored;
-}
-
-/// The last part first: each one knows the next. All but the last are full.
-RowPointer LongValueStore::addChain(RowPages& pages, std::span<const std::uint8_t> value) {
-    RowPointer next;
-    std::size_t end = value.size();
-    while (end > 0) {
-        const std::size_t begin = (end - 1) / kLongValuePartBytes * kLongValuePartBytes;
-        base::Bytes part(4);
-        base::putU32(part, 0, next.packed());
-        const auto data = value.subspan(begin, end - begin);
-        part.insert(part.end(), data.begin(), data.end());
-        next = pages.addAlone(part);
-        end = begin;
-    }
-    return next;
 }
 
 void LongValueStore::remove(const Column& column, std::span<const std::uint8_t> stored, RowPointer row) {

@@ -20,7 +20,9 @@ public:
     /// Puts the value on pages, whatever its length.
     /// @return the column's bytes in the row
     /// @throws RuntimeError if the file is full, or the value longer than the format allows
-    base::Bytes add(const Column& column, std::span<const std::uint8_t> value);
+    base::Bytes add(const Column& column, std::span<const std::uint8_t> value) {
+        return placeLongValue(pagesOf(column), value);
+    }
 
     /// Removes what lies outside of the row.
     /// @param stored  the column's bytes in the row
@@ -30,7 +32,6 @@ public:
 
 private:
     RowPages& pagesOf(const Column& column);
-    RowPointer addChain(RowPages& pages, std::span<const std::uint8_t> value);
     void removeChain(RowPages& pages, RowPointer part);
 
     PageStore& store_;

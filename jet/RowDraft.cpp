@@ -18,14 +18,6 @@ std::optional<RowView> viewOf(const base::Bytes& bytes, const RowView& old) {
     return RowView(bytes, old.definition(), old.place());
 }
 
-/// A reference to bytes that follow it, however many.
-base::Bytes inRow(std::span<const std::uint8_t> value) {
-    base::Bytes stored;
-    LongValueReference{LongValueKind::Inline, static_cast<std::uint32_t>(value.size()), {}, 0}.append(stored);
-    stored.insert(stored.end(), value.begin(), value.end());
-    return stored;
-}
-
 }  // namespace
 
 RowDraft::RowDraft(PageSource& source, const TableDefinition& table)
@@ -107,7 +99,7 @@ RowView RowDraft::preview() {
             if (decodeText(bytes, text) && text.size() > kSortKeyUnits) text.resize(kSortKeyUnits);
             shown = encodeText(text, true);
         }
-        cells[number] = inRow(shown);
+        cells[number] = inlineLongValue(shown);
     }
     preview_ = encodeRow(table_, cells);
     if (preview_.size() > kPageSize) throw rowTooLong();
@@ -118,7 +110,7 @@ RowView RowDraft::preview() {
 std::size_t RowDraft::bytesWith(std::size_t mostInRow) const {
     std::vector<Cell> cells = cells_;
     for (const auto& [number, bytes] : newLongValues_)
-        cells[number] = inRow(bytes.size() <= mostInRow ? std::span(bytes) : std::span<const std::uint8_t>());
+        cells[number] = inlineLongValue(bytes.size() <= mostInRow ? std::span(bytes) : std::span<const std::uint8_t>());
     return encodeRow(table_, cells).size();
 }
 
@@ -151,7 +143,7 @@ base::Bytes RowDraft::finish(LongValueStore& longValues) {
         const auto fresh = newLongValues_.find(column.number);
         if (fresh == newLongValues_.end()) continue;
         cells_[column.number] =
-            fresh->second.size() <= most ? inRow(fresh->second) : longValues.add(column, fresh->second);
+            fresh->second.size() <= most ? inlineLongValue(fresh->second) : longValues.add(column, fresh->second);
     }
     return encodeRow(table_, cells_);
 }
