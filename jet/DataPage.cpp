@@ -74,7 +74,7 @@ int appendRow(std::span<std::uint8_t> page, std::span<const std::uint8_t> row, S
     const std::size_t lowest = count == 0 ? kPageSize : bytes.u16(slotPlace(count - 1)) & kSlotStartMask;
     assert(lowest >= slotPlace(count));
     const std::size_t free = lowest - slotPlace(count);
-    if (count + 1 >= kMaxSlots || row.size() + kSlotBytes > free) return -1;
+    if (count >= kMaxSlotsOfPage || row.size() + kSlotBytes > free) return -1;
     const std::size_t start = lowest - row.size();
     std::copy(row.begin(), row.end(), page.begin() + static_cast<std::ptrdiff_t>(start));
     base::putU16(page, slotPlace(count), static_cast<std::uint16_t>(start | static_cast<std::uint16_t>(state)));

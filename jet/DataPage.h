@@ -34,6 +34,12 @@ constexpr std::size_t slotPlace(std::size_t index) {
     return kDataPageHeaderBytes + kSlotBytes * index;
 }
 
+/// More slots are never given to a page.
+inline constexpr std::size_t kMaxSlotsOfPage = 255;
+
+/// More pointers are not followed from a moved row. Real files have one; so a loop comes to an end.
+inline constexpr std::size_t kMaxMoves = 16;
+
 enum class SlotState : std::uint16_t {
     Live = 0x0000,
     Moved = 0x4000,    ///< live; the row's first 4 bytes point to its data

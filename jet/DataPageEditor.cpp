@@ -20,10 +20,6 @@ std::size_t DataPageEditor::freeBytes() const {
     return slotEnd(count) - slotPlace(count);
 }
 
-bool DataPageEditor::takes(std::size_t rowBytes) const {
-    return slotCount() < kMaxSlotsOfPage && rowBytes + kSlotBytes <= freeBytes();
-}
-
 Slot DataPageEditor::slot(std::size_t index) const {
     if (index >= slotCount()) {
         throw damaged(number_, u"Die Zeile " + base::decimal(static_cast<std::int64_t>(index)) + u" gibt es nicht");
@@ -38,10 +34,6 @@ bool DataPageEditor::hasRows() const {
         if (slot(i).state != SlotState::Deleted) return true;
     }
     return false;
-}
-
-int DataPageEditor::append(std::span<const std::uint8_t> row, SlotState state) {
-    return takes(row.size()) ? appendRow(bytes_, row, state) : -1;
 }
 
 bool DataPageEditor::replace(std::size_t index, std::span<const std::uint8_t> row) {

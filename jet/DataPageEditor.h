@@ -8,9 +8,6 @@
 
 namespace jet {
 
-/// More slots are never given to a page.
-inline constexpr std::size_t kMaxSlotsOfPage = 255;
-
 /// A data page being changed. It keeps the page's law: rows lie without gaps from the end downwards, slots keep their
 /// numbers for ever, and the free bytes are those between the slots and the lowest row.
 class DataPageEditor {
@@ -24,9 +21,6 @@ public:
     std::size_t slotCount() const { return word(kSlotCountOffset); }
     std::size_t freeBytes() const;
 
-    /// Whether a further row of this length fits, with its slot.
-    bool takes(std::size_t rowBytes) const;
-
     /// Valid until the next change of the page.
     /// @throws RuntimeError (damage) if there is no such slot
     Slot slot(std::size_t index) const;
@@ -35,7 +29,9 @@ public:
     bool hasRows() const;
 
     /// @return slot number, or -1 and nothing changed if it does not fit
-    int append(std::span<const std::uint8_t> row, SlotState state = SlotState::Live);
+    int append(std::span<const std::uint8_t> row, SlotState state = SlotState::Live) {
+        return appendRow(bytes_, row, state);
+    }
 
     /// Gives the slot other bytes, moving the later rows.
     /// @return false, and nothing changed, if the page has no room for them

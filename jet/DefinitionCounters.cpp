@@ -5,12 +5,6 @@
 namespace jet {
 namespace {
 
-constexpr std::size_t kRowCountOffset = 16;
-constexpr std::size_t kAutoNumberOffset = 20;
-constexpr std::size_t kStatisticsOffset = 63;
-constexpr std::size_t kStatisticsBytes = 12;
-constexpr std::size_t kDistinctOffset = 4;
-
 std::size_t distinctPlace(std::size_t index) {
     return kStatisticsOffset + kStatisticsBytes * index + kDistinctOffset;
 }

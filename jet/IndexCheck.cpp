@@ -8,13 +8,7 @@
 namespace jet {
 namespace {
 
-/// A page holds at least seven of the longest entries; so many levels of them would be more than any file.
-constexpr std::size_t kMaxHeight = 16;
 constexpr std::size_t kTailOffset = 20;
-
-bool isLess(const base::Bytes& a, const base::Bytes& b) {
-    return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end());
-}
 
 class TreeCheck {
 public:
@@ -42,7 +36,7 @@ public:
 private:
     /// @return whether all below the page was walked over
     bool visit(PageNumber number, std::size_t depth) {
-        if (depth >= kMaxHeight) {
+        if (depth >= kMaxIndexHeight) {
             findings_.fault(place_.onPage(number), u"Der Index hat zu viele Ebenen.");
             return lose();
         }
@@ -86,7 +80,7 @@ private:
         const Place at = place_.onPage(node.number());
         base::Text what = u"Der Eintrag " + countText(i) + u" des Knotens ist nicht der letzte Eintrag unter Seite " +
                           base::decimal(node.child(i));
-        if (isLess(separator, last_))
+        if (std::is_lt(compareEntries(separator, last_)))
             findings_.fault(at, what + u", sondern kleiner.");
         else
             findings_.note(at, what + u", sondern größer.");
@@ -126,7 +120,7 @@ private:
     void checkEntry(const Place& at) {
         const auto key = std::span(entry_).first(entry_.size() - kIndexRowBytes);
         const RowPointer row = rowOfEntry(entry_);
-        if (!last_.empty() && !isLess(last_, entry_)) {
+        if (!last_.empty() && std::is_gteq(compareEntries(last_, entry_))) {
             findings_.fault(at, u"Der Eintrag zu " + rowText(row) + u" ist nicht größer als die vor ihm.");
         } else if (index_.isUnique() && last_.size() == entry_.size() &&
                    std::equal(key.begin(), key.end(), last_.begin()) && !keys_.hasNull(row)) {

@@ -7,17 +7,6 @@
 #include "jet/IndexKey.h"
 
 namespace jet {
-namespace {
-
-/// A page holds at least seven of the longest entries; so many levels of them would be more than any file.
-constexpr std::size_t kMaxHeight = 16;
-
-bool isLess(const base::Bytes& a, const base::Bytes& b) {
-    return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end());
-}
-
-}  // namespace
-
 IndexCursor::IndexCursor(PageSource& source, const TableDefinition& table, const IndexDefinition& index)
     : source_(source), definitionPage_(table.page), rootPage_(index.rootPage) {}
 
@@ -32,7 +21,7 @@ void IndexCursor::start() {
 void IndexCursor::descend() {
     const Level& parent = path_.back();
     const IndexPage& node = parent.page;
-    if (path_.size() >= kMaxHeight) throw damaged(node.number(), u"Der Index hat zu viele Ebenen");
+    if (path_.size() >= kMaxIndexHeight) throw damaged(node.number(), u"Der Index hat zu viele Ebenen");
     if (childCount(node) == 0) throw damaged(node.number(), u"Ein Knoten des Indexes ist leer");
     const std::size_t i = parent.position;
     Level child{IndexPage(source_.page(childAt(node, i)), definitionPage_), 0, parent.after, parent.upTo};
@@ -46,8 +35,8 @@ void IndexCursor::descend() {
 void IndexCursor::checkBounds(const Level& level) const {
     const IndexPage& page = level.page;
     if (page.size() == 0) return;
-    if ((!level.after.empty() && !isLess(level.after, page.entry(0))) ||
-        (!level.upTo.empty() && isLess(level.upTo, page.entry(page.size() - 1)))) {
+    if ((!level.after.empty() && std::is_gteq(compareEntries(level.after, page.entry(0)))) ||
+        (!level.upTo.empty() && std::is_lt(compareEntries(level.upTo, page.entry(page.size() - 1))))) {
         throw damaged(page.number(), u"Die Einträge der Indexseite liegen außerhalb der Grenzen, die ihr Knoten setzt");
     }
 }

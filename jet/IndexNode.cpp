@@ -45,7 +45,7 @@ std::size_t IndexNode::lowerBound(std::span<const std::uint8_t> wanted) const {
     std::size_t end = size();
     while (begin < end) {
         const std::size_t middle = begin + (end - begin) / 2;
-        if (std::ranges::lexicographical_compare(entry(middle), wanted))
+        if (std::is_lt(compareEntries(entry(middle), wanted)))
             begin = middle + 1;
         else
             end = middle;
@@ -77,7 +77,7 @@ void IndexNode::replaceEntry(std::size_t i, std::span<const std::uint8_t> entry)
 }
 
 bool IndexNode::add(std::span<const std::uint8_t> entry, PageNumber child) {
-    assert(size() == 0 || std::ranges::lexicographical_compare(this->entry(size() - 1), entry));
+    assert(size() == 0 || std::is_lt(compareEntries(this->entry(size() - 1), entry)));
     const std::size_t whole = wholeBytes(0, size()) + entry.size() + (isLeaf_ ? 0 : kIndexChildBytes);
     const std::size_t saved = size() == 0 ? 0 : size() * prefixBytes(this->entry(0), entry);
     if (whole - saved > kIndexEntriesBytes) return false;

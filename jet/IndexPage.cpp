@@ -4,7 +4,6 @@
 #include <bit>
 #include <cassert>
 #include <compare>
-#include <cstring>
 #include <utility>
 
 #include "base/ByteView.h"
@@ -15,13 +14,6 @@ namespace {
 
 constexpr std::size_t kMaskBytes = 453;
 constexpr std::size_t kShortestKey = 1;
-
-std::strong_ordering compareBytes(std::span<const std::uint8_t> a, std::span<const std::uint8_t> b) {
-    const std::size_t count = std::min(a.size(), b.size());
-    const int order = count == 0 ? 0 : std::memcmp(a.data(), b.data(), count);
-    if (order != 0) return order <=> 0;
-    return a.size() <=> b.size();
-}
 
 std::uint32_t readBigEndian(std::span<const std::uint8_t> fourBytes) {
     return (std::uint32_t{fourBytes[0]} << 24U) | (std::uint32_t{fourBytes[1]} << 16U) |
@@ -79,7 +71,7 @@ void IndexPage::checkEntries() const {
         if (whole < shortest || outsidePrefix < childBytes || (i == 0 && prefixBytes_ > whole)) {
             throw damaged(number(), u"Der Indexeintrag " + numberOf(i) + u" ist zu kurz");
         }
-        if (i > 0 && compareBytes(suffix(i - 1), suffix(i)) != std::strong_ordering::less) {
+        if (i > 0 && std::is_gteq(compareEntries(suffix(i - 1), suffix(i)))) {
             throw damaged(number(), u"Der Indexeintrag " + numberOf(i) + u" steht nicht in aufsteigender Folge");
         }
     }
@@ -132,8 +124,8 @@ PageNumber IndexPage::child(std::size_t i) const {
 std::size_t IndexPage::lowerBound(std::span<const std::uint8_t> wanted) const {
     if (size() == 0) return 0;
     const auto shared = prefix();
-    const auto order = compareBytes(shared.first(std::min(shared.size(), wanted.size())),
-                                    wanted.first(std::min(shared.size(), wanted.size())));
+    const auto order = compareEntries(shared.first(std::min(shared.size(), wanted.size())),
+                                      wanted.first(std::min(shared.size(), wanted.size())));
     if (order == std::strong_ordering::less) return size();
     if (order == std::strong_ordering::greater || wanted.size() <= shared.size()) return 0;
     const auto wantedSuffix = wanted.subspan(shared.size());
@@ -141,7 +133,7 @@ std::size_t IndexPage::lowerBound(std::span<const std::uint8_t> wanted) const {
     std::size_t end = size();
     while (begin < end) {
         const std::size_t middle = begin + (end - begin) / 2;
-        if (compareBytes(suffix(middle), wantedSuffix) == std::strong_ordering::less)
+        if (std::is_lt(compareEntries(suffix(middle), wantedSuffix)))
             begin = middle + 1;
         else
             end = middle;

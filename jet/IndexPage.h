@@ -1,7 +1,10 @@
 #pragma once
 
+#include <algorithm>
+#include <compare>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 #include <vector>
 
@@ -33,6 +36,17 @@ constexpr std::size_t kIndexEntriesOffset = 480;
 constexpr std::size_t kIndexEntriesBytes = 3616;
 constexpr std::size_t kIndexRowBytes = 4;
 constexpr std::size_t kIndexChildBytes = 4;
+
+/// A page holds at least seven of the longest entries; so many levels of them would be more than any file.
+constexpr std::size_t kMaxIndexHeight = 16;
+
+/// The order of entries and keys: byte by byte, and what is the beginning of another comes before it.
+inline std::strong_ordering compareEntries(std::span<const std::uint8_t> a, std::span<const std::uint8_t> b) {
+    const std::size_t count = std::min(a.size(), b.size());
+    const int order = count == 0 ? 0 : std::memcmp(a.data(), b.data(), count);
+    if (order != 0) return order <=> 0;
+    return a.size() <=> b.size();
+}
 
 class IndexPage {
 public:

@@ -11,8 +11,6 @@
 namespace jet {
 namespace {
 
-/// As for reading: more levels than any file can have.
-constexpr std::size_t kMaxHeight = 16;
 constexpr std::size_t kPreviousOffset = 12;
 constexpr std::size_t kNextOffset = 16;
 
@@ -21,7 +19,7 @@ constexpr std::size_t kNextOffset = 16;
 constexpr std::size_t kJoinedBytes = kIndexEntriesBytes / 2;
 
 bool isLess(std::span<const std::uint8_t> a, std::span<const std::uint8_t> b) {
-    return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end());
+    return std::is_lt(compareEntries(a, b));
 }
 
 base::Bytes entryFor(std::span<const std::uint8_t> key, RowPointer row) {
@@ -134,7 +132,7 @@ void IndexWriter::descend(std::span<const std::uint8_t> entry) {
         Level& at = path_.back();
         const IndexNode& node = *at.node;
         if (node.childCount() == 0) throw damaged(at.page, u"Ein Knoten des Indexes ist leer");
-        if (path_.size() >= kMaxHeight) throw damaged(at.page, u"Der Index hat zu viele Ebenen");
+        if (path_.size() >= kMaxIndexHeight) throw damaged(at.page, u"Der Index hat zu viele Ebenen");
         at.position = std::min(node.lowerBound(entry), node.childCount() - 1);
         if (at.position > 0) after.assign(node.entry(at.position - 1).begin(), node.entry(at.position - 1).end());
         if (at.position + 1 < node.childCount()) {
@@ -194,7 +192,7 @@ void IndexWriter::settle(Place place) {
 
 /// Moves the root's contents to a new page, the only child of the root then.
 void IndexWriter::raise() {
-    if (path_.size() >= kMaxHeight) throw damaged(path_[0].page, u"Der Index hat zu viele Ebenen");
+    if (path_.size() >= kMaxIndexHeight) throw damaged(path_[0].page, u"Der Index hat zu viele Ebenen");
     const PageNumber rootPage = path_[0].page;
     path_[0].page = allocate();
     nodes_.move(rootPage, path_[0].page);
@@ -340,7 +338,7 @@ bool IndexWriter::join(std::size_t level, bool withPrevious) {
 /// A root with one child takes over its contents.
 void IndexWriter::lower() {
     const PageNumber rootPage = table_.indexes[indexNumber_].rootPage;
-    for (std::size_t i = 0; i < kMaxHeight; ++i) {
+    for (std::size_t i = 0; i < kMaxIndexHeight; ++i) {
         const IndexNode& root = nodes_.at(rootPage);
         if (root.isLeaf() || root.childCount() != 1) return;
         const PageNumber child = root.childAt(0);

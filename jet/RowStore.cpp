@@ -11,9 +11,6 @@
 namespace jet {
 namespace {
 
-/// More than any writer makes; so a loop comes to an end.
-constexpr std::size_t kMaxPlaces = 16;
-
 std::array<std::uint8_t, 4> pointerBytes(RowPointer target) {
     std::array<std::uint8_t, 4> bytes{};
     base::putU32(bytes, 0, target.packed());
@@ -36,7 +33,7 @@ bool RowStore::contains(RowPointer row) {
 /// The row's own place first, that of its bytes last.
 std::vector<RowPointer> RowStore::placesOf(RowPointer row) {
     std::vector<RowPointer> places{row};
-    while (places.size() <= kMaxPlaces) {
+    while (places.size() <= kMaxMoves + 1) {
         const RowPointer place = places.back();
         const DataPage page = pages_.read(place.page);
         const Slot slot = page.slot(place.slot);

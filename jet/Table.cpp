@@ -5,13 +5,6 @@
 #include "jet/ValueCodec.h"
 
 namespace jet {
-namespace {
-
-/// Real files move a row once; more may follow, but not without end.
-constexpr int kMaxMoves = 16;
-
-}  // namespace
-
 Table::Table(PageSource& source, CatalogEntry entry)
     : source_(&source),
       entry_(std::move(entry)),
@@ -30,7 +23,7 @@ Row Table::rowOf(const DataPage& page, std::size_t slotIndex) const {
 }
 
 Row Table::follow(RowPointer pointer, RowPointer target) const {
-    for (int moves = 0; moves < kMaxMoves; ++moves) {
+    for (std::size_t moves = 0; moves < kMaxMoves; ++moves) {
         const DataPage page = DataPage::read(*source_, target.page, definition_.page);
         const Slot slot = page.slot(target.slot);
         if (slot.state == SlotState::Hidden) return {pointer, RowView(slot.bytes, definition_, target), page.page()};

@@ -18,8 +18,6 @@ constexpr std::size_t kMaxChainPages = 64;
 
 constexpr std::size_t kLengthOffset = 8;
 constexpr std::size_t kMarkOffset = 12;
-constexpr std::size_t kRowCountOffset = 16;
-constexpr std::size_t kAutoNumberOffset = 20;
 constexpr std::size_t kKeptOffset = 24;
 constexpr std::size_t kKindOffset = 40;
 constexpr std::size_t kColumnsEverOffset = 41;
@@ -29,8 +27,6 @@ constexpr std::size_t kLogicalIndexesOffset = 47;
 constexpr std::size_t kIndexesOffset = 51;
 constexpr std::size_t kOwnedOffset = 55;
 constexpr std::size_t kSpaceOffset = 59;
-constexpr std::size_t kBlockBytes = 63;
-constexpr std::size_t kStatisticsBytes = 12;
 constexpr std::size_t kLongValueMapsBytes = 10;
 
 constexpr std::uint32_t kMark = 1625;
@@ -69,7 +65,7 @@ public:
 private:
     base::ByteView bytes_;
     PageNumber page_;
-    std::size_t place_ = kBlockBytes;
+    std::size_t place_ = kStatisticsOffset;
 };
 
 base::Bytes joinChain(PageSource& source, PageNumber page, std::vector<PageNumber>& chain) {
@@ -241,7 +237,7 @@ void readAll(base::ByteView joined, TableDefinition& definition) {
     definition.indexes.resize(indexCount);
     for (IndexDefinition& index : definition.indexes) {
         index.statistics = reader.takeArray<kStatisticsBytes>();
-        index.distinctKeys = base::ByteView{index.statistics}.u32(4);
+        index.distinctKeys = base::ByteView{index.statistics}.u32(kDistinctOffset);
     }
     readColumns(reader, columnCount, definition);
     for (IndexDefinition& index : definition.indexes)
@@ -352,12 +348,12 @@ TableDefinition TableDefinition::read(PageSource& source, PageNumber page) {
 }
 
 base::Bytes TableDefinition::encode() const {
-    base::Bytes bytes(kBlockBytes, 0);
+    base::Bytes bytes(kStatisticsOffset, 0);
     writeBlock(*this, bytes);
     Writer writer(bytes);
     for (const IndexDefinition& index : indexes) {
         auto counts = index.statistics;
-        base::putU32(counts, 4, index.distinctKeys);
+        base::putU32(counts, kDistinctOffset, index.distinctKeys);
         writer.append(counts);
     }
     for (const Column& each : columns)

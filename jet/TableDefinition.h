@@ -44,6 +44,13 @@ struct IndexColumn {
     bool ascending = true;
 };
 
+/// Where the counts stand in the joined bytes.
+inline constexpr std::size_t kRowCountOffset = 16;
+inline constexpr std::size_t kAutoNumberOffset = 20;
+inline constexpr std::size_t kStatisticsOffset = 63;
+inline constexpr std::size_t kStatisticsBytes = 12;  ///< of one index
+inline constexpr std::size_t kDistinctOffset = 4;    ///< in the statistics of one index
+
 /// An index data block: the tree, its columns and rules.
 struct IndexDefinition {
     static constexpr std::size_t kBytes = 52;
@@ -56,9 +63,9 @@ struct IndexDefinition {
     std::uint8_t flags = kAlways;
     PageNumber rootPage = 0;
     RowPointer usageMap;
-    std::uint32_t distinctKeys = 0;             ///< a hint, often out of date
-    std::array<std::uint8_t, 12> statistics{};  ///< as read
-    std::array<std::uint8_t, kBytes> block{};   ///< as read
+    std::uint32_t distinctKeys = 0;                           ///< a hint, often out of date
+    std::array<std::uint8_t, kStatisticsBytes> statistics{};  ///< as read
+    std::array<std::uint8_t, kBytes> block{};                 ///< as read
 
     base::Text name;  ///< of the primary key, else of the first ordinary logical index that it backs
     bool isPrimary = false;

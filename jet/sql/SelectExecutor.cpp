@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "jet/DataPage.h"
 #include "jet/Errors.h"
 #include "jet/IndexKey.h"
 #include "jet/sql/Parser.h"
@@ -15,8 +16,6 @@
 namespace jet::sql {
 
 namespace {
-
-constexpr std::size_t kMostRowsOfPage = 255;
 
 class SelectExecutor {
 public:
@@ -54,7 +53,7 @@ void SelectExecutor::bindOrder(const Select& statement) {
 
 ResultSet SelectExecutor::run() {
     ResultSet rows(table_.definition());
-    const std::size_t mostRows = std::size_t{source_.pageCount()} * kMostRowsOfPage;
+    const std::size_t mostRows = std::size_t{source_.pageCount()} * kMaxSlotsOfPage;
     if (search_.wantsAll()) rows.reserve(std::min<std::size_t>(table_.definition().rowCount, mostRows));
     search_.forEach([&](const Row& row) { takeRow(rows, row); });
     if (order_.empty()) return rows;
