@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <optional>
 #include <string>
 
@@ -13,7 +14,7 @@ namespace jet::sql {
 namespace {
 
 /// As many digits as a Decimal takes.
-constexpr std::size_t kExactDigits = 28;
+constexpr std::uint8_t kExactDigits = 28;
 
 bool isDigit(char16_t unit) {
     return unit >= u'0' && unit <= u'9';
@@ -27,38 +28,19 @@ bool isBlank(char16_t unit) {
     return unit == u' ' || unit == u'\t' || unit == u'\r' || unit == u'\n';
 }
 
-/// The digits as one integer; they must not be more than kExactDigits.
-base::Decimal decimalOf(const std::string& digits, std::uint8_t scale) {
-    base::Decimal decimal;
-    decimal.scale = scale;
-    for (const char digit : digits) {
-        std::uint64_t carry = static_cast<std::uint64_t>(digit - '0');
-        for (std::uint32_t& word : decimal.magnitude) {
-            carry += std::uint64_t{word} * 10;
-            word = static_cast<std::uint32_t>(carry);
-            carry >>= 32U;
-        }
-    }
-    return decimal;
-}
-
 /// The number's value, or null if it is beyond every number.
 base::Value numberOf(const std::string& typed) {
-    const std::size_t point = typed.find('.');
-    std::string digits = typed;
-    if (point != std::string::npos) digits.erase(point, 1);
-    digits.erase(0, std::min(digits.find_first_not_of('0'), digits.size()));
-    const std::size_t scale = point == std::string::npos ? 0 : typed.size() - point - 1;
-    const bool exact = typed.find_first_of("eE") == std::string::npos && scale <= kExactDigits;
-    if (exact && digits.size() <= kExactDigits) {
-        const base::Decimal decimal = decimalOf(digits, static_cast<std::uint8_t>(scale));
-        const bool small = scale == 0 && digits.size() <= 10 && decimal.magnitude[1] == 0;
-        if (small && decimal.magnitude[0] <= 0x7FFFFFFF) return static_cast<std::int32_t>(decimal.magnitude[0]);
-        return decimal;
-    }
     const std::optional<ExactNumber> number = ExactNumber::fromText(typed);
-    if (!number || !std::isfinite(number->toDouble())) return base::Null{};
-    return number->toDouble();
+    if (!number) return base::Null{};
+    const std::size_t point = typed.find('.');
+    const std::size_t scale = point == std::string::npos ? 0 : typed.size() - point - 1;
+    if (scale <= kExactDigits && typed.find('e') == std::string::npos) {
+        const auto whole = scale == 0 ? number->scaledTo(0) : std::nullopt;
+        if (whole && *whole <= std::numeric_limits<std::int32_t>::max()) return static_cast<std::int32_t>(*whole);
+        if (const auto decimal = number->decimal(kExactDigits, static_cast<std::uint8_t>(scale))) return *decimal;
+    }
+    const double floating = number->toDouble();
+    return std::isfinite(floating) ? base::Value(floating) : base::Null{};
 }
 
 }  // namespace

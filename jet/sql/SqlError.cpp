@@ -2,21 +2,15 @@
 
 #include <cstdint>
 
+#include "jet/Errors.h"
+#include "jet/WriteErrors.h"
+
 namespace jet::sql {
 
 namespace {
 
-constexpr std::int32_t kGeneral = -2147467259;           // 80004005
 constexpr std::int32_t kSyntax = -2147217900;            // 80040E14
 constexpr std::int32_t kMissingParameter = -2147217904;  // 80040E10
-constexpr std::int32_t kTypeMismatch = -2147217913;      // 80040E07
-
-base::Text join(base::TextView before, base::TextView middle, base::TextView after) {
-    base::Text text(before);
-    text += middle;
-    text += after;
-    return text;
-}
 
 }  // namespace
 
@@ -25,33 +19,33 @@ base::RuntimeError missingParameter() {
 }
 
 base::RuntimeError typesDoNotMatch() {
-    return {kTypeMismatch, u"Datentypenkonflikt in Kriterienausdruck."};
+    return valueOfOtherType(WriteKind::Execute);
 }
 
 base::RuntimeError missingOperator(base::TextView expression) {
-    return {kSyntax, join(u"Syntaxfehler (fehlender Operator) in Abfrageausdruck '", expression, u"'.")};
+    return {kSyntax, u"Syntaxfehler (fehlender Operator) in Abfrageausdruck " + quoted(expression) + u"."};
 }
 
 base::RuntimeError unterminatedText(base::TextView expression) {
-    return {kSyntax, join(u"Syntaxfehler in Zeichenfolge in Abfrageausdruck '", expression, u"'.")};
+    return {kSyntax, u"Syntaxfehler in Zeichenfolge in Abfrageausdruck " + quoted(expression) + u"."};
 }
 
 base::RuntimeError brokenDate(base::TextView expression) {
-    return {kSyntax, join(u"Syntaxfehler in Datum in Abfrageausdruck '", expression, u"'.")};
+    return {kSyntax, u"Syntaxfehler in Datum in Abfrageausdruck " + quoted(expression) + u"."};
 }
 
 base::RuntimeError brokenClause(base::TextView clause) {
-    return {kSyntax, join(u"Syntaxfehler in ", clause, u".")};
+    return {kSyntax, u"Syntaxfehler in " + base::Text(clause) + u"."};
 }
 
 base::RuntimeError unknownColumnOfInsert(base::TextView column) {
-    return {kSyntax, join(u"Die INSERT INTO-Anweisung enthält folgenden unbekannten Feldnamen: '", column,
-                          u"'. Stellen Sie sicher, dass Sie den Namen richtig eingegeben haben, und versuchen Sie es "
-                          u"erneut.")};
+    return {kSyntax, u"Die INSERT INTO-Anweisung enthält folgenden unbekannten Feldnamen: " + quoted(column) +
+                         u". Stellen Sie sicher, dass Sie den Namen richtig eingegeben haben, und versuchen Sie es "
+                         u"erneut."};
 }
 
 base::RuntimeError columnNamedTwice(base::TextView column) {
-    return {kSyntax, join(u"Doppeltes Ausgabeziel '", column, u"'.")};
+    return {kSyntax, u"Doppeltes Ausgabeziel " + quoted(column) + u"."};
 }
 
 base::RuntimeError valuesDoNotFitColumns() {
@@ -67,15 +61,15 @@ base::RuntimeError textBehindStatement() {
 }
 
 base::RuntimeError unsupported(base::TextView part) {
-    return {kSyntax, join(u"Dieser Teil der SQL-Anweisung wird nicht unterstützt: '", part, u"'.")};
+    return {kSyntax, u"Dieser Teil der SQL-Anweisung wird nicht unterstützt: " + quoted(part) + u"."};
 }
 
 base::RuntimeError tooComplex() {
-    return {kGeneral, u"Die Abfrage ist zu komplex."};
+    return failure(u"Die Abfrage ist zu komplex.");
 }
 
 base::RuntimeError notUpdatable() {
-    return {kGeneral, u"Operation muss eine aktualisierbare Abfrage verwenden."};
+    return readOnly(WriteKind::Execute);
 }
 
 }  // namespace jet::sql
