@@ -65,10 +65,6 @@ void appendUtf8(std::string& out, char32_t codePoint) {
     }
 }
 
-char16_t asciiLower(char16_t unit) {
-    return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 32) : unit;
-}
-
 }  // namespace
 
 Text fromUtf8(std::string_view utf8) {

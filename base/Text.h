@@ -32,6 +32,11 @@ Text decimal(std::int64_t number);
 /// The text without leading and trailing U+0020. Tabs, line ends and no-break spaces stay.
 TextView trimBlanks(TextView text);
 
+/// The small letter for A to Z, any other unit as it is.
+constexpr char16_t asciiLower(char16_t unit) {
+    return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + (u'a' - u'A')) : unit;
+}
+
 /// Equality of ASCII names without regard to the case of A to Z; all other units must be the same.
 bool equalsIgnoringAsciiCase(TextView a, TextView b);
 

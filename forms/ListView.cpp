@@ -9,10 +9,6 @@
 namespace forms {
 namespace {
 
-char16_t asciiLower(char16_t unit) {
-    return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + (u'a' - u'A')) : unit;
-}
-
 /// Such a key could not be told from an index: an optional sign, then digits, points and commas.
 bool readsAsNumber(base::TextView key) {
     key = base::trimBlanks(key);
@@ -36,7 +32,7 @@ base::Bytes unitBytes(base::TextView text) {
 std::uint32_t hashOf(base::TextView key) {
     std::uint32_t hash = 2166136261U;
     for (const char16_t unit : key)
-        hash = (hash ^ asciiLower(unit)) * 16777619U;
+        hash = (hash ^ base::asciiLower(unit)) * 16777619U;
     return hash;
 }
 

@@ -18,13 +18,9 @@ bool isAscii(char16_t unit) {
     return unit < 0x80;
 }
 
-char16_t lowerAscii(char16_t unit) {
-    return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 32) : unit;
-}
-
 bool sameUnit(char16_t a, char16_t b, TextOrder order) {
     if (a == b) return true;
-    if (isAscii(a) && isAscii(b)) return lowerAscii(a) == lowerAscii(b);
+    if (isAscii(a) && isAscii(b)) return base::asciiLower(a) == base::asciiLower(b);
     if (!countsInKeys(a) || !countsInKeys(b)) return false;
     const base::Bytes key = sortKey({&a, 1}, order);
     return key == sortKey({&b, 1}, order) && key != sortKey({}, order);
