@@ -27,9 +27,7 @@ std::uint64_t wordOf(std::span<const std::uint8_t> key) {
 
 /// Whether a key that is not certain as a whole is so in its beginning.
 bool isOnlyTooLong(base::TextView text, const Column& column) {
-    const bool hasSurrogates =
-        std::any_of(text.begin(), text.end(), [](char16_t unit) { return (unit & 0xF800U) == 0xD800U; });
-    return !hasSurrogates && sortKeyIsCertain({}, column.textOrder);
+    return !hasSurrogate(text) && sortKeyIsCertain({}, column.textOrder);
 }
 
 base::Text hexText(std::span<const std::uint8_t> bytes) {

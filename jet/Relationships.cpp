@@ -44,7 +44,7 @@ Relationships::Link Relationships::linkOf(WritableTable& table, const LogicalInd
     });
     if (found == there.logicalIndexes.end() || found->partnerTable != table.definition().page)
         throw damaged(there.page, u"Das Gegenstück der Beziehung '" + index.name + u"' fehlt");
-    Link link{table.definition().indexes.at(index.dataBlock), partner, found->dataBlock, index};
+    Link link{table.definition().indexes.at(index.dataBlock), partner, found->dataBlock};
     if (link.ownIndex.columns.size() != there.indexes.at(link.partnerIndex).columns.size())
         throw damaged(there.page, u"Die Beziehung '" + index.name + u"' hat auf beiden Seiten andere Spalten");
     return link;

@@ -44,7 +44,6 @@ private:
         const IndexDefinition& ownIndex;
         WritableTable& partner;
         std::size_t partnerIndex;
-        const LogicalIndex& rules;
     };
     struct Referrer {
         WritableTable* table;

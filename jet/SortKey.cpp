@@ -256,10 +256,6 @@ bool isKnown(TextOrder order) {
     return order.version == 0 && (order.lcid == kGeneral || order.lcid == kFrench);
 }
 
-bool hasSurrogate(base::TextView units) {
-    return std::any_of(units.begin(), units.end(), [](char16_t unit) { return (unit & 0xF800U) == kFirstSurrogate; });
-}
-
 }  // namespace
 
 void appendSortKey(base::Bytes& key, base::TextView text, TextOrder order) {
@@ -272,6 +268,10 @@ base::Bytes sortKey(base::TextView text, TextOrder order) {
     base::Bytes key;
     appendSortKey(key, text, order);
     return key;
+}
+
+bool hasSurrogate(base::TextView text) {
+    return std::any_of(text.begin(), text.end(), [](char16_t unit) { return (unit & 0xF800U) == kFirstSurrogate; });
 }
 
 bool sortKeyIsCertain(base::TextView text, TextOrder order) {

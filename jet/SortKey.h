@@ -36,6 +36,9 @@ void appendSortKey(base::Bytes& key, base::TextView text, TextOrder order = {});
 
 base::Bytes sortKey(base::TextView text, TextOrder order = {});
 
+/// Whether the text has surrogates, whose keys are never certain.
+bool hasSurrogate(base::TextView text);
+
 /// Whether the key is known to be the one that the original engine stores. False for texts with surrogates,
 /// for keys that grow too long and for sort orders other than General and French: those keys still give
 /// one total, stable order, but an index must be neither searched nor written by them.
