@@ -15,7 +15,7 @@ namespace kontodb {
 using base::Text;
 
 /// Keeps what is printed, and answers the question for the password if it is to.
-class FakeConsole final : public Console {
+class FakeConsole : public Console {
 public:
     void print(std::string_view utf8) override { printed += utf8; }
     void printError(std::string_view utf8) override { errors += utf8; }

@@ -84,6 +84,17 @@ TEST_F(Query, PrintsOneObjectALine) {
               "\n");
 }
 
+TEST_F(Query, KeepsNobodyFromWritingWhileItPrints) {
+    struct SlowReader final : FakeConsole {
+        void print(std::string_view) override { written = call({u"exec", file, u"DELETE FROM Probe WHERE Nr = 1"}); }
+        Text file;
+        Outcome written{};
+    } console;
+    console.file = open_;
+    EXPECT_EQ(run(std::vector<Text>{u"query", open_, kAll}, console), kExitSuccess);
+    EXPECT_EQ(console.written.printed, "1\n") << console.written.errors;
+}
+
 TEST(ValueText, PrintsDecimalsExactlyAndDatesToTheSecond) {
     const struct {
         Value value;
@@ -97,6 +108,7 @@ TEST(ValueText, PrintsDecimalsExactlyAndDatesToTheSecond) {
         {base::Date{36525.9999999}, "2000-01-01T00:00:00"},
         {base::Date{-0.75}, "1899-12-30T18:00:00"},
         {base::Date{2958465.5}, "9999-12-31T12:00:00"},
+        {base::Date{2958465.9999999}, "9999-12-31T23:59:59"},
     };
     for (const auto& [value, text] : cases) {
         std::string line;

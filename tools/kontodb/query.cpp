@@ -80,8 +80,11 @@ int query(std::span<const base::Text> arguments, Console& console) {
     const CommandLine line(arguments, {kPasswordOption, kPasswordFileOption}, {kJsonFlag});
     line.requireOperands(2);
     jet::Database database = openProtected(line.operand(0), line, console);
-    auto operation = database.beginRead();
-    const jet::sql::ResultSet rows = jet::sql::executeSelect(operation, line.operand(1));
+    // Whoever reads what is printed may take his time: nothing is locked meanwhile.
+    const jet::sql::ResultSet rows = [&] {
+        auto operation = database.beginRead();
+        return jet::sql::executeSelect(operation, line.operand(1));
+    }();
     Printer printer(rows, console);
     if (line.flag(kJsonFlag))
         printer.printJson();
