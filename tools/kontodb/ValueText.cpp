@@ -71,7 +71,9 @@ void appendDate(std::string& line, base::Date date) {
     using std::chrono::sys_days;
     // Also before day zero the fraction counts forward from midnight.
     const double wholeDays = std::trunc(date.days);
-    const long secondOfDay = std::lround(std::abs(date.days - wholeDays) * 86400);
+    // The last day has no other behind it to be rounded up to.
+    const long mostSeconds = wholeDays + 1 < kBehindLastDay ? 86400 : 86399;
+    const long secondOfDay = std::min(std::lround(std::abs(date.days - wholeDays) * 86400), mostSeconds);
     const sys_days dayZero = std::chrono::year(1899) / std::chrono::December / 30;
     const std::chrono::days days(static_cast<int>(wholeDays) + (secondOfDay == 86400 ? 1 : 0));
     const std::chrono::year_month_day day(dayZero + days);
