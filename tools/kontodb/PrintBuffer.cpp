@@ -16,6 +16,7 @@ void PrintBuffer::endLine() {
 }
 
 void PrintBuffer::flush() {
+    if (size_ == 0) return;
     console_.print({bytes_.get(), size_});
     size_ = 0;
 }
