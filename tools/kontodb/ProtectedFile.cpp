@@ -22,6 +22,7 @@ base::Text firstLineOf(const base::Text& path) {
     std::string line;
     for (char unit = 0; line.size() < kMaxLineBytes && file.get(unit) && unit != '\n';)
         line += unit;
+    if (file.bad()) throw jet::accessDenied(path);  // a folder, which opens and cannot be read
     if (line.starts_with("\xEF\xBB\xBF")) line.erase(0, 3);
     if (!line.empty() && line.back() == '\r') line.pop_back();
     return base::fromUtf8(line);
