@@ -65,7 +65,8 @@ public:
     std::optional<std::uint64_t> journalSizeBytes() override {
         struct stat status {};
         if (::lstat(journal_.c_str(), &status) == 0) return static_cast<std::uint64_t>(status.st_size);
-        if (errno == ENOENT) return std::nullopt;
+        // Where the file's own name leaves no room for the ending, no journal was ever made.
+        if (errno == ENOENT || errno == ENAMETOOLONG) return std::nullopt;
         throw openingFailed(journalPath(), errno);
     }
 
@@ -88,10 +89,9 @@ public:
     }
 
     void syncFolder() override {
-        const std::string folder = file_.substr(0, file_.rfind('/') + 1);
-        const Descriptor descriptor(::open(folder.empty() ? "." : folder.c_str(), O_CLOEXEC | O_RDONLY | O_DIRECTORY));
-        if (!descriptor.isOpen() || ::fsync(descriptor.number()) != 0)
-            throw deviceFailed(base::fromUtf8(folder), errno);
+        const std::string path = folder();
+        const Descriptor descriptor(::open(path.empty() ? "." : path.c_str(), O_CLOEXEC | O_RDONLY | O_DIRECTORY));
+        if (!descriptor.isOpen() || ::fsync(descriptor.number()) != 0) throw deviceFailed(base::fromUtf8(path), errno);
     }
 
     std::optional<FileUser> originalUser() override {
@@ -119,7 +119,10 @@ private:
         throw openingFailed(path, errno);
     }
 
-    std::string lockFilePath() const { return base::toUtf8(jet::lockFilePath(base::fromUtf8(file_))); }
+    /// The folder as it is: its name need not be UTF-8.
+    std::string lockFilePath() const { return folder() + base::toUtf8(jet::lockFilePath(fileName())); }
+
+    std::string folder() const { return file_.substr(0, file_.rfind('/') + 1); }
 
     static FileUser userOf(const Descriptor& descriptor, std::uint64_t slot) {
         std::array<char, kUserSlotBytes> bytes{};
