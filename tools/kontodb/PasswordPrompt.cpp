@@ -4,7 +4,7 @@
 
 #ifdef _WIN32
 #include <conio.h>
-#include <io.h>
+#include <windows.h>
 #else
 #include <termios.h>
 #include <unistd.h>
@@ -14,8 +14,10 @@ namespace kontodb {
 
 #ifdef _WIN32
 
+/// Asks for the console itself: the C runtime takes the null device for a terminal too.
 bool isInputTerminal() {
-    return _isatty(0) != 0;
+    DWORD mode = 0;
+    return GetConsoleMode(GetStdHandle(STD_INPUT_HANDLE), &mode) != 0;
 }
 
 std::optional<base::Text> readHiddenLine() {
