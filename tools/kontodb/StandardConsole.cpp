@@ -23,6 +23,8 @@ bool isWindow(std::FILE* stream) {
 void prepare(std::FILE* stream) {
     std::fflush(stream);
     _setmode(_fileno(stream), isWindow(stream) ? _O_U16TEXT : _O_BINARY);
+    // A window's stream is written byte by byte otherwise: slow, and not every C runtime takes half a character.
+    std::setvbuf(stream, nullptr, _IOFBF, BUFSIZ);
 }
 
 bool write(std::FILE* stream, std::string_view utf8) {
