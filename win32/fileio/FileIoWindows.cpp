@@ -10,13 +10,6 @@ namespace {
 constexpr wchar_t kLongPath[] = L"\\\\?\\";
 constexpr std::size_t kOldPathUnits = 248;
 
-OVERLAPPED at(std::uint64_t offset) {
-    OVERLAPPED place{};
-    place.Offset = static_cast<DWORD>(offset);
-    place.OffsetHigh = static_cast<DWORD>(offset >> 32U);
-    return place;
-}
-
 class FileIo : public PageIo {
 public:
     FileIo(HANDLE handle, base::Text path) : handle_(handle), path_(std::move(path)) {}
@@ -106,6 +99,13 @@ private:
 };
 
 }  // namespace
+
+OVERLAPPED at(std::uint64_t offset) {
+    OVERLAPPED place{};
+    place.Offset = static_cast<DWORD>(offset);
+    place.OffsetHigh = static_cast<DWORD>(offset >> 32U);
+    return place;
+}
 
 std::unique_ptr<PageIo> fileIo(HANDLE handle, const base::Text& path) {
     auto io = std::make_unique<FileIo>(handle, path);

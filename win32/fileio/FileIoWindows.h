@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <windows.h>
@@ -9,6 +10,9 @@
 
 /// What the two sides of the door to the machine share.
 namespace jet {
+
+/// The place in a file, for the calls that read, write and lock.
+OVERLAPPED at(std::uint64_t offset);
 
 /// Takes over an open handle.
 /// @throws RuntimeError if it is no ordinary file

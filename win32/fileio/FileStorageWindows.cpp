@@ -136,12 +136,6 @@ private:
         }
     }
 
-    static OVERLAPPED at(std::uint64_t offset) {
-        OVERLAPPED place{};
-        place.Offset = static_cast<DWORD>(offset);
-        return place;
-    }
-
     static bool isFree(const Handle& handle, std::uint64_t slot, std::uint64_t count) {
         OVERLAPPED place = at(kUserLocksOffset + slot);
         const DWORD bytes = static_cast<DWORD>(count);
