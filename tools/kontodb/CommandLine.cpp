@@ -35,6 +35,7 @@ CommandLine::CommandLine(std::span<const base::Text> arguments, std::initializer
             else
                 throw UsageError(u"Zu " + name + u" fehlt der Wert.");
         } else if (!contains(flags, argument)) {
+            if (contains(flags, name)) throw UsageError(u"Die Option " + name + u" nimmt keinen Wert.");
             throw UsageError(u"Unbekannte Option " + name + u".");
         }
         if (!values_.emplace(name, value).second) throw UsageError(u"Die Option " + name + u" steht zweimal da.");
