@@ -73,6 +73,8 @@ public:
 
     const Header& header() const { return header_; }
     const PageFile& pages() const { return *pages_; }
+    /// Of the file, a last page that is cut short included.
+    std::uint64_t sizeBytes() const { return database_.io_->sizeBytes(); }
 
     /// The journal that lies beside the file. While an operation reads nobody writes, so an interrupted writer left it;
     /// there can be one only where the database ignores it.

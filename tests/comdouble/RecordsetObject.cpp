@@ -40,7 +40,7 @@ constexpr Member kRecordsetMembers[] = {
     {kRecordsetUpdateId, u"Update", DISPATCH_METHOD, 0, 0},
 };
 
-/// Optimistic locks, batches, and cursors that are neither static nor a keyset are not modelled.
+/// Only a static cursor is modelled, and of the locks none and the pessimistic one.
 Cursor::Lock lockOf(std::int32_t cursorType, std::int32_t lockType) {
     if (cursorType < kUnspecified || cursorType > 3 || lockType < kUnspecified || lockType > 4)
         throw adoError(AdoNumber::InvalidArgument);

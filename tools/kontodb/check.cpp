@@ -3,7 +3,6 @@
 #include "base/RuntimeError.h"
 #include "jet/Checker.h"
 #include "jet/Errors.h"
-#include "jet/PageIo.h"
 #include "tools/kontodb/CommandLine.h"
 #include "tools/kontodb/Commands.h"
 #include "tools/kontodb/ProtectedFile.h"
@@ -45,8 +44,7 @@ int check(std::span<const base::Text> arguments, Console& console) {
         console.print("Fehler: " + base::toUtf8(jet::journalLeft(database.path(), *journal).description()) + "\n");
         return kExitFaultsFound;
     }
-    const auto sizeBytes = jet::openFile(line.operand(0), jet::OpenMode::Read)->sizeBytes();
-    const jet::CheckResult result = jet::checkDatabase(operation, sizeBytes);
+    const jet::CheckResult result = jet::checkDatabase(operation, operation.sizeBytes());
     const jet::Findings& findings = result.findings;
     printFindings(findings, jet::Finding::Kind::Fault, findings.faultCount(), " weitere Fehler\n", console);
     if (line.flag(kNotesFlag))
