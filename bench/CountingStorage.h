@@ -57,14 +57,15 @@ public:
 
     std::unique_ptr<jet::PageIo> openForReading() override { return counted(file_->openForReading(), true); }
     jet::OpenedFile openForWriting() override { return counted(file_->openForWriting(), true); }
-    std::optional<std::uint64_t> journalSizeBytes() override { return file_->journalSizeBytes(); }
+    bool journalLies() override { return file_->journalLies(); }
     std::unique_ptr<jet::PageIo> openJournal() override { return counted(file_->openJournal(), false); }
     jet::OpenedFile createJournal() override { return counted(file_->createJournal(), false); }
-    bool removeJournal() override { return file_->removeJournal(); }
-    void syncFolder() override {
+    jet::Refusal finishJournal() override {
         ++traffic_.flushes;
-        file_->syncFolder();
+        return file_->finishJournal();
     }
+    bool removeJournal() override { return file_->removeJournal(); }
+    void removeNewJournal() override { file_->removeNewJournal(); }
     std::optional<jet::FileUser> originalUser() override { return file_->originalUser(); }
 
 private:

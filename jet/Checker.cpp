@@ -14,7 +14,6 @@ namespace {
 constexpr std::size_t kConstantOffset = 0x98;
 constexpr std::uint32_t kConstant = 1620;
 constexpr std::uint32_t kEngineVersion = 0x00302E34;  // "4.0"
-constexpr std::size_t kCommitWordsOffset = 0xE00;
 constexpr std::size_t kUsers = 256;
 constexpr RowPointer kFreeMap{1, 0};
 constexpr RowPointer kSecondMap{1, 1};

@@ -42,9 +42,8 @@ void Database::checkPassword(base::TextView password) {
     if (!wanted.empty() && wanted != password) throw wrongPassword();
 }
 
-/// An empty journal has not been begun; the file is whole.
 bool Database::journalLies() const {
-    return storage_ && storage_->journalSizeBytes().value_or(0) > 0;
+    return storage_ && storage_->journalLies();
 }
 
 ReadOperation Database::beginRead() {

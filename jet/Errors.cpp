@@ -95,8 +95,10 @@ RuntimeError journalLeft(TextView path, TextView journalPath) {
 RuntimeError journalRefused(TextView path, TextView journalPath, TextView why) {
     return failure(u"Die Datei " + quoted(path) + u" wird nicht geöffnet: Das Journal " + quoted(journalPath) + u" " +
                    Text(why) +
-                   u". Nichts wurde geändert. Prüfen Sie die Datei an einer Kopie ohne das Journal; ist sie in "
-                   u"Ordnung, löschen Sie das Journal, sonst stellen Sie die Datei aus einer Sicherung wieder her.");
+                   u". Nichts wurde geändert. Heben Sie beide auf, und kopieren Sie die Datei allein in einen anderen "
+                   u"Ordner: \"kontodb check\" prüft diese Kopie, \"kontodb query\" zeigt, was darin steht. Auch ohne "
+                   u"Fehler kann die letzte Änderung halb darin sein. Ist die Kopie in Ordnung, setzen Sie sie an die "
+                   u"Stelle von Datei und Journal; sonst stellen Sie die Datei aus einer Sicherung wieder her.");
 }
 
 RuntimeError journalStays(TextView path, TextView journalPath) {

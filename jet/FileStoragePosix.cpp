@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
 #include <string>
@@ -50,23 +51,53 @@ bool isInUse(int systemError) {
     return systemError == EBUSY || systemError == ETXTBSY || systemError == EAGAIN;
 }
 
+/// Whether something of this name lies there, be it a link that leads nowhere.
+bool lies(const std::string& path) {
+    struct stat status {};
+    return ::lstat(path.c_str(), &status) == 0;
+}
+
+bool isOrdinaryFile(const std::string& path) {
+    struct stat status {};
+    return ::lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+/// @return false, with the system's error, also if something lies there under the new name
+bool renameWithoutReplacing(const std::string& from, const std::string& to) {
+    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
+    if (errno != EINVAL && errno != ENOSYS) return false;
+    // Not every file system knows how. Then the lock has to do: whoever makes journals holds it.
+    if (lies(to)) {
+        errno = EEXIST;
+        return false;
+    }
+    return ::rename(from.c_str(), to.c_str()) == 0;
+}
+
 class FileStorage : public Storage {
 public:
     explicit FileStorage(const base::Text& path)
-        : path_(path), file_(wholePath(base::toUtf8(path))), journal_(file_ + base::toUtf8(kJournalSuffix)) {}
+        : path_(path),
+          file_(wholePath(base::toUtf8(path))),
+          journal_(file_ + base::toUtf8(kJournalSuffix)),
+          newJournal_(file_ + base::toUtf8(kNewJournalSuffix)) {}
 
     const base::Text& path() const override { return path_; }
     base::Text fileName() const override { return base::fromUtf8(file_.substr(file_.rfind('/') + 1)); }
     base::Text journalPath() const override { return base::fromUtf8(journal_); }
 
     std::unique_ptr<PageIo> openForReading() override { return openFile(path_, OpenMode::Read); }
-    OpenedFile openForWriting() override { return opened(file_, O_RDWR, path_, 0); }
 
-    std::optional<std::uint64_t> journalSizeBytes() override {
-        struct stat status {};
-        if (::lstat(journal_.c_str(), &status) == 0) return static_cast<std::uint64_t>(status.st_size);
+    OpenedFile openForWriting() override {
+        Descriptor descriptor(::open(file_.c_str(), O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW | O_RDWR));
+        if (!descriptor.isOpen()) return {nullptr, refusal(path_)};
+        return {fileIo(descriptor.release(), path_), Refusal::None};
+    }
+
+    bool journalLies() override {
+        if (lies(journal_)) return true;
         // Where the file's own name leaves no room for the ending, no journal was ever made.
-        if (errno == ENOENT || errno == ENAMETOOLONG) return std::nullopt;
+        if (errno == ENOENT || errno == ENAMETOOLONG) return false;
         throw openingFailed(journalPath(), errno);
     }
 
@@ -76,22 +107,26 @@ public:
         return fileIo(descriptor.release(), journalPath());
     }
 
-    /// Whoever may read the file may read the journal, and nobody else: it has the same contents.
     OpenedFile createJournal() override {
-        struct stat status {};
-        if (::stat(file_.c_str(), &status) != 0) throw openingFailed(path_, errno);
-        return opened(journal_, O_RDWR | O_CREAT | O_TRUNC, journalPath(), status.st_mode & 0666U);
+        const base::Text name = base::fromUtf8(newJournal_);
+        Descriptor descriptor(::open(newJournal_.c_str(), O_CLOEXEC | O_RDWR | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR));
+        if (!descriptor.isOpen() && errno == EEXIST) throw accessDenied(name);
+        if (!descriptor.isOpen()) return {nullptr, refusal(name)};
+        return {fileIo(descriptor.release(), name), Refusal::None};
     }
 
-    bool removeJournal() override {
-        if (::unlink(journal_.c_str()) == 0 || errno == ENOENT) return true;
-        return ::truncate(journal_.c_str(), 0) == 0;
+    Refusal finishJournal() override {
+        if (!renameWithoutReplacing(newJournal_, journal_)) return refusal(journalPath());
+        if (syncFolder()) return Refusal::None;
+        const int systemError = errno;
+        removeJournal();
+        throw deviceFailed(base::fromUtf8(folder()), systemError);
     }
 
-    void syncFolder() override {
-        const std::string path = folder();
-        const Descriptor descriptor(::open(path.empty() ? "." : path.c_str(), O_CLOEXEC | O_RDONLY | O_DIRECTORY));
-        if (!descriptor.isOpen() || ::fsync(descriptor.number()) != 0) throw deviceFailed(base::fromUtf8(path), errno);
+    bool removeJournal() override { return ::unlink(journal_.c_str()) == 0 || errno == ENOENT; }
+
+    void removeNewJournal() override {
+        if (isOrdinaryFile(newJournal_)) ::unlink(newJournal_.c_str());
     }
 
     std::optional<FileUser> originalUser() override {
@@ -110,13 +145,19 @@ public:
     }
 
 private:
-    static OpenedFile opened(const std::string& nativePath, int flags, const base::Text& path, mode_t mode) {
-        Descriptor descriptor(::open(nativePath.c_str(), O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW | flags, mode));
-        if (descriptor.isOpen()) return {fileIo(descriptor.release(), path), Refusal::None};
-        if (isReadOnly(errno)) return {nullptr, Refusal::ReadOnly};
-        if (isInUse(errno)) return {nullptr, Refusal::InUse};
+    /// Of a call that has just failed.
+    static Refusal refusal(const base::Text& path) {
+        if (isReadOnly(errno)) return Refusal::ReadOnly;
+        if (isInUse(errno)) return Refusal::InUse;
         if (errno == ENOSPC || errno == EDQUOT) throw diskFull();
         throw openingFailed(path, errno);
+    }
+
+    /// @return false, with the system's error, if it is not known that what was done in the folder is on the disk
+    bool syncFolder() const {
+        const std::string path = folder();
+        const Descriptor descriptor(::open(path.empty() ? "." : path.c_str(), O_CLOEXEC | O_RDONLY | O_DIRECTORY));
+        return descriptor.isOpen() && ::fsync(descriptor.number()) == 0;
     }
 
     /// The folder as it is: its name need not be UTF-8.
@@ -135,6 +176,7 @@ private:
     base::Text path_;
     std::string file_;
     std::string journal_;
+    std::string newJournal_;
 };
 
 }  // namespace

@@ -31,7 +31,6 @@ constexpr std::size_t kBuildOffset = 0x6A;
 constexpr std::size_t kOrderOffset = 0x6E;
 constexpr std::size_t kCreatedOffset = 0x72;
 constexpr std::size_t kConstantOffset = 0x98;
-constexpr std::size_t kCommitWordsOffset = 0xE00;
 constexpr std::size_t kUsers = 256;
 
 constexpr std::uint32_t kVersionJet4 = 1;

@@ -33,6 +33,8 @@
 namespace jet {
 
 inline constexpr std::size_t kMaxPasswordUnits = 20;
+inline constexpr std::size_t kCommitWordsOffset = 0xE00;
+inline constexpr std::size_t kCommitWordsBytes = 512;
 
 class Header {
 public:

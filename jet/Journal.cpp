@@ -4,12 +4,12 @@
 
 #include "jet/Checksum.h"
 #include "jet/Errors.h"
+#include "jet/Header.h"
 
 namespace jet {
 namespace {
 
 constexpr std::uint64_t kCreationDateOffset = 0x72;
-constexpr base::TextView kForeignChange = u"passt nicht mehr zu ihr, sie wurde seither von anderer Seite geändert";
 constexpr std::size_t kChunkBytes = std::size_t{1} << 20U;
 
 /// Gathers small pieces, so that the journal is written in few calls and large ones never lie in memory twice.
@@ -35,29 +35,17 @@ private:
     std::uint64_t offset_ = 0;
 };
 
-/// Takes an unfinished journal away again: the file has not been touched yet.
+/// Takes a journal that did not get its final name away again: the file has not been touched yet.
 class Unfinished {
 public:
-    Unfinished(Storage& storage, std::unique_ptr<PageIo>& journal) : storage_(storage), journal_(journal) {}
-    ~Unfinished() {
-        if (isFinished_) return;
-        journal_.reset();
-        storage_.removeJournal();
-    }
+    explicit Unfinished(Storage& storage) : storage_(storage) {}
+    ~Unfinished() { storage_.removeNewJournal(); }
     Unfinished(const Unfinished&) = delete;
     Unfinished& operator=(const Unfinished&) = delete;
 
-    void finish() { isFinished_ = true; }
-
 private:
     Storage& storage_;
-    std::unique_ptr<PageIo>& journal_;
-    bool isFinished_ = false;
 };
-
-bool isZero(std::span<const std::uint8_t> bytes) {
-    return std::all_of(bytes.begin(), bytes.end(), [](std::uint8_t byte) { return byte == 0; });
-}
 
 /// The bytes at `offset`; fewer if the file ends before.
 base::Bytes readAtMost(PageIo& io, std::uint64_t offset, std::size_t count) {
@@ -72,17 +60,27 @@ base::Bytes readPage(PageIo& file, PageNumber number) {
     return readAtMost(file, std::uint64_t{number} * kPageSize, kPageSize);
 }
 
-/// How a page in the file stands to a journal's entry.
-struct PageState {
+FileIdentity identityOf(Storage& storage, PageIo& file) {
+    const base::Bytes date = readAtMost(file, kCreationDateOffset, 8);
+    return {storage.fileName(), date.size() == 8 ? base::ByteView(date).u64(0) : 0};
+}
+
+/// The original engine changes them with each of its commits; this one never does.
+std::uint64_t commitWordsOf(PageIo& file) {
+    return checksum(readAtMost(file, kCommitWordsOffset, kCommitWordsBytes));
+}
+
+/// What a page or the whole file is, seen from a journal: as before the write, as after it, or partly neither.
+struct State {
     bool isOld = true;
     bool isNew = true;
     bool isForeign = false;
 };
 
 /// @param page    shorter than a page where the file ends
-/// @param before  the image; zeros for an appended page
-PageState stateOf(const JournalEntry& entry, const base::Bytes& page, const base::Bytes& before) {
-    PageState state;
+/// @param before  the image
+State stateOf(const JournalEntry& entry, const base::Bytes& page, const base::Bytes& before) {
+    State state;
     for (std::size_t offset = 0; offset < kPageSize; offset += kSectorBytes) {
         const auto rest = std::span(page).subspan(std::min(offset, page.size()));
         const auto sector = rest.first(std::min(rest.size(), kSectorBytes));
@@ -96,126 +94,101 @@ PageState stateOf(const JournalEntry& entry, const base::Bytes& page, const base
     return state;
 }
 
-/// A journal that lies there, as far as it can be read.
-struct LeftJournal {
-    std::optional<JournalHeader> header;
-    std::optional<std::vector<JournalEntry>> entries;
-    bool isComplete = false;
+/// A journal that is whole, as it lies there.
+struct WholeJournal {
+    PageIo& io;
+    JournalHeader header;
+    std::vector<JournalEntry> entries;
+
+    base::Bytes image(std::size_t i) const { return readAtMost(io, header.imageOffset(i), kPageSize); }
 };
 
-bool imagesAreSound(PageIo& journal, const JournalHeader& header, const std::vector<JournalEntry>& entries) {
-    for (std::size_t image = 0; image < entries.size() && !entries[image].isAppended; ++image) {
-        if (checksum(readAtMost(journal, header.imageOffset(image), kPageSize)) != entries[image].before) return false;
+/// @return nothing if it cannot be read to its end
+std::optional<WholeJournal> readToItsEnd(PageIo& io, const JournalHeader& header) {
+    if (io.sizeBytes() != header.sizeBytes()) return std::nullopt;
+    auto entries = header.decodeIndex(base::ByteView(readAtMost(io, kSectorBytes, header.indexBytes())));
+    if (!entries) return std::nullopt;
+    WholeJournal journal{io, header, *std::move(entries)};
+    for (std::size_t i = 0; i < journal.entries.size() && !journal.entries[i].isAppended; ++i) {
+        if (checksum(journal.image(i)) != journal.entries[i].before) return std::nullopt;
     }
-    return true;
+    return journal;
 }
 
-std::optional<JournalHeader> secondHeader(PageIo& journal) {
-    const std::uint64_t size = journal.sizeBytes();
-    if (size < 2 * kSectorBytes) return std::nullopt;
-    return JournalHeader::decode(base::ByteView(readAtMost(journal, size - kSectorBytes, kSectorBytes)));
+/// How a file stands to the journal beside it.
+State stateOf(PageIo& file, const WholeJournal& journal) {
+    const JournalHeader& header = journal.header;
+    const std::uint64_t length = file.sizeBytes();
+    State state{length == header.oldLength, length == header.newLength,
+                length < header.oldLength || length > header.newLength};
+    for (std::size_t i = 0; i < journal.entries.size(); ++i) {
+        const JournalEntry& entry = journal.entries[i];
+        const base::Bytes before = entry.isAppended ? base::Bytes(kPageSize) : journal.image(i);
+        const State page = stateOf(entry, readPage(file, entry.number), before);
+        state.isNew = state.isNew && page.isNew;
+        // A rollback cuts appended pages off, whatever lies in them.
+        if (entry.isAppended) continue;
+        state.isOld = state.isOld && page.isOld;
+        state.isForeign = state.isForeign || page.isForeign;
+    }
+    const bool isMixed = !state.isOld && !state.isNew;
+    const bool namesHeader = !journal.entries.empty() && journal.entries.front().number == 0;
+    if (isMixed && !namesHeader && commitWordsOf(file) != header.commitWords) state.isForeign = true;
+    return state;
 }
 
-LeftJournal readJournal(PageIo& journal, const base::Bytes& firstSector) {
-    LeftJournal left;
-    left.header = JournalHeader::decode(base::ByteView(firstSector));
-    if (!left.header) left.header = secondHeader(journal);
-    if (!left.header) return left;
-    const JournalHeader& header = *left.header;
-    const auto indexAt = [&](std::uint64_t offset) {
-        return header.decodeIndex(base::ByteView(readAtMost(journal, offset, header.indexBytes())));
-    };
-    left.entries = indexAt(kSectorBytes);
-    const auto second = indexAt(header.secondIndexOffset());
-    left.isComplete = left.entries && second && journal.sizeBytes() == header.sizeBytes() &&
-                      readAtMost(journal, header.secondHeaderOffset(), kSectorBytes) == firstSector &&
-                      imagesAreSound(journal, header, *left.entries);
-    if (!left.entries) left.entries = second;
-    return left;
-}
-
-/// Whether all that the journal tells says that the file is the one from before.
-bool isUntouched(PageIo& file, const LeftJournal& left) {
-    if (file.sizeBytes() != left.header->oldLength) return false;
-    if (!left.entries) return true;
-    return std::all_of(left.entries->begin(), left.entries->end(), [&](const JournalEntry& entry) {
-        return entry.isAppended || checksum(readPage(file, entry.number)) == entry.before;
-    });
+void rewrite(PageIo& file, const JournalEntry& entry, const base::Bytes& page) {
+    file.write(std::uint64_t{entry.number} * kPageSize, page);
 }
 
 }  // namespace
 
-Refusal Journal::write(const JournalRecord& record, const std::vector<PageChange>& changes) {
-    auto [journal, refusal] = storage_.createJournal();
-    if (!journal) return refusal;
-    Unfinished unfinished(storage_, journal);
-    const base::Bytes header = record.encodeHeader();
-    const base::Bytes index = record.encodeIndex();
-    Appender appender(*journal);
-    appender.add(header);
-    appender.add(index);
-    for (const PageChange& change : changes)
-        appender.add(change.before);
-    appender.add(index);
-    appender.add(header);
-    appender.flush();
-    journal->sync();
-    storage_.syncFolder();
-    unfinished.finish();
-    return Refusal::None;
+Refusal Journal::write(PageIo& file, PageNumber oldPageCount, const std::vector<PageChange>& changes) {
+    const auto record = JournalRecord::of(identityOf(storage_, file), commitWordsOf(file), oldPageCount, changes);
+    const Unfinished unfinished(storage_);
+    {
+        const auto [journal, refusal] = storage_.createJournal();
+        if (!journal) return refusal;
+        Appender appender(*journal);
+        appender.add(record.encodeHeader());
+        appender.add(record.encodeIndex());
+        for (const PageChange& change : changes)
+            appender.add(change.before);
+        appender.flush();
+        journal->sync();
+    }
+    return storage_.finishJournal();
 }
 
 void Journal::recover(PageIo& file, WholeWrite wholeWrite) {
-    if (!storage_.journalSizeBytes()) return;
-    auto journal = storage_.openJournal();
-    const base::Bytes firstSector = readAtMost(*journal, 0, kSectorBytes);
-    const LeftJournal left = readJournal(*journal, firstSector);
-    if (!left.header) {
-        // Nothing at all: it never reached the disk, or it has been emptied because it could not be deleted.
-        if (!isZero(firstSector)) refuse(u"ist beschädigt oder keines dieses Programms");
-    } else {
-        if (left.header->file != identityOf(storage_, file)) refuse(u"gehört zu einer anderen Datei");
-        if (left.isComplete) {
-            settle(file, *journal, *left.header, *left.entries, wholeWrite);
-        } else if (!isUntouched(file, left)) {
-            refuse(u"ist beschädigt");
-        }
-    }
-    journal.reset();
+    storage_.removeNewJournal();
+    if (!storage_.journalLies()) return;
+    settle(file, *storage_.openJournal(), wholeWrite);
     if (!storage_.removeJournal()) throw journalStays(storage_.path(), storage_.journalPath());
 }
 
-void Journal::settle(PageIo& file, PageIo& journal, const JournalHeader& header,
-                     const std::vector<JournalEntry>& entries, WholeWrite wholeWrite) {
-    const std::uint64_t length = file.sizeBytes();
-    if (length < header.oldLength || length > header.newLength) refuse(kForeignChange);
-    const auto before = [&](std::size_t i) {
-        return entries[i].isAppended ? base::Bytes(kPageSize, 0)
-                                     : readAtMost(journal, header.imageOffset(i), kPageSize);
-    };
-    std::vector<std::size_t> notOld;
-    bool isWhole = length == header.newLength;
-    for (std::size_t i = 0; i < entries.size(); ++i) {
-        const PageState state = stateOf(entries[i], readPage(file, entries[i].number), before(i));
-        if (state.isForeign) refuse(kForeignChange);
-        isWhole = isWhole && state.isNew;
-        if (!state.isOld && !entries[i].isAppended) notOld.push_back(i);
-    }
-    if (!isWhole || wholeWrite == WholeWrite::Undo) {
-        for (const std::size_t i : notOld)
-            file.write(std::uint64_t{entries[i].number} * kPageSize, before(i));
-        if (length != header.oldLength) file.resize(header.oldLength);
+void Journal::settle(PageIo& file, PageIo& journal, WholeWrite wholeWrite) {
+    const auto header = JournalHeader::decode(base::ByteView(readAtMost(journal, 0, kSectorBytes)));
+    if (!header) refuse(u"ist beschädigt oder keines dieses Programms");
+    if (header->file != identityOf(storage_, file)) refuse(u"gehört zu einer anderen Datei");
+    const auto whole = readToItsEnd(journal, *header);
+    if (!whole) refuse(u"ist beschädigt");
+    const State state = stateOf(file, *whole);
+    if (state.isForeign) refuse(u"passt nicht mehr zu ihr, sie wurde seither von anderer Seite geändert");
+    // Every page, also one that looks as it should: after a failed flush the disk may hold another one.
+    if (state.isNew && wholeWrite == WholeWrite::Keep) {
+        for (const JournalEntry& entry : whole->entries)
+            rewrite(file, entry, readPage(file, entry.number));
+    } else {
+        for (std::size_t i = 0; i < whole->entries.size() && !whole->entries[i].isAppended; ++i)
+            rewrite(file, whole->entries[i], whole->image(i));
+        file.resize(header->oldLength);
     }
     file.sync();
 }
 
 void Journal::refuse(base::TextView why) const {
     throw journalRefused(storage_.path(), storage_.journalPath(), why);
-}
-
-FileIdentity identityOf(Storage& storage, PageIo& file) {
-    const base::Bytes date = readAtMost(file, kCreationDateOffset, 8);
-    return {storage.fileName(), date.size() == 8 ? base::ByteView(date).u64(0) : 0};
 }
 
 }  // namespace jet

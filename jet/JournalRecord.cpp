@@ -9,15 +9,16 @@
 namespace jet {
 namespace {
 
-constexpr std::string_view kMagic = "TOLVJRN1";
+constexpr std::string_view kMagic = "TOLVJRN2";
 constexpr std::size_t kOldLengthOffset = 8;
 constexpr std::size_t kNewLengthOffset = 16;
 constexpr std::size_t kEntryCountOffset = 24;
 constexpr std::size_t kAppendedCountOffset = 28;
 constexpr std::size_t kFileDateOffset = 32;
 constexpr std::size_t kIndexChecksumOffset = 40;
-constexpr std::size_t kNameUnitsOffset = 48;
-constexpr std::size_t kNameOffset = 50;
+constexpr std::size_t kWitnessOffset = 48;
+constexpr std::size_t kNameUnitsOffset = 56;
+constexpr std::size_t kNameOffset = 58;
 constexpr std::size_t kHeaderChecksumOffset = 504;
 constexpr std::size_t kMaxNameUnits = (kHeaderChecksumOffset - kNameOffset) / 2;
 
@@ -58,9 +59,11 @@ bool FileIdentity::operator==(const FileIdentity& other) const {
            base::equalsIgnoringAsciiCase(storedName(name), storedName(other.name));
 }
 
-JournalRecord JournalRecord::of(FileIdentity file, PageNumber oldPageCount, const std::vector<PageChange>& changes) {
+JournalRecord JournalRecord::of(FileIdentity file, std::uint64_t commitWords, PageNumber oldPageCount,
+                                const std::vector<PageChange>& changes) {
     JournalRecord record;
     record.file = std::move(file);
+    record.commitWords = commitWords;
     record.oldLength = std::uint64_t{oldPageCount} * kPageSize;
     std::transform(changes.begin(), changes.end(), std::back_inserter(record.entries), entryOf);
     record.newLength = record.oldLength + appendedCount(record.entries) * kPageSize;
@@ -76,6 +79,7 @@ base::Bytes JournalRecord::encodeHeader() const {
     base::putU32(sector, kAppendedCountOffset, static_cast<std::uint32_t>(appendedCount(entries)));
     base::putU64(sector, kFileDateOffset, file.creationDate);
     base::putU64(sector, kIndexChecksumOffset, checksum(encodeIndex()));
+    base::putU64(sector, kWitnessOffset, commitWords);
     const base::TextView name = storedName(file.name);
     base::putU16(sector, kNameUnitsOffset, static_cast<std::uint16_t>(name.size()));
     for (std::size_t i = 0; i < name.size(); ++i)
@@ -110,6 +114,7 @@ std::optional<JournalHeader> JournalHeader::decode(base::ByteView sector) {
     header.entryCount = sector.u32(kEntryCountOffset);
     header.appendedCount = sector.u32(kAppendedCountOffset);
     header.indexChecksum = sector.u64(kIndexChecksumOffset);
+    header.commitWords = sector.u64(kWitnessOffset);
     const std::size_t units = sector.u16(kNameUnitsOffset);
     const bool isPossible = isPageAligned(header.oldLength) && isPageAligned(header.newLength) &&
                             header.newLength == header.oldLength + std::uint64_t{header.appendedCount} * kPageSize &&

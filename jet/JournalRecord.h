@@ -16,19 +16,18 @@
 ///     header   512 bytes, one sector
 ///     index    80 bytes a page, filled up with zeros to whole sectors
 ///     images   4096 bytes for each changed page, in the order of the index; appended pages have none
-///     index    once more
-///     header   once more
 ///
 ///     header:                                     index, for each page:
-///     0    8  "TOLVJRN1"                          0   4  page number
+///     0    8  "TOLVJRN2"                          0   4  page number
 ///     8    8  old length of the file              4   4  0 changed, 1 appended
 ///     16   8  new length                          8   8  checksum of the old page, 0 for an appended one
 ///     24   4  pages in the index                  16  64 checksums of the new page's 8 sectors
 ///     28   4  those of them that are appended
 ///     32   8  creation date, as in the file's header
 ///     40   8  checksum of the index with its filling
-///     48   2  units of the file's name, at most 227; longer ones are cut
-///     50      the name, then zeros
+///     48   8  checksum of the commit words in the file's header
+///     56   2  units of the file's name, at most 223; longer ones are cut
+///     58      the name, then zeros
 ///     504  8  checksum of the 504 bytes before
 ///
 /// The changed pages come first, ascending, then the appended ones, which end at the new length. Numbers are
@@ -65,11 +64,13 @@ struct JournalEntry {
 /// What a journal says apart from the images.
 struct JournalRecord {
     FileIdentity file;
+    std::uint64_t commitWords = 0;  ///< the checksum of them
     std::uint64_t oldLength = 0;
     std::uint64_t newLength = 0;
     std::vector<JournalEntry> entries;
 
-    static JournalRecord of(FileIdentity file, PageNumber oldPageCount, const std::vector<PageChange>& changes);
+    static JournalRecord of(FileIdentity file, std::uint64_t commitWords, PageNumber oldPageCount,
+                            const std::vector<PageChange>& changes);
 
     base::Bytes encodeHeader() const;
     base::Bytes encodeIndex() const;
@@ -83,15 +84,14 @@ struct JournalHeader {
     std::uint32_t entryCount = 0;
     std::uint32_t appendedCount = 0;
     std::uint64_t indexChecksum = 0;
+    std::uint64_t commitWords = 0;
 
     /// @return nothing if the sector is not the one that was written, or names lengths that no file has
     static std::optional<JournalHeader> decode(base::ByteView sector);
 
     std::size_t indexBytes() const;
     std::uint64_t imageOffset(std::size_t image) const;
-    std::uint64_t secondIndexOffset() const { return imageOffset(entryCount - appendedCount); }
-    std::uint64_t secondHeaderOffset() const { return secondIndexOffset() + indexBytes(); }
-    std::uint64_t sizeBytes() const { return secondHeaderOffset() + kSectorBytes; }
+    std::uint64_t sizeBytes() const { return imageOffset(entryCount - appendedCount); }
 
     /// @return nothing if these are not the index's bytes, or not ones that we write
     std::optional<std::vector<JournalEntry>> decodeIndex(base::ByteView bytes) const;

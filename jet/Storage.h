@@ -50,19 +50,26 @@ public:
     /// For reading and writing, denying others the writing where the system can (Windows). Does not wait.
     virtual OpenedFile openForWriting() = 0;
 
-    /// Bytes of the journal that lies there; nothing if there is none.
-    virtual std::optional<std::uint64_t> journalSizeBytes() = 0;
+    /// Whether something lies there under the journal's name, whatever it is.
+    virtual bool journalLies() = 0;
+    /// For reading only. What is no ordinary file is refused, and links are not followed.
     virtual std::unique_ptr<PageIo> openJournal() = 0;
 
-    /// A new journal; an empty one that could not be deleted is used again.
+    /// A new, empty journal under a name of its own (kNewJournalSuffix). Whoever may read and write the file may do so
+    /// with the journal, and nobody else (Windows: whoever the folder lets).
+    /// @throws RuntimeError if something lies there under that name
     virtual OpenedFile createJournal() = 0;
 
-    /// @return false if the journal could be neither deleted nor emptied. It must not be open.
+    /// Gives the new journal, written, flushed and closed, its final name and returns when the name is on the disk. If
+    /// that fails, it has the name no more, where it can be helped.
+    /// @throws RuntimeError if something lies there under that name
+    virtual Refusal finishJournal() = 0;
+
+    /// @return false if the journal could not be deleted. It must not be open.
     virtual bool removeJournal() = 0;
 
-    /// Returns when what was created in the folder is on the disk under its name. Nothing to do on Windows, where
-    /// flushing a file does it.
-    virtual void syncFolder() = 0;
+    /// Deletes an unfinished journal, if there is one, it is an ordinary file, and it can be deleted.
+    virtual void removeNewJournal() = 0;
 
     /// Who holds the file through the original engine: looks whether anybody has locked his byte of the lock file. The
     /// lock file is neither changed nor deleted; one that was left behind has no locked byte.
@@ -75,6 +82,9 @@ protected:
 /// What a journal is called: the file's name and this. It keeps beside the file in a sorted folder, and no program
 /// that looks for databases takes it for one.
 inline constexpr base::TextView kJournalSuffix = u"-journal";
+
+/// What it is called until it is whole and on the disk. So one of this name is unfinished, and the file untouched.
+inline constexpr base::TextView kNewJournalSuffix = u"-journal-neu";
 
 /// A file of this machine. Opens nothing yet and does not fail.
 std::unique_ptr<Storage> fileStorage(const base::Text& path);

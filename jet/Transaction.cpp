@@ -91,8 +91,7 @@ void Transaction::drop() {
 void Transaction::write(const std::vector<PageChange>& changes) {
     if (changes.empty()) return;
     Journal journal(storage_);
-    const auto record = JournalRecord::of(identityOf(storage_, access_->io()), oldPageCount_, changes);
-    if (journal.write(record, changes) != Refusal::None) throw readOnly(kind_);
+    if (journal.write(access_->io(), oldPageCount_, changes) != Refusal::None) throw readOnly(kind_);
     try {
         writePages(changes);
     } catch (...) {

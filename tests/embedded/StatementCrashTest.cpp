@@ -169,7 +169,7 @@ TEST(StatementCrash, EveryCutLeavesWhatWasBeforeOrAfterItsTransaction) {
                     ASSERT_TRUE(again.file() == states[done] ||
                                 (done + 1 < states.size() && again.file() == states[done + 1]))
                         << "stopped at step " << stop << ", loss " << static_cast<int>(loss) << ", seed " << seed;
-                    ASSERT_FALSE(again.journal().has_value());
+                    ASSERT_FALSE(again.journal().has_value() || again.hasNewJournal());
                     ++disks;
                 }
             }
@@ -189,7 +189,8 @@ TEST(StatementCrash, AfterAFailureTheWorkCanBeDoneAgain) {
             const std::size_t done = workOn(machine, work);
             isPast = machine.steps() < step;
             ASSERT_EQ(machine.file(), states[done]);
-            machine.failAt(0);
+            ASSERT_EQ(machine.afterStop(Loss::All, 0).file(), states[done]);
+            machine.goOn();
             if (done == 0) {
                 ASSERT_EQ(workOn(machine, work), states.size() - 1);
                 ASSERT_EQ(machine.file(), states.back());

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "jet/Transaction.h"
+#include "tests/jet/PagesInMemory.h"
 #include "tests/support/FaultyStorage.h"
 #include "tests/support/SampleFile.h"
 
@@ -82,6 +83,11 @@ void forEachPattern(const std::function<void(const Pattern&, const base::Bytes& 
     }
 }
 
+/// The file when the machine is switched off now.
+base::Bytes onDisk(const Machine& machine) {
+    return machine.afterStop(Loss::All, 0).file();
+}
+
 /// How often the disk's choice is left to chance.
 int tries(Loss loss) {
     return loss == Loss::Some ? 25 : 1;
@@ -122,8 +128,43 @@ TEST(CrashSweep, EveryCutLeavesTheOldFileOrTheNewOne) {
             Database::open(machine.storage(), {}, LeftJournalRule::RollBack);
             WriteAccess::rollBack(*machine.storage());
             EXPECT_TRUE(machine.file() == old || machine.file() == fresh);
-            EXPECT_FALSE(machine.journal().has_value());
+            EXPECT_FALSE(machine.journal().has_value() || machine.hasNewJournal());
         });
+    });
+    EXPECT_GT(refusals, 0);
+}
+
+/// Damages of one sector: a bit turned, the sector emptied, the rest cut off.
+std::vector<base::Bytes> damagesAt(const base::Bytes& journal, std::size_t sector) {
+    const auto begin = static_cast<std::ptrdiff_t>(sector * kSectorBytes);
+    base::Bytes turned = journal, emptied = journal;
+    turned[sector * kSectorBytes + sector * 37 % kSectorBytes] ^= 0x10U;
+    std::fill_n(emptied.begin() + begin, kSectorBytes, std::uint8_t{0});
+    return {turned, emptied, base::Bytes(journal.begin(), journal.begin() + begin)};
+}
+
+TEST(CrashSweep, NoDamagedJournalIsAppliedOrDropped) {
+    int refusals = 0;
+    forEachPattern([&](const Pattern& pattern, const base::Bytes& old, const base::Bytes&) {
+        bool isPast = false;
+        for (int stop = 1; !isPast; ++stop) {
+            Machine stopped(old);
+            stopped.stopAt(stop);
+            commitOn(stopped, pattern);
+            isPast = stopped.steps() < stop;
+            const base::Bytes journal = stopped.journal().value_or(base::Bytes());
+            for (std::size_t sector = 0; sector < journal.size() / kSectorBytes; ++sector) {
+                for (const base::Bytes& damaged : damagesAt(journal, sector)) {
+                    if (damaged == journal) continue;
+                    const Machine machine(stopped.file(), damaged);
+                    EXPECT_NE(errorOf([&] { WriteAccess::rollBack(*machine.storage()); }).find("ist beschädigt"),
+                              std::string::npos)
+                        << "stopped at step " << stop << ", sector " << sector;
+                    EXPECT_TRUE(machine.file() == stopped.file() && machine.journal() == damaged);
+                    ++refusals;
+                }
+            }
+        }
     });
     EXPECT_GT(refusals, 0);
 }
@@ -162,6 +203,13 @@ TEST(CrashSweep, ARollbackCanBeCutToo) {
                 WriteAccess::rollBack(*again.storage());
                 ASSERT_TRUE(again.file() == old || again.file() == fresh) << "rollback stopped at step " << stop;
             }
+            machine = Machine(stopped.file(), stopped.journal());
+            machine.failAt(stop);
+            errorOf([&] { WriteAccess::rollBack(*machine.storage()); });
+            machine.goOn();
+            WriteAccess::rollBack(*machine.storage());
+            ASSERT_TRUE(machine.file() == old || machine.file() == fresh) << "rollback failed at step " << stop;
+            ASSERT_EQ(onDisk(machine), machine.file()) << "rollback failed at step " << stop;
         }
     });
 }
@@ -176,11 +224,32 @@ TEST(FailingMachine, LeavesTheOldFileAndSaysWhy) {
             const bool isAcknowledged = commitOn(machine, pattern);
             isPast = machine.steps() < step;
             EXPECT_TRUE(machine.file() == (isAcknowledged ? fresh : old));
-            machine.failAt(0);
+            EXPECT_TRUE(onDisk(machine) == machine.file());
+            machine.goOn();
             // The next one finds nothing that hinders him.
             EXPECT_TRUE(commitOn(machine, pattern));
             EXPECT_FALSE(machine.journal().has_value());
             EXPECT_TRUE(isAcknowledged || machine.file() == fresh);
+        }
+    });
+}
+
+/// A step fails, and the program ends with it: the next one finds in memory what the disk may not have.
+TEST(FailingMachine, PutsOnTheDiskWhatTheNextOneSees) {
+    forEachPattern([](const Pattern& pattern, const base::Bytes& old, const base::Bytes& fresh) {
+        bool isPast = false;
+        for (int step = 1; !isPast; ++step) {
+            SCOPED_TRACE("step " + std::to_string(step));
+            Machine machine(old);
+            machine.failAt(step);
+            machine.stopAt(step + 1);
+            commitOn(machine, pattern);
+            isPast = machine.steps() < step;
+            machine.goOn();
+            WriteAccess::rollBack(*machine.storage());
+            EXPECT_TRUE(machine.file() == old || machine.file() == fresh);
+            EXPECT_TRUE(onDisk(machine) == machine.file());
+            EXPECT_FALSE(machine.journal().has_value() || machine.hasNewJournal());
         }
     });
 }

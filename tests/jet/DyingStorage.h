@@ -21,7 +21,7 @@ public:
     base::Text journalPath() const override { return storage_->journalPath(); }
     std::unique_ptr<jet::PageIo> openForReading() override { return storage_->openForReading(); }
     jet::OpenedFile openForWriting() override { return dying(storage_->openForWriting()); }
-    std::optional<std::uint64_t> journalSizeBytes() override { return storage_->journalSizeBytes(); }
+    bool journalLies() override { return storage_->journalLies(); }
     std::unique_ptr<jet::PageIo> openJournal() override { return storage_->openJournal(); }
     jet::OpenedFile createJournal() override {
         step(*stepsLeft_);
@@ -31,10 +31,11 @@ public:
         step(*stepsLeft_);
         return storage_->removeJournal();
     }
-    void syncFolder() override {
+    jet::Refusal finishJournal() override {
         step(*stepsLeft_);
-        storage_->syncFolder();
+        return storage_->finishJournal();
     }
+    void removeNewJournal() override { storage_->removeNewJournal(); }
     std::optional<jet::FileUser> originalUser() override { return storage_->originalUser(); }
 
 private:

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <random>
@@ -23,10 +24,11 @@ enum class Loss {
     Some,  ///< any sector, change of length and directory entry, whatever their order
 };
 
-/// A file and its journal on a disk that fails. Every write, flush, change of length, making and removing is a step; it
-/// can fail once, or the machine stops there. A stopped machine does nothing more, and `afterStop` gives what is on its
-/// disk. Sectors of 512 bytes are written whole or not at all; a disk that lies about flushing, and one that changes
-/// sectors that nobody wrote, are not imitated.
+/// A file and its journal on a disk that fails. Every write, flush, change of length, making, renaming and removing is
+/// a step; it can fail once, or the machine stops there. A stopped machine does nothing more, and `afterStop` gives
+/// what is on its disk. Sectors of 512 bytes are written whole or not at all. A flush that fails leaves some sectors
+/// unwritten and in memory alone, and the next one succeeds without them, as systems do it. A disk that lies about
+/// flushing, and one that changes sectors that nobody wrote, are not imitated.
 ///
 /// Without a fault planned it is a file in memory that can be written.
 class Machine {
@@ -34,20 +36,24 @@ public:
     explicit Machine(base::Bytes file, std::optional<base::Bytes> journal = std::nullopt)
         : state_(std::make_shared<State>()) {
         state_->file = std::make_shared<DiskFile>(std::move(file));
-        if (journal) state_->journal = std::make_shared<DiskFile>(std::move(*journal));
-        state_->journalOnDisk = state_->journal;
+        if (journal) state_->names.journal = std::make_shared<DiskFile>(std::move(*journal));
+        state_->namesOnDisk = state_->names;
     }
 
     const base::Bytes& file() const { return state_->file->now; }
     std::optional<base::Bytes> journal() const {
-        return state_->journal ? std::optional(state_->journal->now) : std::nullopt;
+        return state_->names.journal ? std::optional(state_->names.journal->now) : std::nullopt;
     }
+    /// Whether one lies there that never got its final name.
+    bool hasNewJournal() const { return state_->names.newJournal != nullptr; }
     int steps() const { return state_->steps; }
     int flushes() const { return state_->flushes; }
 
     /// The machine stops at this step, counted from 1. A write gets as far as its first half.
     void stopAt(int step) { state_->stopAt = step; }
     void failAt(int step) { state_->failAt = step; }
+    /// It was only the program that stopped: with all that is in memory the machine goes on, and fails no more.
+    void goOn() { state_->stopAt = state_->failAt = std::nullopt; }
     /// The file cannot be opened for writing; None lifts it.
     void refuseWriting(jet::Refusal refusal) { state_->refusal = refusal; }
 
@@ -58,10 +64,17 @@ public:
     /// The machine when it has been started again.
     Machine afterStop(Loss loss, unsigned seed) const {
         std::mt19937 random(seed);
-        const bool isSynced = loss == Loss::All || (loss == Loss::Some && random() % 2 == 0);
-        const auto& journal = isSynced ? state_->journalOnDisk : state_->journal;
-        base::Bytes file = state_->file->afterStop(loss, random);
-        return Machine(std::move(file), journal ? std::optional(journal->afterStop(loss, random)) : std::nullopt);
+        Names names = loss == Loss::All || loss == Loss::Some ? state_->namesOnDisk : state_->names;
+        for (const auto& change : state_->unflushedNames) {
+            if (loss == Loss::Some && random() % 2 == 0) change(names);
+        }
+        Machine machine(state_->file->afterStop(loss, random));
+        for (const auto name : {&Names::journal, &Names::newJournal}) {
+            if (names.*name)
+                machine.state_->names.*name = std::make_shared<DiskFile>((names.*name)->afterStop(loss, random));
+        }
+        machine.state_->namesOnDisk = machine.state_->names;
+        return machine;
     }
 
 private:
@@ -115,12 +128,36 @@ private:
             }
         }
 
+        void flush() {
+            for (const Step& step : unflushed)
+                apply(onDisk, step);
+            unflushed.clear();
+        }
+
+        void failToFlush(unsigned seed) {
+            std::mt19937 random(seed);
+            for (const Step& step : unflushed)
+                step.newSize ? apply(onDisk, step) : applySome(onDisk, step, random);
+            unflushed.clear();
+        }
+
         base::Bytes now;
         base::Bytes onDisk;
         std::vector<Step> unflushed;
     };
 
+    /// What lies beside the file.
+    struct Names {
+        std::shared_ptr<DiskFile> journal, newJournal;
+    };
+
     struct State {
+        void change(const std::function<void(Names&)>& change) {
+            step();
+            change(names);
+            unflushedNames.push_back(change);
+        }
+
         /// @return false if the machine stops here, for a write to be done by half
         bool begin() {
             ++steps;
@@ -132,7 +169,9 @@ private:
             if (!begin()) throw jet::deviceFailed(u"Platte", 1);
         }
 
-        std::shared_ptr<DiskFile> file, journal, journalOnDisk;
+        std::shared_ptr<DiskFile> file;
+        Names names, namesOnDisk;
+        std::vector<std::function<void(Names&)>> unflushedNames;
         int steps = 0;
         int flushes = 0;
         std::optional<int> stopAt, failAt;
@@ -156,10 +195,14 @@ private:
             if (!isWhole) throw jet::deviceFailed(u"Platte", 1);
         }
         void sync() override {
-            state_->step();
+            try {
+                state_->step();
+            } catch (const base::RuntimeError&) {
+                if (state_->failAt == state_->steps) file_->failToFlush(static_cast<unsigned>(state_->steps));
+                throw;
+            }
             ++state_->flushes;
-            file_->onDisk = file_->now;
-            file_->unflushed.clear();
+            file_->flush();
         }
         void resize(std::uint64_t sizeBytes) override {
             state_->step();
@@ -185,33 +228,47 @@ private:
             const bool isRefused = state_->refusal != jet::Refusal::None;
             return {isRefused ? nullptr : open(state_->file), state_->refusal};
         }
-        std::optional<std::uint64_t> journalSizeBytes() override {
-            return state_->journal ? std::optional<std::uint64_t>(state_->journal->now.size()) : std::nullopt;
-        }
-        std::unique_ptr<jet::PageIo> openJournal() override { return open(state_->journal); }
+        bool journalLies() override { return state_->names.journal != nullptr; }
+        std::unique_ptr<jet::PageIo> openJournal() override { return open(state_->names.journal); }
         jet::OpenedFile createJournal() override {
-            state_->step();
-            state_->journal = std::make_shared<DiskFile>(base::Bytes{});
-            return {open(state_->journal), jet::Refusal::None};
+            const auto made = std::make_shared<DiskFile>(base::Bytes{});
+            state_->change([made](Names& names) { names.newJournal = made; });
+            return {open(made), jet::Refusal::None};
         }
-        bool removeJournal() override {
+        jet::Refusal finishJournal() override {
+            if (state_->names.journal) throw jet::deviceFailed(u"Platte", 4);
+            state_->change([made = state_->names.newJournal](Names& names) {
+                names.journal = made;
+                if (names.newJournal == made) names.newJournal = nullptr;
+            });
             try {
                 state_->step();
             } catch (const base::RuntimeError&) {
-                return false;
+                removeJournal();
+                throw;
             }
-            state_->journal.reset();
-            return true;
+            state_->namesOnDisk = state_->names;
+            state_->unflushedNames.clear();
+            return jet::Refusal::None;
         }
-        void syncFolder() override {
-            state_->step();
-            state_->journalOnDisk = state_->journal;
+        bool removeJournal() override { return remove(&Names::journal); }
+        void removeNewJournal() override {
+            if (state_->names.newJournal) remove(&Names::newJournal);
         }
         std::optional<jet::FileUser> originalUser() override { return std::nullopt; }
 
     private:
         std::unique_ptr<jet::PageIo> open(const std::shared_ptr<DiskFile>& file) const {
             return std::make_unique<FaultyIo>(state_, file);
+        }
+
+        bool remove(std::shared_ptr<DiskFile> Names::*name) {
+            try {
+                state_->change([name](Names& names) { names.*name = nullptr; });
+            } catch (const base::RuntimeError&) {
+                return false;
+            }
+            return true;
         }
 
         std::shared_ptr<State> state_;

@@ -79,19 +79,18 @@ private:
         base::Text journalPath() const override { return name_ + base::Text(jet::kJournalSuffix); }
         std::unique_ptr<jet::PageIo> openForReading() override { return std::make_unique<SparseIo>(file_); }
         jet::OpenedFile openForWriting() override { return {openForReading(), jet::Refusal::None}; }
-        std::optional<std::uint64_t> journalSizeBytes() override {
-            return file_.journal_ ? std::optional(file_.journal_->sizeBytes_) : std::nullopt;
-        }
+        bool journalLies() override { return false; }
         std::unique_ptr<jet::PageIo> openJournal() override { return std::make_unique<SparseIo>(*file_.journal_); }
         jet::OpenedFile createJournal() override {
             file_.journal_ = std::make_unique<SparseFile>(base::Bytes(), 0);
             return {openJournal(), jet::Refusal::None};
         }
+        jet::Refusal finishJournal() override { return jet::Refusal::None; }
         bool removeJournal() override {
             file_.journal_.reset();
             return true;
         }
-        void syncFolder() override {}
+        void removeNewJournal() override {}
         std::optional<jet::FileUser> originalUser() override { return std::nullopt; }
 
     private:

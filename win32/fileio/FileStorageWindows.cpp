@@ -14,9 +14,10 @@ constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELE
 constexpr std::wstring_view kPlainPath = L"\\\\?\\";
 constexpr std::wstring_view kPlainNetworkPath = L"\\\\?\\UNC\\";
 
-/// A file deleted a moment ago keeps its name, and denies everything, while a scanner looks at it.
-constexpr int kDeletedTries = 20;
-constexpr DWORD kDeletedPauseMs = 10;
+/// A scanner that looks at a file keeps it from being renamed or deleted; one deleted keeps its name so long, and
+/// denies everything. A moment later it is over.
+constexpr int kTries = 50;
+constexpr DWORD kPauseMs = 10;
 
 /// A handle that is closed whatever happens.
 class Handle {
@@ -36,8 +37,40 @@ private:
     HANDLE handle_;
 };
 
-HANDLE open(const base::Text& path, DWORD access, DWORD share, DWORD disposition) {
-    return CreateFileW(nativePath(path).c_str(), access, share, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
+HANDLE open(const base::Text& path, DWORD access, DWORD share, DWORD disposition, DWORD flags = 0) {
+    return CreateFileW(nativePath(path).c_str(), access, share, nullptr, disposition, FILE_ATTRIBUTE_NORMAL | flags,
+                       nullptr);
+}
+
+/// Tries the step again while it fails as with a scanner in the way.
+/// @return whether it succeeded in the end; if not, the system still has its error
+template <typename Step>
+bool insist(Step&& step) {
+    for (int attempt = 1; !step(); ++attempt) {
+        const DWORD systemError = GetLastError();
+        const bool mayPass = systemError == ERROR_ACCESS_DENIED || systemError == ERROR_SHARING_VIOLATION;
+        if (!mayPass || attempt == kTries) return false;
+        Sleep(kPauseMs);
+    }
+    return true;
+}
+
+/// @return false, with the system's error, if it is still there
+bool deleteFile(const base::Text& path) {
+    const auto deleted = [native = nativePath(path)] {
+        return DeleteFileW(native.c_str()) != 0 || GetLastError() == ERROR_FILE_NOT_FOUND;
+    };
+    return insist(deleted);
+}
+
+/// A folder, or something that stands for a file elsewhere.
+bool isNoOrdinaryFile(DWORD attributes) {
+    return (attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT)) != 0;
+}
+
+bool isOrdinaryFile(const Handle& handle) {
+    BY_HANDLE_FILE_INFORMATION information{};
+    return GetFileInformationByHandle(handle.get(), &information) && !isNoOrdinaryFile(information.dwFileAttributes);
 }
 
 /// The one name under which everybody finds the file, whatever short name, drive or link leads to it.
@@ -61,7 +94,10 @@ base::Text wholePath(const base::Text& path) {
 class FileStorage : public Storage {
 public:
     explicit FileStorage(const base::Text& path)
-        : path_(path), file_(wholePath(path)), journal_(file_ + base::Text(kJournalSuffix)) {}
+        : path_(path),
+          file_(wholePath(path)),
+          journal_(file_ + base::Text(kJournalSuffix)),
+          newJournal_(file_ + base::Text(kNewJournalSuffix)) {}
 
     const base::Text& path() const override { return path_; }
     base::Text fileName() const override { return file_.substr(file_.find_last_of(u"\\/:") + 1); }
@@ -73,36 +109,47 @@ public:
         return opened(open(file_, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, OPEN_EXISTING), path_);
     }
 
-    std::optional<std::uint64_t> journalSizeBytes() override {
-        for (int attempt = 1;; ++attempt) {
-            WIN32_FILE_ATTRIBUTE_DATA found{};
-            if (GetFileAttributesExW(nativePath(journal_).c_str(), GetFileExInfoStandard, &found))
-                return (std::uint64_t{found.nFileSizeHigh} << 32U) | found.nFileSizeLow;
-            const DWORD systemError = GetLastError();
-            if (systemError == ERROR_FILE_NOT_FOUND) return std::nullopt;
-            if (systemError != ERROR_ACCESS_DENIED || attempt == kDeletedTries)
-                throw openingFailed(journal_, systemError);
-            Sleep(kDeletedPauseMs);
-        }
+    bool journalLies() override {
+        const auto isFound = [native = nativePath(journal_)] {
+            return GetFileAttributesW(native.c_str()) != INVALID_FILE_ATTRIBUTES;
+        };
+        if (insist(isFound)) return true;
+        if (GetLastError() == ERROR_FILE_NOT_FOUND) return false;
+        throw openingFailed(journal_, GetLastError());
     }
 
-    std::unique_ptr<PageIo> openJournal() override { return openFile(journal_, OpenMode::Read); }
+    std::unique_ptr<PageIo> openJournal() override {
+        Handle handle(open(journal_, GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT));
+        if (!handle.isOpen()) throw openingFailed(journal_, GetLastError());
+        if (!isOrdinaryFile(handle)) throw accessDenied(journal_);
+        return fileIo(handle.release(), journal_);
+    }
 
+    /// It has the rights that the folder gives.
     OpenedFile createJournal() override {
-        for (int attempt = 1;; ++attempt) {
-            const HANDLE handle = open(journal_, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, CREATE_ALWAYS);
-            const bool mayPass = handle == INVALID_HANDLE_VALUE && GetLastError() == ERROR_ACCESS_DENIED;
-            if (!mayPass || attempt == kDeletedTries) return opened(handle, journal_);
-            Sleep(kDeletedPauseMs);
-        }
+        HANDLE handle = INVALID_HANDLE_VALUE;
+        insist([&] {
+            handle = open(newJournal_, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, CREATE_NEW,
+                          FILE_FLAG_OPEN_REPARSE_POINT);
+            return handle != INVALID_HANDLE_VALUE;
+        });
+        if (handle == INVALID_HANDLE_VALUE && GetLastError() == ERROR_FILE_EXISTS) throw accessDenied(newJournal_);
+        return opened(handle, newJournal_);
     }
 
-    bool removeJournal() override {
-        if (DeleteFileW(nativePath(journal_).c_str()) || GetLastError() == ERROR_FILE_NOT_FOUND) return true;
-        return Handle(open(journal_, GENERIC_WRITE, kShareAll, TRUNCATE_EXISTING)).isOpen();
+    Refusal finishJournal() override {
+        const auto isRenamed = [from = nativePath(newJournal_), to = nativePath(journal_)] {
+            return MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_WRITE_THROUGH) != 0;
+        };
+        return insist(isRenamed) ? Refusal::None : refusal(journal_);
     }
 
-    void syncFolder() override {}
+    bool removeJournal() override { return deleteFile(journal_); }
+
+    void removeNewJournal() override {
+        const DWORD attributes = GetFileAttributesW(nativePath(newJournal_).c_str());
+        if (attributes != INVALID_FILE_ATTRIBUTES && !isNoOrdinaryFile(attributes)) deleteFile(newJournal_);
+    }
 
     std::optional<FileUser> originalUser() override {
         const Handle handle(open(lockFilePath(file_), GENERIC_READ, kShareAll, OPEN_EXISTING));
@@ -120,14 +167,19 @@ public:
 private:
     /// @param handle  as the opening gave it, with its error still to be asked for
     static OpenedFile opened(HANDLE handle, const base::Text& path) {
-        if (handle != INVALID_HANDLE_VALUE) return {fileIo(handle, path), Refusal::None};
+        if (handle == INVALID_HANDLE_VALUE) return {nullptr, refusal(path)};
+        return {fileIo(handle, path), Refusal::None};
+    }
+
+    /// Of a call that has just failed.
+    static Refusal refusal(const base::Text& path) {
         switch (const DWORD systemError = GetLastError()) {
             case ERROR_SHARING_VIOLATION:
             case ERROR_LOCK_VIOLATION:
-                return {nullptr, Refusal::InUse};
+                return Refusal::InUse;
             case ERROR_ACCESS_DENIED:
             case ERROR_WRITE_PROTECT:
-                return {nullptr, Refusal::ReadOnly};
+                return Refusal::ReadOnly;
             case ERROR_DISK_FULL:
             case ERROR_HANDLE_DISK_FULL:
                 throw diskFull();
@@ -156,6 +208,7 @@ private:
     base::Text path_;
     base::Text file_;
     base::Text journal_;
+    base::Text newJournal_;
 };
 
 }  // namespace
