@@ -12,6 +12,7 @@
 
 #include "jet/Errors.h"
 #include "jet/FileIoPosix.h"
+#include "jet/FileRightsPosix.h"
 #include "jet/LockFile.h"
 #include "jet/Storage.h"
 
@@ -112,6 +113,7 @@ public:
         Descriptor descriptor(::open(newJournal_.c_str(), O_CLOEXEC | O_RDWR | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR));
         if (!descriptor.isOpen() && errno == EEXIST) throw accessDenied(name);
         if (!descriptor.isOpen()) return {nullptr, refusal(name)};
+        copyRights(file_, descriptor.number());
         return {fileIo(descriptor.release(), name), Refusal::None};
     }
 

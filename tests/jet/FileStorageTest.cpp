@@ -347,6 +347,38 @@ TEST_F(FileStorageTest, IsReadButNotWrittenWhereItMayNotBe) {
     EXPECT_FALSE(fs::exists(journal_));
 }
 
+/// Mode, owner and group of the file's journal if whoever runs this makes it.
+struct stat journalOf(const fs::path& file) {
+    const auto storage = fileStorage(file.u16string());
+    EXPECT_TRUE(storage->createJournal().io);
+    struct stat status {};
+    EXPECT_EQ(::stat((file.string() + "-journal-neu").c_str(), &status), 0);
+    storage->removeNewJournal();
+    return status;
+}
+
+TEST_F(FileStorageTest, HasAJournalForThoseWhoMayUseTheFileAndNobodyElse) {
+    const mode_t mask = ::umask(027);
+    const bool isAdministrator = ::chown(file_.c_str(), 1234, 4321) == 0;
+    struct stat file {};
+    ASSERT_EQ(::stat(file_.c_str(), &file), 0);
+    for (const mode_t mode : {0600U, 0640U, 0660U, 0606U, 0666U}) {
+        fs::permissions(file_, static_cast<fs::perms>(mode));
+        const struct stat journal = journalOf(file_);
+        EXPECT_EQ(journal.st_mode & 0777U, mode);
+        EXPECT_TRUE(journal.st_uid == file.st_uid && journal.st_gid == file.st_gid);
+    }
+    ::umask(mask);
+    if (!isAdministrator) return;
+    fs::permissions(folder_, fs::perms::all);
+    // Another user's journal cannot have the file's group: those in it are anybody to the journal.
+    const auto isMadeWith = [this](mode_t mode) { return (journalOf(file_).st_mode & 0777U) == mode; };
+    for (const auto& [mode, expected] : {std::pair(0666U, 0666U), {0606U, 0600U}, {0646U, 0644U}}) {
+        fs::permissions(file_, static_cast<fs::perms>(mode));
+        EXPECT_TRUE(asOrdinaryUser([&, wanted = expected] { return isMadeWith(wanted); })) << mode;
+    }
+}
+
 TEST_F(FileStorageTest, IsNotShownHalfWrittenToOneWhoMayNotRollBack) {
     constexpr int kMiddleOfSecondPage = 6;  // made, written, flushed, finished, first page, second page
     ASSERT_EQ(start("die", kMiddleOfSecondPage).wait(), OtherProcess::kDied);
