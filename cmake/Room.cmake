@@ -13,10 +13,12 @@ if(TOLV_CCACHE)
     set(CMAKE_CXX_COMPILER_LAUNCHER ${TOLV_CCACHE})
 endif()
 
+# No path of the building machine in the program: two builds of one commit are equal. A compiler cache names a source
+# from the build folder, CMake names it from the root of the machine.
+cmake_path(RELATIVE_PATH CMAKE_SOURCE_DIR BASE_DIRECTORY ${CMAKE_BINARY_DIR} OUTPUT_VARIABLE sourcesFromBuild)
 add_library(tolv_options INTERFACE)
 target_compile_options(tolv_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
-    # No path of the building machine in the program: two builds of one commit are equal.
-    -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+    -ffile-prefix-map=${CMAKE_SOURCE_DIR}/= -ffile-prefix-map=${sourcesFromBuild}/=)
 target_include_directories(tolv_options INTERFACE ${CMAKE_SOURCE_DIR})
 if(TOLV_SANITIZE)
     target_compile_options(tolv_options INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all
@@ -69,6 +71,26 @@ function(tolv_room name)
         add_library(${name} INTERFACE)
         target_link_libraries(${name} INTERFACE tolv_options ${ROOM_USES})
     endif()
+endfunction()
+
+# tolv_program(NAME DESCRIPTION text): icon, version block and, from the file NAME.manifest.in beside the program's own
+# CMake file, the manifest of a Windows program; where its file goes, and how it is linked to be shipped.
+function(tolv_program name)
+    cmake_parse_arguments(PROGRAM "" "DESCRIPTION" "" ${ARGN})
+    if(TOLV_BIN)
+        set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${TOLV_BIN})
+    endif()
+    if(NOT WIN32)
+        return()
+    endif()
+    set(PROGRAM_NAME ${name})
+    configure_file(${name}.manifest.in ${name}.manifest @ONLY)
+    configure_file(${CMAKE_SOURCE_DIR}/cmake/program.rc.in ${name}.rc @ONLY)
+    set_source_files_properties(${CMAKE_CURRENT_BINARY_DIR}/${name}.rc PROPERTIES
+        OBJECT_DEPENDS "${CMAKE_SOURCE_DIR}/win32/tool.ico;${CMAKE_CURRENT_BINARY_DIR}/${name}.manifest")
+    target_sources(${name} PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/${name}.rc)
+    # Stripped while linking: a later strip would write the date into the file.
+    target_link_options(${name} PRIVATE -municode $<$<CONFIG:Release>:-s> -Wl,--gc-sections)
 endfunction()
 
 # tolv_fast(ROOM...): where rows and pages are many. The Windows programs are built for size elsewhere: the tool is to

@@ -1,8 +1,12 @@
 #!/usr/bin/python3
-"""What the finished programs promise by their mere bytes: imports, protection, versions, manifest, icon, no traces."""
+"""What the finished programs promise by their mere bytes: imports, protection, versions, manifest, icon, no traces; and
+that the same sources give the same bytes in a folder of another name and depth, without a compiler cache."""
+import os
 import pathlib
 import re
+import shutil
 import struct
+import subprocess
 import xml.etree.ElementTree
 
 import pefile
@@ -74,12 +78,12 @@ def switches(pe, data):
 
 def traces(data, windowed):
     """No path of the machine that built it, as bytes or as UTF-16."""
-    found = [text for text in (str(ROOT), str(pathlib.Path.home()) + "/", "CMakeFiles", "/usr/include")
+    found = [text for text in (str(ROOT), str(pathlib.Path.home()) + "/", "CMakeFiles", "/usr/include", "../base/", "../jet/")
              if text.encode() in data or text.encode("utf-16-le") in data]
     return [f"holds {text}" for text in found] + ([f"{len(data)} bytes"] if windowed and len(data) > MAX_BYTES else [])
 
 
-def manifest(pe):
+def manifest(pe, windowed):
     texts = [data for name, _, data in resources(pe, 24) if name == 1]
     if not texts:
         return ["no manifest"]
@@ -88,14 +92,17 @@ def manifest(pe):
     values = lambda tag: [(e.text or "").strip() for e in named(tag)]
     controls = [e for e in named("assemblyIdentity") if e.get("name") == "Microsoft.Windows.Common-Controls"]
     rules = {
-        "common controls 6": any((e.get("version"), e.get("processorArchitecture")) == ("6.0.0.0", "*") for e in controls),
-        "dpiAwareness": [v.replace(" ", "").lower() for v in values("dpiAwareness")] == ["permonitorv2,permonitor"],
-        "dpiAware": [v.lower() for v in values("dpiAware")] == ["true/pm"],
+        "version": elements[1].get("version") == version() + ".0",
+        "long paths": values("longPathAware") == ["true"],
         "asInvoker": [e.get("level") for e in named("requestedExecutionLevel")] == ["asInvoker"],
         "supportedOS": WINDOWS_10 in [e.get("Id", "").lower() for e in named("supportedOS")],
         # It would turn the settings file's Windows-1252 into nonsense.
         "no activeCodePage": not named("activeCodePage"),
-    }
+    } | ({
+        "common controls 6": any((e.get("version"), e.get("processorArchitecture")) == ("6.0.0.0", "*") for e in controls),
+        "dpiAwareness": [v.replace(" ", "").lower() for v in values("dpiAwareness")] == ["permonitorv2,permonitor"],
+        "dpiAware": [v.lower() for v in values("dpiAware")] == ["true/pm"],
+    } if windowed else {})
     return [f"manifest: {rule}" for rule, holds in rules.items() if not holds]
 
 
@@ -128,6 +135,25 @@ def icon(pe):
     return ["no icon"]
 
 
+def builtAgain():
+    """One program, from a copy of the sources."""
+    copy = ROOT / "out/again/of another name"
+    shutil.rmtree(copy, ignore_errors=True)
+    listed = subprocess.run(["git", "ls-files", "-co", "--exclude-standard"], cwd=ROOT, capture_output=True, text=True,
+                            check=True).stdout.splitlines()
+    for name in filter(lambda name: (ROOT / name).is_file(), listed):
+        (copy / name).parent.mkdir(parents=True, exist_ok=True)
+        shutil.copy(ROOT / name, copy / name)
+    build = copy / "out/again"
+    for command in (["cmake", "--preset", "windows-x64", "-B", build, "-DTOLV_CCACHE=OFF", f"-DTOLV_BIN={copy}/bin"],
+                    ["cmake", "--build", build, "--parallel", str(os.cpu_count()), "--target", "kontodb"]):
+        run = subprocess.run(command, cwd=copy, capture_output=True, text=True)
+        if run.returncode:
+            return [f"not built again: {(run.stdout + run.stderr)[-2000:]}"]
+    first, second = ROOT / "out/windows-x64/bin/kontodb.exe", copy / "bin/kontodb.exe"
+    return [] if first.read_bytes() == second.read_bytes() else [f"{first} and {second} differ"]
+
+
 PROGRAMS = ("prjDexoBenutzerkonten.exe", "kontodb.exe")
 for kind in ("x64", "x86"):
     folder = ROOT / f"out/windows-{kind}/bin"
@@ -140,9 +166,11 @@ for kind in ("x64", "x86"):
             continue
         pe = pefile.PE(str(path))
         results = {"header": header(pe, kind == "x64", windowed), "imports": imports(pe),
-                   "size and traces": traces(path.read_bytes(), windowed)}
+                   "size and traces": traces(path.read_bytes(), windowed), "manifest": manifest(pe, windowed),
+                   "version block": versionBlock(pe, name), "icon": icon(pe)}
         if windowed:
             results["no switch"] = switches(pe, path.read_bytes())
-            results.update({"manifest": manifest(pe), "version block": versionBlock(pe, name), "icon": icon(pe)})
         for rule, faults in results.items():
             print("\n".join(f"FAIL {kind} {name} {rule}: {fault}" for fault in faults) or f"PASS {kind} {name} {rule}")
+faults = builtAgain()
+print("\n".join(f"FAIL built again: {fault}" for fault in faults) or "PASS built again")
