@@ -6,7 +6,9 @@ windowsPackages=(g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix)
 # python3 and procps serve the scripts that drive the windows, locales the German texts and command lines.
 winePackages=(wine64 wine xvfb xdotool openbox imagemagick x11-apps x11-xkb-utils locales
     fonts-dejavu-core python3 procps)
-testPackages=(clang-format clang-tidy python3 python3-pefile mdbtools ca-certificates util-linux git)
+packagingPackages=(nsis pandoc weasyprint fonts-dejavu-core osslsigncode imagemagick zip git)
+testPackages=(clang-format clang-tidy python3 python3-pefile mdbtools ca-certificates util-linux git
+    poppler-utils openssl)
 
 mdbReader=mdb-reader@3.2.0 # from npm, a second opinion in tests/foreign
 
