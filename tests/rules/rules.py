@@ -22,6 +22,7 @@ WINDOWS_ROOMS = ["win32", "ado/com"]
 WINDOWS_FILES = ["tools/kontodb/PasswordPrompt.cpp"]  # the console has no other door
 C_RUNTIME_HEADERS = r"(conio|fcntl|io|termios|unistd|sys/\w+)\.h"  # the C runtime's of both systems
 MAX_LINES = 600
+SCRIPTS = ("build", "run", "test", "package")  # scripts without an ending
 # Paths of a machine, and hosts that packages come from: the tree must build anywhere.
 FORBIDDEN = re.compile(r"(?<![\w.$}~-])/(work|root|home|Users)/\w|\b(deb|security|registry|snapshot)\.\w+\.(org|com)\b")
 
@@ -70,6 +71,15 @@ def circle(start, trail):
                 return found
     return None
 
+
+def code_lines(names):
+    """Lines that are neither empty nor comment."""
+    return sum(not re.fullmatch(r"\s*((//|#(?![a-z])).*)?", line) for name in names for line in texts[name].splitlines())
+
+
+code = [name for name in texts if name.endswith((".cpp", ".h", ".py", ".sh")) or name.rpartition("/")[2] in SCRIPTS]
+share = code_lines(name for name in code if name.startswith("tests/")) / code_lines(code)
+print(f"tests: {share:.1%} of {code_lines(code)} lines of code (wanted: a quarter to a third)")
 
 faults["circles"] = [" -> ".join(found) for found in (circle(here, [here]) for here in sorted(uses)) if found]
 for rule, found in faults.items():

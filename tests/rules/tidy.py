@@ -1,9 +1,13 @@
 #!/usr/bin/python3
-"""clang-tidy over every C++ source, two at a time; what was clean is not looked at again until it changes.
+"""clang-tidy over every C++ source, two runs at a time; what was clean is not checked again until it changes.
 
-The commands come from the native preset, and from the Windows one for what only that compiles. A clean result is
-remembered under the hash of all it depends on (the tool, its settings, the command, the source and every header of
-ours that it reaches), outside the work tree, so that a fresh clone finds it too.
+usage: tests/rules/tidy.py [PREFIX...]     only groups that hold a source whose path begins so
+
+The groups of sources are those that the builds compile together: most of the time goes into the headers, which are so
+read once for many. Since a group hides an include that one of its sources forgot, each source of the product is also
+compiled by itself, without making code. Commands come from the native build, and from the Windows build for what only
+that compiles. A clean result is remembered under the hash of all that it depends on (the tool, its settings, the
+command, the sources and every header of ours that they reach), outside the work tree, so that a fresh clone finds it.
 """
 import concurrent.futures
 import hashlib
@@ -19,14 +23,18 @@ import time
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 MEMORY = pathlib.Path(os.environ.get("XDG_CACHE_HOME", pathlib.Path.home() / ".cache")) / "prjDexoBenutzerkonten/tidy"
 KEEP_DAYS = 60
-NATIVE, WINDOWS = "native-debug", "windows-x64"
+NATIVE, WINDOWS = ROOT / "out/build/native-debug", ROOT / "out/build/windows-x64"
+# The analyzer takes the sources of a group for headers. Its quick mode costs a fifth, and still looks into calls. Tests
+# go without it: within the test library's macros it takes longer than all else, and tests run under the sanitizers.
+ANALYZER = ["-analyzer-opt-analyze-headers", "-analyzer-config", "mode=shallow"]
+INCLUDE = re.compile(rb'^\s*#\s*include\s+"([^"]+)"', re.M)
 
 
 def output(*command):
     return subprocess.run(command, capture_output=True, text=True, check=True, stdin=subprocess.DEVNULL)
 
 
-def mingwArguments():
+def mingw_arguments():
     """clang does not find the cross-compiler's headers by itself."""
     listing = output("x86_64-w64-mingw32-g++-posix", "-xc++", "-E", "-v", "/dev/null").stderr
     folders = listing.partition("<...> search starts here:")[2].partition("End of search list")[0].split()
@@ -34,28 +42,31 @@ def mingwArguments():
     return ["--target=x86_64-w64-mingw32", "-nostdinc++", "-nostdlibinc"] + [w for f in own for w in ("-isystem", f)]
 
 
-def database(preset):
-    """The compile commands of a preset with every source for itself."""
-    folder = ROOT / "out/tidy" / preset
-    output("cmake", "-S", str(ROOT), "--preset", preset, "-B", str(folder), "-DTOLV_TOGETHER=OFF")
-    return json.loads((folder / "compile_commands.json").read_text())
+def sources_of(file):
+    """The sources of ours that a generated file takes in, or the file itself."""
+    if not file.is_relative_to(ROOT / "out"):
+        return [os.path.relpath(file, ROOT)]
+    return [name.decode() for name in INCLUDE.findall(file.read_bytes()) if name.endswith(b".cpp")]
 
 
-def commands():
-    """Source to compiler arguments: those that say what the source means, not how it is compiled."""
-    found = {}
-    for preset, extra in ((WINDOWS, mingwArguments()), (NATIVE, [])):
-        for entry in database(preset):
-            source = os.path.relpath(os.path.join(entry["directory"], entry["file"]), ROOT)
+def groups():
+    """(file, its sources, compiler, its arguments that say what the source means, those that clang needs besides)."""
+    seen = set()
+    for build, extra in ((NATIVE, []), (WINDOWS, mingw_arguments())):
+        for entry in json.loads((build / "compile_commands.json").read_text()):
+            file = pathlib.Path(entry["directory"], entry["file"])
+            if not file.is_relative_to(ROOT):
+                continue
             words, kept = shlex.split(entry["command"]), []
             for word, following in zip(words, words[1:] + [""]):
                 if word.startswith(("-I", "-D", "-std=", "-W")) and word != "-Werror":
                     kept.append(word)
                 elif word == "-isystem":
                     kept += [word, following]
-            if not source.startswith("..") and not source.startswith("out/"):
-                found[source] = kept + extra
-    return found
+            sources = sources_of(file)
+            if not seen.issuperset(sources):
+                seen.update(sources)
+                yield file, sources, next(w for w in words if re.search(r"[gc](\+\+|c|lang)[^/]*$", w)), kept, extra
 
 
 def reached(source, seen):
@@ -63,26 +74,38 @@ def reached(source, seen):
     if source in seen or not (ROOT / source).is_file():
         return seen
     seen[source] = (ROOT / source).read_bytes()
-    for name in re.findall(rb'^\s*#\s*include\s+"([^"]+)"', seen[source], re.M):
+    for name in INCLUDE.findall(seen[source]):
         for folder in (ROOT, (ROOT / source).parent):
             reached(os.path.relpath(folder / name.decode(), ROOT), seen)
     return seen
 
 
-def check(source, arguments, version):
-    key = hashlib.sha256(repr((version, " ".join(arguments).replace(str(ROOT), ""))).encode())
-    for name, content in sorted(reached(source, {}).items()):
-        key.update(name.encode() + b"\0" + content + b"\0")
-    remembered = MEMORY / key.hexdigest()
-    if remembered.exists():
-        remembered.touch()
-        return ""
-    done = subprocess.run(["clang-tidy", "--quiet", source, "--", *arguments], cwd=ROOT, capture_output=True, text=True,
-                          stdin=subprocess.DEVNULL)
-    if done.returncode == 0:
-        remembered.touch()
-        return ""
-    return done.stdout + done.stderr
+def remembered(command, sources, version):
+    """Runs the command unless its success is remembered. @return what it printed, empty if all is well"""
+    key = hashlib.sha256(repr((version, " ".join(command).replace(str(ROOT), ""))).encode())
+    content = {}
+    for source in sources:
+        reached(source, content)
+    for name in sorted(content):
+        key.update(name.encode() + b"\0" + content[name] + b"\0")
+    memory = MEMORY / key.hexdigest()
+    if not memory.exists():
+        done = subprocess.run(command, cwd=ROOT, capture_output=True, text=True, stdin=subprocess.DEVNULL)
+        if done.returncode != 0:
+            return done.stdout + done.stderr or f"ended with {done.returncode}"
+    memory.touch()
+    return ""
+
+
+def check(file, sources, compiler, arguments, extra, version):
+    tests = all(source.startswith("tests/") for source in sources)
+    analyzer = [] if tests else [word for option in ANALYZER for word in ("-Xclang", option)]
+    checks = "-bugprone-suspicious-include" + (",-clang-analyzer-*" if tests else "")
+    printed = remembered(["clang-tidy", "--quiet", f"--checks={checks}", str(file), "--", *arguments, *extra, *analyzer],
+                         sources, version)
+    for source in sources if len(sources) > 1 and not tests else []:
+        printed += remembered([compiler, "-fsyntax-only", *arguments, source], [source], version)
+    return printed
 
 
 def main():
@@ -91,15 +114,16 @@ def main():
         if old.stat().st_mtime < time.time() - KEEP_DAYS * 86400:
             old.unlink()
     version = output("clang-tidy", "--version").stdout + output("g++", "--version").stdout
-    version += "".join((ROOT / folder / ".clang-tidy").read_text() for folder in ("", "tests"))
-    todo = commands()
-    chosen = {source: todo[source] for source in sorted(todo) if source.startswith(tuple(sys.argv[1:]) or "")}
+    version += (ROOT / ".clang-tidy").read_text()
+    wanted = tuple(sys.argv[1:]) or ("",)
+    todo = [group for group in groups() if any(source.startswith(wanted) for source in group[1])]
     with concurrent.futures.ThreadPoolExecutor(max_workers=2) as pool:
-        results = pool.map(lambda item: (item[0], check(*item, version)), chosen.items())
-        failed = [source for source, text in results if text and not print(text, f"FAIL tidy: {source}", sep="\n")]
+        results = pool.map(lambda group: (group[1], check(*group, version)), todo)
+        failed = [sources for sources, text in results
+                  if text and not print(text, f"FAIL tidy: {' '.join(sources)}", sep="\n", flush=True)]
     if not failed:
         print("PASS tidy")
-    return bool(failed) or not chosen
+    return bool(failed) or not todo
 
 
 sys.exit(main())
