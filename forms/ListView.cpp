@@ -268,11 +268,20 @@ base::TextView ListView::cellAt(std::size_t place, int column) {
     return rows_[rowAt(place)].texts.cell(static_cast<std::size_t>(column) + 1);
 }
 
+void ListView::visitCells(int column, const std::function<void(base::TextView)>& visit) const {
+    for (const Row& row : rows_)
+        visit(row.texts.cell(static_cast<std::size_t>(column) + 1));
+}
+
 std::optional<std::size_t> ListView::findPrefix(std::size_t startPlace, base::TextView prefix, bool wrap) {
+    // Neighbours mostly begin alike, and comparing in a language's way is slow.
+    std::optional<base::TextView> refused;
     const auto matches = [&](std::size_t place) {
         const base::TextView start = cellAt(place, 0).substr(0, prefix.size());
-        if (start.size() < prefix.size()) return false;
-        return areEqual ? areEqual(start, prefix) : start == prefix;
+        if (start.size() < prefix.size() || start == refused) return false;
+        const bool isEqual = areEqual ? areEqual(start, prefix) : start == prefix;
+        if (!isEqual) refused = start;
+        return isEqual;
     };
     for (std::size_t place = startPlace; place < rows_.size(); ++place) {
         if (matches(place)) return place;

@@ -89,6 +89,9 @@ public:
     // What a peer asks, by place from 0 in the present order and by column from 0.
     /// Empty where there is no such row or cell. Valid until the row is changed.
     base::TextView cellAt(std::size_t place, int column);
+    /// Shows every row's text in the column, in the order in which the rows were added: much faster than by place,
+    /// where neighbours lie far apart in memory.
+    void visitCells(int column, const std::function<void(base::TextView)>& visit) const;
     /// The selected row's place, nothing if there is none.
     std::optional<std::size_t> selectedPlace();
     /// The first row from startPlace on whose text begins with the prefix, as areEqual sees it.

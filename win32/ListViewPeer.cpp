@@ -318,8 +318,7 @@ void ListViewPeer::adaptColumnWidths() {
 int ListViewPeer::fittingWidth(int column, bool withHeader) {
     const WindowDc dc(window(), fonts().normal());
     TextMeasure values(dc.get());
-    for (int row = 0; row < list_.rowCount(); ++row)
-        values.add(list_.cellAt(static_cast<std::size_t>(row), column));
+    list_.visitCells(column, [&values](base::TextView text) { values.add(text); });
     const int valueWidth = std::min(kWidestColumn, values.widest() + fonts().scaled(kCellPadding));
     if (!withHeader) return valueWidth;
     TextMeasure header(dc.get());

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 #include <random>
+#include <set>
 
 #include "forms/Form.h"
 #include "forms/ListView.h"
@@ -216,11 +217,16 @@ TEST_F(ListViewTest, manyRandomStepsLeaveTheOrderThatAPlainListWouldHave) {
     }
     settle();
     ASSERT_EQ(list.rowCount(), static_cast<int>(plain.size()));
+    std::multiset<base::Text> visited;
+    std::multiset<base::Text> present;
+    list.visitCells(0, [&visited](base::TextView text) { visited.emplace(text); });
     for (std::size_t place = 0; place < plain.size(); ++place) {
         ASSERT_EQ(list.cellAt(place, 0), plain[place].first) << place;
         ListItem byKey = list.ListItems(u"k:" + base::decimal(plain[place].second));
         ASSERT_EQ(byKey.Index(), static_cast<int>(place) + 1);
+        present.insert(plain[place].first);
     }
+    ASSERT_EQ(visited, present);
 }
 
 TEST_F(ListViewTest, itemClickComesOnceAMoveOfTheUserAndNeverForCode) {
@@ -298,6 +304,7 @@ TEST_F(ListViewTest, typingFindsTheNextRowThatBeginsSo) {
                           {4, u"ber", true, 1},
                           {1, u"berta", true, 1},
                           {0, u"bertas", true, std::nullopt},
+                          {2, u"", false, 2},
                           {9, u"b", true, 1},
                           {9, u"b", false, std::nullopt}}) {
         EXPECT_EQ(list.findPrefix(c.start, c.prefix, c.wrap), c.found) << test::shown(c.prefix) << " from " << c.start;
