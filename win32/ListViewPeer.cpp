@@ -64,10 +64,11 @@ int formatOf(forms::ColumnHeader::Alignment alignment) {
     return LVCFMT_LEFT;
 }
 
-/// A message in which the user may have moved the selection.
+/// A message in which the user may move the selection; the last one comes from assistive programs that act for him.
 bool isInput(UINT message) {
     return message == WM_KEYDOWN || message == WM_CHAR || message == WM_LBUTTONDOWN || message == WM_LBUTTONUP ||
-           message == WM_LBUTTONDBLCLK || message == WM_RBUTTONDOWN || message == WM_RBUTTONUP;
+           message == WM_LBUTTONDBLCLK || message == WM_RBUTTONDOWN || message == WM_RBUTTONUP ||
+           message == LVM_SETITEMSTATE;
 }
 
 }  // namespace
@@ -76,6 +77,7 @@ ListViewPeer::ListViewPeer(forms::ListView& list, const Surroundings& surroundin
     : PeerOn(list, surroundings), list_(list) {
     make(WC_LISTVIEWW, {}, WS_TABSTOP | LVS_SINGLESEL | LVS_SHOWSELALWAYS | LVS_OWNERDATA | styleOf(list.View()),
          WS_EX_CLIENTEDGE);
+    selection_.attach(window());
     const DWORD extended = LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LVS_EX_LABELTIP;
     send(LVM_SETEXTENDEDLISTVIEWSTYLE, extended, extended);
     setSpokenName();
@@ -150,31 +152,14 @@ void ListViewPeer::catchUp() {
     showSelection();
 }
 
-int ListViewPeer::selectedRow() const {
-    return static_cast<int>(send(LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_SELECTED));
+int ListViewPeer::modelRow() const {
+    const std::optional<std::size_t> place = list_.selectedPlace();
+    return place ? static_cast<int>(*place) : -1;
 }
 
 void ListViewPeer::showSelection() {
-    const std::optional<std::size_t> place = list_.selectedPlace();
-    const int row = place ? static_cast<int>(*place) : -1;
-    const int selected = selectedRow();
-    const auto focused = static_cast<int>(send(LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_FOCUSED));
-    if (row == selected && row == focused) return;
     const During guard(fromCode_);
-    // Row by row: told to clear the state of all rows, a list may go through a million of them.
-    for (const int former : {selected, focused}) {
-        if (former >= 0 && former != row) setState(former, 0);
-    }
-    if (row < 0) return;
-    setState(row, LVIS_SELECTED | LVIS_FOCUSED);
-    send(LVM_SETSELECTIONMARK, 0, row);
-}
-
-void ListViewPeer::setState(int row, UINT state) {
-    LVITEMW item{};
-    item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
-    item.state = state;
-    send(LVM_SETITEMSTATE, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
+    selection_.show(modelRow());
 }
 
 void ListViewPeer::ensureVisible(std::size_t rowIndex) {
@@ -206,8 +191,8 @@ LRESULT ListViewPeer::message(UINT message, WPARAM wParam, LPARAM lParam) {
         return TRUE;
     }
     if (handleClick(message, lParam)) return 0;
+    if (isInput(message) && !fromCode_) return userInput(message, wParam, lParam);
     const LRESULT result = PeerOn::message(message, wParam, lParam);
-    if (isInput(message)) keepSelection();
     if (message == WM_SIZE) fillWithLastColumn();
     if (message == WM_NOTIFY) headerNotified(*reinterpret_cast<const NMHDR*>(lParam));
     return result;
@@ -233,8 +218,30 @@ bool ListViewPeer::handleClick(UINT message, LPARAM lParam) {
     return true;
 }
 
+LRESULT ListViewPeer::userInput(UINT message, WPARAM wParam, LPARAM lParam) {
+    deselected_ = false;
+    if (selection_.willSelect(message, wParam, lParam)) deselectForMove();
+    typing_ = message == WM_CHAR;
+    const LRESULT result = PeerOn::message(message, wParam, lParam);
+    typing_ = false;
+    keepSelection();
+    return result;
+}
+
+void ListViewPeer::deselectForMove() {
+    const int selected = selectedRow();
+    if (selected < 0) return;
+    const During guard(fromCode_);
+    selection_.setSelected(selected, false);
+    deselected_ = true;
+}
+
 void ListViewPeer::keepSelection() {
-    if (selectedRow() < 0 && list_.selectedPlace()) list_.userEmptiedSelection();
+    if (selectedRow() >= 0 || !list_.selectedPlace()) return;
+    if (!deselected_) return list_.userEmptiedSelection();
+    // It did not move after all; the focus alone may have.
+    const During guard(fromCode_);
+    selection_.setSelected(modelRow(), true);
 }
 
 LRESULT ListViewPeer::notify(NMHDR& header) {
@@ -276,6 +283,7 @@ LRESULT ListViewPeer::findRow(const NMLVFINDITEMW& search) {
     const int start = std::clamp(search.iStart, 0, list_.rowCount() - 1);
     const auto found =
         list_.findPrefix(static_cast<std::size_t>(start), fromWide(wanted.psz), (wanted.flags & LVFI_WRAP) != 0);
+    if (found && typing_) deselectForMove();
     return found ? static_cast<LRESULT>(*found) : -1;
 }
 
