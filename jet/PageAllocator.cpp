@@ -51,8 +51,8 @@ void PageAllocator::free(PageNumber page) {
         throw damaged(page, u"Eine Seite, die frei wird, ist es schon oder darf es nicht werden");
     }
     base::putU32(store_.change(page), 0, 0);
-    // A page of which the map says nothing stays as it is: unused, but not free.
-    if (!map_.covers(page)) return;
+    // Bitmap pages would make the file grow for what is given back: the page stays unused until others ask for them.
+    if (!map_.covers(page) && (map_.isReference() || !widenRow(page))) return;
     map_.put(page, true);
     lowestFree_ = std::min(lowestFree_, page);
 }
@@ -61,28 +61,31 @@ void PageAllocator::markUsed(PageNumber page) {
     if (!map_.covers(page)) {
         if (map_.isReference())
             addBitmap(page / kBitmapPages);
-        else if (!enlargeRow(page))
+        else if (!widenRow(page))
             turnIntoReferences(page);
     }
     map_.put(page, false);
 }
 
-/// @return false if page 1 has no room for so long a row, or the map begins behind the page
-bool PageAllocator::enlargeRow(PageNumber page) {
-    base::Bytes row = map_.bytes();
-    const PageNumber first = base::ByteView{row}.u32(1);
-    if (page < first) return false;
-    const std::size_t oldEnd = row.size();
-    const std::size_t needed = kInlineBitsOffset + (page - first) / 8 + 1;
-    if (needed > kPageSize) return false;
-    row.resize(longerMapRow(oldEnd, needed), 0xFF);
-    for (std::size_t i = oldEnd; i < row.size(); ++i) {
-        for (unsigned bit = 0; bit < 8; ++bit) {
-            const std::uint64_t number = std::uint64_t{first} + 8 * (i - kInlineBitsOffset) + bit;
-            if (number < store_.pageCount()) row[i] = static_cast<std::uint8_t>(row[i] & ~(1U << bit));
-        }
+/// Gives an inline row a bit for the page, at its beginning or its end. What comes in between is used as far as the
+/// file has it.
+/// @return false if page 1 has no room for so long a row
+bool PageAllocator::widenRow(PageNumber page) {
+    const base::Bytes row = map_.bytes();
+    const PageNumber oldFirst = base::ByteView{row}.u32(1);
+    const PageNumber first = std::min(oldFirst, page / 8 * 8);
+    const std::uint64_t oldEnd = oldFirst + std::uint64_t{8} * (row.size() - kInlineBitsOffset);
+    const std::uint64_t end = std::max<std::uint64_t>(oldEnd, std::uint64_t{page} + 1);
+    const std::uint64_t needed = kInlineBitsOffset + (end - first + 7) / 8;
+    if (oldFirst % 8 != 0 || needed > kPageSize) return false;
+    std::vector<PageNumber> free;
+    const std::size_t rowBytes = longerMapRow(row.size(), static_cast<std::size_t>(needed));
+    for (std::uint64_t number = first; number < first + 8 * (rowBytes - kInlineBitsOffset); ++number) {
+        const bool isOld = number >= oldFirst && number < oldEnd;
+        const auto each = static_cast<PageNumber>(number);
+        if (isOld ? map_.contains(each) : number >= store_.pageCount()) free.push_back(each);
     }
-    return map_.replace(row);
+    return map_.replace(UsageMap::inlineRow(first, free, rowBytes));
 }
 
 /// @param page  for which there must be a bit afterwards

@@ -12,9 +12,10 @@ namespace jet {
 ///
 /// Law: no page of the file is in use while its bit is set; where a damaged map breaks it, the page is refused. Where
 /// the map is silent (before its first page, or behind its end) the pages that the file has already count as used,
-/// since nobody says to whom they belong; those that it does not have yet count as free. The map grows with the file:
-/// its row on page 1 becomes longer as long as there is room, then it is turned into references to bitmap pages. See
-/// docs/file-format.md, "Usage maps".
+/// since nobody says to whom they belong; those that it does not have yet count as free. The map grows with the file
+/// and with the pages that become free: its row on page 1 begins earlier or becomes longer as long as there is room.
+/// After that a growing file gets references to bitmap pages; a page that becomes free does not, and is lost until
+/// then. See docs/file-format.md, "Usage maps".
 class PageAllocator {
 public:
     /// @param store  must outlive the allocator
@@ -34,7 +35,7 @@ private:
     void requireUnused(PageNumber page);
     PageNumber append();
     void markUsed(PageNumber page);
-    bool enlargeRow(PageNumber page);
+    bool widenRow(PageNumber page);
     void turnIntoReferences(PageNumber page);
     void addBitmap(std::size_t entry);
 

@@ -117,6 +117,29 @@ TEST(PageAllocator, PagesOfWhichTheMapSaysNothingAreNeverTaken) {
     EXPECT_EQ(UsageMap::read(store, kGlobalMap).next(0), std::optional<PageNumber>(702));
 }
 
+/// Before and behind the window of a row, wherever the row can be made to reach; pages in between stay used.
+TEST(PageAllocator, APageFreedOutsideOfTheMapIsTakenAgain) {
+    const struct {
+        PageNumber first;
+        std::vector<PageNumber> freed;
+        bool isTaken;
+    } cases[] = {
+        {128, {77}, true}, {128, {640, 639, 6, 1500}, true}, {40'000, {39'100, 40'700}, true}, {40'000, {77}, false}};
+    for (const auto& c : cases) {
+        test::MemoryPageStore store = fileOf(41'000);
+        UsageMapRow(store, kGlobalMap).replace(UsageMap::inlineRow(c.first, {}, 69));
+        PageAllocator allocator(store);
+        for (const PageNumber page : c.freed)
+            allocator.free(page);
+        EXPECT_EQ(DataPageEditor(store, 1, 1).freeBytes(), store.page(1).bytes.u16(2));
+        std::set<PageNumber> taken;
+        for (std::size_t i = 0; i < c.freed.size(); ++i)
+            taken.insert(PageAllocator(store).allocate());
+        EXPECT_EQ(taken == std::set<PageNumber>(c.freed.begin(), c.freed.end()), c.isTaken) << c.freed[0];
+        EXPECT_GE(PageAllocator(store).allocate(), 41'000U) << c.freed[0];
+    }
+}
+
 TEST(PageAllocator, AFileOfTwoGigabytesGrowsNoFurther) {
     test::MemoryPageStore store = fileOf(40'000, 0, 40'050);
     PageAllocator allocator(store);
