@@ -12,7 +12,6 @@ constexpr std::uint16_t kUnknownFlag = 0x2000;
 /// A row pointer has one byte for the slot.
 constexpr std::size_t kMaxSlots = 256;
 
-constexpr std::size_t kOwnerOffset = 4;
 constexpr std::size_t kStampOffset = 8;
 
 }  // namespace
@@ -56,6 +55,14 @@ Slot DataPage::slot(std::size_t index) const {
     const std::size_t start = word & kSlotStartMask;
     const std::size_t end = index == 0 ? kPageSize : page_.bytes.u16(slotPlace(index - 1)) & kSlotStartMask;
     return {static_cast<SlotState>(word & kSlotStateMask), page_.bytes.bytes().subspan(start, end - start)};
+}
+
+bool DataPage::hasLiveRows() const {
+    for (std::size_t i = 0; i < slotCount_; ++i) {
+        const SlotState state = slot(i).state;
+        if (state == SlotState::Live || state == SlotState::Moved) return true;
+    }
+    return false;
 }
 
 void clearDataPage(std::span<std::uint8_t> page, std::uint32_t owner, std::uint32_t stamp) {

@@ -25,6 +25,7 @@ inline constexpr std::size_t kDataPageHeaderBytes = 14;
 inline constexpr std::size_t kSlotBytes = 2;
 
 inline constexpr std::size_t kFreeBytesOffset = 2;
+inline constexpr std::size_t kOwnerOffset = 4;
 inline constexpr std::size_t kSlotCountOffset = 12;
 inline constexpr std::uint16_t kSlotStartMask = 0x1FFF;
 inline constexpr std::uint16_t kSlotStateMask = 0xC000;
@@ -64,13 +65,16 @@ public:
     static DataPage read(PageSource& source, PageNumber number, std::uint32_t owner);
 
     PageNumber number() const { return page_.number; }
-    std::uint32_t owner() const { return page_.bytes.u32(4); }
+    std::uint32_t owner() const { return page_.bytes.u32(kOwnerOffset); }
     std::uint32_t stamp() const { return page_.bytes.u32(8); }
     std::size_t freeBytes() const { return page_.bytes.u16(kFreeBytesOffset); }
     std::size_t slotCount() const { return slotCount_; }
 
     /// @throws RuntimeError (damage) if the page has no such slot
     Slot slot(std::size_t index) const;
+
+    /// Whether a slot is a row: live, wherever its data are.
+    bool hasLiveRows() const;
 
     /// The view that keeps the bytes of all slots alive.
     const PageView& page() const { return page_; }

@@ -1,10 +1,41 @@
 #include "jet/Table.h"
 
+#include <algorithm>
+
 #include "jet/Errors.h"
+#include "jet/IndexCursor.h"
 #include "jet/LongValue.h"
 #include "jet/ValueCodec.h"
 
 namespace jet {
+namespace {
+
+/// @return 0 if all entries lead to owned pages
+PageNumber strangePageOf(PageSource& source, const TableDefinition& definition, const IndexDefinition& index,
+                         const UsageMap& owned) {
+    IndexCursor cursor(source, definition, index);
+    for (bool there = cursor.first(); there; there = cursor.next()) {
+        if (!owned.contains(cursor.row().page)) return cursor.row().page;
+    }
+    return 0;
+}
+
+bool hasRowsOf(PageNumber definitionPage, const PageView& page) {
+    return page.kind() == PageKind::Data && page.bytes.u32(kOwnerOffset) == definitionPage &&
+           DataPage(page).hasLiveRows();
+}
+
+/// @return 0 if there is none
+PageNumber strangePageOfRows(PageSource& source, const TableDefinition& definition, const UsageMap& owned) {
+    const UsageMap free = UsageMap::read(source, {kGlobalMapPage, 0});
+    for (PageNumber page = kGlobalMapPage + 1; page < source.pageCount(); ++page) {
+        if (!owned.contains(page) && !free.contains(page) && hasRowsOf(definition.page, source.page(page))) return page;
+    }
+    return 0;
+}
+
+}  // namespace
+
 Table::Table(PageSource& source, CatalogEntry entry)
     : source_(&source),
       entry_(std::move(entry)),
@@ -36,6 +67,22 @@ Row Table::follow(RowPointer pointer, RowPointer target) const {
     throw damagedRow(pointer, u"Die Verweise auf die verschobene Zeile bilden eine Schleife");
 }
 
+void Table::requireAllMet(std::size_t rowsMet) const {
+    if (rowsMet >= definition_.rowCount) return;
+    // Whoever writes while he scans has another count and another map by now.
+    const TableDefinition now = TableDefinition::read(*source_, definition_.page);
+    if (rowsMet >= now.rowCount) return;
+    const UsageMap owned = UsageMap::read(*source_, now.ownedPages);
+    const auto index = std::ranges::find_if_not(now.indexes, &IndexDefinition::ignoresNulls);
+    const PageNumber lost = index != now.indexes.end() ? strangePageOf(*source_, now, *index, owned)
+                                                       : strangePageOfRows(*source_, now, owned);
+    if (lost == 0) return;
+    throw damaged(lost, u"Die Seite hat Datensätze der Tabelle '" + name() +
+                            u"' und fehlt in ihrer Belegungskarte; gelesen sind " +
+                            base::decimal(static_cast<std::int64_t>(rowsMet)) + u" von " + base::decimal(now.rowCount) +
+                            u" Datensätzen");
+}
+
 Row Table::rowAt(RowPointer pointer) const {
     return rowOf(DataPage::read(*source_, pointer.page, definition_.page), pointer.slot);
 }
@@ -58,6 +105,15 @@ PropertyBlob Table::properties() const {
 }
 
 bool RowCursor::next() {
+    if (nextRow()) {
+        ++rowsMet_;
+        return true;
+    }
+    table_.requireAllMet(rowsMet_);
+    return false;
+}
+
+bool RowCursor::nextRow() {
     while (true) {
         if (nextSlot_ >= page_.slotCount()) {
             if (!nextPage()) return false;

@@ -47,6 +47,12 @@ public:
     /// Properties of the table and its columns; read at each call.
     PropertyBlob properties() const;
 
+    /// Looks for rows that a scan has not met because the map of owned pages lacks theirs. Costs nothing where the scan
+    /// met as many rows as are counted; else an index tells, or, without one, the pages that name this table.
+    /// @param rowsMet  in a scan to the end
+    /// @throws RuntimeError (damage) if there are such rows
+    void requireAllMet(std::size_t rowsMet) const;
+
 private:
     friend class RowCursor;
     Row rowOf(const DataPage& page, std::size_t slot) const;
@@ -67,15 +73,17 @@ public:
     explicit RowCursor(const Table& table) : table_(table) {}
 
     /// @return false behind the last row
-    /// @throws RuntimeError (damage)
+    /// @throws RuntimeError (damage), also behind the last row if others are known to be lost
     bool next();
 
     const Row& row() const { return row_; }
 
 private:
+    bool nextRow();
     bool nextPage();
 
     const Table& table_;
+    std::size_t rowsMet_ = 0;
     PageNumber nextPage_ = 0;
     DataPage page_;
     std::size_t nextSlot_ = 0;

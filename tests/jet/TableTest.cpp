@@ -6,6 +6,7 @@
 #include "jet/Database.h"
 #include "jet/Table.h"
 #include "jet/TextCodec.h"
+#include "jet/UsageMapRow.h"
 #include "tests/jet/PagesInMemory.h"
 #include "tests/support/SampleFile.h"
 
@@ -125,6 +126,13 @@ TEST(Table, ReportsDamageInsteadOfLosingRows) {
          [](SampleTable& s) { base::putU16(s.pages.change(s.dataPages[1]), 12, 2000); }, "2000 Zeilen"},
         {"an unknown flag", [](SampleTable& s) { base::putU16(s.pages.change(s.dataPages[1]), 14, 0x2E00); },
          "Zeilenversatz"},
+        {"a page that the map has lost",
+         [](SampleTable& s) {
+             const Table table(*openTable(s.pages, kName));
+             const std::vector<PageNumber> first{s.dataPages[0]};
+             UsageMapRow(s.pages, table.definition().ownedPages).replace(UsageMap::inlineRow(0, first));
+         },
+         "fehlt in ihrer Belegungskarte; gelesen sind 12 von 30"},
         {"a map without its page",
          [](SampleTable& s) {
              base::putU32(s.pages.change(s.definitionPage), 55, RowPointer{500, 0}.packed());
@@ -138,6 +146,9 @@ TEST(Table, ReportsDamageInsteadOfLosingRows) {
         EXPECT_NE(error.find("beschädigt, Seite"), std::string::npos) << each.what << ": " << error;
         EXPECT_NE(error.find(each.found), std::string::npos) << each.what << ": " << error;
     }
+    SampleTable counted(30);
+    base::putU32(counted.pages.change(counted.definitionPage), kRowCountOffset, 32);
+    EXPECT_EQ(counted.scan().size(), 30U) << "a count that is out of date hides nothing";
 }
 
 TEST(Table, IsNotReadAsShorterWhenTheFileWasCut) {
