@@ -19,17 +19,30 @@ std::unordered_set<std::uint32_t> idsOf(const std::vector<CatalogEntry>& entries
     return ids;
 }
 
+bool hasHalfCharacter(base::TextView name) {
+    return base::fromUtf8(base::toUtf8(name)) != name;
+}
+
+/// The number of a local table is its page; all other numbers lie beyond the last page that a file can have.
+bool fitsItsKind(const CatalogEntry& entry) {
+    return entry.isLocalTable() || entry.id >= kMaxPages;
+}
+
 }  // namespace
 
-std::vector<CatalogEntry> readCatalog(PageSource& source) {
+std::vector<CatalogEntry> readCatalog(PageSource& source, Findings& findings) {
     std::vector<CatalogEntry> entries;
     eachSystemRow(source, Catalog::ownEntry(), [&](const SystemRow& row) {
         const auto id = row.number(u"Id");
+        const auto parentId = row.number(u"ParentId");
         const auto name = row.text(u"Name");
         const auto type = row.value<std::int16_t>(u"Type");
-        if (!id || !name || !type) return;
-        entries.push_back(
-            {*id, row.number(u"ParentId").value_or(0), *name, *type, row.number(u"Flags").value_or(0), row.pointer()});
+        if (!id || !parentId || !name || !type) {
+            findings.fault(Place::ofTable(Catalog::ownEntry().name).atRow(row.pointer()),
+                           u"Dem Objekt fehlt Id, ParentId, Name oder Type.");
+        } else {
+            entries.push_back({*id, *parentId, *name, *type, row.number(u"Flags").value_or(0), row.pointer()});
+        }
     });
     return entries;
 }
@@ -47,6 +60,11 @@ void checkCatalog(const CheckContext& context, const std::vector<CatalogEntry>& 
                                    object + u"liegt unter " + base::decimal(entry.parentId) + u", das es nicht gibt.");
         if (!seenIds.insert(entry.id).second)
             context.findings.fault(at, object + u"hat die Nummer " + base::decimal(entry.id) + u" eines anderen.");
+        if (!fitsItsKind(entry))
+            context.findings.fault(at, object + u"hat die Nummer einer Tabelle und ist als Art " +
+                                           base::decimal(entry.type) + u" verzeichnet.");
+        if (entry.isLocalTable() && hasHalfCharacter(entry.name))
+            context.findings.fault(at, object + u"hat einen Namen mit einem halben Zeichen.");
         if (!seenNames.emplace(entry.parentId, sortKey(entry.name)).second)
             context.findings.fault(at, object + u"hat den Namen eines anderen.");
     }
@@ -66,7 +84,7 @@ void checkRights(const CheckContext& context, const std::vector<CatalogEntry>& e
         eachSystemRow(context.source, entry, [&](const SystemRow& row) {
             const auto id = row.number(u"ObjectId");
             if (id && ids.contains(*id)) return;
-            context.findings.fault(
+            context.findings.note(
                 Place::ofTable(entry.name).atRow(row.pointer()),
                 u"Die Zeile gehört zum Objekt " + base::decimal(id.value_or(0)) + u", das es nicht gibt.");
         });

@@ -7,10 +7,11 @@
 
 namespace jet {
 
-/// The catalog's rows that can be read; damaged ones are reported with the table MSysObjects.
-std::vector<CatalogEntry> readCatalog(PageSource& source);
+/// The catalog's rows that can be read, with a fault for those that lack what each must have; other damage is
+/// reported with the table MSysObjects.
+std::vector<CatalogEntry> readCatalog(PageSource& source, Findings& findings);
 
-/// Checks the catalog in itself: parents, doubled numbers and names.
+/// Checks the catalog in itself: parents, kinds, doubled numbers, names.
 void checkCatalog(const CheckContext& context, const std::vector<CatalogEntry>& entries);
 
 /// Checks that rights are rights to something that is there.

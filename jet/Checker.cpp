@@ -5,6 +5,7 @@
 
 #include "jet/CatalogCheck.h"
 #include "jet/Header.h"
+#include "jet/LostPages.h"
 #include "jet/RelationshipCheck.h"
 #include "jet/SystemTables.h"
 
@@ -94,16 +95,16 @@ CheckResult checkDatabase(PageSource& source, std::uint64_t sizeBytes) {
     checkHeader(source, findings);
     PageOwners owners(source, findings);
     const CheckContext context{source, findings, owners, result.counts};
-    const std::vector<CatalogEntry> entries = readCatalog(source);
+    const std::vector<CatalogEntry> entries = readCatalog(source, findings);
     std::vector<CheckedTable> tables;
     for (const CatalogEntry& entry : tablesToCheck(entries)) {
-        if (auto definition = checkTable(context, entry)) tables.push_back({entry.name, std::move(*definition)});
+        if (auto table = checkTable(context, entry)) tables.push_back(std::move(*table));
     }
     checkSystemColumns(tables, findings);
     checkCatalog(context, entries);
     checkRights(context, entries);
     checkRelationships(context, entries, tables);
-    owners.checkFreePages(kFreeMap);
+    checkLostPages(context, tables, owners.checkFreePages(kFreeMap));
     return result;
 }
 

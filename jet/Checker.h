@@ -34,9 +34,9 @@ struct CheckResult {
 /// - indexes: a sorted, linked tree with every live row once and under its own key; the map has the tree's pages
 /// - catalog, rights and relationships, which must agree with the definitions
 ///
-/// Notes are what other writers are known to leave behind: pages and long values that nobody uses, counters out of
-/// date. Memory grows with the file's pages and with the rows of one table (8 bytes a row), time with the file's
-/// size; neither with what a damaged file claims to hold. Changes nothing.
+/// What is a fault and what a note: docs/file-format.md, "Faults and notes". Memory grows with the file's pages and
+/// with the rows of one table (8 bytes a row), time with the file's size; neither with what a damaged file claims to
+/// hold. Changes nothing.
 ///
 /// @param source     steady until the checker returns; page 0 must be one that Header::isJet4 knows
 /// @param sizeBytes  of the file

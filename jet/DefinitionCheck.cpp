@@ -95,14 +95,31 @@ void checkLogicalIndexes(const CheckContext& context, const TableDefinition& def
 
 void checkColumns(const CheckContext& context, const TableDefinition& definition, const Place& place) {
     for (const Column& column : definition.columns) {
+        const Place at = place.withColumn(column.name).onPage(definition.page);
+        if (column.isAutoNumber() && column.type != ColumnType::Long)
+            context.findings.fault(at, u"Die Spalte zählt von selbst und ist nicht vom Typ Long.");
         if (!column.isLongValue()) continue;
         const bool hasMaps = std::any_of(definition.longValueMaps.begin(), definition.longValueMaps.end(),
                                          [&](const LongValueMaps& maps) { return maps.columnNumber == column.number; });
-        if (!hasMaps) {
-            context.findings.fault(place.withColumn(column.name).onPage(definition.page),
-                                   u"Die Karten der Spalte für lange Werte fehlen.");
-        }
+        if (!hasMaps) context.findings.fault(at, u"Die Karten der Spalte für lange Werte fehlen.");
     }
+}
+
+/// Only deleted columns leave gaps: places are given one after the other and never again.
+void checkPlaces(const CheckContext& context, const TableDefinition& definition, const Place& place) {
+    if (definition.columns.size() != definition.columnsEver) return;
+    std::size_t fixedBytes = 0;
+    std::size_t variableColumns = 0;
+    for (const Column& column : definition.columns) {
+        if (column.type == ColumnType::Boolean) continue;
+        if (column.isFixed())
+            fixedBytes += column.lengthBytes;
+        else
+            ++variableColumns;
+    }
+    if (fixedBytes == definition.fixedAreaBytes() && variableColumns == definition.variableColumnsEver) return;
+    context.findings.fault(place.onPage(definition.page),
+                           u"Die Spalten füllen ihre Zeile nicht, obwohl keine gelöscht ist.");
 }
 
 }  // namespace
@@ -123,6 +140,7 @@ void checkDefinition(const CheckContext& context, const TableDefinition& definit
     context.findings.guard(place.onPage(definition.page), [&] { checkBytes(context, definition, place); });
     checkLogicalIndexes(context, definition, place);
     checkColumns(context, definition, place);
+    checkPlaces(context, definition, place);
 }
 
 }  // namespace jet

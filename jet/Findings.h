@@ -15,8 +15,8 @@ namespace jet {
 
 struct Finding {
     enum class Kind {
-        Fault,
-        Note,  ///< an oddity that real files have and that harms nobody
+        Fault,  ///< can make a reader lose or misread a row, or a writer break the file
+        Note,   ///< what other writers are known to leave behind
     };
     Kind kind = Kind::Fault;
     base::Text where;  ///< "Tabelle 'Benutzerkonto', Index 'PrimaryKey', Seite 5, Zeile 3"

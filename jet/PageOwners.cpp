@@ -5,6 +5,9 @@
 namespace jet {
 namespace {
 
+/// The file's own, empty in all files.
+constexpr RowPointer kSecondGlobalMap{kGlobalMapPage, 1};
+
 /// Pages that a map can speak of; those outside of the map of free pages are free.
 struct Range {
     std::uint64_t begin = 0;
@@ -54,6 +57,7 @@ PageOwners::PageOwners(PageSource& source, Findings& findings)
     const Owner header = addOwner(u"zum Dateikopf");
     mapOwner_ = addOwner(u"zu den Belegungskarten");
     claim(0, header, {});
+    mapRows_.insert(kSecondGlobalMap.packed());
 }
 
 PageOwners::Owner PageOwners::addOwner(base::Text name) {
@@ -140,22 +144,25 @@ std::optional<CheckedMap> PageOwners::checkFreeMap(RowPointer row, const Checked
     return free;
 }
 
-void PageOwners::checkFreePages(RowPointer freeMap) {
+std::vector<PageNumber> PageOwners::checkFreePages(RowPointer freeMap) {
+    std::vector<PageNumber> ownerless;
     const auto free = readMap(freeMap, {});
-    if (!free) return;
+    if (!free) return ownerless;
     Range range;
     const bool hasRange = findings_.guard(Place{}.atRow(freeMap), [&] {
         const DataPage page(source_.page(freeMap.page));
         range = rangeOf(base::ByteView{page.slot(freeMap.slot).bytes});
     });
-    if (!hasRange) return;
+    if (!hasRange) return ownerless;
     PageList outside;
     PageList unused;
     for (PageNumber page = 0; page < owners_.size(); ++page) {
         const bool isCovered = range.contains(page);
-        const bool isFree = !isCovered || free->contains(page);
+        const bool isFree = free->contains(page);
         if (owners_[page] == 0) {
-            if (!isFree) unused.add(page);
+            if (isFree) continue;
+            ownerless.push_back(page);
+            if (isCovered) unused.add(page);
         } else if (!isCovered) {
             outside.add(page);
         } else if (isFree) {
@@ -164,13 +171,14 @@ void PageOwners::checkFreePages(RowPointer freeMap) {
         }
     }
     if (outside.count() > 0) {
-        findings_.fault(Place{}.onPage(outside.first()),
-                        u"Die Karte der freien Seiten reicht nicht bis zu den belegten Seiten: " + outside.text() +
-                            u" nicht erfasst.");
+        findings_.note(Place{}.onPage(outside.first()),
+                       u"Die Karte der freien Seiten reicht nicht bis zu den belegten Seiten: " + outside.text() +
+                           u" nicht erfasst.");
     }
     if (unused.count() > 0) {
         findings_.note(Place{}.onPage(unused.first()), unused.text() + u" weder frei noch von etwas benutzt.");
     }
+    return ownerless;
 }
 
 }  // namespace jet

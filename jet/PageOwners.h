@@ -41,7 +41,11 @@ public:
     std::optional<CheckedMap> checkFreeMap(RowPointer row, const CheckedMap& owned, const Place& place);
 
     /// Claims nothing further: compares the ledger with the map of free pages.
-    void checkFreePages(RowPointer freeMap);
+    /// @return pages that nobody owns and the map does not call free
+    std::vector<PageNumber> checkFreePages(RowPointer freeMap);
+
+    /// Whether a structure that was read so far has its map there.
+    bool isMapInUse(RowPointer row) const { return mapRows_.contains(row.packed()); }
 
 private:
     bool claimMapPage(PageNumber page, const Place& place);

@@ -15,14 +15,17 @@ namespace {
 
 /// A damaged definition may claim thousands of trees; the format has 32.
 constexpr std::size_t kMaxIndexes = 255;
+constexpr std::uint16_t kColumnProperties = 1;  ///< PropertyOwner::kind
 
 class TableCheck {
 public:
-    TableCheck(const CheckContext& context, const Table& table, const Place& place, PageOwners::Owner owner)
+    TableCheck(const CheckContext& context, const Table& table, CheckedTable& result, const Place& place,
+               PageOwners::Owner owner)
         : context_(context),
           findings_(context.findings),
           table_(table),
-          definition_(table.definition()),
+          definition_(result.definition),
+          result_(result),
           place_(place),
           owner_(owner),
           rows_(table),
@@ -40,7 +43,7 @@ public:
         }
         for (std::size_t i = 0; i < std::min(definition_.indexes.size(), kMaxIndexes); ++i)
             checkIndex(context_, rows_, i, place_);
-        findings_.guard(place_.withColumn(u"LvProp"), [&] { table_.properties(); });
+        findings_.guard(place_.withColumn(u"LvProp"), [&] { checkProperties(table_.properties()); });
     }
 
 private:
@@ -70,11 +73,11 @@ private:
         const RowPointer pointer{page.number(), static_cast<std::uint8_t>(index)};
         switch (slot.state) {
             case SlotState::Live:
-                ++rowCount_;
+                ++result_.rowCount;
                 findings_.guard(place_.atRow(pointer), [&] { checkRow(RowView(slot.bytes, definition_, pointer)); });
                 break;
             case SlotState::Moved:
-                ++rowCount_;
+                ++result_.rowCount;
                 findings_.guard(place_.atRow(pointer), [&] {
                     const Row row = table_.rowAt(pointer);
                     checkTarget(pointer, row.view.place());
@@ -137,23 +140,25 @@ private:
             u"Der Wert hat " + countText(bytes) + u" Bytes, erlaubt sind " + countText(column.lengthBytes) + u".");
     }
 
+    /// Other writers leave data of moved rows behind; where the table counts more rows than it has, one of them was
+    /// a row.
     void checkHiddenRows() {
         for (const RowPointer row : hidden_) {
             if (targets_.contains(row.packed())) continue;
-            findings_.fault(place_.atRow(row), u"Auf die Daten einer verschobenen Zeile verweist keine Zeile.");
+            base::Text what = u"Auf die Daten einer verschobenen Zeile verweist keine Zeile.";
+            if (result_.countsMoreThanFound())
+                findings_.fault(place_.atRow(row), std::move(what));
+            else
+                findings_.note(place_.atRow(row), std::move(what));
         }
     }
 
     void checkCounters() {
-        context_.counts.rows += rowCount_;
-        if (definition_.rowCount != rowCount_) {
-            base::Text what = u"Die Zahl der Datensätze ist " + base::decimal(definition_.rowCount) + u", es sind " +
-                              countText(rowCount_) + u".";
-            // Those of the system tables are often out of date, and nobody minds.
-            if (definition_.isSystem())
-                findings_.note(place_.onPage(definition_.page), std::move(what));
-            else
-                findings_.fault(place_.onPage(definition_.page), std::move(what));
+        context_.counts.rows += result_.rowCount;
+        if (definition_.rowCount != result_.rowCount) {
+            findings_.note(place_.onPage(definition_.page), u"Die Zahl der Datensätze ist " +
+                                                                base::decimal(definition_.rowCount) + u", es sind " +
+                                                                countText(result_.rowCount) + u".");
         }
         if (highestNumber_ > static_cast<std::int32_t>(definition_.lastAutoNumber)) {
             findings_.note(place_.onPage(definition_.page),
@@ -162,43 +167,60 @@ private:
         }
     }
 
+    /// A name that was changed leaves the properties of the old one, and a column without any.
+    void checkProperties(const PropertyBlob& properties) {
+        const auto hasColumn = [&](const PropertyOwner& owner) {
+            return owner.kind != kColumnProperties || definition_.column(owner.name) != nullptr;
+        };
+        const auto hasOwner = [&](const Column& column) {
+            return std::ranges::any_of(properties.owners, [&](const PropertyOwner& owner) {
+                return owner.kind == kColumnProperties && textsAreEqual(owner.name, column.name);
+            });
+        };
+        const auto stranger = std::ranges::find_if_not(properties.owners, hasColumn);
+        if (stranger == properties.owners.end() || std::ranges::all_of(definition_.columns, hasOwner)) return;
+        findings_.fault(place_.withColumn(stranger->name).onPage(definition_.page),
+                        u"Die Spalte hat Eigenschaften, und es gibt sie nicht.");
+    }
+
     CheckContext context_;
     Findings& findings_;
     const Table& table_;
     const TableDefinition& definition_;
+    CheckedTable& result_;
     Place place_;
     PageOwners::Owner owner_;
     TableRows rows_;
     LongValueCheck longValues_;
     std::vector<RowPointer> hidden_;
     std::unordered_set<std::uint32_t> targets_;
-    std::size_t rowCount_ = 0;
     std::int32_t highestNumber_ = 0;
 };
 
 }  // namespace
 
-std::optional<TableDefinition> checkTable(const CheckContext& context, const CatalogEntry& entry) {
+std::optional<CheckedTable> checkTable(const CheckContext& context, const CatalogEntry& entry) {
     const Place place = Place::ofTable(entry.name);
     const PageOwners::Owner owner = context.owners.addOwner(u"zur Tabelle '" + entry.name + u"'");
-    std::optional<TableDefinition> definition;
-    context.findings.guard(place.onPage(entry.id),
-                           [&] { definition = TableDefinition::read(context.source, entry.id); });
-    if (!definition) return std::nullopt;
+    std::optional<CheckedTable> checked;
+    context.findings.guard(place.onPage(entry.id), [&] {
+        checked = {entry.name, TableDefinition::read(context.source, entry.id)};
+    });
+    if (!checked) return std::nullopt;
     ++context.counts.tables;
     bool isOwn = true;
-    for (const PageNumber page : definition->chain)
+    for (const PageNumber page : checked->definition.chain)
         isOwn = context.owners.claim(page, owner, place) && isOwn;
     if (!isOwn) return std::nullopt;
-    checkDefinition(context, *definition, place);
+    checkDefinition(context, checked->definition, place);
     // The table reads its map of owned pages; that it cannot is told with the map.
     std::optional<Table> table;
     passingOverDamage([&] { table.emplace(context.source, entry); });
     if (table)
-        TableCheck(context, *table, place, owner).run();
+        TableCheck(context, *table, *checked, place, owner).run();
     else
-        context.owners.readMap(definition->ownedPages, place);
-    return definition;
+        context.owners.readMap(checked->definition.ownedPages, place);
+    return checked;
 }
 
 }  // namespace jet

@@ -17,8 +17,17 @@ struct CheckContext {
     CheckCounts& counts;
 };
 
+struct CheckedTable {
+    base::Text name;
+    TableDefinition definition;
+    std::size_t rowCount = 0;  ///< rows found
+
+    /// A count may be out of date; with a sign of a lost row beside it, it is none.
+    bool countsMoreThanFound() const { return definition.rowCount > rowCount; }
+};
+
 /// Checks a table with all that belongs to it: definition, maps, data pages, rows, long values, indexes.
-/// @return its definition, if that can be read
-std::optional<TableDefinition> checkTable(const CheckContext& context, const CatalogEntry& entry);
+/// @return nothing if its definition cannot be read
+std::optional<CheckedTable> checkTable(const CheckContext& context, const CatalogEntry& entry);
 
 }  // namespace jet

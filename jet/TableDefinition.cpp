@@ -141,6 +141,20 @@ void checkColumnsDiffer(const TableDefinition& definition) {
     }
 }
 
+/// Two columns in the same bytes of a row: at least one of them is misread.
+void checkFixedColumnsApart(const TableDefinition& definition) {
+    std::vector<const Column*> fixed;
+    for (const Column& column : definition.columns) {
+        if (column.isFixed() && column.type != ColumnType::Boolean) fixed.push_back(&column);
+    }
+    std::ranges::sort(fixed, {}, &Column::fixedOffset);
+    for (std::size_t i = 1; i < fixed.size(); ++i) {
+        if (fixed[i - 1]->fixedOffset + fixed[i - 1]->lengthBytes <= fixed[i]->fixedOffset) continue;
+        throw damaged(definition.page, u"Die Spalten '" + fixed[i - 1]->name + u"' und '" + fixed[i]->name +
+                                           u"' liegen in denselben Bytes der Zeile");
+    }
+}
+
 void readColumns(Reader& reader, std::size_t count, TableDefinition& definition) {
     definition.columns.reserve(count);
     for (std::size_t i = 0; i < count; ++i)
@@ -150,6 +164,7 @@ void readColumns(Reader& reader, std::size_t count, TableDefinition& definition)
         checkColumn(column, definition);
     }
     checkColumnsDiffer(definition);
+    checkFixedColumnsApart(definition);
 }
 
 void readIndex(Reader& reader, IndexDefinition& index, const TableDefinition& definition) {

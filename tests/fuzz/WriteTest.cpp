@@ -213,7 +213,7 @@ private:
 
     std::string check() {
         ReadOperation operation = database_.beginRead();
-        return test::faultsIn(operation);
+        return test::faultsIn(operation, test::Writers::Others);
     }
 
     test::Machine machine_;

@@ -2,6 +2,8 @@
 #include "jet/MemoryIo.h"
 #include "jet/UsageMap.h"
 #include "tests/jet/CheckerDamages.h"
+#include "tests/support/MemoryPageStore.h"
+#include "tests/support/RelatedTables.h"
 
 namespace jet {
 namespace {
@@ -78,7 +80,9 @@ base::Bytes fileToDamage() {
     creator.addTable(accounts(), accountRows());
     creator.addTable(second(), secondRows());
     creator.finish();
-    FileAtHand file(io.bytes());
+    test::MemoryPageStore store(io.bytes());
+    test::relate(store, u"Zweite", u"Nr", u"Konten", u"ID", 0, test::kCascade);
+    FileAtHand file(store.file());
     moveRow(file);
     return file.bytes;
 }

@@ -44,7 +44,7 @@ TEST(Checker, FindsNothingInSoundFiles) {
 TEST(Checker, FindsEachDamageAndNamesItsPlace) {
     const base::Bytes sound = fileToDamage();
     const auto all = damages();
-    EXPECT_GE(all.size(), 60U);
+    EXPECT_GE(all.size(), 35U);
     for (const Damage& damage : all) {
         FileAtHand file(sound);
         const base::Text wanted = damage.apply(file);
@@ -57,11 +57,11 @@ TEST(Checker, FindsEachDamageAndNamesItsPlace) {
 
 TEST(Checker, GoesOnBehindAFault) {
     FileAtHand file(fileToDamage());
-    // The first damage of each group lies in another structure.
+    // Each lies in another structure.
     std::vector<base::Text> wanted;
     for (const Damage& damage : damages()) {
-        if (damage.name == "a commit word of 0" || damage.name == "free bytes of a leaf" ||
-            damage.name == "rights to nothing" || damage.name == "bits behind the null mask") {
+        if (damage.name == "a commit word of 0" || damage.name == "a separator that is too small" ||
+            damage.name == "rules of a relationship" || damage.name == "bits behind the null mask") {
             wanted.push_back(damage.apply(file));
         }
     }
@@ -71,22 +71,29 @@ TEST(Checker, GoesOnBehindAFault) {
         EXPECT_TRUE(hasFault(result, each)) << base::toUtf8(each) << "\n" << linesOf(result);
 }
 
+/// What other writers leave behind. Each is told, and none is a fault.
 TEST(Checker, TakesHarmlessOdditiesForNotes) {
     FileAtHand file(fileToDamage());
-    const Table konten = *openTable(file, u"Konten");
-    const TableDefinition& definition = konten.definition();
-    base::putU32(file.at(definition.page), 20, 17);  // auto number
-    base::putU32(file.at(3), 16, 1);                 // row count of a system table
+    const PageNumber konten = openTable(file, u"Konten")->definition().page;
+    base::putU32(file.at(konten), 16, 402);
+    base::putU32(file.at(konten), 20, 17);  // auto number
+    base::putU32(file.at(3), 16, 1);        // row count of a system table
+    // The data of a moved row that nobody points to.
+    const PageNumber page = *openTable(file, u"Zweite")->ownedPages().next(0);
+    const base::Bytes row(DataPage(file.page(page)).slot(0).bytes.begin(),
+                          DataPage(file.page(page)).slot(0).bytes.end());
+    appendRow(file.at(page), row, SlotState::Hidden);
+    // The map of free pages ends before page 8, and behind the first page that is used by nothing.
     file.bytes.resize(file.bytes.size() + kPageSize);
-    base::Bytes& bytes = file.bytes;
-    const DataPage maps(file.page(1));
-    const auto row = maps.slot(0).bytes;
-    const std::size_t bit = file.pageCount() - 1;
-    bytes[static_cast<std::size_t>(row.data() - bytes.data()) + 5 + bit / 8] &=
-        static_cast<std::uint8_t>(~(1U << (bit % 8)));
+    const auto map = DataPage(file.page(1)).slot(0).bytes;
+    const auto bits = file.bytes.begin() + (map.data() - file.bytes.data()) + 5;
+    const PageNumber last = file.pageCount() - 1;
+    bits[last / 8] &= static_cast<std::uint8_t>(~(1U << (last % 8)));
+    std::shift_left(bits, bits + 64, 1);
+    base::putU32(file.bytes, static_cast<std::size_t>(bits - file.bytes.begin()) - 4, 8);
     const CheckResult result = check(file);
     EXPECT_TRUE(result.isSound()) << linesOf(result);
-    EXPECT_EQ(result.findings.noteCount(), 3U) << linesOf(result);
+    EXPECT_EQ(result.findings.noteCount(), 6U) << linesOf(result);
 }
 
 TEST(Checker, KeepsABoundedNumberOfFindings) {

@@ -29,7 +29,7 @@ std::string summary(const jet::CheckResult& result) {
     return "In Ordnung: " + part(counts.pages, " Seiten, ") + part(counts.tables, " Tabellen, ") +
            part(counts.rows, " Datensätze, ") + part(counts.indexes, " Indizes, ") +
            part(counts.entries, " Einträge, ") + part(counts.longValues, " lange Werte, ") +
-           part(result.findings.noteCount(), " Hinweise\n");
+           part(result.findings.noteCount(), " Hinweise");
 }
 
 }  // namespace
@@ -50,7 +50,8 @@ int check(std::span<const base::Text> arguments, Console& console) {
     if (line.flag(kNotesFlag))
         printFindings(findings, jet::Finding::Kind::Note, findings.noteCount(), " weitere Hinweise\n", console);
     if (!result.isSound()) return kExitFaultsFound;
-    console.print(summary(result));
+    const bool areNotesHidden = findings.noteCount() > 0 && !line.flag(kNotesFlag);
+    console.print(summary(result) + (areNotesHidden ? " (mit --notes zu sehen)\n" : "\n"));
     return kExitSuccess;
 }
 

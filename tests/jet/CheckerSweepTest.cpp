@@ -1,0 +1,239 @@
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <random>
+#include <set>
+
+#include "jet/Checker.h"
+#include "jet/IndexPage.h"
+#include "jet/UsageMap.h"
+#include "tests/jet/CheckerDamages.h"
+#include "tests/support/Environment.h"
+
+namespace jet {
+namespace {
+
+/// Bytes of a page that are in use.
+struct Area {
+    PageNumber page;
+    std::size_t from;
+    std::size_t to;
+    base::Text owner;           ///< table
+    std::uint8_t bits = 0xFF;   ///< that may be changed
+    bool isNoteEnough = false;  ///< for what leads to the right places yet
+};
+
+/// What somebody sees of a table who asks for all of it, but for values and the columns' order.
+struct Answer {
+    bool isError = false;
+    std::set<base::Bytes> columns;
+    std::size_t rows = 0;
+    bool operator==(const Answer&) const = default;
+};
+
+Answer ask(PageSource& source, base::TextView name) {
+    Answer answer;
+    try {
+        const auto table = openTable(source, name);
+        if (!table) return answer;
+        for (const Column& column : table->definition().columns)
+            answer.columns.insert(sortKey(column.name));
+        for (RowCursor cursor(*table); cursor.next(); ++answer.rows) {
+            for (const Column& column : table->definition().columns)
+                table->value(cursor.row().view, column);
+        }
+    } catch (const base::RuntimeError&) {
+        return {true, {}, 0};
+    }
+    return answer;
+}
+
+std::vector<PageNumber> pagesOf(const UsageMap& map) {
+    std::vector<PageNumber> pages;
+    for (auto page = map.next(0); page; page = map.next(*page + 1))
+        pages.push_back(*page);
+    return pages;
+}
+
+Area rowArea(FileAtHand& file, RowPointer row, const base::Text& owner) {
+    const auto bytes = DataPage(file.page(row.page)).slot(row.slot).bytes;
+    const auto from = static_cast<std::size_t>(bytes.data() - file.at(row.page).data());
+    return {row.page, from, from + bytes.size(), owner};
+}
+
+/// The head of a data page but for the stamp.
+void addHead(std::vector<Area>& areas, PageNumber page, std::size_t slots, const base::Text& owner) {
+    areas.push_back({page, 0, 8, owner});
+    areas.push_back({page, kSlotCountOffset, slotPlace(slots), owner});
+}
+
+/// A map, the head of the page on which it lies, and the heads of the pages that it names.
+void addMap(std::vector<Area>& areas, FileAtHand& file, RowPointer map, const base::Text& owner) {
+    const auto pages = pagesOf(UsageMap::read(file, map));
+    if (!pages.empty()) areas.push_back(rowArea(file, map, owner));
+    addHead(areas, map.page, 0, owner);
+    for (const PageNumber page : pages)
+        if (file.page(page).kind() == PageKind::Data)
+            addHead(areas, page, DataPage(file.page(page)).slotCount(), owner);
+}
+
+/// All of the catalog's pages and the definitions.
+std::vector<Area> catalogAndDefinitions(FileAtHand& file) {
+    std::vector<Area> areas;
+    const Catalog catalog(file);
+    for (const CatalogEntry& entry : catalog.entries())
+        if (entry.isLocalTable()) areas.push_back({entry.id, 0, kPageSize - 8U - file.u16(entry.id, 2), entry.name});
+    for (const PageNumber page : pagesOf(Table(file, Catalog::ownEntry()).ownedPages())) {
+        const DataPage data(file.page(page));
+        const std::size_t slots = slotPlace(data.slotCount());
+        areas.push_back({page, 0, slots, u"MSysObjects"});
+        areas.push_back({page, slots + data.freeBytes(), kPageSize, u"MSysObjects"});
+    }
+    return areas;
+}
+
+/// Every change of them is a fault: the fields of a definition that say where something is.
+void addPlaces(std::vector<Area>& areas, const Area& whole, const TableDefinition& definition) {
+    const auto add = [&](std::size_t from, std::size_t to, std::uint8_t bits = 0xFF) {
+        areas.push_back({whole.page, from, to, whole.owner, bits});
+    };
+    add(0, kRowCountOffset);
+    add(43, kStatisticsOffset);
+    std::size_t at = kStatisticsOffset + kStatisticsBytes * definition.indexes.size();
+    for (std::size_t i = 0; i < definition.columns.size(); ++i, at += Column::kDescriptorBytes)
+        add(at + 1, at + 7);
+    for (const Column& column : definition.columns)
+        at += 2 + 2 * column.name.size();
+    for (std::size_t i = 0; i < definition.indexes.size(); ++i, at += IndexDefinition::kBytes) {
+        add(at, at + 7);
+        add(at + 34, at + 42);
+        add(at + 46, at + 47, IndexDefinition::kAlways);
+    }
+    for (const LogicalIndex& index : definition.logicalIndexes) {
+        const bool isSide = index.kind == LogicalIndex::Kind::ForeignKey;
+        add(at, at + (isSide ? 24 : 4));
+        // What the sides of a relationship share keeps its name when one of them leaves it.
+        if (!isSide && index.kind != LogicalIndex::Kind::PrimaryKey) add(at + 8, at + 13);
+        at += LogicalIndex::kBytes;
+    }
+    for (const LogicalIndex& index : definition.logicalIndexes)
+        at += 2 + 2 * index.name.size();
+    add(at, whole.to);
+}
+
+void addIndexPages(std::vector<Area>& areas, FileAtHand& file, const TableDefinition& definition,
+                   const base::Text& owner) {
+    for (const IndexDefinition& index : definition.indexes) {
+        addMap(areas, file, index.usageMap, owner);
+        for (const PageNumber page : pagesOf(UsageMap::read(file, index.usageMap))) {
+            const IndexPage entries(file.page(page), definition.page);
+            const bool isLeaf = entries.isLeaf();
+            areas.push_back({page, 0, 8, owner});
+            // One entry alone has no use for a prefix.
+            areas.push_back({page, isLeaf ? 12U : 20U, entries.size() < 2 ? 24U : 26U, owner});
+            areas.push_back({page, 27, 480U + 3616U - file.u16(page, 2), owner, 0xFF, !isLeaf});
+        }
+    }
+}
+
+std::vector<Area> placesAndIndexes(FileAtHand& file) {
+    std::vector<Area> areas;
+    for (const Area& whole : catalogAndDefinitions(file)) {
+        if (file.page(whole.page).kind() != PageKind::TableDefinition) continue;
+        const TableDefinition definition = TableDefinition::read(file, whole.page);
+        addPlaces(areas, whole, definition);
+        addIndexPages(areas, file, definition, whole.owner);
+        addMap(areas, file, definition.ownedPages, whole.owner);
+        for (const LongValueMaps& maps : definition.longValueMaps)
+            addMap(areas, file, maps.owned, whole.owner);
+    }
+    return areas;
+}
+
+class CheckerSweep : public testing::Test {
+protected:
+    /// Changes bytes of the areas, one at a time and at random: TOLV_SWEEP * samples, or all in all ways if it is 0.
+    template <typename Visit>
+    void sweep(const std::vector<Area>& areas, std::size_t samples, Visit&& visit) {
+        samples *= test::environmentNumber("TOLV_SWEEP", 1);
+        if (samples == 0) {
+            for (const Area& area : areas)
+                for (std::size_t at = area.from; at < area.to; ++at)
+                    for (unsigned change = 1; change < 256; ++change)
+                        if ((change & ~unsigned{area.bits}) == 0) tryOne(area, at, change, visit);
+            return;
+        }
+        std::vector<std::pair<const Area*, std::size_t>> places;
+        for (const Area& area : areas)
+            for (std::size_t at = area.from; at < area.to; ++at)
+                places.emplace_back(&area, at);
+        for (std::size_t i = 0; i < samples; ++i) {
+            const auto& [area, at] = places[random_() % places.size()];
+            unsigned change = 0;
+            while ((change & area->bits) == 0)
+                change = static_cast<unsigned>(random_() % 256);
+            tryOne(*area, at, change & area->bits, visit);
+        }
+    }
+
+    /// Whether a fault, or at least a finding, names the table or the page.
+    bool isTold(const Area& area) {
+        const CheckResult result = checkDatabase(file_, file_.bytes.size());
+        return std::ranges::any_of(result.findings.kept(), [&](const Finding& finding) {
+            const base::Text line = finding.line();
+            return (area.isNoteEnough || finding.kind == Finding::Kind::Fault) &&
+                   (line.find(u"'" + area.owner + u"'") != base::Text::npos ||
+                    line.find(u"Seite " + base::decimal(area.page)) != base::Text::npos);
+        });
+    }
+
+    bool isSound() { return checkDatabase(file_, file_.bytes.size()).isSound(); }
+
+    FileAtHand file_{fileToDamage()};
+
+private:
+    template <typename Visit>
+    void tryOne(const Area& area, std::size_t at, unsigned change, Visit& visit) {
+        SCOPED_TRACE("random seed " + std::to_string(seed_) + ", page " + std::to_string(area.page) + ", byte " +
+                     std::to_string(at) + " of " + base::toUtf8(area.owner) + ", changed by " + std::to_string(change));
+        std::uint8_t& byte = file_.at(area.page)[at];
+        byte = static_cast<std::uint8_t>(byte ^ change);
+        visit(area);
+        byte = static_cast<std::uint8_t>(byte ^ change);
+    }
+
+    unsigned seed_ = test::environmentNumber("TOLV_RANDOM_SEED", std::random_device{}());
+    std::mt19937 random_{seed_};
+};
+
+TEST_F(CheckerSweep, WhateverChangesWhatATableShowsIsAFault) {
+    const base::TextView tables[] = {u"Konten", u"Zweite"};
+    const Answer before[] = {ask(file_, tables[0]), ask(file_, tables[1])};
+    ASSERT_EQ(before[0].rows, 400U);
+    std::size_t changed = 0;
+    sweep(catalogAndDefinitions(file_), 250, [&](const Area&) {
+        if (ask(file_, tables[0]) == before[0] && ask(file_, tables[1]) == before[1]) return;
+        ++changed;
+        EXPECT_FALSE(isSound());
+    });
+    EXPECT_GT(changed, 10U);
+}
+
+TEST_F(CheckerSweep, EveryPlaceAndEveryEntryIsBound) {
+    sweep(placesAndIndexes(file_), 60, [&](const Area& area) { EXPECT_TRUE(isTold(area)); });
+}
+
+/// A map that has lost its pages, or names others.
+TEST_F(CheckerSweep, ADamagedMapDoesNotMakeATableShorter) {
+    for (const base::TextView name : {u"Konten", u"Zweite", u"MSysObjects"}) {
+        const base::TextView asked = name == u"Zweite" ? u"Zweite" : u"Konten";
+        const Answer before = ask(file_, asked);
+        const Area map = rowArea(file_, openTable(file_, name)->definition().ownedPages, base::Text(name));
+        sweep({map}, 40, [&](const Area&) {
+            const Answer now = ask(file_, asked);
+            EXPECT_TRUE(now.isError || now == before);
+        });
+    }
+}
+
+}  // namespace
+}  // namespace jet
