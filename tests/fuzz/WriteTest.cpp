@@ -159,6 +159,20 @@ void changeMaps(base::Bytes& file, Mutator& random) {
     file = store.file();
 }
 
+/// Changes at random hit leftovers and texts more often than what holds a file together: bytes are changed of
+/// definitions, and of index pages down to the last entry.
+void changeStructure(base::Bytes& file, Mutator& random) {
+    if (Header::read(base::ByteView(file)).databaseKey != 0) return;
+    const auto pages = static_cast<PageNumber>(file.size() / kPageSize);
+    for (std::uint32_t left = 1 + random.below(2); left > 0;) {
+        const std::size_t page = kPageSize * random.below(pages);
+        if (file[page] < 2 || file[page] > 4) continue;
+        const std::size_t used = kPageSize - base::ByteView(file).u16(page + 2);
+        if (used > 8) file[page + random.below(used)] ^= static_cast<std::uint8_t>(1 + random.below(255));
+        --left;
+    }
+}
+
 /// Two structures share a page, or will when the file has grown, or one leads to a page or row that others may be
 /// given: then a change of another one can be a new fault of the first.
 bool sharesPages(const std::string& faults) {
@@ -254,10 +268,10 @@ TEST(DamagedFiles, AreNotMadeWorseByStatements) {
         const std::size_t chosen = random.below(all.size());
         base::Bytes file = random.mutate(all[chosen].file);
         if (targets[chosen].empty()) continue;
-        if (random.below(5) == 0) {
-            file = all[chosen].file;
-            changeMaps(file, random);
-        }
+        const std::uint32_t kind = random.below(5);
+        if (kind < 3) file = all[chosen].file;
+        if (kind == 0) changeMaps(file, random);
+        if (kind == 1 || kind == 2) changeStructure(file, random);
         EXPECT_EQ(writeInto(file, targets[chosen], random, counts), "")
             << all[chosen].name << ", random seed " << randomSeed << ", mutation " << i;
     }
