@@ -160,15 +160,17 @@ void changeMaps(base::Bytes& file, Mutator& random) {
 }
 
 /// Changes at random hit leftovers and texts more often than what holds a file together: bytes are changed of
-/// definitions, and of index pages down to the last entry.
+/// definitions, and of index pages down to the last entry, every second one in their heads, where the links are.
 void changeStructure(base::Bytes& file, Mutator& random) {
     if (Header::read(base::ByteView(file)).databaseKey != 0) return;
+    constexpr std::size_t kPageHead = 27;
     const auto pages = static_cast<PageNumber>(file.size() / kPageSize);
     for (std::uint32_t left = 1 + random.below(2); left > 0;) {
         const std::size_t page = kPageSize * random.below(pages);
         if (file[page] < 2 || file[page] > 4) continue;
         const std::size_t used = kPageSize - base::ByteView(file).u16(page + 2);
-        if (used > 8) file[page + random.below(used)] ^= static_cast<std::uint8_t>(1 + random.below(255));
+        const std::size_t place = random.below(random.below(2) == 0 ? kPageHead : std::max<std::size_t>(used, 1));
+        if (used > kPageHead) file[page + place] ^= static_cast<std::uint8_t>(1 + random.below(255));
         --left;
     }
 }
