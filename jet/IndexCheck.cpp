@@ -1,6 +1,7 @@
 #include "jet/IndexCheck.h"
 
 #include <algorithm>
+#include <array>
 
 #include "jet/ExpectedKeys.h"
 #include "jet/IndexPage.h"
@@ -24,9 +25,10 @@ public:
     void run(PageNumber definitionPage) {
         definitionPage_ = definitionPage;
         visit(index_.rootPage, 0);
-        if (linksAreKnown_ && lastLeaf_ != 0 && nextLink_ != 0) {
-            findings_.fault(place_.onPage(lastLeaf_),
-                            u"Hinter der letzten Indexseite soll noch Seite " + base::decimal(nextLink_) + u" kommen.");
+        for (const Chain& chain : chains_) {
+            if (!chain.isKnown || chain.last == 0 || chain.next == 0) continue;
+            findings_.fault(place_.onPage(chain.last), u"Hinter der letzten Indexseite soll noch Seite " +
+                                                           base::decimal(chain.next) + u" kommen.");
         }
         checkMap();
     }
@@ -34,6 +36,13 @@ public:
     bool isWhole() const { return isWhole_; }
 
 private:
+    /// The pages of one level, as far as they were met.
+    struct Chain {
+        PageNumber last = 0;
+        PageNumber next = 0;  ///< the last one's link
+        bool isKnown = true;  ///< no page was left out since the last one
+    };
+
     /// @return whether all below the page was walked over
     bool visit(PageNumber number, std::size_t depth) {
         if (depth >= kMaxIndexHeight) {
@@ -53,7 +62,8 @@ private:
 
     bool lose() {
         isWhole_ = false;
-        linksAreKnown_ = false;
+        for (Chain& chain : chains_)
+            chain.isKnown = false;
         return false;
     }
 
@@ -62,6 +72,7 @@ private:
             findings_.fault(place_.onPage(node.number()), u"Ein Knoten des Indexes hat keine Kinder.");
             return lose();
         }
+        checkLinks(node, chains_[depth]);
         bool isWhole = true;
         for (std::size_t i = 0; i < node.size(); ++i) {
             const bool isSound = visit(node.child(i), depth + 1);
@@ -88,7 +99,7 @@ private:
 
     void visitLeaf(const IndexPage& leaf, std::size_t depth) {
         const Place at = place_.onPage(leaf.number());
-        checkLinks(leaf);
+        checkLinks(leaf, chains_.back());
         if (context_.source.page(leaf.number()).bytes.u32(kTailOffset) != 0)
             findings_.fault(at, u"Eine Indexseite der untersten Ebene nennt ein Kind.");
         if (leaf.size() == 0 && depth > 0) findings_.note(at, u"Die Indexseite hat keine Einträge.");
@@ -100,21 +111,23 @@ private:
         }
     }
 
-    void checkLinks(const IndexPage& leaf) {
-        if (linksAreKnown_) {
-            if (leaf.previous() != lastLeaf_) {
-                findings_.fault(place_.onPage(leaf.number()), u"Die Seite davor ist " + base::decimal(lastLeaf_) +
-                                                                  u", genannt wird " + base::decimal(leaf.previous()) +
+    /// Nodes need not be linked: not every writer does that.
+    void checkLinks(const IndexPage& page, Chain& chain) {
+        const auto differs = [&](PageNumber link, PageNumber neighbour) {
+            return link != neighbour && (link != 0 || page.isLeaf());
+        };
+        if (chain.isKnown) {
+            if (differs(page.previous(), chain.last)) {
+                findings_.fault(place_.onPage(page.number()), u"Die Seite davor ist " + base::decimal(chain.last) +
+                                                                  u", genannt wird " + base::decimal(page.previous()) +
                                                                   u".");
             }
-            if (lastLeaf_ != 0 && nextLink_ != leaf.number()) {
-                findings_.fault(place_.onPage(lastLeaf_), u"Die Seite dahinter ist " + base::decimal(leaf.number()) +
-                                                              u", genannt wird " + base::decimal(nextLink_) + u".");
+            if (chain.last != 0 && differs(chain.next, page.number())) {
+                findings_.fault(place_.onPage(chain.last), u"Die Seite dahinter ist " + base::decimal(page.number()) +
+                                                               u", genannt wird " + base::decimal(chain.next) + u".");
             }
         }
-        lastLeaf_ = leaf.number();
-        nextLink_ = leaf.next();
-        linksAreKnown_ = true;
+        chain = {page.number(), page.next(), true};
     }
 
     void checkEntry(const Place& at) {
@@ -161,9 +174,7 @@ private:
     std::vector<PageNumber> pages_;
     base::Bytes entry_;
     base::Bytes last_;  ///< entries that follow are greater
-    PageNumber lastLeaf_ = 0;
-    PageNumber nextLink_ = 0;
-    bool linksAreKnown_ = true;  ///< no leaf was left out since the last one
+    std::array<Chain, kMaxIndexHeight + 1> chains_;  ///< of nodes by their depth, and of all leaves
     bool isWhole_ = true;
 };
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <utility>
 
 #include "jet/IndexNode.h"
 
@@ -20,60 +21,44 @@ public:
         : pages_(pages), definitionPage_(definitionPage), root_(root), treePages_{root} {}
 
     std::vector<PageNumber> build(const IndexEntries& entries) {
-        std::vector<Child> level = buildLeaves(entries);
-        for (std::uint8_t height = 1; level.size() > 1; ++height)
-            level = buildNodes(level, height);
+        std::vector<Child> level = buildLevel(
+            0, entries.size(), [&](std::size_t i) { return std::pair(entries.entry(i), PageNumber{0}); }, 0);
+        for (std::uint8_t height = 1; level.size() > 1; ++height) {
+            const std::vector<Child> below = std::move(level);
+            // The last child becomes the tail of the last node and needs no entry.
+            level = buildLevel(
+                height, below.size() - 1,
+                [&](std::size_t i) { return std::pair(std::span<const std::uint8_t>(below[i].last), below[i].page); },
+                below.back().page);
+        }
         std::sort(treePages_.begin(), treePages_.end());
         return std::move(treePages_);
     }
 
 private:
-    std::vector<Child> buildLeaves(const IndexEntries& entries) {
-        std::vector<Child> leaves;
-        IndexNode leaf(true);
-        for (std::size_t i = 0; i < entries.size(); ++i) {
-            if (leaf.add(entries.entry(i))) continue;
-            // The first leaf turns out not to be the only one only here, so its page comes late.
-            const PageNumber page = leaves.empty() ? allocate() : nextLeaf_;
+    /// Fills pages one after the other. Only where the second one begins does the first turn out not to be the root.
+    /// @param entryAt  entry i and its child
+    template <typename EntryAt>
+    std::vector<Child> buildLevel(std::uint8_t height, std::size_t count, EntryAt entryAt, PageNumber tail) {
+        std::vector<Child> level;
+        IndexNode node(height == 0);
+        PageNumber page = 0;
+        for (std::size_t i = 0; i < count; ++i) {
+            const auto [entry, child] = entryAt(i);
+            if (node.add(entry, child)) continue;
+            if (page == 0) page = allocate();
             const PageNumber next = allocate();
-            writeLeaf(leaf, page, next, leaves);
-            nextLeaf_ = next;
-            leaf = IndexNode(true);
-            const bool fits = leaf.add(entries.entry(i));
+            node.next = next;
+            write(node, page, height, level);
+            node = IndexNode(height == 0);
+            node.previous = std::exchange(page, next);
+            const bool fits = node.add(entry, child);
             assert(fits);
             static_cast<void>(fits);
         }
-        writeLeaf(leaf, leaves.empty() ? root_ : nextLeaf_, 0, leaves);
-        return leaves;
-    }
-
-    void writeLeaf(IndexNode& leaf, PageNumber page, PageNumber next, std::vector<Child>& leaves) {
-        leaf.previous = leaves.empty() ? 0 : leaves.back().page;
-        leaf.next = next;
-        write(leaf, page, 0);
-        leaves.push_back({lastOf(leaf), page});
-    }
-
-    /// The last child of the level becomes the tail of its last node and needs no entry.
-    std::vector<Child> buildNodes(const std::vector<Child>& children, std::uint8_t height) {
-        std::vector<Child> nodes;
-        IndexNode node(false);
-        for (std::size_t i = 0; i + 1 < children.size(); ++i) {
-            if (node.add(children[i].last, children[i].page)) continue;
-            writeNode(node, allocate(), 0, height, nodes);
-            node = IndexNode(false);
-            const bool fits = node.add(children[i].last, children[i].page);
-            assert(fits);
-            static_cast<void>(fits);
-        }
-        writeNode(node, nodes.empty() ? root_ : allocate(), children.back().page, height, nodes);
-        return nodes;
-    }
-
-    void writeNode(IndexNode& node, PageNumber page, PageNumber tail, std::uint8_t height, std::vector<Child>& nodes) {
         node.tail = tail;
-        write(node, page, height);
-        nodes.push_back({lastOf(node), page});
+        write(node, page == 0 ? root_ : page, height, level);
+        return level;
     }
 
     static base::Bytes lastOf(const IndexNode& node) {
@@ -82,10 +67,11 @@ private:
         return {last.begin(), last.end()};
     }
 
-    void write(const IndexNode& node, PageNumber number, std::uint8_t height) {
+    void write(const IndexNode& node, PageNumber number, std::uint8_t height, std::vector<Child>& level) {
         base::Bytes page(kPageSize);
         node.write(page, definitionPage_, height);
         pages_.write(number, page);
+        level.push_back({lastOf(node), number});
     }
 
     PageNumber allocate() {
@@ -97,7 +83,6 @@ private:
     PageNumber definitionPage_;
     PageNumber root_;
     std::vector<PageNumber> treePages_;
-    PageNumber nextLeaf_ = 0;
 };
 
 }  // namespace

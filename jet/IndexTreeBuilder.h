@@ -38,7 +38,7 @@ private:
 };
 
 /// Builds a whole index tree of entries in their order: leaves are filled one after the other, then the levels of
-/// nodes above them. The root keeps its page. Only the nodes on the rightmost path have a tail; the others have
+/// nodes above them, all linked with their neighbours. The root keeps its page. Only the nodes on the rightmost path have a tail; the others have
 /// an entry for every child.
 ///
 /// @param root  allocated before

@@ -217,13 +217,11 @@ void IndexWriter::split(std::size_t level, Place place) {
         nodes_.move(at.page, added);
         at.page = added;
     }
-    if (at.node->isLeaf() || at.node->previous != 0 || at.node->next != 0) {
-        front.previous = at.node->previous;
-        front.next = at.page;
-        at.node->previous = frontPage;
-        if (!isEnd) relink(front.previous, at.page, frontPage, true);
-        if (isEnd) relink(at.node->next, frontPage, at.page, false);
-    }
+    front.previous = at.node->previous;
+    front.next = at.page;
+    at.node->previous = frontPage;
+    if (!isEnd) relink(front.previous, at.page, frontPage, true);
+    if (isEnd) relink(at.node->next, frontPage, at.page, false);
     // Entries of our own are never so long.
     if (!front.fits()) throw keyTooLong(name);
     front.write(store_.change(frontPage), table_.page, path_[level].height);
@@ -318,7 +316,10 @@ bool IndexWriter::join(std::size_t level, bool withPrevious) {
     if (before.tail != 0 && before.size() != 0 && !isLess(before.entry(before.size() - 1), between)) {
         throw damaged(frontPage, u"Die Einträge der Indexseite liegen außerhalb der Grenzen, die ihr Knoten setzt");
     }
-    if (joined.isLeaf() && (before.next != backPage || joined.previous != frontPage)) {
+    const auto names = [&](PageNumber link, PageNumber page) {
+        return link == page || (link == 0 && !joined.isLeaf());
+    };
+    if (!names(before.next, backPage) || !names(joined.previous, frontPage)) {
         throw damaged(frontPage, u"Die Verkettung der Indexseiten nennt nicht Seite " + base::decimal(backPage));
     }
     if (!isLone && joined.storedBytesBehind(before, between) > kJoinedBytes) return false;

@@ -17,7 +17,8 @@ namespace jet {
 /// Laws, kept by each change:
 /// - An entry of a node is the last leaf entry under its child.
 /// - The root keeps its page. The tree becomes higher when the root is full, and lower when it has only one child left.
-/// - Leaves are linked with their neighbours over the whole index; no leaf or node but the root is empty.
+/// - Leaves are linked with their neighbours over the whole index, and so are the nodes of each level, unless the file
+///   came without: a link of a node may be 0. No leaf or node but the root is empty.
 /// - The index's map holds the pages of the tree and no others; what leaves the tree is free.
 ///
 /// Entries that come in their order, ascending or descending, leave full pages behind; what comes in any other order
