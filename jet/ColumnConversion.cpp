@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "jet/ExactNumber.h"
+#include "jet/GuidText.h"
 #include "jet/WriteErrors.h"
 
 namespace jet {
@@ -53,8 +54,7 @@ public:
             case ColumnType::Ole:
                 return asBytes(value);
             case ColumnType::Guid:
-                if (std::holds_alternative<base::Guid>(value)) return value;
-                throw valueOfOtherType(kind_);
+                return asGuid(value);
             case ColumnType::Block:
                 throw valueOfOtherType(kind_);
             default:
@@ -90,6 +90,14 @@ private:
         }
         if (column_.type == ColumnType::Text && text.size() > column_.lengthBytes / 2U) throw valueTooLong(kind_);
         return text;
+    }
+
+    Value asGuid(const Value& value) const {
+        if (std::holds_alternative<base::Guid>(value)) return value;
+        const auto* text = std::get_if<base::Text>(&value);
+        const auto guid = text != nullptr ? guidFromText(*text) : std::nullopt;
+        if (!guid) throw valueOfOtherType(kind_);
+        return *guid;
     }
 
     Value asBytes(const Value& value) const {

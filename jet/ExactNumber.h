@@ -25,10 +25,17 @@ public:
     static std::optional<ExactNumber> fromDouble(double value);
 
     bool isZero() const { return digits_.empty(); }
+    /// Whether so many digits behind the point are enough.
+    bool hasScale(int scale) const { return scale_ <= scale; }
     double toDouble() const;
 
     /// The number times 10^scale. Nothing if that is beyond 64 bits.
     std::optional<std::int64_t> scaledTo(int scale) const;
+
+    /// As scaledTo(), but nothing if that is no whole number.
+    std::optional<std::int64_t> exactlyScaledTo(int scale) const {
+        return hasScale(scale) ? scaledTo(scale) : std::nullopt;
+    }
 
     /// Nothing if it has more digits than that.
     std::optional<base::Decimal> decimal(std::uint8_t precision, std::uint8_t scale) const;

@@ -1,12 +1,13 @@
 #include "jet/IndexKey.h"
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <limits>
 #include <variant>
 
 #include "jet/Errors.h"
+#include "jet/ExactNumber.h"
+#include "jet/GuidText.h"
 #include "jet/Table.h"
 #include "jet/TextCodec.h"
 
@@ -56,15 +57,6 @@ void appendGroups(Bytes& key, std::span<const std::uint8_t> bytes, bool ascendin
         if (!ascending) invertFrom(key, start);
         if (!isLast) key.push_back(kGroupGoesOn);
     }
-}
-
-/// The order in which a GUID is written down: its three integers big-endian.
-std::array<std::uint8_t, 16> asWritten(const base::Guid& guid) {
-    auto bytes = guid.bytes;
-    std::reverse(bytes.begin(), bytes.begin() + 4);
-    std::reverse(bytes.begin() + 4, bytes.begin() + 6);
-    std::reverse(bytes.begin() + 6, bytes.begin() + 8);
-    return bytes;
 }
 
 void appendDecimal(Bytes& key, const base::Decimal& value, bool ascending) {
@@ -126,16 +118,18 @@ private:
     bool ascending_;
 };
 
-/// The number in any alternative of whole numbers.
-std::optional<std::int64_t> asWhole(const Value& value) {
-    if (const auto* byte = std::get_if<std::uint8_t>(&value)) return *byte;
-    if (const auto* integer = std::get_if<std::int16_t>(&value)) return *integer;
-    if (const auto* number = std::get_if<std::int32_t>(&value)) return *number;
+/// The number times 10^scale, from any alternative of exact numbers; nothing if that is no whole number.
+std::optional<std::int64_t> scaledFrom(const Value& value, int scale) {
+    if (const auto* byte = std::get_if<std::uint8_t>(&value)) return ExactNumber(*byte).scaledTo(scale);
+    if (const auto* integer = std::get_if<std::int16_t>(&value)) return ExactNumber(*integer).scaledTo(scale);
+    if (const auto* number = std::get_if<std::int32_t>(&value)) return ExactNumber(*number).scaledTo(scale);
+    if (const auto* decimal = std::get_if<base::Decimal>(&value)) return ExactNumber(*decimal).exactlyScaledTo(scale);
     return std::nullopt;
 }
 
 template <typename Whole>
-std::optional<Value> narrowed(std::optional<std::int64_t> number) {
+std::optional<Value> narrowed(const Value& value) {
+    const auto number = scaledFrom(value, 0);
     if (!number || *number < std::numeric_limits<Whole>::min() || *number > std::numeric_limits<Whole>::max()) {
         return std::nullopt;
     }
@@ -148,6 +142,22 @@ std::optional<Value> same(const Value& value) {
     return value;
 }
 
+std::optional<Value> asCurrency(const Value& value) {
+    constexpr int kScale = 4;
+    if (std::holds_alternative<base::Currency>(value)) return value;
+    const auto amount = scaledFrom(value, kScale);
+    return amount ? std::optional<Value>(base::Currency{*amount}) : std::nullopt;
+}
+
+std::optional<Value> asDecimal(const Column& column, const Value& value) {
+    const auto* given = std::get_if<base::Decimal>(&value);
+    if (given == nullptr) return std::nullopt;
+    const ExactNumber number(*given);
+    const auto held = number.decimal(column.precision, column.scale);
+    if (!held || !number.hasScale(column.scale)) return std::nullopt;
+    return *held;
+}
+
 /// The value as the column would hold it.
 std::optional<Value> asHeldBy(const Column& column, const Value& value) {
     if (base::isNull(value)) return value;
@@ -155,27 +165,52 @@ std::optional<Value> asHeldBy(const Column& column, const Value& value) {
         case ColumnType::Boolean:
             return same<bool>(value);
         case ColumnType::Byte:
-            return narrowed<std::uint8_t>(asWhole(value));
+            return narrowed<std::uint8_t>(value);
         case ColumnType::Integer:
-            return narrowed<std::int16_t>(asWhole(value));
+            return narrowed<std::int16_t>(value);
         case ColumnType::Long:
-            return narrowed<std::int32_t>(asWhole(value));
+            return narrowed<std::int32_t>(value);
         case ColumnType::Currency:
-            return same<base::Currency>(value);
+            return asCurrency(value);
+        case ColumnType::Single:
+            return same<float>(value);
+        case ColumnType::Double:
+            return same<double>(value);
         case ColumnType::DateTime:
             return same<base::Date>(value);
         case ColumnType::Guid:
             return same<base::Guid>(value);
+        case ColumnType::Numeric:
+            return asDecimal(column, value);
         case ColumnType::Binary:
             return same<Bytes>(value);
-        case ColumnType::Text: {
-            const auto* text = std::get_if<base::Text>(&value);
-            if (text == nullptr || !sortKeyIsCertain(*text, column.textOrder)) return std::nullopt;
-            return value;
-        }
-        // Two reals that are equal can differ in their bytes, and of memos only the beginning is in the key.
+        case ColumnType::Text:
+        case ColumnType::Memo:
+            return same<base::Text>(value);
         default:
             return std::nullopt;
+    }
+}
+
+/// Whether all values that are equal have the same key.
+bool hasOneKey(const Column& column, const Value& held) {
+    switch (column.type) {
+        // A zero may have a sign, and of memos only the beginning is in the key.
+        case ColumnType::Single:
+        case ColumnType::Double:
+        case ColumnType::Numeric:
+        case ColumnType::Memo:
+            return base::isNull(held);
+        case ColumnType::DateTime: {
+            const auto* date = std::get_if<base::Date>(&held);
+            return date == nullptr || date->days != 0;
+        }
+        case ColumnType::Text: {
+            const auto* text = std::get_if<base::Text>(&held);
+            return text == nullptr || sortKeyIsCertain(*text, column.textOrder);
+        }
+        default:
+            return true;
     }
 }
 
@@ -222,12 +257,17 @@ bool keyOfRowIsCertain(PageSource& source, const IndexDefinition& index, const R
     });
 }
 
-std::optional<Bytes> searchKeyPart(const Column& column, const Value& value, bool ascending) {
+std::optional<Bytes> keyPartFor(const Column& column, const Value& value, bool ascending) {
     const std::optional<Value> held = asHeldBy(column, value);
     if (!held) return std::nullopt;
     Bytes key;
     appendKeyPart(key, column, *held, ascending);
     return key;
+}
+
+std::optional<Bytes> searchKeyPart(const Column& column, const Value& value, bool ascending) {
+    const std::optional<Value> held = asHeldBy(column, value);
+    return held && hasOneKey(column, *held) ? keyPartFor(column, *held, ascending) : std::nullopt;
 }
 
 }  // namespace jet

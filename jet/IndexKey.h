@@ -37,10 +37,14 @@ bool keyOfRow(PageSource& source, const IndexDefinition& index, const RowView& r
 /// Whether the row's key is known to be the one that is stored; see sortKeyIsCertain.
 bool keyOfRowIsCertain(PageSource& source, const IndexDefinition& index, const RowView& row);
 
-/// The part of a key by which rows are searched whose column equals a value.
-/// @param value  whole numbers of any width are taken for columns of whole numbers
-/// @return nothing if the index cannot answer: the value is of another kind or out of the column's range, or its
-///         text's key is not certain
+/// The part of a key that rows have whose column holds a value.
+/// @param value  of the column's alternative; exact numbers of any kind for columns of whole numbers and of money
+/// @return nothing if the column cannot hold it
+std::optional<base::Bytes> keyPartFor(const Column& column, const base::Value& value, bool ascending);
+
+/// The part of a key by which all rows are found whose column equals a value.
+/// @return nothing if the index cannot answer: the column cannot hold the value, its text's key is not certain, or
+///         equal values may have several keys
 std::optional<base::Bytes> searchKeyPart(const Column& column, const base::Value& value, bool ascending);
 
 }  // namespace jet

@@ -36,6 +36,10 @@ void addColumn(TableDefinition& definition, const ColumnDesign& design, bool isS
     column.displayPosition = isSystem ? std::uint16_t{0} : column.number;
     column.variableIndex = definition.variableColumnsEver;
     column.lengthBytes = lengthOf(design);
+    if (design.type == ColumnType::Numeric) {
+        column.precision = design.precision;
+        column.scale = design.scale;
+    }
     column.flags = Column::kUpdatable;
     column.flags |= design.furtherFlags;
     if (isSystem) column.flags |= Column::kSystem;

@@ -19,6 +19,8 @@ struct ColumnDesign {
     bool allowsZeroLength = true;   ///< Text
     bool compresses = true;         ///< Text
     std::uint8_t furtherFlags = 0;  ///< of the descriptor
+    std::uint8_t precision = 18;    ///< Numeric: digits, at most 28
+    std::uint8_t scale = 0;         ///< Numeric: of them behind the point
 };
 
 struct IndexColumnDesign {

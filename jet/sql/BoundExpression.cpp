@@ -5,6 +5,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "jet/GuidText.h"
 #include "jet/sql/LikePattern.h"
 #include "jet/sql/Number.h"
 #include "jet/sql/SqlError.h"
@@ -33,7 +34,10 @@ Comparable comparableOf(const base::Value& value, TextOrder order) {
     if (const auto number = Number::from(value)) return *number;
     if (const auto* text = std::get_if<base::Text>(&value)) return sortKey(*text, order);
     if (const auto* bytes = std::get_if<base::Bytes>(&value)) return *bytes;
-    if (const auto* guid = std::get_if<base::Guid>(&value)) return base::Bytes(guid->bytes.begin(), guid->bytes.end());
+    if (const auto* guid = std::get_if<base::Guid>(&value)) {
+        const auto bytes = asWritten(*guid);
+        return base::Bytes(bytes.begin(), bytes.end());
+    }
     return base::Null{};
 }
 
@@ -255,6 +259,7 @@ private:
             case Kind::Between:
             case Kind::In:
                 takeOrder(node);
+                takeGuids(node);
                 expectOneClass(node);
                 for (Node& operand : node.operands)
                     if (operand.isLiteral()) operand.comparable = comparableOf(operand.value, node.order);
@@ -270,6 +275,19 @@ private:
         const auto column = std::find_if(node.operands.begin(), node.operands.end(),
                                          [](const Node& operand) { return operand.isColumn(); });
         if (column != node.operands.end()) node.order = column->order;
+    }
+
+    /// What a GUID is compared with may be a text in the form of one.
+    static void takeGuids(Node& node) {
+        const bool hasGuid = std::any_of(node.operands.begin(), node.operands.end(),
+                                         [](const Node& operand) { return operand.valueClass == ValueClass::Guid; });
+        for (Node& operand : node.operands) {
+            const auto* text = std::get_if<base::Text>(&operand.value);
+            const auto guid = hasGuid && text != nullptr ? guidFromText(*text) : std::nullopt;
+            if (!guid) continue;
+            operand.value = *guid;
+            operand.valueClass = ValueClass::Guid;
+        }
     }
 
     static void expectOneClass(const Node& node) {

@@ -40,7 +40,7 @@ struct RequiredEquality {
 /// Three truth values: a comparison with null is unknown, NOT unknown is unknown, and a row counts only if
 /// the condition is true. Numbers compare by value (yes/no as -1 and 0, dates as days), texts by their sort
 /// key. BETWEEN takes its bounds in either order. A number stands as a condition for "not zero". LIKE takes
-/// text and whole numbers; a pattern is text.
+/// text and whole numbers; a pattern is text. A GUID is compared with a text in the form of one too.
 class BoundExpression {
 public:
     /// @param table  name under which the columns may be qualified

@@ -227,6 +227,7 @@ void ExpressionParser::fail() const {
     const TokenKind kind = reader_.token().kind;
     if (kind == TokenKind::BrokenText) throw unterminatedText(wholeExpression());
     if (kind == TokenKind::BrokenDate) throw brokenDate(wholeExpression());
+    if (kind == TokenKind::BrokenGuid) throw brokenGuid(wholeExpression());
     for (const base::TextView part : kLargerLanguage)
         if (reader_.at(part)) throw unsupported(part);
     throw missingOperator(wholeExpression());

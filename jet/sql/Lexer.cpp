@@ -7,6 +7,7 @@
 #include <string>
 
 #include "jet/ExactNumber.h"
+#include "jet/GuidText.h"
 #include "jet/sql/DateLiteral.h"
 
 namespace jet::sql {
@@ -63,6 +64,8 @@ Token Lexer::next() {
             scanNumber(token);
         else if (unit == u'#')
             scanDate(token);
+        else if (unit == u'{')
+            scanGuid(token);
         else
             scanSymbol(token);
     }
@@ -140,6 +143,26 @@ void Lexer::scanDate(Token& token) {
         token.value = *date;
     }
     place_ = close + 1;
+}
+
+void Lexer::scanGuid(Token& token) {
+    token.kind = TokenKind::BrokenGuid;
+    const std::size_t inner = statement_.find(u'{', ++place_);
+    const std::size_t innerEnd = statement_.find(u'}', place_);
+    const std::size_t end = innerEnd == base::TextView::npos ? innerEnd : statement_.find(u'}', innerEnd + 1);
+    if (inner > innerEnd || end == base::TextView::npos) {
+        place_ = std::min(innerEnd, statement_.size() - 1) + 1;
+        return;
+    }
+    const auto blankOr = [&](std::size_t from, std::size_t to, base::TextView word) {
+        return base::equalsIgnoringAsciiCase(base::trimBlanks(statement_.substr(from, to - from)), word);
+    };
+    const auto guid = guidFromText(statement_.substr(inner, innerEnd + 1 - inner));
+    if (guid && blankOr(place_, inner, u"guid") && blankOr(innerEnd + 1, end, u"")) {
+        token.kind = TokenKind::Literal;
+        token.value = *guid;
+    }
+    place_ = end + 1;
 }
 
 void Lexer::scanSymbol(Token& token) {

@@ -11,10 +11,11 @@ enum class TokenKind {
     End,
     Word,           ///< a name or a keyword; which of them, the parser knows
     BracketedName,  ///< a name in square brackets; never a keyword
-    Literal,        ///< text, number or date, as a value
+    Literal,        ///< text, number, date or GUID, as a value
     Symbol,         ///< one of ( ) , . ; * = < > <= >= <> + - and any unit that has no meaning
     BrokenText,     ///< a text whose closing quote is missing; reaches to the end
     BrokenDate,     ///< no date between number signs, or the second one missing
+    BrokenGuid,     ///< a brace that begins no GUID; reaches to the last one behind it
     BrokenName,     ///< a bracket that is not closed, or with nothing in it
     BrokenNumber,   ///< digits beyond every number
 };
@@ -33,7 +34,7 @@ struct Token {
 ///
 /// Names consist of ASCII letters, digits, "_" and all units from U+0080 on. Text stands in '..' or "..",
 /// a doubled quote is one. Numbers have a decimal point: up to 28 digits are exact (int32_t if they fit,
-/// else Decimal), an exponent or more digits give a double.
+/// else Decimal), an exponent or more digits give a double. A GUID stands as {guid {...}}.
 class Lexer {
 public:
     /// The statement must outlive the lexer.
@@ -48,6 +49,7 @@ private:
     void scanText(Token& token);
     void scanNumber(Token& token);
     void scanDate(Token& token);
+    void scanGuid(Token& token);
     void scanSymbol(Token& token);
 
     base::TextView statement_;

@@ -1,9 +1,10 @@
 #include "jet/sql/Number.h"
 
 #include <array>
-#include <cmath>
 #include <cstddef>
 #include <type_traits>
+
+#include "jet/ExactNumber.h"
 
 namespace jet::sql {
 
@@ -98,16 +99,20 @@ bool Number::isZero() const {
     return std::get<std::int64_t>(form_) == 0;
 }
 
+/// The nearest double, so that a stored one is found by its own digits.
 double Number::toDouble() const {
     if (const auto* floating = std::get_if<double>(&form_)) return *floating;
-    if (const auto* whole = std::get_if<std::int64_t>(&form_)) {
-        return static_cast<double>(*whole) / static_cast<double>(kTenThousand);
-    }
-    const auto& decimal = std::get<base::Decimal>(form_);
-    double number = 0;
-    for (std::size_t i = decimal.magnitude.size(); i > 0; --i)
-        number = number * 4294967296.0 + decimal.magnitude[i - 1];
-    number /= std::pow(10.0, decimal.scale);
+    const base::Decimal decimal = toDecimal();
+    // The quotient of two exact numbers is rounded once.
+    constexpr std::uint32_t kMostHigh = 1U << 21U;  // of 53 bits
+    constexpr std::uint8_t kMostScale = 22;         // 10^22 is the last power of ten that is exact
+    const bool isShort = decimal.magnitude[3] == 0 && decimal.magnitude[2] == 0 && decimal.magnitude[1] < kMostHigh;
+    if (!isShort || decimal.scale > kMostScale) return ExactNumber(decimal).toDouble();
+    double number = 4294967296.0 * decimal.magnitude[1] + decimal.magnitude[0];
+    double power = 1;
+    for (unsigned i = 0; i < decimal.scale; ++i)
+        power *= 10;
+    number /= power;
     return decimal.negative ? -number : number;
 }
 

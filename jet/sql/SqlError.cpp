@@ -34,6 +34,10 @@ base::RuntimeError brokenDate(base::TextView expression) {
     return {kSyntax, u"Syntaxfehler in Datum in Abfrageausdruck " + quoted(expression) + u"."};
 }
 
+base::RuntimeError brokenGuid(base::TextView expression) {
+    return {kSyntax, u"Syntaxfehler in GUID in Abfrageausdruck " + quoted(expression) + u"."};
+}
+
 base::RuntimeError brokenClause(base::TextView clause) {
     return {kSyntax, u"Syntaxfehler in " + base::Text(clause) + u"."};
 }

@@ -13,10 +13,11 @@ base::RuntimeError missingParameter();
 /// -2147217913: two things are compared that have no common order, as text and number.
 base::RuntimeError typesDoNotMatch();
 
-/// -2147217900: the expression is broken. Both quote it whole, as it was typed.
+/// -2147217900: the expression is broken. Each quotes it whole, as it was typed.
 base::RuntimeError missingOperator(base::TextView expression);
 base::RuntimeError unterminatedText(base::TextView expression);
 base::RuntimeError brokenDate(base::TextView expression);
+base::RuntimeError brokenGuid(base::TextView expression);
 
 /// -2147217900: a clause or statement ("FROM-Klausel", "UPDATE-Anweisung") is broken.
 base::RuntimeError brokenClause(base::TextView clause);

@@ -1,6 +1,11 @@
+#include <cmath>
 #include <gmock/gmock.h>
+#include <random>
 
+#include "jet/sql/Lexer.h"
+#include "jet/sql/Number.h"
 #include "jet/sql/SelectExecutor.h"
+#include "tests/support/RandomValues.h"
 #include "tests/support/SampleFile.h"
 
 namespace jet::sql {
@@ -16,7 +21,9 @@ base::Bytes sample() {
     table.design.columns = {{u"Nr", ColumnType::Long},        {u"Name", ColumnType::Text, 50},
                             {u"Klasse", ColumnType::Integer}, {u"Geld", ColumnType::Currency},
                             {u"Maß", ColumnType::Double},     {u"Tag", ColumnType::DateTime},
-                            {u"Ja", ColumnType::Boolean},     {u"Notiz", ColumnType::Memo}};
+                            {u"Ja", ColumnType::Boolean},     {u"Notiz", ColumnType::Memo},
+                            {u"Kennung", ColumnType::Guid},   {u"Lang", ColumnType::Numeric}};
+    table.design.columns.back().precision = 28;
     const Value null = base::Null{};
     const auto text = [](base::TextView units) { return Value(base::Text(units)); };
     const auto whole = [](int number) { return Value(static_cast<std::int16_t>(number)); };
@@ -34,6 +41,14 @@ base::Bytes sample() {
         {9, text(u""), whole(10), money(922337203685477), 1e-300, day(2), true, null},
         {10, text(u"Karl-Heinz"), whole(12), null, null, null, false, text(u"KARL-heinz  ")},
     };
+    for (std::uint8_t i = 0; i < table.rows.size(); ++i) {
+        // 0, then -1 and 10^20 + 1 and so on.
+        const bool isLong = i % 2 == 0 && i != 0;
+        const base::Decimal number{
+            i % 2 != 0, 0, {i + (isLong ? 0x63100000U : 0U), isLong ? 0x6BC75E2DU : 0U, isLong ? 5U : 0U, 0}};
+        table.rows[i].emplace_back(base::Guid{{i, 2, 3, static_cast<std::uint8_t>(0xA0 - i)}});
+        table.rows[i].emplace_back(number);
+    }
     return test::sampleFile({table});
 }
 
@@ -93,6 +108,20 @@ TEST(Conditions, TakeTheRowsForWhichTheyAreTrue) {
         {u"Tag = #25/12/1999#", {}},
         {u"Tag = #1/1/00#", {5}},
         {u"Tag = 2", {9}},
+        // A GUID goes by the order of its digits.
+        {u"Kennung = {guid {A0030200-0000-0000-0000-000000000000}}", {1}},
+        {u"Kennung = '{9f030201-0000-0000-0000-000000000000} ' OR Kennung IS NULL", {2}},
+        {u"Kennung < { GUID {99030207-0000-0000-0000-000000000001} }", {8, 9, 10}},
+        {u"Kennung IN ('{A0030200-0000-0000-0000-000000000000}', {guid {9E030202-0000-0000-0000-000000000000}})",
+         {1, 3}},
+        // Decimals are exact with each other, and as near as a double is with one.
+        {u"Lang = -1", {2}},
+        {u"Lang > 100000000000000000003", {5, 7, 9}},
+        {u"Lang = 100000000000000000002.0", {3}},
+        {u"Lang > 1e20", {}},
+        {u"Lang = 1e20", {3, 5, 7, 9}},
+        {u"Lang < Maß AND Lang < Klasse AND NOT Lang", {1}},
+        {u"Lang < Geld AND Lang", {2, 6, 8}},
         // Three truth values.
         {u"Klasse = NULL", {}},
         {u"NOT Klasse = NULL", {}},
@@ -127,6 +156,16 @@ TEST(Conditions, TakeTheRowsForWhichTheyAreTrue) {
     };
     for (const auto& [condition, ids] : cases)
         EXPECT_THAT(idsWhere(condition), ElementsAreArray(ids)) << base::toUtf8(condition);
+}
+
+TEST(Conditions, FindADoubleByItsShortestNumber) {
+    std::mt19937 random(7);
+    for (int i = 0; i < 2000; ++i) {
+        const double stored = std::ldexp(static_cast<double>(random()) + 1, static_cast<int>(random() % 100) - 90);
+        const base::Text written = *test::literalOf(Value(stored));
+        const auto typed = Lexer(written).next().value;
+        EXPECT_TRUE(std::is_eq(Number::compare(*Number::from(typed), *Number::from(stored)))) << base::toUtf8(written);
+    }
 }
 
 TEST(Conditions, MatchAPatternFullOfWildcardsInBoundedTime) {

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+
+#include "base/Text.h"
+#include "base/Value.h"
+
+namespace jet {
+
+/// The sixteen bytes in the order in which a GUID is written down, and ordered: its three integers big-endian.
+std::array<std::uint8_t, 16> asWritten(const base::Guid& guid);
+
+/// "{6B29FC40-CA47-1067-B31D-00DD010662DA}", in capitals or not, with blanks around it.
+/// @return nothing for any other text
+std::optional<base::Guid> guidFromText(base::TextView text);
+
+}  // namespace jet
