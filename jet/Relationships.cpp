@@ -6,6 +6,7 @@
 
 #include "jet/Errors.h"
 #include "jet/IndexKey.h"
+#include "jet/SortKey.h"
 #include "jet/WriteErrors.h"
 
 namespace jet {
@@ -30,6 +31,15 @@ bool anyColumnChanged(const TableDefinition& table, const IndexDefinition& index
                                [&](const IndexColumn& part) { return draft.isChanged(table.columnOf(part)); });
 }
 
+bool isWhole(ColumnType type) {
+    return type == ColumnType::Byte || type == ColumnType::Integer || type == ColumnType::Long;
+}
+
+/// Whether equal values of both columns have keys that can be made of each other.
+bool areOfOneKind(const Column& a, const Column& b) {
+    return a.type == b.type || (isWhole(a.type) && isWhole(b.type));
+}
+
 bool cascadesDelete(const LogicalIndex& index) {
     return (index.deleteRule & kCascade) != 0;
 }
@@ -45,8 +55,16 @@ Relationships::Link Relationships::linkOf(WritableTable& table, const LogicalInd
     if (found == there.logicalIndexes.end() || found->partnerTable != table.definition().page)
         throw damaged(there.page, u"Das Gegenstück der Beziehung '" + index.name + u"' fehlt");
     Link link{table.definition().indexes.at(index.dataBlock), partner, found->dataBlock};
-    if (link.ownIndex.columns.size() != there.indexes.at(link.partnerIndex).columns.size())
+    const auto& own = link.ownIndex.columns;
+    const auto& others = there.indexes.at(link.partnerIndex).columns;
+    if (own.size() != others.size())
         throw damaged(there.page, u"Die Beziehung '" + index.name + u"' hat auf beiden Seiten andere Spalten");
+    for (std::size_t i = 0; i < own.size(); ++i) {
+        if (areOfOneKind(table.definition().columnOf(own[i]), there.columnOf(others[i]))) continue;
+        throw tableNotWritable(table.table().name(), u"Die Beziehung '" + index.name +
+                                                         u"' verbindet Spalten verschiedener Art, und das kann das "
+                                                         u"Modul nicht");
+    }
     return link;
 }
 
@@ -60,11 +78,11 @@ std::optional<base::Bytes> Relationships::partnerKey(const WritableTable& table,
     for (std::size_t i = 0; i < index.columns.size(); ++i) {
         const base::Value value = row.valueOf(table.definition().columnOf(link.ownIndex.columns[i]));
         if (base::isNull(value)) return std::nullopt;
-        const auto part = searchKeyPart(there.columnOf(index.columns[i]), value, index.columns[i].ascending);
-        if (!part) {
-            if (std::holds_alternative<base::Text>(value)) throw uncertainKey(index.name);
-            return std::nullopt;
-        }
+        const Column& column = there.columnOf(index.columns[i]);
+        const auto* text = std::get_if<base::Text>(&value);
+        if (text != nullptr && !sortKeyIsCertain(*text, column.textOrder)) throw uncertainKey(index.name);
+        const auto part = keyPartFor(column, value, index.columns[i].ascending);
+        if (!part) return std::nullopt;
         key.insert(key.end(), part->begin(), part->end());
     }
     return key;

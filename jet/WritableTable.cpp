@@ -150,8 +150,9 @@ std::vector<RowPointer> WritableTable::rowsWithKey(std::size_t index, std::span<
     requireOwnKeysOnce(index);
     std::vector<RowPointer> rows;
     IndexCursor cursor(store_, definition(), definition().indexes[index]);
-    for (cursor.seek(key); cursor.isAtEntry() && std::ranges::equal(cursor.key(), key); cursor.next())
-        rows.push_back(cursor.row());
+    // A key may be the beginning of others, that of no bytes for one; they stand among each other.
+    for (cursor.seek(key); cursor.isAtEntry() && cursor.keyStartsWith(key); cursor.next())
+        if (cursor.key().size() == key.size()) rows.push_back(cursor.row());
     return rows;
 }
 

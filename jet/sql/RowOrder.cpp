@@ -39,6 +39,18 @@ bool isBefore(const base::Bytes& arena, const KeyedRow& a, const KeyedRow& b) {
     return a.row < b.row;
 }
 
+/// What an ascending index has for the value, inverted where the order descends. A descending index itself has decimals
+/// in another order, and no bytes at all stand anywhere in one: here they come before all others.
+void appendOrderPart(base::Bytes& key, const Column& column, const base::Value& value, bool descending) {
+    constexpr std::size_t kEmptyGroupBytes = 9;
+    const std::size_t start = key.size();
+    appendKeyPart(key, column, value, true);
+    const auto* bytes = std::get_if<base::Bytes>(&value);
+    if (bytes != nullptr && bytes->empty()) key.resize(key.size() + kEmptyGroupBytes);
+    for (std::size_t i = start; descending && i < key.size(); ++i)
+        key[i] = static_cast<std::uint8_t>(~key[i]);
+}
+
 /// Finds rows by their pointers. They lie in the order of these, so each page's rows stand together, and within a page
 /// the slot alone tells them apart.
 class RowFinder {
@@ -85,7 +97,7 @@ std::vector<std::uint32_t> orderByKeys(const ResultSet& rows, const std::vector<
         const std::size_t offset = arena.size();
         const ResultRow fields = rows.row(row);
         for (const OrderColumn& column : columns)
-            appendKeyPart(arena, rows.column(column.column), fields.value(column.column), !column.descending);
+            appendOrderPart(arena, rows.column(column.column), fields.value(column.column), column.descending);
         const auto key = std::span(arena).subspan(offset);
         keys[row] = {beginningOf(key), offset, key.size(), row};
     }

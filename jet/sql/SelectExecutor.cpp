@@ -72,6 +72,9 @@ void SelectExecutor::takeRow(ResultSet& rows, const Row& row) {
 const IndexDefinition* SelectExecutor::indexOfOrder() const {
     if (!search_.wantsAll() || order_.size() != 1) return nullptr;
     const Column& column = columns_.column(order_[0].column);
+    const bool standsInOrder =
+        column.type == ColumnType::Numeric ? !order_[0].descending : column.type != ColumnType::Binary;
+    if (!standsInOrder) return nullptr;
     for (const IndexDefinition& index : table_.definition().indexes) {
         const bool fits = index.columns.size() == 1 && index.columns[0].columnNumber == column.number &&
                           index.columns[0].ascending != order_[0].descending;

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <functional>
 #include <gtest/gtest.h>
 #include <map>
 #include <optional>
@@ -88,7 +89,7 @@ public:
             } else if (!tails && node.tail != 0) {
                 node.insert(node.size(), lastEntry(node.tail), node.tail);
                 node.tail = 0;
-                if (!node.fits()) continue;
+                if (!node.fits()) node = nodeAt(page);
             }
             node.previous = node.next = 0;
             node.write(store.change(page), definition.page, nodeHeight);
@@ -335,6 +336,51 @@ TEST(IndexWriter, AKeyIsUniqueAcrossTheLeavesUnlessItHoldsNull) {
         EXPECT_THROW(tree.writer->insert(key, row), base::RuntimeError);
     }
     tree.check();
+}
+
+/// A tree of three levels in which one thing is wrong cannot be emptied.
+TEST(IndexWriter, JoinsNoPagesThatAreNoNeighbours) {
+    const struct {
+        const char* what;
+        std::function<void(IndexNode& node, IndexNode& leaf, const IndexNode& last)> damage;
+    } cases[] = {
+        {"a leaf's way on", [](auto&, IndexNode& leaf, auto&) { leaf.next = leaf.previous; }},
+        {"a leaf's way back", [](auto&, IndexNode& leaf, auto&) { leaf.previous = leaf.next; }},
+        {"a leaf that is its own neighbour", [](auto& node, IndexNode& leaf, auto&) { leaf.next = node.childAt(1); }},
+        {"a node's way on", [](IndexNode& node, auto&, auto&) { node.next = node.child(0); }},
+        {"a node's way back", [](IndexNode& node, auto&, auto&) { node.previous = node.child(0); }},
+        {"a tail beyond its bounds",
+         [](IndexNode& node, auto&, const IndexNode& last) {
+             node.tail = node.child(node.size() - 1);
+             node.replaceEntry(node.size() - 1, last.entry(last.size() - 1));
+         }},
+        {"a leaf in a node's place", [](IndexNode& node, IndexNode& leaf, auto&) { node = leaf; }},
+        {"a child twice", [](IndexNode& node, auto&, auto&) { node.setChildAt(1, node.child(0)); }},
+        {"a child of no page", [](IndexNode& node, auto&, auto&) { node.setChildAt(1, 0xFFFFFF); }},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        std::mt19937 random(3);
+        Tree tree(false);
+        for (int i = 0; i < 400; ++i)
+            tree.insert(randomKey(random, 400), randomRow(random));
+        tree.check();
+        const IndexNode root = tree.nodeAt(tree.definition.indexes[0].rootPage);
+        ASSERT_FALSE(tree.nodeAt(root.child(1)).isLeaf());
+        IndexNode node = tree.nodeAt(root.child(1));
+        const PageNumber leafPage = node.child(1);
+        IndexNode leaf = tree.nodeAt(leafPage);
+        c.damage(node, leaf, tree.nodeAt(root.child(2)));
+        leaf.write(tree.store.change(leafPage), tree.definition.page, 0);
+        node.write(tree.store.change(root.child(1)), tree.definition.page, node.isLeaf() ? 0 : 1);
+        tree.writer.emplace(tree.store, tree.allocator, tree.definition, 0);
+        EXPECT_THROW(
+            {
+                for (const auto& [key, row] : Entries(tree.expected))
+                    tree.remove(key, row);
+            },
+            base::RuntimeError);
+    }
 }
 
 }  // namespace

@@ -18,7 +18,7 @@ test::SampleTable tableOf(const Text& name, test::Rows rows) {
     TableDesign design;
     design.name = name;
     design.columns = {{u"Nr", ColumnType::Long}, {u"Zu", ColumnType::Long}, {u"Text", ColumnType::Memo}};
-    design.indexes = {{u"PrimaryKey", {{u"Nr"}}, true}, {u"Zu", {{u"Zu", false}}}};
+    design.indexes = {{u"PrimaryKey", {{u"Nr"}}, true}, {u"Zu", {{u"Zu", false}}}, {u"Zwei", {{u"Nr"}, {u"Zu"}}}};
     return {design, std::move(rows)};
 }
 
@@ -62,6 +62,76 @@ TEST(Relationships, ARowNeedsTheOneItRefersTo) {
     EXPECT_EQ(move(std::int32_t{2}), "no error");
     EXPECT_EQ(move(Null{}), "no error");
     EXPECT_NE(move(std::int32_t{-1}).find(missing), std::string::npos);
+}
+
+TEST(Relationships, HoldBetweenColumnsOfAnyType) {
+    const base::Guid guid{{1, 2, 3}};
+    const struct {
+        ColumnType type;
+        base::Value there;
+        base::Value missing;
+        ColumnType referring = type;
+    } cases[] = {
+        {ColumnType::Byte, std::uint8_t{7}, std::int16_t{300}, ColumnType::Integer},
+        {ColumnType::Currency, base::Currency{-12345}, base::Currency{12345}},
+        {ColumnType::Single, 0.1F, 0.0F},
+        {ColumnType::Double, 0.1, -0.1},
+        {ColumnType::DateTime, base::Date{38000.25}, base::Date{38000}},
+        {ColumnType::Text, Text(u"Müller"), Text(u"Muller")},
+        {ColumnType::Guid, guid, base::Guid{}},
+        {ColumnType::Numeric, base::Decimal{true, 0, {5, 0, 0, 0}}, base::Decimal{false, 0, {5, 0, 0, 0}}},
+        // Its key begins those of all others.
+        {ColumnType::Binary, base::Bytes{}, base::Bytes(8, 1)},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(static_cast<int>(c.type));
+        const auto table = [&](const Text& name, ColumnType type, test::Rows rows) {
+            TableDesign design{.name = name,
+                               .columns = {{u"Nr", ColumnType::Long}, {u"Wert", type, 20}},
+                               .indexes = {{u"Wert", {{u"Wert"}}}}};
+            return test::SampleTable{design, std::move(rows)};
+        };
+        const base::Value other =
+            c.type == ColumnType::Binary ? base::Value(base::Bytes(8, 0)) : base::Value(base::Null{});
+        WrittenFile file({table(u"A", c.type, {{1, c.there}, {2, other}}), table(u"B", c.referring, {{10, other}})});
+        test::relate(file.store, u"B", u"Wert", u"A", u"Wert");
+        const auto insert = [&](const base::Value& value) {
+            return outcome(file, [&] { file.writer(u"B").insert({{{0, std::int32_t{11}}, {1, value}}}); });
+        };
+        EXPECT_NE(insert(c.missing).find("in Beziehung stehen muss"), std::string::npos);
+        EXPECT_EQ(insert(c.there), "no error");
+        EXPECT_NE(outcome(file, [&] { file.writer(u"A").remove(file.find(u"A", 1)); }).find("Tabelle 'B'"),
+                  std::string::npos);
+    }
+}
+
+TEST(Relationships, ADamagedCounterpartIsNoMissingOne) {
+    const auto change = [](WrittenFile& file, const auto& edit) {
+        TableDefinition definition = openTable(file.store, u"A")->definition();
+        edit(definition,
+             *std::ranges::find(definition.logicalIndexes, LogicalIndex::Kind::ForeignKey, &LogicalIndex::kind));
+        const auto pages = definitionPages(definition.encode(), definition.chain);
+        std::ranges::copy(pages[0], file.store.change(definition.chain[0]).begin());
+    };
+    const struct {
+        const char* text;
+        std::function<void(TableDefinition&, LogicalIndex&)> edit;
+    } cases[] = {
+        {"Gegenstück der Beziehung", [](auto&, LogicalIndex& side) { side.number = 99; }},
+        {"Gegenstück der Beziehung", [](auto&, LogicalIndex& side) { ++side.partnerTable; }},
+        {"hat auf beiden Seiten andere Spalten", [](auto&, LogicalIndex& side) { side.dataBlock = 2; }},
+        {"verbindet Spalten verschiedener Art",
+         [](TableDefinition& table, auto&) { table.columns[0].type = ColumnType::Single; }},
+    };
+    for (const auto& c : cases) {
+        WrittenFile file = families();
+        relate(file, u"B", u"A");
+        change(file, c.edit);
+        const std::string error = errorOf([&] { file.writer(u"B").remove(file.find(u"B", 11)); }) + errorOf([&] {
+                                      file.writer(u"B").insert({{{0, std::int32_t{13}}, {1, std::int32_t{1}}}});
+                                  });
+        EXPECT_NE(error.find(c.text), std::string::npos) << error;
+    }
 }
 
 TEST(Relationships, ARowWithOthersBehindItStaysAsItIs) {

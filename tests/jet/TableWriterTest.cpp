@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <random>
 
 #include "jet/Catalog.h"
 #include "jet/DefinitionCounters.h"
@@ -52,77 +51,6 @@ void setProperty(WrittenFile& file, base::TextView column, base::TextView name, 
     RowDraft draft(file.store, catalog.definition(), catalog.rowAt(table.entry().row).view);
     draft.put(*catalog.definition().column(u"LvProp"), properties.encode());
     rows.replace(table.entry().row, draft.finish(longValues));
-}
-
-Text someText(std::mt19937& random, std::size_t longest) {
-    Text text(random() % (longest + 1), u'x');
-    for (char16_t& unit : text)
-        unit = static_cast<char16_t>((random() % 3 != 0 ? u'a' : u'à') + random() % 20);
-    return text;
-}
-
-/// Values of a row without its number.
-std::vector<Assignment> someValues(std::mt19937& random) {
-    const std::size_t longest = random() % 4 == 0 ? 15'000 : 200;
-    std::vector<Assignment> values = {
-        {kName, someText(random, 49) + u"!"},
-        {kNote, random() % 4 == 0 ? base::Value(Null{}) : base::Value(someText(random, longest))},
-        {kPicture, random() % 3 == 0 ? base::Value(Null{}) : base::Value(base::Bytes(random() % longest, 7))},
-        {kFlag, static_cast<std::int16_t>(random() % 3)},
-        {kCount, static_cast<std::int32_t>(random() % 5)},
-        {kKey, Null{}}};
-    std::shuffle(values.begin(), values.end(), random);
-    values.resize(values.size() - random() % 3);
-    return values;
-}
-
-void apply(std::vector<base::Value>& row, const std::vector<Assignment>& values) {
-    for (const Assignment& value : values) {
-        const auto* number = std::get_if<std::int16_t>(&value.value);
-        row[value.column] = number != nullptr ? base::Value(*number != 0) : value.value;
-    }
-}
-
-TEST(TableWriter, ManyRandomChangesEndWhereAMapEnds) {
-    for (const unsigned seed : {1U, 2U}) {
-        std::mt19937 random(seed);
-        WrittenFile file({stock()});
-        std::map<std::int32_t, std::vector<base::Value>> expected;
-        for (int step = 0; step < 400; ++step) {
-            TableWriter writer = file.writer(kTable);
-            const auto kind = random() % 5;
-            if (kind < 2 || expected.empty()) {
-                RowOfValues row = writer.startRow();
-                const auto values = someValues(random);
-                writer.insert(row, values);
-                apply(row, values);
-                expected[std::get<std::int32_t>(row[kId])] = row;
-                continue;
-            }
-            auto chosen = std::next(expected.begin(), static_cast<std::ptrdiff_t>(random() % expected.size()));
-            if (kind == 4) {
-                writer.remove(file.find(kTable, chosen->first));
-                expected.erase(chosen);
-            } else {
-                const auto values = someValues(random);
-                writer.update(file.find(kTable, chosen->first), values);
-                apply(chosen->second, values);
-            }
-            if (step % 40 == 0) {
-                ASSERT_EQ(test::faultsIn(file.store), "") << "seed " << seed << ", step " << step;
-            }
-        }
-        EXPECT_EQ(file.rows(kTable), expected) << seed;
-        while (!expected.empty()) {
-            file.writer(kTable).remove(file.find(kTable, expected.begin()->first));
-            expected.erase(expected.begin());
-        }
-        EXPECT_EQ(test::faultsIn(file.store), "");
-        const Table table = *openTable(file.store, kTable);
-        EXPECT_TRUE(table.ownedPages().empty()) << "all pages of rows are free again";
-        for (const LongValueMaps& maps : table.definition().longValueMaps)
-            EXPECT_TRUE(UsageMap::read(file.store, maps.owned).empty());
-    }
 }
 
 TEST(TableWriter, ARowKeepsItsPlaceWhileItsBytesMove) {
