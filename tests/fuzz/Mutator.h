@@ -27,6 +27,7 @@ public:
         return file;
     }
 
+    std::mt19937& engine() { return random_; }
     std::uint32_t below(std::size_t limit) { return static_cast<std::uint32_t>(random_() % limit); }
 
 private:

@@ -46,21 +46,44 @@ TableDesign everyType() {
     const auto column = [](base::Text name, ColumnType type, std::uint16_t maxUnits = 0) {
         return ColumnDesign{.name = std::move(name), .type = type, .maxUnits = maxUnits};
     };
+    constexpr std::uint8_t kUnique = IndexDefinition::kUnique;
+    ColumnDesign number = column(u"Nr", ColumnType::Long);
+    number.isAutoNumber = true;
+    ColumnDesign numeric = column(u"Numeric", ColumnType::Numeric);
+    numeric.scale = 3;
     return {.name = u"Alles",
-            .columns = {column(u"Byte", ColumnType::Byte), column(u"Integer", ColumnType::Integer),
+            .columns = {number, column(u"Byte", ColumnType::Byte), column(u"Integer", ColumnType::Integer),
                         column(u"Long", ColumnType::Long), column(u"Currency", ColumnType::Currency),
                         column(u"Single", ColumnType::Single), column(u"Double", ColumnType::Double),
                         column(u"Date", ColumnType::DateTime), column(u"Binary", ColumnType::Binary, 40),
-                        column(u"Text", ColumnType::Text, 50), column(u"Guid", ColumnType::Guid)},
-            .indexes = {{.name = u"Mehrere", .columns = {{u"Text", false}, {u"Integer", true}}},
-                        {.name = u"Binary", .columns = {{u"Binary"}}, .flags = IndexDefinition::kIgnoreNulls}}};
+                        column(u"Text", ColumnType::Text, 50), column(u"Guid", ColumnType::Guid),
+                        column(u"Boolean", ColumnType::Boolean), numeric, column(u"Memo", ColumnType::Memo),
+                        column(u"Ole", ColumnType::Ole)},
+            .indexes = {{.name = u"PrimaryKey", .columns = {{u"Nr"}}, .isPrimary = true},
+                        {.name = u"Mehrere", .columns = {{u"Text", false}, {u"Integer", true}}},
+                        {.name = u"Byte", .columns = {{u"Byte"}, {u"Long"}}, .flags = kUnique},
+                        {.name = u"Integer", .columns = {{u"Integer"}}, .flags = IndexDefinition::kRequired},
+                        {.name = u"Long", .columns = {{u"Long", false}}},
+                        {.name = u"Currency", .columns = {{u"Currency"}}, .flags = kUnique},
+                        {.name = u"Single", .columns = {{u"Single", false}}},
+                        {.name = u"Double", .columns = {{u"Double"}, {u"Single"}}, .flags = kUnique},
+                        {.name = u"Date", .columns = {{u"Date"}}},
+                        {.name = u"Binary", .columns = {{u"Binary"}}, .flags = IndexDefinition::kIgnoreNulls},
+                        {.name = u"Binary2", .columns = {{u"Binary", false}, {u"Byte"}}, .flags = kUnique},
+                        {.name = u"Guid",
+                         .columns = {{u"Guid"}},
+                         .flags = IndexDefinition::kIgnoreNulls | IndexDefinition::kUnique},
+                        {.name = u"Boolean", .columns = {{u"Boolean", false}}},
+                        {.name = u"Numeric", .columns = {{u"Numeric"}}},
+                        {.name = u"Numeric2", .columns = {{u"Numeric", false}}}}};
 }
 
 Creator::RowFeed everyTypeRows() {
     return [i = 0](std::vector<Value>& row) mutable {
         if (i == 20) return false;
         ++i;
-        row = {static_cast<std::uint8_t>(i),
+        row = {i,
+               static_cast<std::uint8_t>(i),
                static_cast<std::int16_t>(-i),
                i * 100000,
                base::Currency{i * 12345LL},
@@ -69,8 +92,12 @@ Creator::RowFeed everyTypeRows() {
                base::Date{38000.5 + i},
                base::Bytes(static_cast<std::size_t>(i), 0xA5),
                base::Text(static_cast<std::size_t>(i), u'ß'),
-               base::Guid{}};
-        if (i % 4 == 0) row[7] = base::Null{};
+               base::Guid{{static_cast<std::uint8_t>(i)}},
+               i % 2 == 0,
+               base::Decimal{i % 3 == 0, 3, {static_cast<std::uint32_t>(i), 0, 0, 0}},
+               base::Text(static_cast<std::size_t>(100 * i), u'n'),
+               base::Bytes(static_cast<std::size_t>(300 * i), 0xA5)};
+        if (i % 4 == 0) row[8] = base::Null{};
         return true;
     };
 }

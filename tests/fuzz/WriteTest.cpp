@@ -16,6 +16,7 @@
 #include "tests/support/Environment.h"
 #include "tests/support/FaultyStorage.h"
 #include "tests/support/MemoryPageStore.h"
+#include "tests/support/RandomValues.h"
 #include "tests/support/SampleFile.h"
 #include "tests/support/SoundFile.h"
 
@@ -79,31 +80,8 @@ private:
     }
 
     Text literal(const Column& column) {
-        if (random_.below(6) == 0) return u"NULL";
-        switch (column.type) {
-            case ColumnType::Boolean:
-                return random_.below(2) == 0 ? u"TRUE" : u"FALSE";
-            case ColumnType::Byte:
-            case ColumnType::Integer:
-            case ColumnType::Long:
-            case ColumnType::Currency:
-            case ColumnType::Single:
-            case ColumnType::Double:
-            case ColumnType::Numeric:
-                return base::decimal(static_cast<std::int32_t>(random_.below(200)));
-            case ColumnType::DateTime:
-                return u"#3/14/2003#";
-            case ColumnType::Text:
-                return u"'" + Text(1 + random_.below(std::min<std::size_t>(column.lengthBytes / 2, 60)), letter()) +
-                       u"'";
-            case ColumnType::Memo:
-                return u"'" + Text(1 + random_.below(random_.below(2) == 0 ? 200 : 9000), letter()) + u"'";
-            default:
-                return u"NULL";
-        }
+        return test::literalOf(test::RandomValues(random_.engine()).value(column)).value_or(u"NULL");
     }
-
-    char16_t letter() { return static_cast<char16_t>(u'a' + random_.below(26)); }
 
     /// One row, several, or all.
     Text condition() {

@@ -1,0 +1,413 @@
+#include <gtest/gtest.h>
+#include <iostream>
+#include <iterator>
+#include <map>
+#include <random>
+#include <string>
+
+#include "ado/embedded/Factory.h"
+#include "jet/IndexKey.h"
+#include "jet/Table.h"
+#include "jet/UsageMap.h"
+#include "tests/fuzz/Seeds.h"
+#include "tests/support/Environment.h"
+#include "tests/support/FaultyStorage.h"
+#include "tests/support/RandomValues.h"
+#include "tests/support/SampleFile.h"
+#include "tests/support/SoundFile.h"
+
+namespace ado::embedded {
+namespace {
+
+using base::Text;
+using base::Value;
+
+using Row = std::vector<Value>;  ///< by the place of the column in the definition
+using Rows = std::map<std::int32_t, Row>;
+using Changes = std::map<std::size_t, Value>;
+using Numbers = std::vector<std::int32_t>;
+
+/// The order of two values of one column.
+bool isLess(const Value& a, const Value& b) {
+    if (base::isNull(a) || base::isNull(b)) return base::isNull(a) && !base::isNull(b);
+    return std::visit(
+        [&](const auto& left) -> bool {
+            using Held = std::decay_t<decltype(left)>;
+            const auto& right = std::get<Held>(b);
+            if constexpr (std::is_same_v<Held, bool>)
+                return left && !right;  // as -1 and 0
+            else if constexpr (std::is_arithmetic_v<Held> || std::is_same_v<Held, base::Bytes>)
+                return left < right;
+            else if constexpr (std::is_same_v<Held, Text>)
+                return jet::compareTexts(left, right) < 0;
+            else if constexpr (std::is_same_v<Held, base::Currency>)
+                return left.tenThousandths < right.tenThousandths;
+            else if constexpr (std::is_same_v<Held, base::Date>)
+                return left.days < right.days;
+            else if constexpr (std::is_same_v<Held, base::Guid>)
+                return *test::literalOf(left) < *test::literalOf(right);
+            else if constexpr (std::is_same_v<Held, base::Decimal>) {
+                const auto amount = [](const base::Decimal& each) {
+                    return each.negative ? -std::int64_t{each.magnitude[0]} : std::int64_t{each.magnitude[0]};
+                };
+                return amount(left) < amount(right);
+            } else
+                return false;
+        },
+        a);
+}
+
+/// A table at work, and beside it what it must hold. Its rows have an auto number.
+class RandomWork {
+public:
+    RandomWork(const base::Bytes& file, Text table, std::uint32_t seed)
+        : machine_(file), random_(seed), name_(std::move(table)) {
+        connection_->setProvider(u"Microsoft.Jet.OLEDB.4.0");
+        connection_->Properties().Item(u"Jet OLEDB:Database Password").setValue(Text(jet::kSeedPassword));
+        connection_->Open(u"", u"", u"", -1);
+        withTable([&](const jet::Table& opened) {
+            definition_ = opened.definition();
+            properties_ = opened.properties();
+        });
+        const auto& columns = definition_.columns;
+        key_ = static_cast<std::size_t>(std::ranges::find_if(columns, &jet::Column::isAutoNumber) - columns.begin());
+        expected_ = stored();
+        auto rows = open();
+        rows->AddNew();
+        defaults_ = rowAt(*rows);
+        lastNumber_ = numberOf(defaults_);
+    }
+
+    void step() {
+        switch (expected_.empty() ? 0 : values_.below(13)) {
+            case 0:
+            case 1:
+                return add();
+            case 2:
+            case 3:
+                return insert();
+            case 4:
+                return static_cast<void>(started());
+            case 5:
+            case 6:
+                return change();
+            case 7:
+                return update(0);
+            case 8:
+                return update(values_.below(25));
+            case 9:
+                return order();
+            case 10:
+            case 11:
+                return search();
+            default:
+                return remove();
+        }
+    }
+
+    void checkAll() {
+        EXPECT_EQ(stored(), expected_);
+        EXPECT_EQ(test::faultsIn(machine_.file(), jet::kSeedPassword), "");
+    }
+
+    /// No page of a row or of a long value outlives them.
+    void clear() {
+        connection_->Execute(u"DELETE FROM [" + name_ + u"]");
+        EXPECT_EQ(test::faultsIn(machine_.file(), jet::kSeedPassword), "");
+        withTable([](const jet::Table& table) {
+            EXPECT_TRUE(table.ownedPages().empty());
+            for (const jet::LongValueMaps& maps : table.definition().longValueMaps)
+                EXPECT_TRUE(jet::UsageMap::read(table.source(), maps.owned).empty());
+        });
+    }
+
+    int refused = 0, done = 0;
+
+private:
+    void withTable(const auto& use) {
+        auto database = jet::Database::open(machine_.storage(), jet::kSeedPassword, jet::LeftJournalRule::RollBack);
+        auto operation = database.beginRead();
+        use(*jet::openTable(operation, name_));
+    }
+
+    std::unique_ptr<ado::Recordset> open(const Text& rest = {}) {
+        auto rows = factory_.createRecordset();
+        rows->Open(u"SELECT * FROM [" + name_ + u"] " + rest, *connection_, CursorType::adOpenStatic,
+                   LockType::adLockPessimistic, -1);
+        return rows;
+    }
+
+    const jet::Column& column(std::size_t place) const { return definition_.columns[place]; }
+    Text nameOf(std::size_t place) const { return u"[" + column(place).name + u"]"; }
+
+    Row rowAt(ado::Recordset& rows) const {
+        Row row;
+        for (const jet::Column& each : definition_.columns)
+            row.push_back(rows.Fields().Item(each.name).Value());
+        return row;
+    }
+    std::int32_t numberOf(const Row& row) const { return std::get<std::int32_t>(row[key_]); }
+
+    Rows stored() {
+        Rows all;
+        for (auto rows = open(); !rows->isEOF(); rows->MoveNext()) {
+            Row row = rowAt(*rows);
+            all[numberOf(row)] = std::move(row);
+        }
+        return all;
+    }
+
+    Numbers numbers(const Text& rest) {
+        Numbers found;
+        for (auto rows = open(rest); !rows->isEOF(); rows->MoveNext())
+            found.push_back(std::get<std::int32_t>(rows->Fields().Item(column(key_).name).Value()));
+        return found;
+    }
+
+    std::size_t somePlace() { return values_.below(definition_.columns.size()); }
+
+    /// @param inStatement  the value is to have a form in statements: neither bytes nor a negative zero
+    Value someValue(std::size_t place, bool inStatement) {
+        while (true) {
+            Value value = values_.value(column(place));
+            if (!inStatement) return value;
+            if (auto* real = std::get_if<double>(&value)) *real += 0.0;
+            if (auto* real = std::get_if<float>(&value)) *real += 0.0F;
+            if (auto* date = std::get_if<base::Date>(&value)) date->days += 0.0;
+            if (test::literalOf(value)) return value;
+        }
+    }
+
+    Changes someChanges(bool inStatement) {
+        Changes changes;
+        while (changes.empty()) {
+            for (std::size_t place = 0; place < definition_.columns.size(); ++place)
+                if (place != key_ && values_.below(3) != 0) changes[place] = someValue(place, inStatement);
+        }
+        return changes;
+    }
+
+    static Row with(Row row, const Changes& changes) {
+        for (const auto& [place, value] : changes)
+            row[place] = value;
+        return row;
+    }
+
+    /// Whether the table's rules take the row, which is or will be one of `rows`.
+    bool isPermitted(const Row& row, const Rows& rows) const {
+        for (std::size_t place = 0; place < row.size(); ++place)
+            if (base::isNull(row[place]) && properties_.isRequired(column(place).name)) return false;
+        return std::ranges::all_of(definition_.indexes, [&](const jet::IndexDefinition& index) {
+            const auto key = keyOf(row, index);
+            if (!key) return !index.isRequired() && !index.isPrimary;
+            if (!index.isUnique() && !index.isPrimary) return true;
+            return std::ranges::none_of(rows, [&](const auto& other) {
+                return other.first != numberOf(row) && keyOf(other.second, index) == key;
+            });
+        });
+    }
+
+    /// @return nothing if a part is null
+    std::optional<base::Bytes> keyOf(const Row& row, const jet::IndexDefinition& index) const {
+        base::Bytes key;
+        for (const jet::IndexColumn& part : index.columns) {
+            const auto place = static_cast<std::size_t>(&definition_.columnOf(part) - definition_.columns.data());
+            if (base::isNull(row[place])) return std::nullopt;
+            jet::appendKeyPart(key, column(place), row[place], part.ascending);
+        }
+        return key;
+    }
+
+    /// Does the work, and takes over what it must end in, if the rules permit that.
+    void attempt(const Rows& after, const Numbers& changed, const auto& work) {
+        const bool permitted =
+            std::ranges::all_of(changed, [&](std::int32_t number) { return isPermitted(after.at(number), after); });
+        ++(permitted ? done : refused);
+        try {
+            work();
+            EXPECT_TRUE(permitted);
+        } catch (const base::RuntimeError& error) {
+            EXPECT_FALSE(permitted) << error.what();
+        }
+        if (permitted) expected_ = after;
+    }
+
+    /// A GUID may also stand as a text.
+    Text literal(const Value& value) {
+        const Text form = *test::literalOf(value);
+        if (!std::holds_alternative<base::Guid>(value) || values_.below(2) == 0) return form;
+        return u"'" + form.substr(form.rfind(u'{'), form.size() - form.rfind(u'{') - 1) + u"'";
+    }
+
+    Rows::iterator someRow() {
+        return std::next(expected_.begin(), static_cast<std::ptrdiff_t>(values_.below(expected_.size())));
+    }
+    Text isNumber(std::int32_t number) const { return u"WHERE " + nameOf(key_) + u" = " + base::decimal(number); }
+
+    /// A new row whose number is taken, whatever becomes of it.
+    std::unique_ptr<ado::Recordset> started() {
+        auto rows = open(isNumber(0));
+        rows->AddNew();
+        EXPECT_EQ(numberOf(rowAt(*rows)), ++lastNumber_);
+        return rows;
+    }
+
+    void assign(ado::Recordset& rows, const Changes& changes) {
+        for (const auto& [place, value] : changes)
+            rows.Fields().Item(column(place).name).setValue(value);
+        rows.Update();
+    }
+
+    void add() {
+        const auto rows = started();
+        const Changes changes = someChanges(false);
+        Rows after = expected_;
+        after[lastNumber_] = with(defaults_, changes);
+        after[lastNumber_][key_] = lastNumber_;
+        attempt(after, {lastNumber_}, [&] { assign(*rows, changes); });
+    }
+
+    void insert() {
+        const Changes changes = someChanges(true);
+        Text names, literals;
+        for (const auto& [place, value] : changes) {
+            names += (names.empty() ? u"" : u", ") + nameOf(place);
+            literals += (literals.empty() ? u"" : u", ") + literal(value);
+        }
+        const std::int32_t number = lastNumber_ + 1;
+        Rows after = expected_;
+        after[number] = with(defaults_, changes);
+        after[number][key_] = number;
+        attempt(after, {number}, [&] {
+            connection_->Execute(u"INSERT INTO [" + name_ + u"] (" + names + u") VALUES (" + literals + u")");
+            lastNumber_ = number;
+        });
+    }
+
+    void change() {
+        const auto chosen = someRow();
+        const Changes changes = someChanges(false);
+        Rows after = expected_;
+        after[chosen->first] = with(chosen->second, changes);
+        const auto rows = open(isNumber(chosen->first));
+        attempt(after, {chosen->first}, [&] { assign(*rows, changes); });
+    }
+
+    /// @param further  numbers behind the first one that are changed too
+    void update(std::uint32_t further) {
+        const std::int32_t first = someRow()->first;
+        const std::int32_t last = first + static_cast<std::int32_t>(further);
+        const Changes changes = someChanges(true);
+        Text assignments;
+        for (const auto& [place, value] : changes)
+            assignments += (assignments.empty() ? u"" : u", ") + nameOf(place) + u" = " + literal(value);
+        Rows after = expected_;
+        Numbers changed;
+        for (auto row = after.find(first); row != after.end() && row->first <= last; ++row) {
+            row->second = with(row->second, changes);
+            changed.push_back(row->first);
+        }
+        attempt(after, changed, [&] {
+            connection_->Execute(u"UPDATE [" + name_ + u"] SET " + assignments + u" WHERE " + nameOf(key_) +
+                                 u" BETWEEN " + base::decimal(first) + u" AND " + base::decimal(last));
+        });
+    }
+
+    void remove() {
+        const auto first = someRow();
+        const std::int32_t end =
+            first->first + (values_.below(4) == 0 ? static_cast<std::int32_t>(values_.below(30)) : 0);
+        try {
+            connection_->Execute(u"DELETE FROM [" + name_ + u"] WHERE " + nameOf(key_) + u" >= " +
+                                 base::decimal(first->first) + u" AND " + nameOf(key_) + u" <= " + base::decimal(end));
+            expected_.erase(first, expected_.upper_bound(end));
+        } catch (const base::RuntimeError& error) {
+            // Rows of other tables of the file refer to one of them: then all stay.
+            if (error.description().find(u"in Beziehung stehende") == Text::npos) throw;
+        }
+    }
+
+    /// An index finds what a walk over all rows finds.
+    void search() {
+        const std::size_t place = somePlace();
+        const auto chosen = someRow();
+        const bool isThere = values_.below(4) != 0;
+        const Value value = isThere ? chosen->second[place] : someValue(place, true);
+        if (!test::literalOf(value)) return;
+        const Text wanted = literal(value);
+        const Numbers found = numbers(u"WHERE " + nameOf(place) + u" = " + wanted);
+        EXPECT_EQ(found, numbers(u"WHERE NOT " + nameOf(place) + u" <> " + wanted)) << base::toUtf8(wanted);
+        if (!isThere || base::isNull(value)) return;
+        EXPECT_NE(std::ranges::find(found, chosen->first), found.end())
+            << base::toUtf8(nameOf(place) + u" = " + wanted);
+    }
+
+    void order() {
+        const std::size_t place = somePlace();
+        if (column(place).type == jet::ColumnType::Ole) return;
+        const bool descends = values_.below(2) == 0;
+        const Text by = u" ORDER BY " + nameOf(place) + (descends ? u" DESC" : u"");
+        const Numbers found = numbers(by);
+        EXPECT_EQ(found.size(), expected_.size());
+        EXPECT_EQ(found, numbers(u"WHERE " + nameOf(key_) + u" > 0" + by)) << base::toUtf8(by);
+        for (std::size_t i = 1; i < found.size(); ++i) {
+            const Value& before = expected_.at(found[i - 1])[place];
+            const Value& after = expected_.at(found[i])[place];
+            ASSERT_FALSE(descends ? isLess(before, after) : isLess(after, before)) << base::toUtf8(by);
+        }
+    }
+
+    test::Machine machine_;
+    std::mt19937 random_;
+    test::RandomValues values_{random_};
+    Factory factory_{[this](const Text&) { return machine_.storage(); }};
+    std::unique_ptr<ado::Connection> connection_ = factory_.createConnection();
+    Text name_;
+    jet::TableDefinition definition_;
+    jet::PropertyBlob properties_;
+    std::size_t key_ = 0;  ///< place of the auto number
+    Rows expected_;
+    Row defaults_;
+    std::int32_t lastNumber_ = 0;
+};
+
+struct TableFile {
+    std::string what;
+    base::Bytes file;
+    Text table;
+};
+
+std::vector<TableFile> tableFiles() {
+    std::vector<TableFile> all;
+    for (const jet::Seed& seed : jet::seeds()) {
+        if (seed.name == "related" || (seed.name.ends_with(".mdb") && !seed.name.starts_with("BenKTO"))) continue;
+        all.push_back({seed.name, seed.file, seed.name == "types" ? u"Alles" : u"Benutzerkonto"});
+        const bool isPlain = jet::Header::read(base::ByteView(seed.file)).databaseKey == 0;
+        if (isPlain && seed.name != "empty")
+            all.push_back({seed.name + ", encoded", test::encoded(seed.file, 0xA1B2C3D4U), all.back().table});
+    }
+    return all;
+}
+
+/// TOLV_OPERATIONS and TOLV_RANDOM_SEED make longer runs, and the same ones again.
+TEST(RandomWork, EndsWhereAMapEndsInASoundFile) {
+    constexpr std::uint32_t kBatch = 100;
+    const std::uint32_t operations = test::environmentNumber("TOLV_OPERATIONS", 400);
+    const std::uint32_t seed = test::environmentNumber("TOLV_RANDOM_SEED", std::random_device{}());
+    std::cout << "TOLV_RANDOM_SEED=" << seed << "\n";
+    for (const TableFile& each : tableFiles()) {
+        SCOPED_TRACE(each.what);
+        RandomWork work(each.file, each.table, seed);
+        for (std::uint32_t i = 1; i <= operations; ++i) {
+            SCOPED_TRACE(i);
+            ASSERT_NO_THROW(work.step());
+            if (i % kBatch == 0 || i == operations) work.checkAll();
+            ASSERT_FALSE(testing::Test::HasFailure());
+        }
+        std::cout << each.what << ": " << work.done << " done, " << work.refused << " refused\n";
+        if (each.table == u"Alles") work.clear();
+    }
+}
+
+}  // namespace
+}  // namespace ado::embedded
