@@ -110,12 +110,6 @@ base::Bytes IndexPage::entry(std::size_t i) const {
     return bytes;
 }
 
-RowPointer IndexPage::row(std::size_t i) const {
-    // The prefix may reach into the row pointer.
-    const base::Bytes bytes = entry(i);
-    return rowOfEntry(bytes);
-}
-
 PageNumber IndexPage::child(std::size_t i) const {
     assert(!isLeaf_);
     return readBigEndian(stored(i).last(kIndexChildBytes));

@@ -67,7 +67,6 @@ public:
     void appendEntry(std::size_t i, base::Bytes& bytes) const;
     base::Bytes entry(std::size_t i) const;
 
-    RowPointer row(std::size_t i) const;
     PageNumber child(std::size_t i) const;
 
     /// Index of the first entry that is not less than `wanted` (a key, or the beginning of one, with or

@@ -95,8 +95,8 @@ Creator::RowFeed everyTypeRows() {
                base::Guid{{static_cast<std::uint8_t>(i)}},
                i % 2 == 0,
                base::Decimal{i % 3 == 0, 3, {static_cast<std::uint32_t>(i), 0, 0, 0}},
-               base::Text(static_cast<std::size_t>(100 * i), u'n'),
-               base::Bytes(static_cast<std::size_t>(300 * i), 0xA5)};
+               base::Text(static_cast<std::size_t>(10 * i), u'n'),
+               base::Bytes(static_cast<std::size_t>(20 * i), 0xA5)};
         if (i % 4 == 0) row[8] = base::Null{};
         return true;
     };

@@ -98,11 +98,14 @@ public:
         writer.emplace(store, allocator, definition, 0);
     }
 
-    /// The last child of the last node below the root comes below a node of its own, as its tail.
-    void moveLastChild() {
-        const PageNumber rootPage = definition.indexes[0].rootPage;
-        IndexNode root = nodeAt(rootPage);
-        const PageNumber page = root.childAt(root.childCount() - 1);
+    /// The last leaf comes below a node of its own, as its tail.
+    void moveLastLeaf() {
+        PageNumber parentPage = definition.indexes[0].rootPage;
+        const auto lastChild = [&] { return nodeAt(parentPage).childAt(nodeAt(parentPage).childCount() - 1); };
+        while (store.page(lastChild()).bytes.u8(26) > 1)
+            parentPage = lastChild();
+        IndexNode parent = nodeAt(parentPage);
+        const PageNumber page = lastChild();
         IndexNode node = nodeAt(page);
         IndexNode lone(false);
         lone.tail = node.childAt(node.childCount() - 1);
@@ -111,12 +114,12 @@ public:
         node.tail = 0;
         node.next = allocator.allocate();
         UsageMapWriter(store, allocator, definition.indexes[0].usageMap).set(node.next);
-        if (root.tail == 0) root.erase(root.size() - 1);
-        root.insert(root.size(), node.entry(node.size() - 1), page);
-        root.tail = node.next;
+        if (parent.tail == 0) parent.erase(parent.size() - 1);
+        parent.insert(parent.size(), node.entry(node.size() - 1), page);
+        parent.tail = node.next;
         lone.write(store.change(node.next), definition.page, store.page(page).bytes.u8(26));
         node.write(store.change(page), definition.page, store.page(page).bytes.u8(26));
-        root.write(store.change(rootPage), definition.page, store.page(rootPage).bytes.u8(26));
+        parent.write(store.change(parentPage), definition.page, store.page(parentPage).bytes.u8(26));
         writer.emplace(store, allocator, definition, 0);
     }
 
@@ -285,7 +288,7 @@ TEST(IndexWriter, EntriesInTheirOrderLeaveFullPagesBehind) {
         // The last leaf below a node that has nothing else goes, and the node with it.
         for (std::uint32_t n = 2000; tree.entriesOfLastLeaf() > 1; ++n)
             tree.insert(base::Bytes(300, 0xFF), {3 + n, 0}, true);
-        tree.moveLastChild();
+        tree.moveLastLeaf();
         const auto last = *tree.expected.rbegin();
         tree.remove(last.first, last.second);
         tree.check();
@@ -320,6 +323,7 @@ TEST(IndexWriter, AKeyIsUniqueAcrossTheLeavesUnlessItHoldsNull) {
     }
     tree.insert({0x00}, {5, 1}, true);
     tree.insert({0x00}, {6, 1}, true);
+    EXPECT_THROW(tree.insert({0x00}, {5, 1}, true), base::RuntimeError) << "there already";
     EXPECT_THROW(tree.insert(base::Bytes(2000, 1), {7, 7}), base::RuntimeError) << "longer than half a page";
     tree.writer->removeEntryOf({120, 1});
     tree.expected.erase({base::Bytes(400, 20), {120, 1}});
@@ -342,17 +346,17 @@ TEST(IndexWriter, AKeyIsUniqueAcrossTheLeavesUnlessItHoldsNull) {
 TEST(IndexWriter, JoinsNoPagesThatAreNoNeighbours) {
     const struct {
         const char* what;
-        std::function<void(IndexNode& node, IndexNode& leaf, const IndexNode& last)> damage;
+        std::function<void(IndexNode& node, IndexNode& leaf, const base::Bytes& end)> damage;
     } cases[] = {
         {"a leaf's way on", [](auto&, IndexNode& leaf, auto&) { leaf.next = leaf.previous; }},
         {"a leaf's way back", [](auto&, IndexNode& leaf, auto&) { leaf.previous = leaf.next; }},
-        {"a leaf that is its own neighbour", [](auto& node, IndexNode& leaf, auto&) { leaf.next = node.childAt(1); }},
+        {"a leaf that is its own neighbour", [](auto& node, IndexNode& leaf, auto&) { leaf.next = node.child(0); }},
         {"a node's way on", [](IndexNode& node, auto&, auto&) { node.next = node.child(0); }},
         {"a node's way back", [](IndexNode& node, auto&, auto&) { node.previous = node.child(0); }},
         {"a tail beyond its bounds",
-         [](IndexNode& node, auto&, const IndexNode& last) {
+         [](IndexNode& node, auto&, const base::Bytes& end) {
              node.tail = node.child(node.size() - 1);
-             node.replaceEntry(node.size() - 1, last.entry(last.size() - 1));
+             node.replaceEntry(node.size() - 1, end);
          }},
         {"a leaf in a node's place", [](IndexNode& node, IndexNode& leaf, auto&) { node = leaf; }},
         {"a child twice", [](IndexNode& node, auto&, auto&) { node.setChildAt(1, node.child(0)); }},
@@ -368,9 +372,9 @@ TEST(IndexWriter, JoinsNoPagesThatAreNoNeighbours) {
         const IndexNode root = tree.nodeAt(tree.definition.indexes[0].rootPage);
         ASSERT_FALSE(tree.nodeAt(root.child(1)).isLeaf());
         IndexNode node = tree.nodeAt(root.child(1));
-        const PageNumber leafPage = node.child(1);
+        const PageNumber leafPage = node.child(0);
         IndexNode leaf = tree.nodeAt(leafPage);
-        c.damage(node, leaf, tree.nodeAt(root.child(2)));
+        c.damage(node, leaf, base::Bytes(root.entry(1).begin(), root.entry(1).end()));
         leaf.write(tree.store.change(leafPage), tree.definition.page, 0);
         node.write(tree.store.change(root.child(1)), tree.definition.page, node.isLeaf() ? 0 : 1);
         tree.writer.emplace(tree.store, tree.allocator, tree.definition, 0);
