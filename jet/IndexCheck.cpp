@@ -173,7 +173,7 @@ private:
     PageNumber definitionPage_ = 0;
     std::vector<PageNumber> pages_;
     base::Bytes entry_;
-    base::Bytes last_;  ///< entries that follow are greater
+    base::Bytes last_;                               ///< entries that follow are greater
     std::array<Chain, kMaxIndexHeight + 1> chains_;  ///< of nodes by their depth, and of all leaves
     bool isWhole_ = true;
 };

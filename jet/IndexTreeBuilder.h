@@ -38,8 +38,8 @@ private:
 };
 
 /// Builds a whole index tree of entries in their order: leaves are filled one after the other, then the levels of
-/// nodes above them, all linked with their neighbours. The root keeps its page. Only the nodes on the rightmost path have a tail; the others have
-/// an entry for every child.
+/// nodes above them, all linked with their neighbours. The root keeps its page. Only the nodes on the rightmost path
+/// have a tail; the others have an entry for every child.
 ///
 /// @param root  allocated before
 /// @return all pages of the tree in ascending order
