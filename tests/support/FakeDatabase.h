@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <utility>
 
 #include "ado/Ado.h"
 #include "base/RuntimeError.h"
