@@ -29,9 +29,12 @@ bool sameUnit(char16_t a, char16_t b, TextOrder order) {
 }  // namespace
 
 LikePattern::LikePattern(base::TextView pattern, TextOrder order) : order_(order) {
+    bool listsEnded = false;  // where a bracket is not closed, no later one is
     for (std::size_t i = 0; i < pattern.size(); ++i) {
         Part part;
-        const std::size_t close = pattern[i] == u'[' ? pattern.find(u']', i + 1) : base::TextView::npos;
+        const bool opens = pattern[i] == u'[' && !listsEnded;
+        const std::size_t close = opens ? pattern.find(u']', i + 1) : base::TextView::npos;
+        listsEnded = listsEnded || (opens && close == base::TextView::npos);
         if (pattern[i] == u'%') {
             part.kind = Part::Kind::AnyRun;
         } else if (pattern[i] == u'_') {
