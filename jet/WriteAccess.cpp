@@ -26,14 +26,13 @@ WriteAccess::WriteAccess(Storage& storage) {
     OpenedFile opened = openWithin(storage, deadline);
     refusal_ = opened.refusal;
     if (refusal_ == Refusal::ReadOnly) return;
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
+    if (opened.io && !opened.io->lock(LockKind::Exclusive, std::max(left, std::chrono::milliseconds{0})))
+        refusal_ = Refusal::InUse;
+    // After the wait, during which the user may have come where the opening does not keep him out.
     holder_ = storage.originalUser();
     if (holder_) refusal_ = Refusal::InUse;
     if (refusal_ != Refusal::None) return;
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
-    if (!opened.io->lock(LockKind::Exclusive, std::max(left, std::chrono::milliseconds{0}))) {
-        refusal_ = Refusal::InUse;
-        return;
-    }
     io_ = std::move(opened.io);
     Journal(storage).recover(*io_, Journal::WholeWrite::Keep);
 }

@@ -8,8 +8,8 @@
 
 namespace jet {
 
-/// The right to write a file, held while it lives: the file opened so that others cannot write, nobody in it through
-/// the original engine, and our lock. In this order, so that whoever comes in between is met by the system itself.
+/// The right to write a file, held while it lives: the file opened so that others cannot write (Windows), our lock, and
+/// nobody in the file through the original engine. In this order, so that the last look is not older than the wait.
 /// Whatever an interrupted writer left is rolled back before anybody gets to see the file.
 class WriteAccess {
 public:

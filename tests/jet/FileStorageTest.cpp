@@ -254,6 +254,20 @@ TEST_F(FileStorageTest, IsNotWrittenWhereSomethingElseHasTheJournalsName) {
     EXPECT_EQ(writingError(WriteKind::Execute), "no error");
 }
 
+TEST_F(FileStorageTest, IsNotWrittenIfTheOriginalEngineOpensItWhileTheWriterWaits) {
+    store(lockFilePath(file_.u16string()), base::Bytes(kUserSlotBytes, 'A'));
+    Database database = open(), second = open();
+    auto transaction = std::make_unique<Transaction>(database, WriteKind::Execute);
+    std::string error;
+    std::thread waiting([&] { error = errorOf([&] { Transaction(second, WriteKind::Execute); }); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    OtherProcess holder = startHolder("hold-user-slot");
+    transaction.reset();
+    waiting.join();
+    EXPECT_THAT(error, testing::HasSubstr("derzeit gesperrt durch Benutzer 'AAAA"));
+    release(holder);
+}
+
 #ifdef _WIN32
 
 /// A handle as another program would have it.
