@@ -35,6 +35,11 @@ RuntimeError folderNotFound(TextView path) {
                    u"Sie mit dem Server, auf dem sich die Datei befindet, verbunden sind.");
 }
 
+RuntimeError fileExists(TextView path) {
+    constexpr std::int32_t kFileAlreadyExists = 58;
+    return {kFileAlreadyExists, u"Die Datei " + quoted(path) + u" existiert bereits."};
+}
+
 RuntimeError fileInUse(TextView path) {
     return failure(quoted(path) + u" konnte nicht verwendet werden; Datei wird bereits benutzt.");
 }

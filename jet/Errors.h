@@ -31,6 +31,8 @@ base::RuntimeError failure(base::Text description);
 
 base::RuntimeError fileNotFound(base::TextView path);
 base::RuntimeError folderNotFound(base::TextView path);
+/// With the classic run time's number.
+base::RuntimeError fileExists(base::TextView path);
 base::RuntimeError fileInUse(base::TextView path);
 base::RuntimeError accessDenied(base::TextView path);
 base::RuntimeError unknownFormat(base::TextView path);

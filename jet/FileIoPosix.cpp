@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <string>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -22,6 +23,18 @@ short lockType(LockKind kind) {
             return F_WRLCK;
     }
     return F_UNLCK;
+}
+
+bool isDiskFull(int systemError) {
+    // EFBIG: the largest size that the file system, or a limit set for the program, allows.
+    return systemError == ENOSPC || systemError == EDQUOT || systemError == EFBIG;
+}
+
+/// The limit that is set for this program.
+std::uint64_t largestFileBytes() {
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_FSIZE, &limit) != 0) return RLIM_INFINITY;
+    return limit.rlim_cur;
 }
 
 class FileIo : public PageIo {
@@ -50,8 +63,11 @@ public:
     }
 
     void write(std::uint64_t offset, std::span<const std::uint8_t> bytes) override {
+        // Written up to the limit, it would end within a sector, which a journal could not undo.
+        if (offset + bytes.size() > limitBytes_) throw diskFull();
         while (!bytes.empty()) {
             const ssize_t count = ::pwrite(descriptor_, bytes.data(), bytes.size(), static_cast<off_t>(offset));
+            if (count == 0) throw deviceFailed(path_, EIO);
             if (count < 0 && errno != EINTR) fail();
             if (count > 0) {
                 bytes = bytes.subspan(static_cast<std::size_t>(count));
@@ -97,11 +113,12 @@ private:
     }
 
     [[noreturn]] void fail() const {
-        if (errno == ENOSPC || errno == EDQUOT) throw diskFull();
+        if (isDiskFull(errno)) throw diskFull();
         throw deviceFailed(path_, errno);
     }
 
     int descriptor_;
+    std::uint64_t limitBytes_ = largestFileBytes();
     base::Text path_;
 };
 
@@ -128,8 +145,10 @@ base::RuntimeError openingFailed(const base::Text& path, int systemError) {
         case EBUSY:
         case ETXTBSY:
             return fileInUse(path);
+        case EEXIST:
+            return fileExists(path);
         default:
-            return deviceFailed(path, systemError);
+            return isDiskFull(systemError) ? diskFull() : deviceFailed(path, systemError);
     }
 }
 

@@ -10,6 +10,10 @@ namespace {
 constexpr wchar_t kLongPath[] = L"\\\\?\\";
 constexpr std::size_t kOldPathUnits = 248;
 
+/// ERROR_DISK_RESOURCES_EXHAUSTED and ERROR_DISK_QUOTA_EXCEEDED, which not every set of headers has.
+constexpr DWORD kDiskResourcesExhausted = 314;
+constexpr DWORD kDiskQuotaExceeded = 1295;
+
 class FileIo : public PageIo {
 public:
     FileIo(HANDLE handle, base::Text path) : handle_(handle), path_(std::move(path)) {}
@@ -39,6 +43,7 @@ public:
             OVERLAPPED place = at(offset);
             DWORD count = 0;
             if (!WriteFile(handle_, bytes.data(), static_cast<DWORD>(bytes.size()), &count, &place)) fail();
+            if (count == 0) throw deviceFailed(path_, ERROR_WRITE_FAULT);
             bytes = bytes.subspan(count);
             offset += count;
         }
@@ -89,7 +94,7 @@ private:
     [[noreturn]] void fail() const {
         const DWORD systemError = GetLastError();
         if (systemError == ERROR_LOCK_VIOLATION || systemError == ERROR_SHARING_VIOLATION) throw fileInUse(path_);
-        if (systemError == ERROR_DISK_FULL || systemError == ERROR_HANDLE_DISK_FULL) throw diskFull();
+        if (isDiskFull(systemError)) throw diskFull();
         throw deviceFailed(path_, systemError);
     }
 
@@ -113,6 +118,20 @@ std::unique_ptr<PageIo> fileIo(HANDLE handle, const base::Text& path) {
     return io;
 }
 
+bool isDiskFull(DWORD systemError) {
+    switch (systemError) {
+        case ERROR_DISK_FULL:
+        case ERROR_HANDLE_DISK_FULL:
+        case kDiskQuotaExceeded:
+        case ERROR_NOT_ENOUGH_QUOTA:  // as some servers say it
+        case kDiskResourcesExhausted:
+        case ERROR_FILE_TOO_LARGE:
+            return true;
+        default:
+            return false;
+    }
+}
+
 base::RuntimeError openingFailed(const base::Text& path, DWORD systemError) {
     switch (systemError) {
         case ERROR_FILE_NOT_FOUND:
@@ -128,11 +147,14 @@ base::RuntimeError openingFailed(const base::Text& path, DWORD systemError) {
         case ERROR_SHARING_VIOLATION:
         case ERROR_LOCK_VIOLATION:
             return fileInUse(path);
+        case ERROR_FILE_EXISTS:
+        case ERROR_ALREADY_EXISTS:
+            return fileExists(path);
         case ERROR_ACCESS_DENIED:
         case ERROR_WRITE_PROTECT:
             return accessDenied(path);
         default:
-            return deviceFailed(path, systemError);
+            return isDiskFull(systemError) ? diskFull() : deviceFailed(path, systemError);
     }
 }
 

@@ -18,6 +18,9 @@ OVERLAPPED at(std::uint64_t offset);
 /// @throws RuntimeError if it is no ordinary file
 std::unique_ptr<PageIo> fileIo(HANDLE handle, const base::Text& path);
 
+/// Whether there is no more room: on the disk, of the user's share of it, or in a file of the largest size.
+bool isDiskFull(DWORD systemError);
+
 /// Why a file could not be opened, in the original engine's words.
 base::RuntimeError openingFailed(const base::Text& path, DWORD systemError);
 

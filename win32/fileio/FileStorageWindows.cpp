@@ -180,9 +180,6 @@ private:
             case ERROR_ACCESS_DENIED:
             case ERROR_WRITE_PROTECT:
                 return Refusal::ReadOnly;
-            case ERROR_DISK_FULL:
-            case ERROR_HANDLE_DISK_FULL:
-                throw diskFull();
             default:
                 throw openingFailed(path, systemError);
         }
