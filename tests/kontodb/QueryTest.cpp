@@ -84,6 +84,21 @@ TEST_F(Query, PrintsOneObjectALine) {
               "\n");
 }
 
+TEST_F(Query, PrintsTheRowsBeforeADamagedOneAndNoPartOfIt) {
+    using namespace std::string_literals;
+    std::string file = contentOf(open_);
+    // Units of one byte each up to the zero, then of two.
+    file.replace(file.find("S\0t\0r\0"s), 20, "\xFF\xFEsechzehn Zeichen\0x"s);
+    std::ofstream(std::filesystem::path(open_), std::ios::binary) << file;
+    for (const auto& [flag, lines] : {std::pair{u"--", 2}, std::pair{u"--json", 1}}) {
+        const Outcome outcome = query({open_, kAll, flag});
+        EXPECT_EQ(outcome.exitCode, kExitError);
+        EXPECT_NE(outcome.errors.find("endet mit einem halben Zeichen"), std::string::npos) << outcome.errors;
+        EXPECT_EQ(std::ranges::count(outcome.printed, '\n'), lines) << outcome.printed;
+        EXPECT_TRUE(outcome.printed.ends_with('\n')) << outcome.printed;
+    }
+}
+
 TEST_F(Query, KeepsNobodyFromWritingWhileItPrints) {
     struct SlowReader final : FakeConsole {
         void print(std::string_view) override { written = call({u"exec", file, u"DELETE FROM Probe WHERE Nr = 1"}); }

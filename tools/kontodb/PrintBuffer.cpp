@@ -12,6 +12,7 @@ constexpr std::size_t kFullBytes = std::size_t{64} * 1024;
 
 void PrintBuffer::endLine() {
     put('\n');
+    lineEnd_ = size_;
     if (size_ >= kFullBytes) flush();
 }
 
@@ -19,6 +20,7 @@ void PrintBuffer::flush() {
     if (size_ == 0) return;
     console_.print({bytes_.get(), size_});
     size_ = 0;
+    lineEnd_ = 0;
 }
 
 void PrintBuffer::grow(std::size_t bytes) {

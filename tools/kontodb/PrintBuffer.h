@@ -33,6 +33,8 @@ public:
     void endLine();
     /// Prints what is left.
     void flush();
+    /// Takes back what was put behind the last line's end.
+    void dropLine() { size_ = lineEnd_; }
 
 private:
     void grow(std::size_t bytes);
@@ -41,6 +43,7 @@ private:
     std::unique_ptr<char[]> bytes_;
     std::size_t capacity_ = 0;
     std::size_t size_ = 0;
+    std::size_t lineEnd_ = 0;
 };
 
 }  // namespace kontodb

@@ -1,5 +1,6 @@
 #include <string>
 
+#include "base/RuntimeError.h"
 #include "jet/sql/SelectExecutor.h"
 #include "tools/kontodb/CommandLine.h"
 #include "tools/kontodb/Commands.h"
@@ -16,7 +17,23 @@ class Printer {
 public:
     Printer(const jet::sql::ResultSet& rows, Console& console) : rows_(rows), lines_(console) {}
 
-    void printPlain() {
+    /// @throws base::RuntimeError (damage) when the rows before the damaged one are printed
+    void print(bool asJson) {
+        try {
+            if (asJson)
+                putJson();
+            else
+                putPlain();
+        } catch (const base::RuntimeError&) {
+            lines_.dropLine();
+            lines_.flush();
+            throw;
+        }
+        lines_.flush();
+    }
+
+private:
+    void putPlain() {
         for (std::size_t column = 0; column < rows_.columnCount(); ++column) {
             if (column > 0) lines_.put('\t');
             appendPlainText(value_, rows_.column(column).name);
@@ -27,14 +44,13 @@ public:
             const jet::sql::ResultRow fields = rows_.row(row);
             for (std::size_t column = 0; column < rows_.columnCount(); ++column) {
                 if (column > 0) lines_.put('\t');
-                putPlain(fields, column);
+                putField(fields, column);
             }
             lines_.endLine();
         }
-        lines_.flush();
     }
 
-    void printJson() {
+    void putJson() {
         std::vector<std::string> names(rows_.columnCount());
         for (std::size_t column = 0; column < names.size(); ++column) {
             names[column] = column == 0 ? "{" : ", ";
@@ -51,11 +67,9 @@ public:
             lines_.put('}');
             lines_.endLine();
         }
-        lines_.flush();
     }
 
-private:
-    void putPlain(const jet::sql::ResultRow& fields, std::size_t column) {
+    void putField(const jet::sql::ResultRow& fields, std::size_t column) {
         if (const auto units = fields.latinText(column)) {
             lines_.endAt(writePlainLatin(lines_.room(kMostLatinBytes * units->size()), *units));
         } else {
@@ -85,11 +99,7 @@ int query(std::span<const base::Text> arguments, Console& console) {
         auto operation = database.beginRead();
         return jet::sql::executeSelect(operation, line.operand(1));
     }();
-    Printer printer(rows, console);
-    if (line.flag(kJsonFlag))
-        printer.printJson();
-    else
-        printer.printPlain();
+    Printer(rows, console).print(line.flag(kJsonFlag));
     return kExitSuccess;
 }
 
