@@ -3,6 +3,7 @@
 #include "base/RuntimeError.h"
 #include "jet/Database.h"
 #include "jet/MemoryIo.h"
+#include "jet/NewFile.h"
 #include "tests/kontodb/Command.h"
 #include "tools/kontodb/AccountFile.h"
 
@@ -35,12 +36,30 @@ TEST_F(Create, ProtectsTheFileWithTheToolsPasswordUnlessToldOtherwise) {
 TEST_F(Create, LeavesAnExistingFileAsItIsAndNoHalfFileBehind) {
     std::ofstream(folder_ / "da.mdb") << "vorher";
     EXPECT_TRUE(call({u"create", path(u"da.mdb")}).errors.starts_with("kontodb: 58: "));
-    std::string content;
-    std::ifstream(folder_ / "da.mdb") >> content;
-    EXPECT_EQ(content, "vorher");
     EXPECT_EQ(call({u"create", path(u"neu.mdb"), u"--password", u"einundzwanzig Zeichen"}).exitCode, kExitError);
-    EXPECT_FALSE(std::filesystem::exists(folder_ / "neu.mdb"));
     EXPECT_TRUE(call({u"create", path(u"fehlt/neu.mdb")}).errors.starts_with("kontodb: -2147467259: "));
+    {
+        jet::NewFile late(path(u"spät.mdb"));
+        std::ofstream(folder_ / u"spät.mdb") << "schneller";
+        EXPECT_THROW(late.publish(), base::RuntimeError);
+    }
+    EXPECT_EQ(contentOf(folder_ / "da.mdb"), "vorher");
+    EXPECT_EQ(contentOf(folder_ / u"spät.mdb"), "schneller");
+    EXPECT_EQ(names().size(), 2U);
+}
+
+TEST_F(Create, MakesNoFileBesideAJournalOfItsName) {
+    const auto journal = folder_ / "neu.mdb-journal";
+    std::ofstream(journal) << "begonnen";
+    EXPECT_NE(call({u"create", path(u"neu.mdb")}).errors.find("neu.mdb-journal' liegt noch da"), std::string::npos);
+    EXPECT_EQ(names().size(), 1U);
+    // An emptied one says that nothing is left to do; neither does what was left of a making that was cut off.
+    std::filesystem::resize_file(journal, 0);
+    std::ofstream(folder_ / "neu.mdb-neu-1") << "halb";
+    EXPECT_EQ(call({u"create", path(u"neu.mdb")}).exitCode, kExitSuccess);
+    EXPECT_TRUE(opens(path(u"neu.mdb"), u"HwendorpliqZ"));
+    EXPECT_EQ(names().size(), 3U);
+    EXPECT_EQ(contentOf(folder_ / "neu.mdb-neu-1"), "halb");
 }
 
 TEST_F(Create, AWrongCallSaysWhatIsWrongAndMakesNothing) {
@@ -50,6 +69,8 @@ TEST_F(Create, AWrongCallSaysWhatIsWrongAndMakesNothing) {
         {u"create"},
         {u"create", path(u"a.mdb"), u"b.mdb"},
         {u"create", path(u"a.mdb"), u"--acounts", u"3"},
+        {u"create", u"-x"},
+        {u"create", path(u"a.mdb"), u"-s"},
         {u"create", path(u"a.mdb"), u"--accounts"},
         {u"create", path(u"a.mdb"), u"--accounts", u"1000001"},
         {u"create", path(u"a.mdb"), u"--accounts", u"-1"},
@@ -65,10 +86,12 @@ TEST_F(Create, AWrongCallSaysWhatIsWrongAndMakesNothing) {
         EXPECT_EQ(outcome.printed, "");
     }
     EXPECT_TRUE(std::filesystem::is_empty(folder_.path));
-    EXPECT_EQ(call({u"--help"}).exitCode, kExitSuccess);
-    const Outcome help = call({u"create", u"--help"});
-    EXPECT_EQ(help.exitCode, kExitSuccess);
-    EXPECT_NE(help.printed.find("kontodb create DATEI"), std::string::npos);
+    for (const auto& arguments : std::vector<std::vector<Text>>{
+             {u"-h"}, {u"--help"}, {u"create", u"-h"}, {u"query", path(u"a.mdb"), u"--json", u"--help"}}) {
+        const Outcome help = call(arguments);
+        EXPECT_EQ(help.exitCode, kExitSuccess);
+        EXPECT_NE(help.printed.find("kontodb create DATEI"), std::string::npos);
+    }
     EXPECT_EQ(call({u"create", path(u"g.mdb"), u"--seed", u"18446744073709551615"}).exitCode, kExitSuccess);
 }
 

@@ -1,6 +1,3 @@
-#include <fstream>
-#include <iterator>
-
 #include "tests/kontodb/Command.h"
 
 namespace kontodb {
@@ -12,7 +9,7 @@ protected:
     // Whatever was written, the file is sound and no journal lies there.
     ~Exec() override {
         EXPECT_EQ(call(u"check").printed.find("Fehler"), std::string::npos);
-        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_.path), {}), 1);
+        EXPECT_EQ(names().size(), 1U);
     }
     Exec(const Exec&) = delete;
     Exec& operator=(const Exec&) = delete;
@@ -26,10 +23,7 @@ protected:
     Outcome exec(const Text& statement) const { return call(u"exec", {statement}); }
     Outcome query(const Text& rest) const { return call(u"query", {u"SELECT * FROM Benutzerkonto " + rest}); }
 
-    std::string content() const {
-        std::ifstream file(std::filesystem::path(file_), std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
+    std::string content() const { return contentOf(file_); }
 
     Text file_ = path(u"Konten äöü.mdb");
 };
@@ -51,6 +45,17 @@ TEST_F(Exec, PrintsTheCountOfRows) {
     }
     EXPECT_NE(query(u"WHERE BenKTO_ID = 17").printed.find("\tneu\t"), std::string::npos);
     EXPECT_NE(query(u"WHERE BenKTO_Name = 'älfred'").printed.find("\n201\tÄlfred\t\\N\t\\N\t-1\n"), std::string::npos);
+}
+
+TEST_F(Exec, SaysThatTheChangeWasMadeIfItCannotPrintTheCount) {
+    FakeConsole console;
+    console.isFull = true;
+    const Text password = u"--password=HwendorpliqZ";
+    const Text statement = u"DELETE FROM Benutzerkonto WHERE BenKTO_ID < 8";
+    EXPECT_EQ(run(std::vector<Text>{u"exec", file_, statement, password}, console), kExitError);
+    EXPECT_TRUE(console.errors.starts_with("kontodb: 57: Voll. Die Anweisung ist trotzdem ausgef")) << console.errors;
+    EXPECT_TRUE(console.errors.ends_with("Zeilen: 7.\n")) << console.errors;
+    EXPECT_EQ(exec(statement).printed, "0\n");
 }
 
 TEST_F(Exec, SaysWhatIsWrongAndChangesNothing) {

@@ -2,16 +2,14 @@
 #include <chrono>
 #include <csignal>
 #include <fstream>
-#include <functional>
 #include <iostream>
 #include <map>
 #include <random>
 #include <set>
 #include <sstream>
-#include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 
+#include "tests/kontodb/ChildProcess.h"
 #include "tests/kontodb/Command.h"
 #include "tests/support/Environment.h"
 
@@ -61,17 +59,6 @@ protected:
                 rows.back().push_back(cell);
         }
         return rows;
-    }
-
-    /// @param work  returns an exit code
-    static pid_t start(const std::function<int()>& work) {
-        const pid_t child = ::fork();
-        if (child != 0) return child;
-        try {
-            ::_exit(work());
-        } catch (...) {
-            ::_exit(2);
-        }
     }
 
     std::filesystem::path noteOf(int writer) const { return folder_ / ("writer" + std::to_string(writer)); }
@@ -134,19 +121,15 @@ TEST_F(SharedUse, LosesNothingWhileProcessesAreKilledAtAnyMoment) {
         const int victim = static_cast<int>(random() % kWriters);
         pid_t& writer = writers.at(static_cast<std::size_t>(victim));
         ::kill(writer, SIGKILL);
-        int status = 0;
-        ASSERT_EQ(::waitpid(writer, &status, 0), writer);
+        const int status = statusOf(writer);
         ASSERT_TRUE(WIFSIGNALED(status)) << "ended by itself with " << WEXITSTATUS(status);
         const int life = lives.at(static_cast<std::size_t>(victim))++;
         writer = start([this, victim, life] { return write(victim, life); });
     }
     std::ofstream(folder_ / "over").put('x');
     writers.insert(writers.end(), readers.begin(), readers.end());
-    for (const pid_t process : writers) {
-        int status = 0;
-        ASSERT_EQ(::waitpid(process, &status, 0), process);
-        EXPECT_EQ(status, 0);
-    }
+    for (const pid_t process : writers)
+        EXPECT_EQ(statusOf(process), 0);
 
     // A statement rolls back what the last one killed may have left.
     EXPECT_EQ(exec(u"DELETE FROM Benutzerkonto WHERE BenKTO_ID = 0").printed, "0\n");

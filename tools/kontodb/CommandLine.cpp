@@ -11,15 +11,20 @@ bool contains(std::initializer_list<base::TextView> names, base::TextView name) 
 
 }  // namespace
 
+bool isHelp(base::TextView argument) {
+    return argument == u"--help" || argument == u"-h";
+}
+
 CommandLine::CommandLine(std::span<const base::Text> arguments, std::initializer_list<base::TextView> options,
                          std::initializer_list<base::TextView> flags) {
     bool optionsEnded = false;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const base::Text& argument = arguments[i];
-        if (optionsEnded || !argument.starts_with(u"--")) {
+        if (optionsEnded || !argument.starts_with(u'-')) {
             operands_.push_back(argument);
             continue;
         }
+        if (isHelp(argument)) throw HelpWanted{};
         if (argument == u"--") {
             optionsEnded = true;
             continue;

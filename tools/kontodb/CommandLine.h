@@ -23,11 +23,17 @@ private:
     std::string what_;
 };
 
+/// The usage text is wanted and nothing else.
+struct HelpWanted {};
+
+bool isHelp(base::TextView argument);
+
 /// The arguments behind a command's name, told apart: `--option VALUE` (or `--option=VALUE`), `--flag`, and
-/// the rest in order. Behind `--` nothing is an option any more.
+/// the rest in order, none of which begins with "-". Behind `--` nothing is an option any more.
 class CommandLine {
 public:
     /// @throws UsageError for an unknown option, one that is there twice, or one without its value
+    /// @throws HelpWanted
     CommandLine(std::span<const base::Text> arguments, std::initializer_list<base::TextView> options,
                 std::initializer_list<base::TextView> flags = {});
 

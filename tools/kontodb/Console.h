@@ -21,6 +21,11 @@ public:
 
     /// @throws base::RuntimeError if something printed did not get out (a full disk, a closed pipe)
     virtual void flush() = 0;
+
+    /// Prints the result of a change that stays, whether its result gets out or not.
+    /// @param done  German sentence that says so and holds the result
+    /// @throws base::RuntimeError  that of flush(), with the sentence
+    void printDone(std::string_view utf8, base::TextView done);
 };
 
 }  // namespace kontodb

@@ -1,6 +1,10 @@
 #include "tools/kontodb/PasswordPrompt.h"
 
+#include <csignal>
 #include <string>
+#include <utility>
+
+#include "tools/kontodb/Signals.h"
 
 #ifdef _WIN32
 #include <conio.h>
@@ -22,8 +26,10 @@ bool isInputTerminal() {
 
 std::optional<base::Text> readHiddenLine() {
     constexpr wint_t endOfInput = 0x1A;
+    constexpr wint_t controlC = 0x03;  // comes as a character here
     base::Text line;
     for (wint_t unit = _getwch(); unit != L'\r' && unit != L'\n'; unit = _getwch()) {
+        if (unit == controlC) throw Interrupted{SIGINT};
         if (unit == endOfInput || unit == WEOF) return std::nullopt;
         if (unit != L'\b')
             line.push_back(static_cast<char16_t>(unit));
@@ -56,14 +62,7 @@ private:
     bool works_;
 };
 
-}  // namespace
-
-bool isInputTerminal() {
-    return isatty(STDIN_FILENO) != 0;
-}
-
-std::optional<base::Text> readHiddenLine() {
-    const HiddenInput hidden;
+std::optional<base::Text> readLine() {
     std::string line;
     char unit = 0;
     while (read(STDIN_FILENO, &unit, 1) == 1) {
@@ -71,6 +70,34 @@ std::optional<base::Text> readHiddenLine() {
         line += unit;
     }
     return std::nullopt;
+}
+
+struct Answer {
+    std::optional<base::Text> line;
+    int signal;  ///< that interrupted it; 0 for none
+};
+
+/// Shows again what is typed before anybody is told of a signal.
+Answer ask() {
+    const Interruption interruption({SIGTSTP});
+    const HiddenInput hidden;
+    auto line = readLine();
+    return {std::move(line), Interruption::signal()};
+}
+
+}  // namespace
+
+bool isInputTerminal() {
+    return isatty(STDIN_FILENO) != 0;
+}
+
+std::optional<base::Text> readHiddenLine() {
+    while (true) {
+        auto [line, signal] = ask();
+        if (signal == 0) return line;
+        if (signal != SIGTSTP) throw Interrupted{signal};
+        std::raise(signal);  // stops here; asks once more when the program goes on
+    }
 }
 
 #endif

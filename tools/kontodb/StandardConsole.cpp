@@ -8,6 +8,9 @@
 #ifdef _WIN32
 #include <fcntl.h>
 #include <io.h>
+#else
+#include <cerrno>
+#include <unistd.h>
 #endif
 
 namespace kontodb {
@@ -38,8 +41,14 @@ bool write(std::FILE* stream, std::string_view utf8) {
 #else
 void prepare(std::FILE*) {}
 
+/// Past the stream, which would try for ever where nothing is taken.
 bool write(std::FILE* stream, std::string_view utf8) {
-    return std::fwrite(utf8.data(), 1, utf8.size(), stream) == utf8.size();
+    while (!utf8.empty()) {
+        const ssize_t count = ::write(::fileno(stream), utf8.data(), utf8.size());
+        if (count == 0 || (count < 0 && errno != EINTR)) return false;
+        if (count > 0) utf8.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return true;
 }
 #endif
 
@@ -51,7 +60,7 @@ StandardConsole::StandardConsole() {
 }
 
 void StandardConsole::print(std::string_view utf8) {
-    if (!write(stdout, utf8)) failed_ = true;
+    failed_ = failed_ || !write(stdout, utf8);
 }
 
 void StandardConsole::printError(std::string_view utf8) {

@@ -1,55 +1,47 @@
-#include <filesystem>
-#include <memory>
-#include <system_error>
+#include <string>
 
-#include "base/RuntimeError.h"
+#include "jet/NewFile.h"
 #include "jet/PageIo.h"
 #include "tools/kontodb/AccountFile.h"
 #include "tools/kontodb/CommandLine.h"
 #include "tools/kontodb/Commands.h"
+#include "tools/kontodb/Signals.h"
 
 namespace kontodb {
 namespace {
 
 /// Database password of the account file, with which the account tool opens it.
 constexpr base::TextView kOwnPassword = u"HwendorpliqZ";
-constexpr std::int32_t kFileExists = 58;
 constexpr std::uint64_t kMostAccounts = 1'000'000;
 constexpr std::uint64_t kLargestSeed = ~std::uint64_t{0};
 
-/// By way of UTF-8, since a half surrogate pair would be an error here.
-std::filesystem::path nativePath(const base::Text& path) {
-    const std::string utf8 = base::toUtf8(path);
-    return std::u8string(utf8.begin(), utf8.end());
-}
-
-/// A file that was begun and goes away again unless it is kept.
-class NewFile {
+/// A file whose making can be broken off at each write.
+class InterruptibleIo final : public jet::PageIo {
 public:
-    explicit NewFile(const base::Text& path) : path_(nativePath(path)) {
-        // The opening below refuses an existing file too; this only says it better.
-        std::error_code unknown;
-        if (std::filesystem::exists(path_, unknown)) {
-            throw base::RuntimeError(kFileExists, u"Die Datei '" + path + u"' existiert bereits.");
-        }
-        io_ = jet::openFile(path, jet::OpenMode::CreateNew);
-    }
-    ~NewFile() {
-        if (!io_) return;
-        io_.reset();
-        std::error_code ignored;
-        std::filesystem::remove(path_, ignored);
-    }
-    NewFile(const NewFile&) = delete;
-    NewFile& operator=(const NewFile&) = delete;
+    explicit InterruptibleIo(jet::PageIo& io) : io_(io) {}
 
-    jet::PageIo& io() { return *io_; }
-    void keep() { io_.reset(); }
+    std::uint64_t sizeBytes() override { return io_.sizeBytes(); }
+    void read(std::uint64_t offset, std::span<std::uint8_t> bytes) override { io_.read(offset, bytes); }
+    void write(std::uint64_t offset, std::span<const std::uint8_t> bytes) override {
+        Interruption::check();
+        io_.write(offset, bytes);
+    }
+    void sync() override { io_.sync(); }
+    void resize(std::uint64_t sizeBytes) override { io_.resize(sizeBytes); }
+    bool lock(jet::LockKind kind, std::chrono::milliseconds wait) override { return io_.lock(kind, wait); }
 
 private:
-    std::filesystem::path path_;
-    std::unique_ptr<jet::PageIo> io_;
+    jet::PageIo& io_;
 };
+
+void make(const base::Text& path, const base::Text& password, std::uint32_t accounts, std::uint64_t seed) {
+    const Interruption interruption;
+    jet::NewFile file(path);
+    InterruptibleIo io(file.io());
+    writeAccountFile(io, password, accounts, seed);
+    Interruption::check();
+    file.publish();
+}
 
 }  // namespace
 
@@ -60,11 +52,10 @@ int create(std::span<const base::Text> arguments, Console& console) {
     const auto accounts = static_cast<std::uint32_t>(line.number(u"--accounts", 0, kMostAccounts));
     const std::uint64_t seed = line.number(u"--seed", 1, kLargestSeed);
 
-    NewFile file(line.operand(0));
-    writeAccountFile(file.io(), password, accounts, seed);
-    file.keep();
-    console.print(base::toUtf8(line.operand(0)) + ": " + std::to_string(accounts) +
-                  (accounts == 1 ? " Konto\n" : " Konten\n"));
+    make(line.operand(0), password, accounts, seed);
+    console.printDone(
+        base::toUtf8(line.operand(0)) + ": " + std::to_string(accounts) + (accounts == 1 ? " Konto\n" : " Konten\n"),
+        u"Die Datei '" + line.operand(0) + u"' ist trotzdem angelegt.");
     return kExitSuccess;
 }
 

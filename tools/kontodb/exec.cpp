@@ -16,7 +16,9 @@ int exec(std::span<const base::Text> arguments, Console& console) {
     if (std::holds_alternative<jet::sql::Select>(statement))
         throw UsageError(u"exec führt UPDATE, DELETE und INSERT aus; Zeilen zeigt query.");
     jet::Database database = openProtected(line.operand(0), line, console, jet::LeftJournalRule::RollBack);
-    console.print(std::to_string(jet::sql::execute(database, statement)) + "\n");
+    const std::string count = std::to_string(jet::sql::execute(database, statement));
+    console.printDone(count + "\n",
+                      u"Die Anweisung ist trotzdem ausgeführt; Zahl der Zeilen: " + base::fromUtf8(count) + u".");
     return kExitSuccess;
 }
 

@@ -3,6 +3,11 @@
 #include "tools/kontodb/Commands.h"
 #include "tools/kontodb/StandardConsole.h"
 
+#ifndef _WIN32
+#include <fcntl.h>
+#include <unistd.h>
+#endif
+
 namespace {
 
 int runWith(const std::vector<base::Text>& arguments) {
@@ -24,7 +29,20 @@ int wmain(int count, wchar_t** words) {
     return runWith(arguments);
 }
 #else
+namespace {
+
+/// So that no file that is opened gets the number of a stream that was closed, and what is printed with it. Nothing can
+/// be read from or written to what stands in for it.
+void occupyStandardStreams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(stream, F_GETFD) < 0) ::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    }
+}
+
+}  // namespace
+
 int main(int count, char** words) {
+    occupyStandardStreams();
     std::vector<base::Text> arguments;
     for (int i = 1; i < count; ++i)
         arguments.push_back(base::fromUtf8(words[i]));

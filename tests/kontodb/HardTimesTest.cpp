@@ -1,0 +1,112 @@
+#include <chrono>
+#include <csignal>
+#include <fcntl.h>
+#include <pty.h>
+#include <sys/ioctl.h>
+#include <sys/resource.h>
+#include <termios.h>
+#include <thread>
+
+#include "tests/kontodb/ChildProcess.h"
+#include "tests/kontodb/Command.h"
+#include "tools/kontodb/PasswordPrompt.h"
+#include "tools/kontodb/Signals.h"
+
+/// What the system does to a program: no room, Ctrl-C, the end.
+namespace kontodb {
+namespace {
+
+constexpr int kDiskFull = 3;
+
+class HardTimes : public Command {
+protected:
+    /// @return the exit code of a process whose files may not be longer; kDiskFull for that error
+    static int callWithin(rlim_t limitBytes, const std::vector<Text>& arguments) {
+        const int status = statusOf(start([&] {
+            const rlimit limit{limitBytes, limitBytes};
+            if (::setrlimit(RLIMIT_FSIZE, &limit) != 0) return kExitError;
+            const Outcome outcome = call(arguments);
+            return outcome.errors.find("Nicht genügend Speicherplatz") != std::string::npos ? kDiskFull
+                                                                                            : outcome.exitCode;
+        }));
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+    template <typename Condition>
+    static void waitUntil(Condition isTrue) {
+        while (!isTrue())
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+
+    Text file_ = path(u"Konten.mdb");
+};
+
+TEST_F(HardTimes, WritesAllOrNothingWhereTheRoomEndsAnywhere) {
+    const Text password = u"--password=HwendorpliqZ", newFile = path(u"Neu.mdb");
+    ASSERT_EQ(call({u"create", file_, u"--accounts", u"40"}).exitCode, kExitSuccess);
+    const std::string before = contentOf(file_);
+    // One appends pages first, the other only writes over old ones.
+    for (const Text& statement : {u"UPDATE Benutzerkonto SET BenKTO_ServerPath = '" + Text(200, u'ä') + u"'",
+                                  Text(u"DELETE FROM Benutzerkonto WHERE BenKTO_ID > 7")}) {
+        std::ofstream(std::filesystem::path(file_), std::ios::binary) << before;
+        int code = kDiskFull;
+        for (rlim_t limit = 0; code != kExitSuccess; limit += 5003) {
+            SCOPED_TRACE(limit);
+            code = callWithin(limit, {u"exec", file_, statement, password});
+            EXPECT_EQ(contentOf(file_) == before, code == kDiskFull);
+            EXPECT_EQ(names().size(), 1U);
+            ASSERT_TRUE(code == kDiskFull || code == kExitSuccess) << code;
+        }
+        EXPECT_EQ(call({u"check", file_, password}).exitCode, kExitSuccess);
+    }
+    for (rlim_t limit = 0, code = kDiskFull; code != kExitSuccess; limit += 9001) {
+        code = static_cast<rlim_t>(callWithin(limit, {u"create", newFile, u"--accounts", u"40"}));
+        ASSERT_EQ(names().size(), code == kDiskFull ? 1U : 2U) << limit;
+    }
+    EXPECT_EQ(contentOf(newFile), before);
+}
+
+TEST_F(HardTimes, LeavesNoFileThatIsNotWholeWhenItIsEnded) {
+    for (const int signal : {SIGINT, SIGTERM, SIGKILL}) {
+        const pid_t process = start([&] { return call({u"create", file_, u"--accounts", u"1000000"}).exitCode; });
+        waitUntil([this] { return !names().empty(); });
+        ::kill(process, signal);
+        const int status = statusOf(process);
+        EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == signal) << status;
+        EXPECT_EQ(names(),
+                  signal == SIGKILL ? std::vector<std::string>{"Konten.mdb-neu-1"} : std::vector<std::string>{});
+    }
+    EXPECT_EQ(call({u"create", file_}).exitCode, kExitSuccess);
+}
+
+TEST_F(HardTimes, ShowsAgainWhatIsTypedWhenThePasswordPromptIsEnded) {
+    int keyboard = -1, terminal = -1;
+    ASSERT_EQ(::openpty(&keyboard, &terminal, nullptr, nullptr, nullptr), 0);
+    const auto shows = [&] {
+        termios settings{};
+        return ::tcgetattr(terminal, &settings) == 0 && (settings.c_lflag & ECHO) != 0;
+    };
+    const std::pair<std::string_view, int> cases[] = {{"richtig\n", 0}, {"halb\x03", SIGINT}, {"\x1C", SIGQUIT}};
+    for (const auto& [keys, signal] : cases) {
+        const pid_t process = start([&] {
+            ::setsid();
+            ::ioctl(terminal, TIOCSCTTY, 0);
+            ::dup2(terminal, STDIN_FILENO);
+            try {
+                return readHiddenLine() == u"richtig" ? 0 : 1;
+            } catch (const Interrupted& interrupted) {
+                return std::raise(interrupted.signal);
+            }
+        });
+        waitUntil([&] { return !shows(); });
+        ASSERT_EQ(::write(keyboard, keys.data(), keys.size()), std::ssize(keys));
+        const int status = statusOf(process);
+        EXPECT_EQ(WIFSIGNALED(status) ? WTERMSIG(status) : WEXITSTATUS(status), signal) << status;
+        EXPECT_TRUE(shows()) << signal;
+    }
+    ::close(keyboard);
+    ::close(terminal);
+}
+
+}  // namespace
+}  // namespace kontodb

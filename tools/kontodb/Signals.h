@@ -1,0 +1,41 @@
+#pragma once
+
+#include <functional>
+#include <initializer_list>
+#include <map>
+
+namespace kontodb {
+
+/// Somebody has ended the program, which has cleared away what it had begun. Whoever catches it raises the signal
+/// again.
+struct Interrupted {
+    int signal;
+};
+
+/// While this lives, Ctrl-C and the other orders to end only leave a note. A call that waits returns then. Orders that
+/// the program was started to ignore stay ignored.
+class Interruption {
+public:
+    /// @param further  signals beside those that end the program
+    Interruption(std::initializer_list<int> further = {});
+    ~Interruption();
+    Interruption(const Interruption&) = delete;
+    Interruption& operator=(const Interruption&) = delete;
+
+    /// @return the one that came last; 0 if none has
+    static int signal();
+
+    /// @throws Interrupted if one has come
+    static void check();
+
+private:
+    void watch(int signal);
+
+    std::map<int, std::function<void()>> restore_;
+};
+
+/// A write beyond a limit, or into a pipe that nobody reads, fails from now on and does not end the program.
+void failBeyondLimits();
+void failOnClosedPipes();
+
+}  // namespace kontodb
