@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
 #include <string>
@@ -63,18 +62,6 @@ bool isOrdinaryFile(const std::string& path) {
     return ::lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
-/// @return false, with the system's error, also if something lies there under the new name
-bool renameWithoutReplacing(const std::string& from, const std::string& to) {
-    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
-    if (errno != EINVAL && errno != ENOSYS) return false;
-    // Not every file system knows how. Then the lock has to do: whoever makes journals holds it.
-    if (lies(to)) {
-        errno = EEXIST;
-        return false;
-    }
-    return ::rename(from.c_str(), to.c_str()) == 0;
-}
-
 class FileStorage : public Storage {
 public:
     explicit FileStorage(const base::Text& path)
@@ -119,10 +106,10 @@ public:
 
     Refusal finishJournal() override {
         if (!renameWithoutReplacing(newJournal_, journal_)) return refusal(journalPath());
-        if (syncFolder()) return Refusal::None;
+        if (syncFolderOf(file_)) return Refusal::None;
         const int systemError = errno;
         removeJournal();
-        throw deviceFailed(base::fromUtf8(folder()), systemError);
+        throw deviceFailed(base::fromUtf8(folderOf(file_)), systemError);
     }
 
     bool removeJournal() override { return ::unlink(journal_.c_str()) == 0 || errno == ENOENT; }
@@ -155,17 +142,8 @@ private:
         throw openingFailed(path, errno);
     }
 
-    /// @return false, with the system's error, if it is not known that what was done in the folder is on the disk
-    bool syncFolder() const {
-        const std::string path = folder();
-        const Descriptor descriptor(::open(path.empty() ? "." : path.c_str(), O_CLOEXEC | O_RDONLY | O_DIRECTORY));
-        return descriptor.isOpen() && ::fsync(descriptor.number()) == 0;
-    }
-
     /// The folder as it is: its name need not be UTF-8.
-    std::string lockFilePath() const { return folder() + base::toUtf8(jet::lockFilePath(fileName())); }
-
-    std::string folder() const { return file_.substr(0, file_.rfind('/') + 1); }
+    std::string lockFilePath() const { return folderOf(file_) + base::toUtf8(jet::lockFilePath(fileName())); }
 
     static FileUser userOf(const Descriptor& descriptor, std::uint64_t slot) {
         std::array<char, kUserSlotBytes> bytes{};

@@ -160,14 +160,14 @@ Refusal Journal::write(PageIo& file, PageNumber oldPageCount, const std::vector<
     return storage_.finishJournal();
 }
 
-void Journal::recover(PageIo& file, WholeWrite wholeWrite) {
+void Journal::recover(PageIo& file, Cause cause) {
     storage_.removeNewJournal();
     if (!storage_.journalLies()) return;
-    settle(file, *storage_.openJournal(), wholeWrite);
+    settle(file, *storage_.openJournal(), cause);
     if (!storage_.removeJournal()) throw journalStays(storage_.path(), storage_.journalPath());
 }
 
-void Journal::settle(PageIo& file, PageIo& journal, WholeWrite wholeWrite) {
+void Journal::settle(PageIo& file, PageIo& journal, Cause cause) {
     const auto header = JournalHeader::decode(base::ByteView(readAtMost(journal, 0, kSectorBytes)));
     if (!header) refuse(u"ist beschädigt oder keines dieses Programms");
     if (header->file != identityOf(storage_, file)) refuse(u"gehört zu einer anderen Datei");
@@ -175,13 +175,17 @@ void Journal::settle(PageIo& file, PageIo& journal, WholeWrite wholeWrite) {
     if (!whole) refuse(u"ist beschädigt");
     const State state = stateOf(file, *whole);
     if (state.isForeign) refuse(u"passt nicht mehr zu ihr, sie wurde seither von anderer Seite geändert");
-    // Every page, also one that looks as it should: after a failed flush the disk may hold another one.
-    if (state.isNew && wholeWrite == WholeWrite::Keep) {
+    // Every page, also one that looks as it should: after a failed flush the disk may hold another one. If only a write
+    // has failed, nothing is flushed yet, and where there is no room a page that is old cannot be written either.
+    if (state.isNew && cause == Cause::Left) {
         for (const JournalEntry& entry : whole->entries)
             rewrite(file, entry, readPage(file, entry.number));
     } else {
-        for (std::size_t i = 0; i < whole->entries.size() && !whole->entries[i].isAppended; ++i)
-            rewrite(file, whole->entries[i], whole->image(i));
+        for (std::size_t i = 0; i < whole->entries.size() && !whole->entries[i].isAppended; ++i) {
+            const base::Bytes old = whole->image(i);
+            if (cause == Cause::FailedWrite && readPage(file, whole->entries[i].number) == old) continue;
+            rewrite(file, whole->entries[i], old);
+        }
         file.resize(header->oldLength);
     }
     file.sync();

@@ -53,23 +53,24 @@ public:
     /// @param changes  the appended pages last, each part in ascending order
     Refusal write(PageIo& file, PageNumber oldPageCount, const std::vector<PageChange>& changes);
 
-    /// What to do with a left journal whose pages are all new ones.
-    enum class WholeWrite {
-        Keep,  ///< the next opener: it may have been acknowledged
-        Undo,  ///< the writer himself, who is about to report a failure
+    /// Why a journal lies there.
+    enum class Cause {
+        Left,         ///< its writer died. If all pages are new, the write may have been acknowledged, and stays
+        FailedWrite,  ///< a page could not be written; nothing was flushed
+        FailedFlush,  ///< memory may hold other pages than the disk
     };
 
     /// Sees to the journal that lies there, if there is one: afterwards the file is whole and on the disk, and the
     /// journal gone.
     /// @param file  open for writing, and locked
     /// @throws RuntimeError naming both files if it must not be applied (promises 4 to 6)
-    void recover(PageIo& file, WholeWrite wholeWrite);
+    void recover(PageIo& file, Cause cause);
 
     /// The journal is not needed any more. One that cannot be removed is dropped by the next opener (promise 3).
     void remove() { storage_.removeJournal(); }
 
 private:
-    void settle(PageIo& file, PageIo& journal, WholeWrite wholeWrite);
+    void settle(PageIo& file, PageIo& journal, Cause cause);
     [[noreturn]] void refuse(base::TextView why) const;
 
     Storage& storage_;

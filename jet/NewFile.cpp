@@ -21,7 +21,7 @@ base::RuntimeError journalInTheWay(base::TextView path, base::TextView journalPa
 }  // namespace
 
 NewFile::NewFile(const base::Text& path) : NewFile(fileStorage(path)) {
-    if (storage_->journalSizeBytes().value_or(0) > 0) throw journalInTheWay(path, storage_->journalPath());
+    if (storage_->journalLies()) throw journalInTheWay(path, storage_->journalPath());
 }
 
 /// Takes the next number where a neighbour lies: somebody may be writing it.
@@ -45,7 +45,7 @@ void NewFile::publish() {
     io_.reset();
     machine::renameFile(name_, storage_->path());
     name_ = storage_->path();
-    storage_->syncFolder();
+    machine::syncFolder(name_);
     name_.clear();
 }
 

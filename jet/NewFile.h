@@ -13,9 +13,8 @@ namespace jet {
 /// is not published goes with this object; a program that is killed leaves at most the neighbour.
 class NewFile {
 public:
-    /// @throws RuntimeError with the errors of openFile(), fileExists(), or if a journal of its name lies there: the
-    /// new
-    ///         file would be taken for the half-written one
+    /// @throws RuntimeError with the errors of openFile(), fileExists(), or if a journal of its name lies there, by
+    /// which the new file would be taken for the half-written one
     explicit NewFile(const base::Text& path);
     ~NewFile();
     NewFile(const NewFile&) = delete;
@@ -26,8 +25,7 @@ public:
 
     /// Returns when the file lies on the disk under its name.
     /// @throws RuntimeError  fileExists() if somebody else has made one meanwhile; then, as after every failure,
-    /// nothing
-    ///         is left
+    /// nothing is left
     void publish();
 
 private:
@@ -50,6 +48,9 @@ std::unique_ptr<PageIo> createFile(const base::Text& path, const base::Text& sho
 /// Renames a file that is not open; never over another one.
 /// @throws RuntimeError  fileExists(newPath)
 void renameFile(const base::Text& path, const base::Text& newPath);
+
+/// Returns when the names in the file's folder are on the disk.
+void syncFolder(const base::Text& path);
 
 /// As far as it can be done.
 void removeFile(const base::Text& path) noexcept;

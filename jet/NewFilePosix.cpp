@@ -1,10 +1,9 @@
 #include <cerrno>
-#include <cstdio>
 #include <fcntl.h>
-#include <string>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "jet/Errors.h"
 #include "jet/FileIoPosix.h"
 #include "jet/NewFile.h"
 
@@ -12,29 +11,6 @@ namespace jet::machine {
 namespace {
 
 constexpr mode_t kForEverybody = 0666;
-
-/// Claims the name by an empty file, and renames over that one: for file systems that can do no better.
-bool renameOverClaim(const char* path, const char* newPath) {
-    const int claim = ::open(newPath, O_CLOEXEC | O_CREAT | O_EXCL | O_WRONLY, kForEverybody);
-    if (claim < 0) return false;
-    ::close(claim);
-    if (::rename(path, newPath) == 0) return true;
-    const int error = errno;
-    ::unlink(newPath);
-    errno = error;
-    return false;
-}
-
-/// Not every file system knows how to rename without replacing, and not every one second names.
-bool renameOnly(const char* path, const char* newPath) {
-    if (::renameat2(AT_FDCWD, path, AT_FDCWD, newPath, RENAME_NOREPLACE) == 0) return true;
-    if (errno != EINVAL && errno != ENOSYS) return false;
-    if (::link(path, newPath) == 0) {
-        ::unlink(path);
-        return true;
-    }
-    return errno != EEXIST && renameOverClaim(path, newPath);
-}
 
 }  // namespace
 
@@ -52,7 +28,11 @@ std::unique_ptr<PageIo> createFile(const base::Text& path, const base::Text& sho
 }
 
 void renameFile(const base::Text& path, const base::Text& newPath) {
-    if (!renameOnly(base::toUtf8(path).c_str(), base::toUtf8(newPath).c_str())) throw openingFailed(newPath, errno);
+    if (!renameWithoutReplacing(base::toUtf8(path), base::toUtf8(newPath))) throw openingFailed(newPath, errno);
+}
+
+void syncFolder(const base::Text& path) {
+    if (!syncFolderOf(base::toUtf8(path))) throw deviceFailed(path, errno);
 }
 
 void removeFile(const base::Text& path) noexcept {

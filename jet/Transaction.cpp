@@ -112,13 +112,14 @@ void Transaction::writePages(const std::vector<PageChange>& changes) {
     };
     std::for_each(firstAppended, changes.end(), write);
     std::for_each(changes.begin(), firstAppended, write);
+    isFlushing_ = true;
     io.sync();
 }
 
 /// The first failure is the one to report; if this fails too, the journal stays for the next opener.
 void Transaction::undo(Journal& journal) {
     try {
-        journal.recover(access_->io(), Journal::WholeWrite::Undo);
+        journal.recover(access_->io(), isFlushing_ ? Journal::Cause::FailedFlush : Journal::Cause::FailedWrite);
     } catch (const base::RuntimeError&) {
         return;
     }

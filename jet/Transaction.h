@@ -88,6 +88,7 @@ private:
     PageNumber oldPageCount_ = 0;
     PageNumber pageCount_ = 0;
     std::unordered_map<PageNumber, std::shared_ptr<ChangedPage>> changed_;
+    bool isFlushing_ = false;  ///< all pages have been written
     std::size_t pagesWritten_ = 0;
 };
 

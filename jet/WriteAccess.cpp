@@ -34,7 +34,7 @@ WriteAccess::WriteAccess(Storage& storage) {
     if (holder_) refusal_ = Refusal::InUse;
     if (refusal_ != Refusal::None) return;
     io_ = std::move(opened.io);
-    Journal(storage).recover(*io_, Journal::WholeWrite::Keep);
+    Journal(storage).recover(*io_, Journal::Cause::Left);
 }
 
 WriteAccess::WriteAccess(Storage& storage, WriteKind kind) : WriteAccess(storage) {

@@ -14,11 +14,6 @@ constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELE
 constexpr std::wstring_view kPlainPath = L"\\\\?\\";
 constexpr std::wstring_view kPlainNetworkPath = L"\\\\?\\UNC\\";
 
-/// A scanner that looks at a file keeps it from being renamed or deleted; one deleted keeps its name so long, and
-/// denies everything. A moment later it is over.
-constexpr int kTries = 50;
-constexpr DWORD kPauseMs = 10;
-
 /// A handle that is closed whatever happens.
 class Handle {
 public:
@@ -40,19 +35,6 @@ private:
 HANDLE open(const base::Text& path, DWORD access, DWORD share, DWORD disposition, DWORD flags = 0) {
     return CreateFileW(nativePath(path).c_str(), access, share, nullptr, disposition, FILE_ATTRIBUTE_NORMAL | flags,
                        nullptr);
-}
-
-/// Tries the step again while it fails as with a scanner in the way.
-/// @return whether it succeeded in the end; if not, the system still has its error
-template <typename Step>
-bool insist(Step&& step) {
-    for (int attempt = 1; !step(); ++attempt) {
-        const DWORD systemError = GetLastError();
-        const bool mayPass = systemError == ERROR_ACCESS_DENIED || systemError == ERROR_SHARING_VIOLATION;
-        if (!mayPass || attempt == kTries) return false;
-        Sleep(kPauseMs);
-    }
-    return true;
 }
 
 /// @return false, with the system's error, if it is still there
