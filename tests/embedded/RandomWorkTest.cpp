@@ -1,3 +1,4 @@
+#include <compare>
 #include <gtest/gtest.h>
 #include <iostream>
 #include <iterator>
@@ -39,7 +40,7 @@ bool isLess(const Value& a, const Value& b) {
             else if constexpr (std::is_arithmetic_v<Held> || std::is_same_v<Held, base::Bytes>)
                 return left < right;
             else if constexpr (std::is_same_v<Held, Text>)
-                return jet::compareTexts(left, right) < 0;
+                return std::is_lt(jet::compareTexts(left, right));
             else if constexpr (std::is_same_v<Held, base::Currency>)
                 return left.tenThousandths < right.tenThousandths;
             else if constexpr (std::is_same_v<Held, base::Date>)
@@ -234,7 +235,7 @@ private:
 
     /// A GUID may also stand as a text.
     Text literal(const Value& value) {
-        const Text form = *test::literalOf(value);
+        Text form = *test::literalOf(value);
         if (!std::holds_alternative<base::Guid>(value) || values_.below(2) == 0) return form;
         return u"'" + form.substr(form.rfind(u'{'), form.size() - form.rfind(u'{') - 1) + u"'";
     }

@@ -43,7 +43,7 @@ base::Bytes sample() {
         {9, text(u""), whole(10), money(922337203685477), 1e-300, day(2), true, null},
         {10, text(u"Karl-Heinz"), whole(12), null, null, null, false, text(u"KARL-heinz  ")},
     };
-    for (std::uint8_t i = 0; i < table.rows.size(); ++i) {
+    for (std::uint8_t i = 0; i < 10; ++i) {
         // 0, then -1 and 10^20 + 1 and so on.
         const bool isLong = i % 2 == 0 && i != 0;
         const base::Decimal number{
