@@ -29,10 +29,9 @@ void Connection::Close() {
 
 void Connection::Execute(base::TextView commandText) {
     const Variant text(commandText);
-    const Variant affected = Variant::missing();  // would have to be a variable for ADO to write to
-    const Variant how(adOptionUnspecified);
-    // Returns a record set, closed where the statement gives no rows.
-    object_.call(L"Execute", {&text, &affected, &how});
+    // Of the two optional arguments the first is a variable for ADO to write to: a "missing" value in its place could
+    // not be written back. Returns a record set, closed where the statement gives no rows.
+    object_.call(L"Execute", {&text});
 }
 
 }  // namespace ado::com

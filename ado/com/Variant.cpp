@@ -149,13 +149,6 @@ Variant::Variant(IDispatch* object) {
     variant_.vt = VT_DISPATCH;
 }
 
-Variant Variant::missing() {
-    Variant left;
-    left.variant_.scode = DISP_E_PARAMNOTFOUND;
-    left.variant_.vt = VT_ERROR;
-    return left;
-}
-
 base::Value Variant::value() const {
     switch (variant_.vt) {
         case VT_EMPTY:

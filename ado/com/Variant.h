@@ -23,8 +23,6 @@ public:
     explicit Variant(std::int32_t number);
     /// Shares the object.
     explicit Variant(IDispatch* object);
-    /// An argument that is left out.
-    static Variant missing();
 
     /// For a call to put its result in; empty.
     VARIANT* out() { return &variant_; }

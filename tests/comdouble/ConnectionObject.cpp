@@ -47,9 +47,10 @@ std::set<ConnectionObject*>& living() {
     return all;
 }
 
-/// Where the number of rows is to go: nowhere, or into a variable, which is not modelled.
+/// Where the number of rows is to go: nowhere, or into a variable, which is not modelled. What is given by value, a
+/// missing argument too, cannot be written back.
 void checkAffected(const Arguments& arguments) {
-    if (arguments.isMissing(1)) return;
+    if (arguments.count() < 2) return;
     throw Refusal((V_VT(&arguments.asGiven(1)) & VT_BYREF) != 0 ? E_NOTIMPL : DISP_E_TYPEMISMATCH, 1);
 }
 
