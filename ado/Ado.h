@@ -72,7 +72,7 @@ class Connection {
 public:
     virtual ~Connection() = default;
     virtual base::Text Provider() const = 0;
-    /// Comes before everything else: the provider's properties exist only afterwards.
+    /// Comes before everything else: the provider's own properties exist only afterwards.
     virtual void setProvider(base::TextView name) = 0;
     virtual ado::Properties& Properties() = 0;
     virtual void Open(base::TextView connectionString, base::TextView userId, base::TextView password,

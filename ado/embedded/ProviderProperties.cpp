@@ -13,10 +13,8 @@ void ProviderProperty::setValue(const base::Value& value) {
 }
 
 ado::Property& ProviderProperties::Item(base::TextView name) {
-    if (exist_) {
-        for (ProviderProperty& property : properties_)
-            if (base::equalsIgnoringAsciiCase(property.name(), name)) return property;
-    }
+    for (ProviderProperty& property : properties_)
+        if (property.isKnown() && base::equalsIgnoringAsciiCase(property.name(), name)) return property;
     throw adoError(AdoErrorNumber::ItemNotFound);
 }
 

@@ -11,11 +11,13 @@ namespace ado::embedded {
 /// A property of the provider: a text that can be set until the connection is open.
 class ProviderProperty final : public ado::Property {
 public:
-    explicit ProviderProperty(base::TextView name) : name_(name) {}
+    ProviderProperty(base::TextView name, bool isKnown) : name_(name), isKnown_(isKnown) {}
 
     base::TextView name() const { return name_; }
     const base::Text& text() const { return text_; }
     void setLocked(bool locked) { locked_ = locked; }
+    bool isKnown() const { return isKnown_; }
+    void makeKnown() { isKnown_ = true; }
 
     base::Value Value() const override { return text_; }
     /// Null is the empty text. @throws 13 for what is no text
@@ -24,24 +26,26 @@ public:
 private:
     base::TextView name_;
     base::Text text_;
+    bool isKnown_;
     bool locked_ = false;
 };
 
-/// The properties of a connection. They come into being when the provider is named.
+/// The properties of a connection. Every provider has a data source; what is this provider's own comes into being when
+/// the provider is named.
 class ProviderProperties final : public ado::Properties {
 public:
     ado::Property& Item(base::TextView name) override;
 
-    void create() { exist_ = true; }
+    /// The provider is named.
+    void create() { properties_[1].makeKnown(); }
     void setLocked(bool locked);
 
     const base::Text& dataSource() const { return properties_[0].text(); }
     const base::Text& databasePassword() const { return properties_[1].text(); }
 
 private:
-    std::array<ProviderProperty, 2> properties_{ProviderProperty(u"Data Source"),
-                                                ProviderProperty(u"Jet OLEDB:Database Password")};
-    bool exist_ = false;
+    std::array<ProviderProperty, 2> properties_{ProviderProperty(u"Data Source", true),
+                                                ProviderProperty(u"Jet OLEDB:Database Password", false)};
 };
 
 }  // namespace ado::embedded

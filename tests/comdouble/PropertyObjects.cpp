@@ -13,7 +13,8 @@ PropertiesObject::PropertiesObject(Ref<ConnectionObject> connection)
 
 std::vector<base::Text> PropertiesObject::names() const {
     std::vector<base::Text> all;
-    for (std::size_t place = 0; connection_->hasProvider() && place < ConnectionObject::kPropertyCount; ++place)
+    const std::size_t known = connection_->hasProvider() ? ConnectionObject::kPropertyCount : 1;
+    for (std::size_t place = 0; place < known; ++place)
         all.emplace_back(ConnectionObject::propertyName(place));
     return all;
 }

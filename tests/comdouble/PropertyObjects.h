@@ -6,7 +6,7 @@
 
 namespace comdouble {
 
-/// The provider's properties of a connection; none before the provider is named. Keeps the connection alive.
+/// The provider's properties of a connection; before the provider is named the data source alone. Keeps the connection alive.
 class PropertiesObject final : public NamedValuesObject {
 public:
     explicit PropertiesObject(Ref<ConnectionObject> connection);
