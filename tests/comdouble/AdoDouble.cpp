@@ -1,18 +1,13 @@
 #include "tests/comdouble/AdoDouble.h"
 
-#include <memory>
 #include <stdexcept>
 
-#include "tests/comdouble/ConnectionObject.h"
-#include "tests/comdouble/RecordsetObject.h"
-#include "tests/comdouble/State.h"
+#include "ado/embedded/Factory.h"
+#include "tests/comdouble/AutomationObject.h"
 
 namespace comdouble {
 
 namespace {
-
-constexpr CLSID kConnectionClass = {0x6B1F6A52, 0x4C1D, 0x4E0B, {0x9A, 0x37, 0x51, 0xD2, 0x08, 0xE4, 0x7C, 0x11}};
-constexpr CLSID kRecordsetClass = {0x6B1F6A53, 0x4C1D, 0x4E0B, {0x9A, 0x37, 0x51, 0xD2, 0x08, 0xE4, 0x7C, 0x11}};
 
 bool isOwnApartment() {
     APTTYPE type{};
@@ -21,41 +16,48 @@ bool isOwnApartment() {
 }
 
 /// Lives as long as the program; its references are not counted.
-template <typename Object>
 class ClassObject final : public IClassFactory {
 public:
+    explicit ClassObject(base::TextView className) : className_(className) {}
+
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) override {
-        if (object == nullptr) return E_POINTER;
-        const bool known = id == IID_IUnknown || id == IID_IClassFactory;
-        *object = known ? static_cast<IClassFactory*>(this) : nullptr;
-        return known ? S_OK : E_NOINTERFACE;
+        const bool isKnown = id == IID_IUnknown || id == IID_IClassFactory;
+        *object = isKnown ? static_cast<IClassFactory*>(this) : nullptr;
+        return isKnown ? S_OK : E_NOINTERFACE;
     }
     ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
     ULONG STDMETHODCALLTYPE Release() override { return 1; }
 
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID id, void** object) override {
-        if (object == nullptr) return E_POINTER;
         *object = nullptr;
         if (outer != nullptr) return CLASS_E_NOAGGREGATION;
         if (!isOwnApartment()) return RPC_E_WRONG_THREAD;
-        AutomationObject* const made = std::make_unique<Object>().release();
-        const HRESULT result = made->QueryInterface(id, object);
-        made->Release();
-        return result;
+        ado::embedded::Factory engine;
+        Subject subject;
+        if (className_ == u"Connection")
+            subject.connection = engine.createConnection();
+        else
+            subject.recordset = engine.createRecordset();
+        return AutomationObject::create(className_, std::move(subject)).object()->QueryInterface(id, object);
     }
     HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
+
+    DWORD registerAs(const CLSID& id) {
+        DWORD cookie = 0;
+        const HRESULT result = CoRegisterClassObject(id, this, CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &cookie);
+        if (FAILED(result)) throw std::runtime_error("the double's classes could not be registered");
+        return cookie;
+    }
+
+private:
+    base::TextView className_;
 };
 
-template <typename Object>
-DWORD registerClass(const CLSID& id) {
-    static ClassObject<Object> classObject;
-    DWORD cookie = 0;
-    const HRESULT result = CoRegisterClassObject(id, &classObject, CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &cookie);
-    if (FAILED(result)) throw std::runtime_error("the double's classes could not be registered");
-    return cookie;
-}
-
 }  // namespace
+
+void fail(const Raised& raised) {
+    throw std::make_shared<const Raised>(raised);
+}
 
 State& state() {
     static State only;
@@ -63,40 +65,18 @@ State& state() {
 }
 
 Registration::Registration() {
+    static ClassObject connections(u"Connection");
+    static ClassObject recordsets(u"Recordset");
     state().faults = {};
     state().breaches = 0;
     state().recordsNotFilledIn = 0;
-    connectionCookie_ = registerClass<ConnectionObject>(kConnectionClass);
-    recordsetCookie_ = registerClass<RecordsetObject>(kRecordsetClass);
+    connectionCookie_ = connections.registerAs(kConnectionClass);
+    recordsetCookie_ = recordsets.registerAs(kRecordsetClass);
 }
 
 Registration::~Registration() {
     CoRevokeClassObject(recordsetCookie_);
     CoRevokeClassObject(connectionCookie_);
-}
-
-const CLSID& Registration::connectionClass() {
-    return kConnectionClass;
-}
-
-const CLSID& Registration::recordsetClass() {
-    return kRecordsetClass;
-}
-
-Faults& Registration::faults() {
-    return state().faults;
-}
-
-std::int32_t liveObjects() {
-    return state().liveObjects;
-}
-
-std::int32_t recordsNotFilledIn() {
-    return state().recordsNotFilledIn;
-}
-
-std::int32_t breaches() {
-    return state().breaches;
 }
 
 }  // namespace comdouble

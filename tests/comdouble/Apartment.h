@@ -32,7 +32,7 @@ public:
 
     /// Those that a test has made on purpose, since the last time it asked.
     std::int32_t takeBreaches() {
-        const std::int32_t taken = breaches() - breachesTaken_;
+        const std::int32_t taken = state().breaches - breachesTaken_;
         breachesTaken_ += taken;
         return taken;
     }
@@ -40,8 +40,8 @@ public:
     /// Fails the test if somebody holds an object, owes a record, has made a call that no caller may make, or has not
     /// freed memory, once.
     void expectNothingLeft() {
-        EXPECT_EQ(liveObjects(), 0);
-        EXPECT_EQ(recordsNotFilledIn(), 0);
+        EXPECT_EQ(state().held.size(), 0U);
+        EXPECT_EQ(state().recordsNotFilledIn, 0);
         EXPECT_EQ(takeBreaches(), 0);
         EXPECT_EQ(memory_->notFreed(), 0U);
         EXPECT_EQ(memory_->freedAgain(), 0U);

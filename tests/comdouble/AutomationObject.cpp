@@ -1,12 +1,8 @@
 #include "tests/comdouble/AutomationObject.h"
 
 #include <algorithm>
-#include <atomic>
 #include <memory>
-
-#include "tests/comdouble/Refusal.h"
-#include "tests/comdouble/State.h"
-#include "tests/comdouble/Variants.h"
+#include <utility>
 
 namespace comdouble {
 
@@ -14,14 +10,9 @@ namespace {
 
 constexpr std::int32_t kAdoFacility = static_cast<std::int32_t>(0x800A0000U);
 
-bool isInApartment() {
-    APTTYPE type{};
-    APTTYPEQUALIFIER qualifier{};
-    return SUCCEEDED(CoGetApartmentType(&type, &qualifier));
-}
-
 BSTR optionalBstr(const std::optional<base::Text>& text) {
-    return text ? toBstr(*text) : nullptr;
+    if (!text) return nullptr;
+    return SysAllocStringLen(reinterpret_cast<const OLECHAR*>(text->data()), static_cast<UINT>(text->size()));
 }
 
 void fillIn(const Raised& raised, EXCEPINFO& record) {
@@ -33,8 +24,14 @@ void fillIn(const Raised& raised, EXCEPINFO& record) {
     record.bstrHelpFile = optionalBstr(raised.helpFile);
 }
 
+/// The record handed out last that is to be filled in.
+Raised& deferred() {
+    static Raised last;
+    return last;
+}
+
 HRESULT STDAPICALLTYPE fillInNow(EXCEPINFO* record) {
-    fillIn(state().deferred, *record);
+    fillIn(deferred(), *record);
     --state().recordsNotFilledIn;
     return S_OK;
 }
@@ -44,7 +41,7 @@ HRESULT raise(const Raised& raised, EXCEPINFO* record) {
     if (raised.deferred) {
         *record = {};
         record->pfnDeferredFillIn = fillInNow;
-        state().deferred = raised;
+        deferred() = raised;
         ++state().recordsNotFilledIn;
     } else {
         fillIn(raised, *record);
@@ -52,42 +49,86 @@ HRESULT raise(const Raised& raised, EXCEPINFO* record) {
     return raised.result;
 }
 
+void checkForm(const Member& member, const DISPPARAMS& given) {
+    const bool isPut = member.kind == DISPATCH_PROPERTYPUT;
+    if (isPut && (given.cNamedArgs != 1 || given.rgdispidNamedArgs[0] != DISPID_PROPERTYPUT))
+        fail({.result = DISP_E_PARAMNOTFOUND});
+    if (!isPut && given.cNamedArgs != 0) fail({.result = DISP_E_NONAMEDARGS});
+    const bool isPlainGet = member.kind == DISPATCH_PROPERTYGET && member.parameters.empty();
+    if (isPlainGet && given.cArgs > 0) fail({.result = DISP_E_NOTACOLLECTION});  // what it gives has no items
+    const auto required =
+        static_cast<UINT>(std::ranges::count(member.parameters, false, &Member::Parameter::isOptional));
+    if (given.cArgs > member.parameters.size() || given.cArgs < required) fail({.result = DISP_E_BADPARAMCOUNT});
+}
+
+bool isMissing(const VARIANT* given) {
+    return given == nullptr || (V_VT(given) == VT_ERROR && V_ERROR(given) == DISP_E_PARAMNOTFOUND);
+}
+
+/// @param given  null if the call has no such argument
+HRESULT take(const Member::Parameter& parameter, VARIANT* given, VARIANT* taken) {
+    if ((parameter.type & VT_BYREF) != 0 && given != nullptr)
+        return (V_VT(given) & VT_BYREF) != 0 ? E_NOTIMPL : DISP_E_TYPEMISMATCH;  // what is no variable takes nothing
+    if (isMissing(given) && parameter.isOptional) {
+        if (parameter.type != VT_I4) return S_OK;
+        V_VT(taken) = VT_I4;
+        V_I4(taken) = ado::adOptionUnspecified;
+        return S_OK;
+    }
+    if ((V_VT(given) & VT_BYREF) != 0) return E_NOTIMPL;
+    if (parameter.type == VT_VARIANT) return VariantCopy(taken, given);
+    return VariantChangeType(taken, given, 0, parameter.type);
+}
+
 }  // namespace
 
-AutomationObject::AutomationObject(base::TextView className, std::span<const Member> members)
-    : className_(className), members_(members), thread_(GetCurrentThreadId()) {
-    ++state().liveObjects;
+ado::com::Variant AutomationObject::create(base::TextView className, Subject subject) {
+    AutomationObject* const made = std::make_unique<AutomationObject>(className, std::move(subject)).release();
+    ado::com::Variant shared(made);
+    made->Release();
+    return shared;
+}
+
+const Subject* AutomationObject::subjectOf(IDispatch* object) {
+    return state().held.contains(object) ? &static_cast<AutomationObject*>(object)->subject_ : nullptr;
+}
+
+AutomationObject::AutomationObject(base::TextView className, Subject subject)
+    : className_(className), subject_(std::move(subject)), thread_(GetCurrentThreadId()) {
+    state().held.insert(this);
 }
 
 AutomationObject::~AutomationObject() {
-    --state().liveObjects;
+    state().held.erase(this);
 }
 
 /// References are counted in any case: whoever got one wrong is to be seen by the breach, not by a crash.
 ULONG AutomationObject::AddRef() {
-    if (FAILED(requireOwnApartment())) ++state().breaches;
+    static_cast<void>(requireOwnApartment());
     return ++references_;
 }
 
 ULONG AutomationObject::Release() {
-    if (FAILED(requireOwnApartment())) ++state().breaches;
+    static_cast<void>(requireOwnApartment());
     const ULONG left = --references_;
     if (left == 0) const std::unique_ptr<AutomationObject> last(this);
     return left;
 }
 
+/// Counts the breach if it is none.
 HRESULT AutomationObject::requireOwnApartment() const {
-    if (GetCurrentThreadId() != thread_) return RPC_E_WRONG_THREAD;
-    return isInApartment() ? S_OK : CO_E_NOTINITIALIZED;
+    APTTYPE type{};
+    APTTYPEQUALIFIER qualifier{};
+    HRESULT result = CoGetApartmentType(&type, &qualifier);
+    if (GetCurrentThreadId() != thread_) result = RPC_E_WRONG_THREAD;
+    if (FAILED(result)) ++state().breaches;
+    return result;
 }
 
 HRESULT AutomationObject::QueryInterface(REFIID id, void** object) {
     if (object == nullptr) return E_POINTER;
     *object = nullptr;
-    if (const HRESULT wrong = requireOwnApartment(); FAILED(wrong)) {
-        ++state().breaches;
-        return wrong;
-    }
+    if (const HRESULT wrong = requireOwnApartment(); FAILED(wrong)) return wrong;
     if (id != IID_IUnknown && id != IID_IDispatch) return E_NOINTERFACE;
     AddRef();
     *object = static_cast<IDispatch*>(this);
@@ -95,116 +136,80 @@ HRESULT AutomationObject::QueryInterface(REFIID id, void** object) {
 }
 
 HRESULT AutomationObject::GetTypeInfoCount(UINT* count) {
-    if (count == nullptr) return E_POINTER;
     *count = 0;
     return S_OK;
 }
 
 HRESULT AutomationObject::GetTypeInfo(UINT /*index*/, LCID /*locale*/, ITypeInfo** info) {
-    if (info != nullptr) *info = nullptr;
+    *info = nullptr;
     return DISP_E_BADINDEX;
 }
 
 HRESULT AutomationObject::GetIDsOfNames(REFIID mustBeNull, LPOLESTR* names, UINT count, LCID /*locale*/, DISPID* ids) {
-    if (const HRESULT wrong = requireOwnApartment(); FAILED(wrong)) {
-        ++state().breaches;
-        return wrong;
-    }
+    if (const HRESULT wrong = requireOwnApartment(); FAILED(wrong)) return wrong;
     if (mustBeNull != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
-    if (names == nullptr || ids == nullptr || count == 0) return E_INVALIDARG;
-    std::fill(ids, ids + count, DISPID_UNKNOWN);
+    if (count != 1) return E_NOTIMPL;  // names of arguments: arguments are not called by name
     const base::TextView name(reinterpret_cast<const char16_t*>(names[0]));
-    for (const Member& member : members_)
-        if (base::equalsIgnoringAsciiCase(member.name, name)) ids[0] = member.id;
-    // Names of arguments follow; arguments are not called by name.
-    return ids[0] == DISPID_UNKNOWN || count > 1 ? DISP_E_UNKNOWNNAME : S_OK;
+    const auto found = std::ranges::find_if(members(), [&](const Member& member) {
+        return member.className == className_ && base::equalsIgnoringAsciiCase(member.name, name);
+    });
+    *ids = found == members().end() ? DISPID_UNKNOWN : static_cast<DISPID>(found - members().begin()) + 1;
+    return *ids == DISPID_UNKNOWN ? DISP_E_UNKNOWNNAME : S_OK;
 }
 
 HRESULT AutomationObject::Invoke(DISPID id, REFIID mustBeNull, LCID /*locale*/, WORD kinds, DISPPARAMS* parameters,
-                                 VARIANT* result, EXCEPINFO* record, UINT* badArgument) {
-    if (const HRESULT wrong = requireOwnApartment(); FAILED(wrong)) {
-        ++state().breaches;
-        return wrong;
-    }
+                                 VARIANT* result, EXCEPINFO* record, UINT* /*badArgument*/) {
+    if (const HRESULT wrong = requireOwnApartment(); FAILED(wrong)) return wrong;
     if (mustBeNull != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
     if (parameters == nullptr) return E_INVALIDARG;
-    if (result != nullptr) VariantInit(result);
     AddRef();  // a call may give up the last reference to its own object
     HRESULT answer = S_OK;
     try {
-        carryOut(id, kinds, *parameters, result);
+        ado::com::Variant delivered = carryOut(memberFor(id, kinds), *parameters);
+        if (result != nullptr) *result = std::exchange(*delivered.out(), {});
     } catch (const base::RuntimeError& error) {
-        describe(error, record);
-        answer = DISP_E_EXCEPTION;
-    } catch (const Ordered& ordered) {
-        answer = raise(ordered.raised(), record);
-    } catch (const Refusal& refusal) {
-        answer = refusal.result();
-        if (refusal.argument() && badArgument != nullptr) *badArgument = parameters->cArgs - 1 - *refusal.argument();
-    } catch (const std::bad_alloc&) {
-        answer = E_OUTOFMEMORY;
+        answer = raise(described(error), record);
+    } catch (const std::shared_ptr<const Raised>& raised) {
+        answer = raise(*raised, record);
     }
     Release();
     return answer;
 }
 
-void AutomationObject::carryOut(DISPID id, WORD kinds, const DISPPARAMS& parameters, VARIANT* result) {
-    const Member& member = memberFor(id, kinds);
-    checkForm(member, kinds, parameters);
-    raiseOrdered(member);
-    const Arguments arguments(parameters);
-    if ((kinds & DISPATCH_PROPERTYPUT) != 0) {
-        put(id, arguments.at(0));
-        return;
-    }
-    VARIANT delivered = call(id, arguments);
-    if (result != nullptr)
-        *result = delivered;
-    else
-        VariantClear(&delivered);
-}
-
 const Member& AutomationObject::memberFor(DISPID id, WORD kinds) const {
-    const auto found = std::ranges::find(members_, id, &Member::id);
     // One put at a time, and it is nothing else besides.
     const bool isPut = (kinds & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0;
-    if (found == members_.end() || (isPut && kinds != DISPATCH_PROPERTYPUT) || (found->kinds & kinds) == 0)
-        throw Refusal(DISP_E_MEMBERNOTFOUND);
-    return *found;
+    const bool isKnown = id > 0 && static_cast<std::size_t>(id) <= members().size();
+    if (!isKnown || (isPut && kinds != DISPATCH_PROPERTYPUT)) fail({.result = DISP_E_MEMBERNOTFOUND});
+    const base::TextView name = members()[static_cast<std::size_t>(id) - 1].name;
+    for (const Member& member : members())
+        if (member.className == className_ && member.name == name && (member.kind & kinds) != 0) return member;
+    fail({.result = DISP_E_MEMBERNOTFOUND});
 }
 
-void AutomationObject::checkForm(const Member& member, WORD kinds, const DISPPARAMS& parameters) const {
-    const bool isPut = kinds == DISPATCH_PROPERTYPUT;
-    if (isPut && (parameters.cNamedArgs != 1 || parameters.rgdispidNamedArgs == nullptr ||
-                  parameters.rgdispidNamedArgs[0] != DISPID_PROPERTYPUT))
-        throw Refusal(DISP_E_PARAMNOTFOUND);
-    if (!isPut && parameters.cNamedArgs != 0) throw Refusal(DISP_E_NONAMEDARGS);
-    const UINT most = isPut ? 1 : member.most;
-    const UINT required = isPut ? 1 : member.required;
-    if (parameters.cArgs > most) throw Refusal(DISP_E_BADPARAMCOUNT);
-    const Arguments arguments(parameters);
-    for (UINT argument = 0; argument < required; ++argument)
-        if (arguments.isMissing(argument)) throw Refusal(DISP_E_PARAMNOTOPTIONAL);
-}
-
-void AutomationObject::raiseOrdered(const Member& member) const {
+ado::com::Variant AutomationObject::carryOut(const Member& member, const DISPPARAMS& parameters) {
+    checkForm(member, parameters);
+    Arguments arguments;
+    for (UINT place = 0; place < member.parameters.size(); ++place) {
+        VARIANT* given = place < parameters.cArgs ? &parameters.rgvarg[parameters.cArgs - 1 - place] : nullptr;
+        const HRESULT taken = take(member.parameters[place], given, arguments.emplace_back().out());
+        if (FAILED(taken)) fail({.result = taken});
+    }
     const auto& calls = state().faults.calls;
     const auto ordered = calls.find(base::Text(className_).append(u".").append(member.name));
-    if (ordered != calls.end()) throw Ordered(ordered->second);
-}
-
-void AutomationObject::put(DISPID /*id*/, const VARIANT& /*value*/) {
-    throw Refusal(DISP_E_MEMBERNOTFOUND);
+    if (ordered != calls.end()) fail(ordered->second);
+    ado::com::Variant delivered = member.run(subject_, arguments);
+    if (member.result != VT_VOID && member.result != VT_VARIANT)
+        VariantChangeType(delivered.out(), delivered.out(), 0, member.result);
+    return delivered;
 }
 
 /// The classes' own failures are of the automation facility, the provider's are results of their own.
-void AutomationObject::describe(const base::RuntimeError& error, EXCEPINFO* record) const {
-    if (record == nullptr) return;
+Raised AutomationObject::described(const base::RuntimeError& error) const {
     const bool isOwn = error.number() > 0;
-    fillIn({.scode = isOwn ? kAdoFacility | error.number() : error.number(),
+    return {.scode = isOwn ? kAdoFacility | error.number() : error.number(),
             .source = isOwn ? base::Text(u"ADODB.").append(className_) : u"Microsoft JET Database Engine",
-            .description = error.description()},
-           *record);
+            .description = error.description()};
 }
 
 }  // namespace comdouble

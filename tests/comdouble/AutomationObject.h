@@ -1,29 +1,21 @@
 #pragma once
 
-#include <span>
-
 #include "base/RuntimeError.h"
-#include "base/Text.h"
 #include "tests/comdouble/AdoDouble.h"
-#include "tests/comdouble/Arguments.h"
+#include "tests/comdouble/Members.h"
 
 namespace comdouble {
 
-/// A member as callers find it.
-struct Member {
-    DISPID id;
-    base::TextView name;
-    WORD kinds;     ///< how it may be called: DISPATCH_METHOD, or DISPATCH_PROPERTYGET and DISPATCH_PROPERTYPUT
-    UINT required;  ///< arguments that must be given, without the value of a put
-    UINT most;      ///< arguments that may be given, without the value of a put
-};
-
-/// What all objects of the double have in common: counted references, the thread they belong to, names, and the form
-/// of a call. A class says which members it has and carries them out.
-///
-/// Created with one reference, which belongs to whoever creates it.
-class AutomationObject : public IDispatch {
+/// An object of one of the classes: counts references, belongs to its thread, finds members by their names and lets
+/// them run if they are called in their right form.
+class AutomationObject final : public IDispatch {
 public:
+    /// @param className  as in members()
+    static ado::com::Variant create(base::TextView className, Subject subject);
+    /// What the object stands for; null if it is none of ours.
+    static const Subject* subjectOf(IDispatch* object);
+
+    AutomationObject(base::TextView className, Subject subject);
     AutomationObject(const AutomationObject&) = delete;
     AutomationObject& operator=(const AutomationObject&) = delete;
     virtual ~AutomationObject();
@@ -31,7 +23,6 @@ public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) override;
     ULONG STDMETHODCALLTYPE AddRef() override;
     ULONG STDMETHODCALLTYPE Release() override;
-
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override;
     HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID locale, ITypeInfo** info) override;
     HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID mustBeNull, LPOLESTR* names, UINT count, LCID locale,
@@ -39,28 +30,14 @@ public:
     HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID mustBeNull, LCID locale, WORD kinds, DISPPARAMS* parameters,
                                      VARIANT* result, EXCEPINFO* record, UINT* badArgument) override;
 
-protected:
-    /// @param className  as in "Connection"
-    AutomationObject(base::TextView className, std::span<const Member> members);
-
-    /// Gets a property or runs a method.
-    /// @return what the call delivers, for the caller to clear
-    /// @throws base::RuntimeError, Refusal, Ordered
-    virtual VARIANT call(DISPID id, const Arguments& arguments) = 0;
-
-    /// Puts a property; no class has any unless it says so.
-    virtual void put(DISPID id, const VARIANT& value);
-
 private:
     HRESULT requireOwnApartment() const;
     const Member& memberFor(DISPID id, WORD kinds) const;
-    void checkForm(const Member& member, WORD kinds, const DISPPARAMS& parameters) const;
-    void carryOut(DISPID id, WORD kinds, const DISPPARAMS& parameters, VARIANT* result);
-    void raiseOrdered(const Member& member) const;
-    void describe(const base::RuntimeError& error, EXCEPINFO* record) const;
+    ado::com::Variant carryOut(const Member& member, const DISPPARAMS& parameters);
+    Raised described(const base::RuntimeError& error) const;
 
     base::TextView className_;
-    std::span<const Member> members_;
+    Subject subject_;
     ULONG references_ = 1;
     DWORD thread_;
 };

@@ -17,7 +17,8 @@ namespace {
 constexpr int kSomethingLeft = 70;
 
 std::int32_t held() {
-    return comdouble::recordsNotFilledIn() == 0 && comdouble::breaches() == 0 ? comdouble::liveObjects() : -1;
+    const comdouble::State& now = comdouble::state();
+    return now.recordsNotFilledIn == 0 && now.breaches == 0 ? static_cast<std::int32_t>(now.held.size()) : -1;
 }
 
 LRESULT CALLBACK tellHeld(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -43,7 +44,7 @@ std::filesystem::path folderOfExe() {
 class FactoryOverDouble final : public ado::ConnectionFactory {
 public:
     FactoryOverDouble() {
-        comdouble::Registration::faults() = comdouble::faultsOf(folderOfExe() / "faults.txt");
+        comdouble::state().faults = comdouble::faultsOf(folderOfExe() / "faults.txt");
         makeTellingWindow();
     }
     FactoryOverDouble(const FactoryOverDouble&) = delete;
@@ -57,8 +58,7 @@ public:
 
 private:
     comdouble::Registration registration_;
-    ado::com::Factory factory_{
-        ado::com::Classes{comdouble::Registration::connectionClass(), comdouble::Registration::recordsetClass()}};
+    ado::com::Factory factory_{{comdouble::kConnectionClass, comdouble::kRecordsetClass}};
 };
 
 }  // namespace

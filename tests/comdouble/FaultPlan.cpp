@@ -5,8 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "tests/comdouble/Variants.h"
-
 namespace comdouble {
 
 namespace {
@@ -29,6 +27,20 @@ Raised raisedBy(const std::vector<std::string>& words) {
     return raised;
 }
 
+VARIANT noValue() {
+    VARIANT error{};
+    V_VT(&error) = VT_ERROR;
+    V_ERROR(&error) = E_FAIL;
+    return error;
+}
+
+VARIANT textValue(const base::Text& text) {
+    VARIANT value{};
+    V_VT(&value) = VT_BSTR;
+    V_BSTR(&value) = SysAllocString(reinterpret_cast<const OLECHAR*>(text.c_str()));
+    return value;
+}
+
 void add(Faults& faults, const std::vector<std::string>& words) {
     const std::string& kind = words.at(0);
     const std::string& what = words.at(1);
@@ -44,9 +56,9 @@ void add(Faults& faults, const std::vector<std::string>& words) {
     else if (kind == "missing-field")
         faults.missingField = name;
     else if (kind == "no-value")
-        faults.oddValues[name] = [] { return errorVariant(E_FAIL); };
+        faults.oddValues[name] = noValue;
     else if (kind == "text")
-        faults.oddValues[name] = [text = base::fromUtf8(words.at(2))] { return textVariant(text); };
+        faults.oddValues[name] = [text = base::fromUtf8(words.at(2))] { return textValue(text); };
     else
         throw std::invalid_argument(kind);
 }

@@ -10,7 +10,6 @@ namespace conformance {
 namespace {
 
 using comdouble::Raised;
-using comdouble::Registration;
 
 struct Failure {
     std::int32_t number = 0;
@@ -32,7 +31,7 @@ class ComFailures : public Conformance {
 protected:
     /// Of a call that the provider answers so.
     Failure failureWith(const Raised& raised) const {
-        Registration::faults().calls[u"Connection.Open"] = raised;
+        comdouble::state().faults.calls[u"Connection.Open"] = raised;
         const auto connection = prepare();
         return failureOf([&] { connection->Open(u"", u"", u"", ado::adOptionUnspecified); });
     }
@@ -95,12 +94,13 @@ TEST_F(ComFailures, AResultWithoutARecordHasTheSystemsText) {
 }
 
 TEST_F(ComFailures, ARefusedConnectionIsAnErrorAtEachOfItsSteps) {
-    Registration::faults().calls[u"Connection.Provider"] = record(static_cast<SCODE>(0x800A0E7A), 0, u"Kein Provider");
+    comdouble::state().faults.calls[u"Connection.Provider"] =
+        record(static_cast<SCODE>(0x800A0E7A), 0, u"Kein Provider");
     EXPECT_EQ(errorOf([&] { prepare(); }), 3706);
-    Registration::faults() = {};
-    Registration::faults().properties[u"Data Source"] = record(kUnspecified, 0, u"Nicht so");
+    comdouble::state().faults = {};
+    comdouble::state().faults.properties[u"Data Source"] = record(kUnspecified, 0, u"Nicht so");
     EXPECT_EQ(failureOf([&] { prepare(); }).description, u"Nicht so");
-    Registration::faults() = {};
+    comdouble::state().faults = {};
     // A module that cannot be had.
     constexpr CLSID kNobody{0x9d1c1f0a, 0x4f0e, 0x4b43, {0x9c, 0x55, 0x11, 0x57, 0x08, 0x5d, 0x2a, 0x01}};
     ado::com::Factory missing({kNobody, kNobody});
@@ -110,9 +110,9 @@ TEST_F(ComFailures, ARefusedConnectionIsAnErrorAtEachOfItsSteps) {
 
 TEST_F(ComFailures, AMissingFieldAndAValueOfNoKnownTypeAreErrors) {
     const auto connection = connect();
-    Registration::faults().missingField = u"BenKTO_Pass";
+    comdouble::state().faults.missingField = u"BenKTO_Pass";
     EXPECT_EQ(errorOf([&] { static_cast<void>(get(*open(*connection, kAll), u"BenKTO_Pass")); }), 3265);
-    Registration::faults() = {};
+    comdouble::state().faults = {};
     const std::pair<std::function<void(VARIANT&)>, Value> delivered[] = {
         {[](VARIANT& odd) { odd.vt = VT_EMPTY; }, base::Null{}},
         {[](VARIANT& odd) {
@@ -147,7 +147,7 @@ TEST_F(ComFailures, AMissingFieldAndAValueOfNoKnownTypeAreErrors) {
          std::int16_t{-1}},
     };
     const auto deliver = [&](const std::function<void(VARIANT&)>& fill) {
-        Registration::faults().oddValues[u"BenKTO_Name"] = [fill] {
+        comdouble::state().faults.oddValues[u"BenKTO_Name"] = [fill] {
             VARIANT odd{};
             fill(odd);
             return odd;

@@ -13,7 +13,7 @@ public:
 
 private:
     comdouble::Apartment apartment_;
-    ado::com::Factory factory_{{comdouble::Registration::connectionClass(), comdouble::Registration::recordsetClass()}};
+    ado::com::Factory factory_{{comdouble::kConnectionClass, comdouble::kRecordsetClass}};
 };
 
 }  // namespace
