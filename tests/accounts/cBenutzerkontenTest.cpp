@@ -27,8 +27,7 @@ protected:
 TEST_F(cBenutzerkontenTest, theListShowsAllAccountsInTheDatabasesOrderAndSelectsNone) {
     tool.database.add(17, u"Zorn", u"D:\\Z\\");
     tool.database.add(3, u"Abel");
-    tool.database.add(4, u"x").at(1) = base::Null{};
-    tool.database.rows.back().at(3) = base::Null{};
+    tool.database.add(4, base::Null{}, base::Null{});
     tool.log.clear();
     for (int filling = 0; filling < 2; ++filling) {
         objBenKto->ShowBenKto(window.lvwBenKto);
@@ -47,7 +46,7 @@ TEST_F(cBenutzerkontenTest, theListShowsAllAccountsInTheDatabasesOrderAndSelects
         EXPECT_EQ(tool.services.windowMessages.sent.size(), 2U) << "one width message a column";
         tool.services.windowMessages.sent.clear();
     }
-    tool.database.rows.clear();
+    tool.database.clear();
     objBenKto->ShowBenKto(window.lvwBenKto);
     EXPECT_EQ(window.lvwBenKto.rowCount(), 0);
     EXPECT_EQ(tool.services.windowMessages.sent.size(), 2U) << "widths are set on an empty list, too";
@@ -66,8 +65,8 @@ TEST_F(cBenutzerkontenTest, exactlyOneBackslashAtTheEndOfAPathIsNotShown) {
                           {base::Text(u" C:\\ "), u" C:\\ "},
                           {base::Text(), u""},
                           {base::Null{}, u""}}) {
-        tool.database.rows.clear();
-        tool.database.add(5, u"Abel").at(3) = c.stored;
+        tool.database.clear();
+        tool.database.add(5, u"Abel", c.stored);
         objBenKto->ShowBenKtoValues(5);
         EXPECT_EQ(window.txtPathGlobal.Text(), c.shown);
     }
@@ -86,7 +85,7 @@ TEST_F(cBenutzerkontenTest, thePasswordCanBeResetUnlessItIsTheInitialOneToTheLet
                           {base::Text(), true},
                           {base::Null{}, true},
                           {kInitial, false}}) {
-        tool.database.rows.clear();
+        tool.database.clear();
         tool.database.add(5, u"Abel", u"C:", c.stored);
         objBenKto->ShowBenKtoValues(5);
         EXPECT_EQ(window.cmbResetPWD.Enabled(), c.canBeReset);
@@ -115,7 +114,7 @@ TEST_F(cBenutzerkontenTest, aCheckBoxIsOnForTrueAlone) {
 
 TEST_F(cBenutzerkontenTest, loadingAnAccountSetsItsFieldsAndClosesTheRowsThatItRead) {
     tool.database.add(5, u"Abel", u"C:\\A\\", base::Null{}, true);
-    tool.database.add(6, u"Beyer", u"C:\\B", kInitial).at(1) = base::Null{};
+    tool.database.add(6, base::Null{}, u"C:\\B", kInitial);
     tool.log.clear();
     window.txtPathGlobal.onChange = [&] { tool.log.push_back("path " + test::shown(window.txtPathGlobal.Text())); };
     window.txtUserNameDexo.onChange = [&] { tool.log.push_back("name " + test::shown(window.txtUserNameDexo.Text())); };
@@ -163,11 +162,11 @@ TEST_F(cBenutzerkontenTest, aNewAccountIsAnnouncedWhileItsRowIsPending) {
     window.txtUserNameDexo.setText(u" Neu ");
     window.txtPathGlobal.setText(u"  C:\\Daten\\ ");
     window.chbProgrammupdate.setValue(forms::CheckBox::kChecked);
-    tool.services.messageBoxes.whileShown = [this] { EXPECT_EQ(tool.database.rows.size(), 1U); };
+    tool.services.messageBoxes.whileShown = [this] { EXPECT_EQ(tool.database.rows().size(), 1U); };
     EXPECT_EQ(objBenKto->SaveBenKto(0), 42);
     const test::FakeDatabase::Row stored{std::int32_t{42}, base::Text(u" Neu "), kInitial, base::Text(u"C:\\Daten\\"),
                                          true};
-    EXPECT_EQ(tool.database.rows.at(1), stored);
+    EXPECT_EQ(tool.database.rows().at(1), stored);
 }
 
 TEST_F(cBenutzerkontenTest, savingAnAccountLeavesItsPasswordAndADeletedOneBecomesANewRowWithoutPassword) {
@@ -179,14 +178,14 @@ TEST_F(cBenutzerkontenTest, savingAnAccountLeavesItsPasswordAndADeletedOneBecome
         base::Value pass;
     };
     for (const Case& c : {Case{false, 5, base::Text(u"geheim")}, {true, 6, base::Null{}}}) {
-        tool.database.rows.clear();
+        tool.database.clear();
         tool.database.add(5, u"Abel", u"C:", base::Text(u"geheim"), true);
-        if (c.isDeleted) tool.database.rows.clear();
+        if (c.isDeleted) tool.database.clear();
         tool.log.clear();
         EXPECT_EQ(objBenKto->SaveBenKto(5), c.savedId);
         EXPECT_THAT(tool.log, testing::Not(Contains(testing::StartsWith("box"))));
         const test::FakeDatabase::Row stored{c.savedId, base::Text(u"Berta"), c.pass, base::Text(), false};
-        EXPECT_THAT(tool.database.rows, ElementsAre(stored));
+        EXPECT_THAT(tool.database.rows(), ElementsAre(stored));
     }
 }
 
@@ -194,12 +193,12 @@ TEST_F(cBenutzerkontenTest, aSaveThatFailsWritesNothingWhicheverCallItIs) {
     for (const std::int32_t id : {0, 5}) {
         for (const char* call : {"open rows", "add row", "set BenKTO_Name", "set BenKTO_ServerPath", "update"}) {
             if (id == 5 && call == std::string("add row")) continue;
-            tool.database.rows.clear();
+            tool.database.clear();
             tool.database.add(5, u"Abel");
-            const auto before = tool.database.rows;
+            const auto before = tool.database.rows();
             tool.database.lockedFrom = call;
             EXPECT_EQ(errorOf([&] { objBenKto->SaveBenKto(id); }), test::FakeDatabase::kLocked) << call;
-            EXPECT_EQ(tool.database.rows, before) << call;
+            EXPECT_EQ(tool.database.rows(), before) << call;
         }
     }
 }

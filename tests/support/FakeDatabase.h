@@ -1,18 +1,26 @@
 #pragma once
 
-#include <algorithm>
 #include <map>
+#include <string>
 #include <utility>
 
-#include "ado/Ado.h"
+#include "accounts/AccountTable.h"
+#include "ado/embedded/Factory.h"
 #include "base/RuntimeError.h"
+#include "jet/TableWriter.h"
+#include "jet/Transaction.h"
+#include "jet/sql/Execution.h"
+#include "jet/sql/SelectExecutor.h"
+#include "jet/sql/TableExpressions.h"
 #include "tests/support/FakeHost.h"
+#include "tests/support/FaultyStorage.h"
+#include "tests/support/SampleFile.h"
+#include "tests/support/SoundFile.h"
+#include "tools/kontodb/AccountFile.h"
 
 namespace test {
 
-/// A table Benutzerkonto in memory behind the shape of ADO. Knows the statements that the tool sends and
-/// notes each call in the log; record sets are snapshots, a changed row is pending until Update, and misuse
-/// raises ADO's errors.
+/// An account file in memory behind the embedded engine. Notes each call in the log, and fails those that a test names.
 class FakeDatabase : public ado::ConnectionFactory {
 public:
     using Row = std::vector<base::Value>;
@@ -21,157 +29,162 @@ public:
     static constexpr std::int32_t kLocked = -2147467259;
 
     explicit FakeDatabase(Log& log) : log_(log) {}
+    FakeDatabase(const FakeDatabase&) = delete;
+    FakeDatabase& operator=(const FakeDatabase&) = delete;
+    /// Whatever was done or failed, the file is sound.
+    ~FakeDatabase() override { EXPECT_EQ(faultsIn(machine_.file(), tolv::accountTable::kDatabasePassword), ""); }
 
-    std::vector<base::Text> columns{u"BenKTO_ID", u"BenKTO_Name", u"BenKTO_Pass", u"BenKTO_ServerPath",
-                                    u"BenKTO_R_ProgUpdate"};
-    std::vector<Row> rows;
     std::int32_t openFailure = 0;  ///< number of the error that opening the connection raises
     std::string lockedFrom;        ///< a call whose note begins so raises the error of a locked file
-    std::int32_t nextId = 1;       ///< of the next row added by a record set; once taken it stays taken
 
-    Row& add(std::int32_t id, base::TextView name, base::TextView path = u"C:\\Daten", base::Value pass = base::Null{},
-             bool progUpdate = false) {
-        nextId = std::max(nextId, id + 1);
-        rows.push_back({id, base::Text(name), std::move(pass), base::Text(path), progUpdate});
-        return rows.back();
+    /// What the file holds now, in the order in which it was added.
+    std::vector<Row> rows() const {
+        jet::Database database = open();
+        auto operation = database.beginRead();
+        const auto found = jet::sql::executeSelect(operation, u"SELECT * FROM Benutzerkonto");
+        std::vector<Row> all(found.rowCount());
+        for (std::size_t row = 0; row < all.size(); ++row)
+            for (std::size_t column = 0; column < found.columnCount(); ++column)
+                all[row].push_back(found.value(row, column));
+        return all;
+    }
+    void add(std::int32_t id, base::Value name, base::Value path = base::Text(u"C:\\Daten"),
+             base::Value pass = base::Null{}, bool progUpdate = false) {
+        constexpr auto kKind = jet::WriteKind::Execute;
+        const jet::sql::TableExpressions expressions;
+        jet::Database database = open();
+        jet::Transaction transaction(database, kKind);
+        jet::TableWriter writer(transaction, tolv::accountTable::kTable, kKind, expressions);
+        writer.insert({{{0, id}, {1, std::move(name)}, {2, std::move(pass)}, {3, std::move(path)}, {4, progUpdate}}});
+        transaction.commit();
+    }
+    /// Removes all rows. Their numbers stay taken.
+    void clear() {
+        jet::Database database = open();
+        jet::sql::execute(database, u"DELETE FROM Benutzerkonto");
     }
 
-    std::unique_ptr<ado::Connection> createConnection() override { return std::make_unique<FakeConnection>(*this); }
-    std::unique_ptr<ado::Recordset> createRecordset() override { return std::make_unique<FakeRecordset>(*this); }
+    std::unique_ptr<ado::Connection> createConnection() override {
+        return std::make_unique<RecordedConnection>(*this, engine_.createConnection());
+    }
+    std::unique_ptr<ado::Recordset> createRecordset() override {
+        return std::make_unique<RecordedRecordset>(*this, engine_.createRecordset());
+    }
 
 private:
-    class FakeConnection : public ado::Connection, public ado::Properties {
+    class RecordedConnection : public ado::Connection, public ado::Properties {
     public:
-        explicit FakeConnection(FakeDatabase& database) : database_(database) {}
-        ~FakeConnection() override { database_.note("connection released"); }
-        base::Text Provider() const override { return provider_; }
+        RecordedConnection(FakeDatabase& database, std::unique_ptr<ado::Connection> engine)
+            : database_(database), engine_(std::move(engine)) {}
+        ~RecordedConnection() override { database_.note("connection released"); }
+        base::Text Provider() const override { return engine_->Provider(); }
         void setProvider(base::TextView name) override {
-            provider_ = name;
             database_.note("provider " + base::toUtf8(name));
+            engine_->setProvider(name);
         }
         ado::Properties& Properties() override { return *this; }
         ado::Property& Item(base::TextView name) override {
-            if (provider_.empty()) throw base::RuntimeError(3265, u"no provider, no properties");
-            return properties_.try_emplace(base::Text(name), *this, name).first->second;
+            ado::Property& property = engine_->Properties().Item(name);
+            return properties_.try_emplace(base::Text(name), database_, property, name).first->second;
         }
         void Open(base::TextView text, base::TextView user, base::TextView password, std::int32_t options) override {
             database_.note("open connection '" + base::toUtf8(text) + base::toUtf8(user) + base::toUtf8(password) +
                            "' " + std::to_string(options));
             if (database_.openFailure != 0) throw base::RuntimeError(database_.openFailure, u"cannot be opened");
-            state_ = ado::adStateOpen;
+            engine_->Open(text, user, password, options);
         }
-        std::int32_t State() const override { return state_; }
+        std::int32_t State() const override { return engine_->State(); }
         void Close() override {
-            if (state_ == ado::adStateClosed) throw base::RuntimeError(3704, u"closed");
-            state_ = ado::adStateClosed;
+            engine_->Close();
             database_.note("close connection");
         }
         void Execute(base::TextView statement) override {
             database_.note("execute " + base::toUtf8(statement));
-            database_.execute(statement);
+            engine_->Execute(statement);
         }
 
+        ado::Connection& engine() { return *engine_; }
+
     private:
-        class FakeProperty : public ado::Property {
+        class RecordedProperty : public ado::Property {
         public:
-            FakeProperty(FakeConnection& connection, base::TextView name) : connection_(connection), name_(name) {}
-            base::Value Value() const override { return value_; }
+            RecordedProperty(FakeDatabase& database, ado::Property& engine, base::TextView name)
+                : database_(database), engine_(engine), name_(base::toUtf8(name)) {}
+            base::Value Value() const override { return engine_.Value(); }
             void setValue(const base::Value& value) override {
-                if (connection_.state_ == ado::adStateOpen) throw base::RuntimeError(3705, u"open already");
-                value_ = value;
-                connection_.database_.note(base::toUtf8(name_) + "=" + base::toUtf8(std::get<base::Text>(value)));
+                engine_.setValue(value);
+                database_.note(name_ + "=" + base::toUtf8(std::get<base::Text>(value)));
             }
 
         private:
-            FakeConnection& connection_;
-            base::Text name_;
-            base::Value value_;
+            FakeDatabase& database_;
+            ado::Property& engine_;
+            std::string name_;
         };
 
         FakeDatabase& database_;
-        base::Text provider_;
-        std::map<base::Text, FakeProperty> properties_;
-        std::int32_t state_ = ado::adStateClosed;
+        std::unique_ptr<ado::Connection> engine_;
+        std::map<base::Text, RecordedProperty> properties_;
     };
 
-    class FakeRecordset : public ado::Recordset, public ado::Fields {
+    class RecordedRecordset : public ado::Recordset, public ado::Fields {
     public:
-        explicit FakeRecordset(FakeDatabase& database) : database_(database) {}
+        RecordedRecordset(FakeDatabase& database, std::unique_ptr<ado::Recordset> engine)
+            : database_(database), engine_(std::move(engine)) {}
         void Open(base::TextView source, ado::Connection& connection, ado::CursorType cursor, ado::LockType lock,
                   std::int32_t options) override {
-            if (connection.State() != ado::adStateOpen) throw base::RuntimeError(3709, u"connection closed");
             database_.note("open rows " + base::toUtf8(source) + " " + std::to_string(static_cast<int>(cursor)) + " " +
                            std::to_string(static_cast<int>(lock)) + " " + std::to_string(options));
-            rows_ = database_.select(source);
-            isReadOnly_ = lock == ado::LockType::adLockReadOnly;
-            for (std::size_t i = 0; i < database_.columns.size(); ++i)
-                fields_.emplace_back(*this, i);
-            state_ = ado::adStateOpen;
+            engine_->Open(source, dynamic_cast<RecordedConnection&>(connection).engine(), cursor, lock, options);
         }
-        std::int32_t State() const override { return state_; }
-        std::int32_t RecordCount() const override { return static_cast<std::int32_t>(rows_.size()); }
-        bool isEOF() const override { return current_ == rows_.size(); }
-        void MoveNext() override {
-            if (isEOF()) throw base::RuntimeError(3021, u"no current row");
-            ++current_;
-        }
+        std::int32_t State() const override { return engine_->State(); }
+        std::int32_t RecordCount() const override { return engine_->RecordCount(); }
+        bool isEOF() const override { return engine_->isEOF(); }
+        void MoveNext() override { engine_->MoveNext(); }
         ado::Fields& Fields() override { return *this; }
         void AddNew() override {
-            if (isReadOnly_) throw base::RuntimeError(3251, u"not updatable");
             database_.note("add row");
-            current_ = rows_.size();
-            rows_.push_back({database_.nextId++, base::Null{}, base::Null{}, base::Null{}, false});
+            engine_->AddNew();
             isPending_ = true;
         }
         void Update() override {
-            if (isReadOnly_) throw base::RuntimeError(3251, u"not updatable");
             database_.note("update");
-            if (isPending_) database_.store(rows_[current_]);
+            engine_->Update();
             isPending_ = false;
         }
         void Close() override {
-            if (isPending_) throw base::RuntimeError(3219, u"a row is pending");
-            state_ = ado::adStateClosed;
+            engine_->Close();
             database_.note("close rows");
         }
-        std::int32_t Count() const override { return static_cast<std::int32_t>(fields_.size()); }
-        ado::Field& Item(base::TextView name) override {
-            const auto found = std::find(database_.columns.begin(), database_.columns.end(), name);
-            if (found == database_.columns.end()) throw base::RuntimeError(3265, u"no such column");
-            return fields_[static_cast<std::size_t>(found - database_.columns.begin())];
-        }
-        ado::Field& Item(std::int32_t index) override { return fields_.at(static_cast<std::size_t>(index)); }
+        std::int32_t Count() const override { return engine_->Fields().Count(); }
+        ado::Field& Item(base::TextView name) override { return recorded(engine_->Fields().Item(name)); }
+        ado::Field& Item(std::int32_t index) override { return recorded(engine_->Fields().Item(index)); }
 
     private:
-        class FakeField : public ado::Field {
+        class RecordedField : public ado::Field {
         public:
-            FakeField(FakeRecordset& recordset, std::size_t column) : recordset_(recordset), column_(column) {}
-            base::Text Name() const override { return recordset_.database_.columns[column_]; }
+            RecordedField(RecordedRecordset& rows, ado::Field& engine) : rows_(rows), engine_(engine) {}
+            base::Text Name() const override { return engine_.Name(); }
             base::Value Value() const override {
-                if (recordset_.isEOF()) throw base::RuntimeError(3021, u"no current row");
-                if (recordset_.isPending_) recordset_.database_.note("read " + base::toUtf8(Name()));
-                return recordset_.rows_[recordset_.current_][column_];
+                if (rows_.isPending_) rows_.database_.note("read " + base::toUtf8(Name()));
+                return engine_.Value();
             }
             void setValue(const base::Value& value) override {
-                if (recordset_.isReadOnly_) throw base::RuntimeError(3251, u"not updatable");
-                if (recordset_.isEOF()) throw base::RuntimeError(3021, u"no current row");
-                recordset_.database_.note("set " + base::toUtf8(Name()));
-                const auto* number = std::get_if<std::int16_t>(&value);  // for the yes/no column
-                recordset_.rows_[recordset_.current_][column_] = number != nullptr ? base::Value(*number != 0) : value;
-                recordset_.isPending_ = true;
+                rows_.database_.note("set " + base::toUtf8(Name()));
+                engine_.setValue(value);
+                rows_.isPending_ = true;
             }
 
         private:
-            FakeRecordset& recordset_;
-            std::size_t column_;
+            RecordedRecordset& rows_;
+            ado::Field& engine_;
         };
 
+        ado::Field& recorded(ado::Field& field) { return fields_.try_emplace(&field, *this, field).first->second; }
+
         FakeDatabase& database_;
-        std::vector<Row> rows_;
-        std::vector<FakeField> fields_;
-        std::size_t current_ = 0;
-        std::int32_t state_ = ado::adStateClosed;
-        bool isReadOnly_ = true;
+        std::unique_ptr<ado::Recordset> engine_;
+        std::map<ado::Field*, RecordedField> fields_;
         bool isPending_ = false;
     };
 
@@ -180,71 +193,21 @@ private:
         if (!lockedFrom.empty() && what.starts_with(lockedFrom)) throw base::RuntimeError(kLocked, u"locked");
     }
 
-    std::vector<Row> select(base::TextView statement) const {
-        std::vector<Row> result = rows;
-        if (statement == u"SELECT * FROM Benutzerkonto ORDER BY BenKTO_Name") {
-            std::stable_sort(result.begin(), result.end(),
-                             [](const Row& a, const Row& b) { return nameOf(a) < nameOf(b); });
-            return result;
-        }
-        base::TextView rest = statement;
-        if (cut(rest, u"SELECT * FROM Benutzerkonto WHERE BenKTO_ID = ")) {
-            const std::int32_t id = number(rest);
-            std::erase_if(result, [id](const Row& row) { return idOf(row) != id; });
-            return result;
-        }
-        if (!cut(rest, u"SELECT * FROM Benutzerkonto WHERE BenKTO_Name = '")) fail();
-        const std::size_t end = rest.find(u'\'');
-        if (end == base::TextView::npos) fail();
-        const base::TextView name = rest.substr(0, end);
-        rest.remove_prefix(end + 1);
-        const std::int32_t excludedId = cut(rest, u" AND NOT BenKTO_ID = ") ? number(std::exchange(rest, {})) : 0;
-        if (!rest.empty()) fail();
-        std::erase_if(result, [&](const Row& row) {
-            return idOf(row) == excludedId || !base::equalsIgnoringAsciiCase(nameOf(row), name);
-        });
-        return result;
+    static base::Bytes emptyFile() {
+        static const base::Bytes file = [] {
+            SampleTable accounts{kontodb::accountTableDesign(), {}};
+            accounts.design.columns[2].maxUnits = 255;  // other passwords than the tool's own fit in
+            return sampleFile({accounts}, base::Text(tolv::accountTable::kDatabasePassword));
+        }();
+        return file;
     }
-    void execute(base::TextView statement) {
-        if (cut(statement, u"DELETE FROM Benutzerkonto WHERE BenKTO_ID = ")) {
-            const auto isMeant = [id = number(statement)](const Row& row) { return idOf(row) == id; };
-            std::erase_if(rows, isMeant);
-            return;
-        }
-        if (!cut(statement, u"UPDATE Benutzerkonto SET BenKTO_Pass = '")) fail();
-        const base::Text pass(statement.substr(0, statement.find(u'\'')));
-        statement.remove_prefix(pass.size());
-        if (!cut(statement, u"' WHERE BenKTO_ID = ")) fail();
-        for (Row& row : rows) {
-            if (idOf(row) != number(statement)) continue;
-            row[2] = pass;
-        }
+    jet::Database open() const {
+        return jet::Database::open(machine_.storage(), tolv::accountTable::kDatabasePassword,
+                                   jet::LeftJournalRule::RollBack);
     }
-    void store(const Row& changed) {
-        const auto same = [&](const Row& row) { return idOf(row) == idOf(changed); };
-        const auto found = std::find_if(rows.begin(), rows.end(), same);
-        if (found != rows.end()) {
-            *found = changed;
-        } else {
-            rows.push_back(changed);
-        }
-    }
-
-    [[noreturn]] static void fail() { throw base::RuntimeError(kSyntaxError, u"syntax error"); }
-    /// Takes the beginning off the text. @return false if the text does not begin so
-    static bool cut(base::TextView& text, base::TextView beginning) {
-        if (!text.starts_with(beginning)) return false;
-        text.remove_prefix(beginning.size());
-        return true;
-    }
-    static std::int32_t number(base::TextView digits) { return std::stoi(base::toUtf8(digits)); }
-    static std::int32_t idOf(const Row& row) { return std::get<std::int32_t>(row[0]); }
-    static base::Text nameOf(const Row& row) {
-        const auto* name = std::get_if<base::Text>(&row[1]);
-        return name != nullptr ? *name : base::Text();
-    }
-
     Log& log_;
+    Machine machine_{emptyFile()};
+    ado::embedded::Factory engine_{[this](const base::Text&) { return machine_.storage(); }};
 };
 
 }  // namespace test

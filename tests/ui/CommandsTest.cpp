@@ -75,13 +75,13 @@ TEST_F(CommandsTest, newAccountModeEmptiesTheWindowAndLeavingItShowsTheFirstAcco
     window.cmbAddNew.userClicked();
     expectAccount(u"Abel", u"C:\\A", 0);
     EXPECT_THAT(boxes(), IsEmpty());
-    EXPECT_EQ(tool.database.rows.size(), 3U);
+    EXPECT_EQ(tool.database.rows().size(), 3U);
     window.txtUserNameDexo.userTyped(u"wieder");
     expectRed();
 }
 
 TEST_F(CommandsTest, withoutAccountsNewAccountModeLeadsBackToTheLockedWindow) {
-    tool.database.rows.clear();
+    tool.database.clear();
     open();
     window.cmbAddNew.userClicked();
     EXPECT_TRUE(window.txtUserNameDexo.Enabled());
@@ -115,7 +115,7 @@ TEST_F(CommandsTest, aRefusedSaveTrimsTheTextsSaysWhyAndChangesNothingElse) {
             window.chbProgrammupdate.userClicked();
             edit(c.name, c.path);
             window.cmdSpeichern.SetFocus();
-            const auto before = tool.database.rows;
+            const auto before = tool.database.rows();
             tool.log.clear();
             window.cmdSpeichern.userClicked();
             EXPECT_THAT(boxes(), ElementsAre(c.notice));
@@ -123,7 +123,7 @@ TEST_F(CommandsTest, aRefusedSaveTrimsTheTextsSaysWhyAndChangesNothingElse) {
             EXPECT_EQ(window.txtUserNameDexo.Text(), base::trimBlanks(c.name));
             EXPECT_EQ(window.txtPathGlobal.Text(), base::trimBlanks(c.path));
             EXPECT_EQ(window.cmbAddNew.Value(), isNew ? forms::CheckBox::kChecked : forms::CheckBox::kUnchecked);
-            EXPECT_EQ(tool.database.rows, before);
+            EXPECT_EQ(tool.database.rows(), before);
             expectRed();
         }
     }
@@ -160,7 +160,7 @@ TEST_F(CommandsTest, aNewAccountIsAnnouncedStoredAndThenShown) {
     const test::FakeDatabase::Row stored{std::int32_t{18}, base::Text(u"Neu"),
                                          base::Text(accountTable::kStoredInitialPassword), base::Text(u"C:\\N\\"),
                                          true};
-    EXPECT_EQ(tool.database.rows.back(), stored);
+    EXPECT_EQ(tool.database.rows().back(), stored);
     window.cmbAddNew.userClicked();
     EXPECT_EQ(window.lvwBenKto.rowCount(), 0) << "the button works again";
 }
@@ -175,7 +175,7 @@ TEST_F(CommandsTest, aChangedAccountIsStoredAndStaysSelectedHoweverTheListIsSort
                           {false, u"Zz", u"C:\\A", u"C:\\A", 3},
                           {true, u"abel", u"C:\\N", u"C:\\N", 2},
                           {true, u"Abel", u"E:", u"E:", 1}}) {
-        tool.database.rows.clear();
+        tool.database.clear();
         addAccounts();
         open();
         if (c.sorted && !window.lvwBenKto.Sorted()) sortByPathDescending();
@@ -188,8 +188,8 @@ TEST_F(CommandsTest, aChangedAccountIsStoredAndStaysSelectedHoweverTheListIsSort
         EXPECT_TRUE(window.lvwBenKto.hasFocus());
         EXPECT_THAT(boxes(), IsEmpty());
         const test::FakeDatabase::Row stored{abel[0], c.name, abel[2], c.path, false};
-        EXPECT_THAT(tool.database.rows, Contains(stored));
-        EXPECT_EQ(tool.database.rows.size(), 3U);
+        EXPECT_THAT(tool.database.rows(), Contains(stored));
+        EXPECT_EQ(tool.database.rows().size(), 3U);
         window.userClosed();
     }
 }
@@ -213,7 +213,7 @@ TEST_F(CommandsTest, onlyCtrlSAloneSavesAndOnlyAChangedAccount) {
         window.userPressedKey(c.key, c.shift);
         EXPECT_EQ(std::count(tool.log.begin(), tool.log.end(), "update"), c.saves ? 1 : 0)
             << "key " << c.key << " shift " << c.shift;
-        tool.database.rows.clear();
+        tool.database.clear();
         addAccounts();
     }
 }
@@ -229,7 +229,7 @@ TEST_F(CommandsTest, deletingAsksAndThenShowsTheFirstRow) {
     for (const Case& c : {Case{false, Answer::No, u"Meier", u"C:\\M", u"Meier"},
                           {false, Answer::Yes, u"Meier", u"C:\\M", u"Abel"},
                           {true, Answer::Yes, u"Meier", u"C:\\M", u"Zorn"}}) {
-        tool.database.rows.clear();
+        tool.database.clear();
         addAccounts();
         open();
         if (c.sorted) sortByPathDescending();
@@ -244,7 +244,7 @@ TEST_F(CommandsTest, deletingAsksAndThenShowsTheFirstRow) {
         EXPECT_EQ(window.lvwBenKto.SelectedItem()->Text(), c.shownAfterwards);
         EXPECT_EQ(window.txtUserNameDexo.Text(), c.shownAfterwards);
         const bool deleted = c.answer == Answer::Yes;
-        EXPECT_EQ(tool.database.rows.size(), deleted ? 2U : 3U);
+        EXPECT_EQ(tool.database.rows().size(), deleted ? 2U : 3U);
         EXPECT_EQ(window.cmdSpeichern.Enabled(), !deleted);
         if (deleted) {
             EXPECT_EQ(tool.log.at(1), "execute DELETE FROM Benutzerkonto WHERE BenKTO_ID = 8");
@@ -259,7 +259,7 @@ TEST_F(CommandsTest, deletingTheLastAccountLocksTheWindowAndItsCommandsDoNothing
     answerBoxesWith(Answer::Yes);
     for (int i = 0; i < 3; ++i)
         window.cmdDel.userClicked();
-    EXPECT_THAT(tool.database.rows, IsEmpty());
+    EXPECT_THAT(tool.database.rows(), IsEmpty());
     expectEmpty();
     EXPECT_TRUE(window.cmbAddNew.Enabled());
     tool.log.clear();
@@ -275,13 +275,13 @@ TEST_F(CommandsTest, resettingAPasswordAsksSaysTheNewOneAndLoadsTheAccountAfresh
     window.txtPathGlobal.userTyped(u"ungespeichert");
     window.cmbResetPWD.SetFocus();
     const std::string question = "box Soll das Passwort für 'Meier' jetzt zurückgesetzt werden? [Yes/No] question";
-    const auto before = tool.database.rows;
+    const auto before = tool.database.rows();
 
     answerBoxesWith(Answer::No);
     tool.log.clear();
     window.userPressedEnter();
     EXPECT_THAT(tool.log, ElementsAre(question));
-    EXPECT_EQ(tool.database.rows, before);
+    EXPECT_EQ(tool.database.rows(), before);
     expectRed();
 
     answerBoxesWith(Answer::Yes);
@@ -296,7 +296,7 @@ TEST_F(CommandsTest, resettingAPasswordAsksSaysTheNewOneAndLoadsTheAccountAfresh
                             "zurückgesetzt:\r\n\r\nMNwelKOP\r\n\r\nDer Anwender wird beim ersten Login "
                             "aufgefordert dieses zu ändern. [OK] information",
                             "open rows SELECT * FROM Benutzerkonto WHERE BenKTO_ID = 8 3 1 -1", "close rows"));
-    EXPECT_EQ(tool.database.rows.back()[2], base::Value(base::Text(accountTable::kStoredInitialPassword)));
+    EXPECT_EQ(tool.database.rows().back()[2], base::Value(base::Text(accountTable::kStoredInitialPassword)));
     expectAccount(u"Meier", u"C:\\M", 0);
     EXPECT_FALSE(window.cmbResetPWD.Enabled());
 
@@ -305,7 +305,7 @@ TEST_F(CommandsTest, resettingAPasswordAsksSaysTheNewOneAndLoadsTheAccountAfresh
         window.userPressedEnter();
     EXPECT_TRUE(window.lvwBenKto.hasFocus());
     EXPECT_THAT(tool.log, IsEmpty()) << "Enter meant for a box that has gone";
-    EXPECT_EQ(tool.database.rows.size(), 3U);
+    EXPECT_EQ(tool.database.rows().size(), 3U);
 }
 
 // Folder and sorting
@@ -370,7 +370,7 @@ TEST_F(CommandsTest, afterEveryCommandTheNextEditMarksTheAccountAgain) {
     };
     answerBoxesWith(Answer::Yes);
     for (std::size_t i = 0; i < commands.size(); ++i) {
-        tool.database.rows.clear();
+        tool.database.clear();
         addAccounts();
         open();
         window.lvwBenKto.userSelectedRow(1);
@@ -404,7 +404,7 @@ TEST_F(CommandsTest, aFailingStatementPassesAndNothingIsWritten) {
     const auto reset = [&] { window.cmbResetPWD.userClicked(); };
     answerBoxesWith(Answer::Yes);
     window.lvwBenKto.userSelectedRow(1);
-    const auto before = tool.database.rows;
+    const auto before = tool.database.rows();
     for (const Case& c : {Case{u"O'Neil", "never", save, test::FakeDatabase::kSyntaxError},
                           {u"Neu", "update", save, test::FakeDatabase::kLocked},
                           {u"Neu", "execute", erase, test::FakeDatabase::kLocked},
@@ -413,7 +413,7 @@ TEST_F(CommandsTest, aFailingStatementPassesAndNothingIsWritten) {
         tool.database.lockedFrom = c.lockedFrom;
         tool.log.clear();
         EXPECT_EQ(errorOf(c.command), c.error);
-        EXPECT_EQ(tool.database.rows, before);
+        EXPECT_EQ(tool.database.rows(), before);
         EXPECT_EQ(window.lvwBenKto.rowCount(), 3);
         EXPECT_THAT(boxes(), Not(Contains(StartsWith("box Das"))));
     }

@@ -109,7 +109,7 @@ TEST_F(EditStateTest, preparingEmptiesThenEnablesEveryKindButOptionButtonsAndThe
 TEST_F(EditStateTest, enablingTouchesNoContentsAndNoCommandButton) {
     makeBusy(false);
     window.cmbAddNew.setEnabled(false);
-    tool.database.rows.clear();  // so that loading fails after the controls have been enabled
+    tool.database.clear();  // so that loading fails after the controls have been enabled
     EXPECT_EQ(test::errorOf([&] {
                   EXPECT_THAT(recorded([&] { window.lvwBenKto.userClickedSelectedRow(); }), testing::IsEmpty());
               }),

@@ -69,7 +69,7 @@ TEST_F(frmBenKtoTest, everyMoveOfTheSelectionLoadsThatAccountOnceUnderTheHourgla
 TEST_F(frmBenKtoTest, anAccountThatIsGoneRaisesTheErrorAndTakesTheHourglassBack) {
     addAccounts();
     tool.openAccountWindow();
-    tool.database.rows.clear();
+    tool.database.clear();
     EXPECT_EQ(errorOf([&] { window.lvwBenKto.userSelectedRow(1); }), 3021);
     EXPECT_EQ(tool.services.mousePointer.shapes.back(), Shape::Default);
     EXPECT_EQ(window.txtUserNameDexo.Text(), u"Abel");
