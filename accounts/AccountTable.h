@@ -20,9 +20,6 @@ inline constexpr base::TextView kPass = u"BenKTO_Pass";                ///< text
 inline constexpr base::TextView kServerPath = u"BenKTO_ServerPath";    ///< text
 inline constexpr base::TextView kProgUpdate = u"BenKTO_R_ProgUpdate";  ///< yes/no
 
-/// Protects the account file. The same value as the tool's administrator password.
-inline constexpr base::TextView kDatabasePassword = u"HwendorpliqZ";
-
 /// The ID that stands for an account without a row.
 inline constexpr std::int32_t kNewAccount = 0;
 

@@ -14,8 +14,6 @@ using testing::ElementsAre;
 
 const base::Text kInitial(accountTable::kStoredInitialPassword);
 
-static_assert(accountTable::kDatabasePassword == kAdministratorPassword, "one value in two rooms");
-
 class cBenutzerkontenTest : public testing::Test {
 protected:
     cBenutzerkontenTest() { CreateSharedObjects(); }

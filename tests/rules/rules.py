@@ -18,6 +18,7 @@ MAY_USE = {
     "tools/kontodb": ["base", "jet", "jet/sql", "accounts"],
 }
 FOR_EVERY_ROOM_OF_THE_TOOL = "app/mPublic.h"  # forward declarations and constants
+ITS_READERS = TOOL + ["tools/kontodb"]
 WINDOWS_ROOMS = ["win32", "ado/com"]
 WINDOWS_FILES = ["tools/kontodb/PasswordPrompt.cpp"]  # the console has no other door
 C_RUNTIME_HEADERS = r"(conio|fcntl|io|termios|unistd|sys/\w+)\.h"  # the C runtime's of both systems
@@ -45,7 +46,7 @@ for name, text in texts.items():
     if here and name.endswith((".h", ".cpp")):
         for quoted in re.findall(r'^\s*#\s*include\s+"([^"]+)"', text, re.M):
             there = room(quoted) if "/" in quoted else here
-            if there not in (here, *MAY_USE[here]) and not (quoted == FOR_EVERY_ROOM_OF_THE_TOOL and here in TOOL):
+            if there not in (here, *MAY_USE[here]) and not (quoted == FOR_EVERY_ROOM_OF_THE_TOOL and here in ITS_READERS):
                 faults["includes"].append(f"{name} includes {quoted}")
             if there and there != here and quoted != FOR_EVERY_ROOM_OF_THE_TOOL:
                 uses.setdefault(here, set()).add(there)

@@ -1,5 +1,6 @@
 #include <string>
 
+#include "app/mPublic.h"
 #include "jet/NewFile.h"
 #include "jet/PageIo.h"
 #include "tools/kontodb/AccountFile.h"
@@ -10,8 +11,6 @@
 namespace kontodb {
 namespace {
 
-/// Database password of the account file, with which the account tool opens it.
-constexpr base::TextView kOwnPassword = u"HwendorpliqZ";
 constexpr std::uint64_t kMostAccounts = 1'000'000;
 constexpr std::uint64_t kLargestSeed = ~std::uint64_t{0};
 
@@ -48,7 +47,7 @@ void make(const base::Text& path, const base::Text& password, std::uint32_t acco
 int create(std::span<const base::Text> arguments, Console& console) {
     const CommandLine line(arguments, {u"--password", u"--accounts", u"--seed"});
     line.requireOperands(1);
-    const base::Text password = line.option(u"--password").value_or(base::Text(kOwnPassword));
+    const base::Text password = line.option(u"--password").value_or(base::Text(tolv::kAdministratorPassword));
     const auto accounts = static_cast<std::uint32_t>(line.number(u"--accounts", 0, kMostAccounts));
     const std::uint64_t seed = line.number(u"--seed", 1, kLargestSeed);
 
