@@ -1,6 +1,6 @@
 #include "accounts/cBenutzerkonten.h"
 
-#include <type_traits>
+#include <array>
 #include <variant>
 
 #include "accounts/AccountId.h"
@@ -14,6 +14,42 @@
 #include "listutil/cFormularsteuerung.h"
 
 namespace tolv {
+namespace {
+
+/// Whether a value of any type is the number -1, which stands for true.
+struct IsTrue {
+    bool operator()(bool value) const { return value; }
+    bool operator()(std::uint8_t) const { return false; }
+    bool operator()(std::int16_t value) const { return value == kTrue; }
+    bool operator()(std::int32_t value) const { return value == kTrue; }
+    bool operator()(float value) const { return value == float{kTrue}; }
+    bool operator()(double value) const { return value == double{kTrue}; }
+    bool operator()(base::Currency value) const { return value == base::Currency{-10'000}; }
+    bool operator()(base::Date value) const { return value.days == double{kTrue}; }
+    bool operator()(const base::Decimal& value) const {
+        return value.negative && value.magnitude == tenToThe(value.scale);
+    }
+    template <class Other>
+    bool operator()(const Other&) const {
+        return false;  // null, text, bytes, GUID
+    }
+
+private:
+    static std::array<std::uint32_t, 4> tenToThe(int power) {
+        std::array<std::uint32_t, 4> words{1};
+        for (; power > 0; --power) {
+            std::uint64_t carry = 0;
+            for (std::uint32_t& word : words) {
+                carry += word * std::uint64_t{10};
+                word = static_cast<std::uint32_t>(carry);
+                carry >>= 32U;
+            }
+        }
+        return words;
+    }
+};
+
+}  // namespace
 
 std::int16_t cBenutzerkonten::KontoSchonDa(base::TextView /*name*/, std::int32_t id) {
     const base::Text& name = fields_.txtUserNameDexo.Text();
@@ -54,20 +90,23 @@ void cBenutzerkonten::announceInitialPassword() {
 void cBenutzerkonten::ShowBenKto(forms::ListView& listView) {
     listView.clearRows();
     const auto recordset = openRecordset(accountTable::selectAll(), ado::LockType::adLockPessimistic);
-    ado::Fields& fields = recordset->Fields();
+    if (!recordset->isEOF()) addRows(*recordset, listView);
+    recordset->Close();
+    objForm->SetColWidth(listView, LVSCW_AUTOSIZE_USEHEADER);
+}
+
+void cBenutzerkonten::addRows(ado::Recordset& recordset, forms::ListView& listView) const {
+    ado::Fields& fields = recordset.Fields();  // looked up once, not for each of a million rows
     ado::Field& id = fields.Item(accountTable::kId);
     ado::Field& name = fields.Item(accountTable::kName);
     ado::Field& serverPath = fields.Item(accountTable::kServerPath);
-    while (!recordset->isEOF()) {
+    for (; !recordset.isEOF(); recordset.MoveNext()) {
         forms::ListItem item = listView.addRow();
         item.setText(objDB->GiveTextBoxValueForFORM(name.Value()));
         item.setTag(id.Value());
         item.setKey(accountTable::listKey(accountId(item.Tag(), regional_)));
         item.setSubItems(1, objDB->GiveTextBoxValueForFORM(serverPath.Value()));
-        recordset->MoveNext();
     }
-    recordset->Close();
-    objForm->SetColWidth(listView, LVSCW_AUTOSIZE_USEHEADER);
 }
 
 void cBenutzerkonten::ShowBenKtoValues(std::int32_t id) {
@@ -87,19 +126,7 @@ void cBenutzerkonten::ShowBenKtoValues(std::int32_t id) {
 }
 
 std::int16_t cBenutzerkonten::GiveCheckBoxValueForFORM(const base::Value& value) {
-    const bool isTrue = std::visit(
-        [](const auto& alternative) {
-            using Alternative = std::remove_cvref_t<decltype(alternative)>;
-            if constexpr (std::is_same_v<Alternative, bool>) {
-                return alternative;
-            } else if constexpr (std::is_arithmetic_v<Alternative>) {
-                return alternative == static_cast<Alternative>(kTrue) && std::is_signed_v<Alternative>;
-            } else {
-                return false;
-            }
-        },
-        value);
-    return isTrue ? forms::CheckBox::kChecked : forms::CheckBox::kUnchecked;
+    return std::visit(IsTrue(), value) ? forms::CheckBox::kChecked : forms::CheckBox::kUnchecked;
 }
 
 std::unique_ptr<ado::Recordset> cBenutzerkonten::openRecordset(base::TextView statement, ado::LockType lockType) {

@@ -40,6 +40,7 @@ public:
 
 private:
     void announceInitialPassword();
+    void addRows(ado::Recordset& recordset, forms::ListView& listView) const;
     std::unique_ptr<ado::Recordset> openRecordset(base::TextView statement, ado::LockType lockType);
 
     ado::ConnectionFactory& connections_;

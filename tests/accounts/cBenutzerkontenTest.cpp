@@ -105,6 +105,16 @@ TEST_F(cBenutzerkontenTest, aCheckBoxIsOnForTrueAlone) {
                           {std::uint8_t{255}, 0},
                           {-1.0, 1},
                           {-1.5, 0},
+                          {-1.0F, 1},
+                          {base::Currency{-10'000}, 1},
+                          {base::Currency{-1}, 0},
+                          {base::Date{-1}, 1},
+                          {base::Date{-1.25}, 0},
+                          {base::Decimal{true, 0, {1}}, 1},
+                          {base::Decimal{true, 11, {1'215'752'192, 23}}, 1},  // 10 to the power of 11
+                          {base::Decimal{true, 1, {11}}, 0},
+                          {base::Decimal{false, 0, {1}}, 0},
+                          {base::Decimal{true, 0, {1, 1}}, 0},
                           {base::Text(u"x"), 0}}) {
         EXPECT_EQ(cBenutzerkonten::GiveCheckBoxValueForFORM(c.stored), c.value) << c.stored.index();
     }
