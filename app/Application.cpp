@@ -15,7 +15,12 @@ Application* theApplication = nullptr;
 
 Application::Application(const platform::Services& services, ado::ConnectionFactory& connections,
                          forms::FormHost& formHost)
-    : services_(services), connections_(connections), formHost_(formHost) {
+    : messageBoxes_(services.messageBoxes, formHost),
+      folderChooser_(services.folderChooser, formHost),
+      services_{services.windowMessages, services.settingsFile, services.programFolder, services.fileSystem,
+                messageBoxes_,           services.mousePointer, folderChooser_,         services.regional},
+      connections_(connections),
+      formHost_(formHost) {
     assert(theApplication == nullptr);
     theApplication = this;
 }

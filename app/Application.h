@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "app/ModalBoxes.h"
 #include "platform/Platform.h"
 
 namespace ado {
@@ -40,6 +41,8 @@ public:
     frmBenKto& accountWindow();
 
 private:
+    ModalMessageBoxes messageBoxes_;
+    ModalFolderChooser folderChooser_;
     platform::Services services_;
     ado::ConnectionFactory& connections_;
     forms::FormHost& formHost_;

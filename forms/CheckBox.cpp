@@ -23,7 +23,7 @@ void CheckBox::setCaption(base::TextView caption) {
 }
 
 void CheckBox::userClicked() {
-    if (Enabled()) setValue(value_ == kUnchecked ? kChecked : kUnchecked);
+    if (takesInput(Property::Value)) setValue(value_ == kUnchecked ? kChecked : kUnchecked);
 }
 
 }  // namespace forms

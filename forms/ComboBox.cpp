@@ -33,7 +33,7 @@ void ComboBox::setBackColor(Color color) {
 }
 
 void ComboBox::userSelectedEntry(int index) {
-    if (Enabled()) setListIndex(index);
+    if (takesInput(Property::ListIndex)) setListIndex(index);
 }
 
 }  // namespace forms

@@ -26,7 +26,7 @@ void CommandButton::setFontBold(bool bold) {
 }
 
 void CommandButton::userClicked() {
-    if (Enabled() && onClick) onClick();
+    if (takesInput() && onClick) onClick();
 }
 
 }  // namespace forms

@@ -42,6 +42,16 @@ bool Control::canTakeFocus() const {
     return kind_ != Kind::Label && kind_ != Kind::Frame && kind_ != Kind::ImageList;
 }
 
+bool Control::takesInput() const {
+    return enabled_ && !form_.isBlocked();
+}
+
+bool Control::takesInput(Property changed) const {
+    const bool counts = takesInput();
+    if (!counts) tellPeer(changed);
+    return counts;
+}
+
 void Control::userFocused() {
     if (enabled_ && canTakeFocus()) form_.activeControl_ = this;
 }

@@ -17,7 +17,8 @@ enum class Kind { TextBox, CheckBox, CommandButton, ComboBox, OptionButton, Labe
 /// The law of every setter, in this order: equal to what is there, return; store; tell the peer; raise the
 /// event. So an event comes once, whether code or the user made the change, and only when there was one.
 /// Events are public function objects named on...; the user's input comes in through functions named
-/// user..., which a disabled control ignores. Code reaches disabled controls as well.
+/// user..., which a disabled control ignores, and every control while a box is open: a command that waits for
+/// its answer must find the form as it left it. Code reaches the controls in both cases.
 ///
 /// A control enrols itself with its form when it is made: members declared in a form stand in the form's
 /// order of definition.
@@ -62,6 +63,11 @@ public:
     NativeHandle hWnd() const { return peer_ != nullptr ? peer_->handle() : 0; }
 
 protected:
+    /// Whether the user's input counts.
+    bool takesInput() const;
+    /// The same for input that has changed what the native window shows: if it does not count, the peer is
+    /// told to show the model again.
+    bool takesInput(Property changed) const;
     void tellPeer(Property property) const {
         if (peer_ != nullptr) peer_->show(property);
     }

@@ -69,7 +69,7 @@ void Form::Unload() {
 void Form::userPressedKey(std::int16_t keyCode, std::int16_t shift) {
     const bool isDialogKey = keyCode == kTabKey || (keyCode == kEnterKey && defaultButton_ != nullptr) ||
                              (keyCode == kEscapeKey && cancelButton_ != nullptr);
-    if (keyPreview_ && !isDialogKey && onKeyDown) onKeyDown(keyCode, shift);
+    if (keyPreview_ && !isBlocked() && !isDialogKey && onKeyDown) onKeyDown(keyCode, shift);
 }
 
 void Form::userPressedEnter() {
@@ -80,6 +80,14 @@ void Form::userPressedEnter() {
 
 void Form::userPressedEscape() {
     if (cancelButton_ != nullptr) cancelButton_->userClicked();
+}
+
+void Form::userClosed() {
+    if (!isBlocked()) Unload();
+}
+
+bool Form::isBlocked() const {
+    return host_.hasOpenBox();
 }
 
 void Form::focusFirstTabStop() {

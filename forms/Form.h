@@ -81,8 +81,12 @@ public:
     void userPressedEnter();
     /// Escape: clicks the cancel button wherever the focus is; disabled: nothing.
     void userPressedEscape();
-    /// The close box, or Alt+F4.
-    void userClosed() { Unload(); }
+    /// The close box, Alt+F4, another program's wish, or the end of the session.
+    void userClosed();
+
+    /// A message box or another box waits for an answer: nothing of the above has an effect, and controls
+    /// ignore the user.
+    bool isBlocked() const;
 
     void attachPeer(Peer& peer) { peer_ = &peer; }
     void detachPeer() { peer_ = nullptr; }

@@ -7,6 +7,18 @@ class Form;
 /// Shows forms: the narrow interface behind which native windows, or a test, stand.
 class FormHost {
 public:
+    /// A box that is no form, such as a message box, waits for the user's answer as long as this lives.
+    class OpenBox {
+    public:
+        explicit OpenBox(FormHost& host) : host_(host) { ++host_.openBoxCount_; }
+        ~OpenBox() { --host_.openBoxCount_; }
+        OpenBox(const OpenBox&) = delete;
+        OpenBox& operator=(const OpenBox&) = delete;
+
+    private:
+        FormHost& host_;
+    };
+
     virtual ~FormHost() = default;
     /// The form is about to run its load handler: its native window and those of its controls are made now,
     /// hidden, and attached as peers.
@@ -18,6 +30,12 @@ public:
     /// The form has run its unload handler: its window goes, and with the last one the program ends. The
     /// call may come from a handler of one of its controls.
     virtual void unloaded(Form& form) = 0;
+
+    /// While true, the forms take nothing from the user.
+    bool hasOpenBox() const { return openBoxCount_ > 0; }
+
+private:
+    int openBoxCount_ = 0;
 };
 
 }  // namespace forms

@@ -178,15 +178,15 @@ std::optional<std::size_t> ListView::selectedPlace() {
 }
 
 void ListView::userSelectedRow(std::size_t place) {
-    if (!Enabled() || place >= rows_.size()) return;
+    if (place >= rows_.size()) return;
     const RowId row = rowAt(place);
-    if (row == selected_) return;
+    if (row == selected_ || !takesInput(Property::Selection)) return;
     selected_ = row;
     if (onItemClick) onItemClick(itemOf(row));
 }
 
 void ListView::userClickedSelectedRow() {
-    if (Enabled() && selected_ && onItemClick) onItemClick(itemOf(*selected_));
+    if (takesInput() && selected_ && onItemClick) onItemClick(itemOf(*selected_));
 }
 
 void ListView::userEmptiedSelection() {
@@ -194,7 +194,7 @@ void ListView::userEmptiedSelection() {
 }
 
 void ListView::userClickedColumn(int column) {
-    if (Enabled() && onColumnClick) onColumnClick(ColumnHeaders(column));
+    if (takesInput() && onColumnClick) onColumnClick(ColumnHeaders(column));
 }
 
 // Order

@@ -17,7 +17,7 @@ void OptionButton::setValue(bool value) {
 }
 
 void OptionButton::userClicked() {
-    if (Enabled()) setValue(true);
+    if (takesInput(Property::Value)) setValue(true);
 }
 
 }  // namespace forms

@@ -16,7 +16,7 @@ void TextBox::setBackColor(Color color) {
 }
 
 void TextBox::userTyped(base::TextView text) {
-    if (!Enabled() || text == text_) return;
+    if (text == text_ || !takesInput(Property::Text)) return;
     text_ = text;
     if (onChange) onChange();
 }

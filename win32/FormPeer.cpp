@@ -231,6 +231,10 @@ NativeControl* FormPeer::controlOf(HWND child) const {
     return found != controls_.end() ? found->get() : nullptr;
 }
 
+void FormPeer::closedByUser() {
+    if (!isEnding() && !closed_) form_.userClosed();
+}
+
 void FormPeer::dpiChanged(unsigned dpi, const RECT& suggested) {
     fonts_ = Fonts(dpi);
     SIZE size{suggested.right - suggested.left, suggested.bottom - suggested.top};
@@ -282,7 +286,11 @@ LRESULT FormPeer::message(UINT message, WPARAM wParam, LPARAM lParam) {
             }
             break;
         case WM_CLOSE:
-            if (!isEnding() && !closed_) form_.userClosed();
+            closedByUser();
+            return 0;
+        case WM_ENDSESSION:
+            // The session may take the process away as soon as this returns: so it is now that the file is closed.
+            if (wParam != FALSE) closedByUser();
             return 0;
         case WM_SETFOCUS:
             focusActiveControl();

@@ -51,6 +51,7 @@ private:
 
     LRESULT message(UINT message, WPARAM wParam, LPARAM lParam);
     NativeControl* controlOf(HWND window) const;
+    void closedByUser();
     void dpiChanged(unsigned dpi, const RECT& suggested);
     void limitSize(MINMAXINFO& limits) const;
     void systemChanged(UINT message, WPARAM wParam, LPARAM lParam);

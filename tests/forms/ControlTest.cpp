@@ -1,4 +1,5 @@
 #include <gmock/gmock.h>
+#include <optional>
 
 #include "base/RuntimeError.h"
 #include "forms/CheckBox.h"
@@ -116,30 +117,46 @@ TEST_F(ControlTest, aSetterStoresThenTellsThePeerThenRaisesTheEventAndDoesNothin
     }
 }
 
-TEST_F(ControlTest, aDisabledControlIgnoresTheUserButNotCode) {
-    for (Control* control : form.Controls())
-        control->setEnabled(false);
-    form.text.onChange = [&] { log.push_back("text"); };
-    form.check.onClick = [&] { log.push_back("check"); };
-    form.combo.onClick = [&] { log.push_back("combo"); };
-    form.option.onClick = [&] { log.push_back("option"); };
-    form.button.onClick = [&] { log.push_back("button"); };
+TEST_F(ControlTest, aDisabledControlAndAFormUnderABoxIgnoreTheUserButNotCode) {
+    for (const bool isUnderBox : {false, true}) {
+        SampleForm sample(host);
+        RecordingPeer peer(log, [] { return "shows the model again"; });
+        for (Control* control : std::initializer_list<Control*>{&sample.text, &sample.check, &sample.combo,
+                                                                &sample.option, &sample.button}) {
+            control->setEnabled(isUnderBox);
+            control->attachPeer(peer);
+        }
+        std::optional<FormHost::OpenBox> box;
+        if (isUnderBox) box.emplace(host);
+        sample.text.onChange = [&] { log.push_back("text"); };
+        sample.check.onClick = [&] { log.push_back("check"); };
+        sample.combo.onClick = [&] { log.push_back("combo"); };
+        sample.option.onClick = [&] { log.push_back("option"); };
+        sample.button.onClick = [&] { log.push_back("button"); };
 
-    form.text.userTyped(u"x");
-    form.check.userClicked();
-    form.combo.userSelectedEntry(0);
-    form.option.userClicked();
-    form.button.userClicked();
+        sample.text.userTyped(u"x");
+        sample.check.userClicked();
+        sample.combo.userSelectedEntry(0);
+        sample.option.userClicked();
+        EXPECT_EQ(log, test::Log(4, "peer shows the model again"));
+        log.clear();
+        sample.button.userClicked();
+        EXPECT_THAT(log, IsEmpty());
+        EXPECT_EQ(sample.text.Text(), u"");
+        EXPECT_FALSE(sample.option.Value());
+
+        for (Control* control : sample.Controls())
+            control->detachPeer();
+        sample.text.setText(u"x");
+        sample.check.setValue(1);
+        sample.combo.setListIndex(0);
+        sample.option.setValue(true);
+        EXPECT_THAT(log, ElementsAre("text", "check", "combo", "option"));
+        log.clear();
+    }
+    form.text.setEnabled(false);
     form.text.userFocused();
-    EXPECT_THAT(log, IsEmpty());
-    EXPECT_EQ(form.text.Text(), u"");
     EXPECT_EQ(form.ActiveControl(), nullptr);
-
-    form.text.setText(u"x");
-    form.check.setValue(1);
-    form.combo.setListIndex(0);
-    form.option.setValue(true);
-    EXPECT_THAT(log, ElementsAre("text", "check", "combo", "option"));
 }
 
 TEST_F(ControlTest, theUsersInputRaisesTheEventOnceAndTypingDoesNotComeBackToThePeer) {

@@ -104,11 +104,13 @@ struct FakeFolderChooser : platform::FolderChooser {
     explicit FakeFolderChooser(Log& log) : log_(log) {}
 
     bool confirmed = true;
-    base::Text path;  ///< what the shell writes into the buffer; empty writes nothing
+    base::Text path;                   ///< what the shell writes into the buffer; empty writes nothing
+    std::function<void()> whileShown;  ///< what happens before the user answers
 
     bool choose(platform::WindowHandle owner, base::TextView title, base::Text& buffer) override {
         log_.push_back("choose folder for window " + std::to_string(owner) + ": " + base::toUtf8(title));
         EXPECT_EQ(buffer, base::Text(260, u' '));
+        if (whileShown) whileShown();
         if (confirmed) std::copy(path.begin(), path.end(), buffer.begin());
         return confirmed;
     }

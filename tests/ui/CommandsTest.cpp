@@ -383,6 +383,47 @@ TEST_F(CommandsTest, afterEveryCommandTheNextEditMarksTheAccountAgain) {
     }
 }
 
+TEST_F(CommandsTest, whileABoxIsOpenTheWindowTakesNothingFromTheUser) {
+    int shownCount = 0;
+    const auto interfere = [&] {
+        if (++shownCount > 5) return;
+        const std::size_t asked = tool.log.size();
+        window.userPressedKey(u'S', kCtrl);
+        window.txtUserNameDexo.userTyped(u"von fremder Hand");
+        window.lvwBenKto.userSelectedRow(1);
+        window.lvwBenKto.userClickedSelectedRow();
+        window.lvwBenKto.userClickedColumn(2);
+        for (forms::CommandButton* button : {&window.cmdDel, &window.cmbResetPWD, &window.cmdGlobal})
+            button->userClicked();
+        window.cmbAddNew.userClicked();
+        window.userPressedEscape();
+        window.userClosed();
+        EXPECT_TRUE(window.isLoaded());
+        EXPECT_EQ(tool.log.size(), asked) << "nothing is read, written, asked or closed";
+    };
+    tool.services.messageBoxes.whileShown = interfere;
+    tool.services.folderChooser.whileShown = interfere;
+    tool.services.folderChooser.confirmed = false;
+    answerBoxesWith(Answer::Yes);
+    window.lvwBenKto.userSelectedRow(2);
+    const std::vector<std::function<void()>> commands{[&] { window.cmdGlobal.userClicked(); },
+                                                      [&] { window.cmbResetPWD.userClicked(); },
+                                                      [&] { window.cmdDel.userClicked(); },
+                                                      [&] {
+                                                          window.cmbAddNew.userClicked();
+                                                          edit(u"Neu", u"C:\\N");
+                                                          window.cmdSpeichern.userClicked();
+                                                      }};
+    for (const auto& command : commands)
+        command();
+    EXPECT_EQ(shownCount, 5) << "resetting shows two";
+    std::vector<base::Text> names;
+    std::transform(tool.database.rows.begin(), tool.database.rows.end(), std::back_inserter(names), nameOf);
+    EXPECT_THAT(names, ElementsAre(u"Abel", u"Meier", u"Neu"));
+    window.userClosed();
+    EXPECT_FALSE(window.isLoaded());
+}
+
 // Failures
 
 TEST_F(CommandsTest, savingWithoutASelectedRowFailsBeforeAnythingIsReadOrWritten) {

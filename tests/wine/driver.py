@@ -31,6 +31,13 @@ ACCOUNT_CONTROLS = dict(enumerate(
      "cmdAbbrechen", "cmdDel", "cmbAddNew", "cmdSpeichern", "lvwBenKto"], 1001))
 
 
+# Of other programs and of the system.
+WM_CLOSE, WM_QUERYENDSESSION, WM_ENDSESSION = 0x10, 0x11, 0x16
+WM_SYSCOMMAND, SC_CLOSE, BM_CLICK = 0x112, 0xF060, 0xF5
+WM_KEYDOWN, VK_DOWN = 0x100, 0x28
+LVM_SCROLL, LVM_SETCOLUMNWIDTH = 0x1014, 0x101E
+
+
 class Failure(Exception):
     """A journey saw something else than it should."""
 
@@ -53,6 +60,13 @@ def until(ask, what, seconds=WAIT_SECONDS):
             return answer
         check(time.monotonic() < end, f"waited in vain: {what}")
         time.sleep(0.02)
+
+
+def looking_default(controls):
+    """The names of the buttons that look as if Enter pressed them."""
+    kind, default = 0xF, 1  # of a button's style
+    return [name for name, control in controls.items()
+            if control["class"] == "Button" and control["style"] & kind == default]
 
 
 def enter_architecture(arch):
@@ -205,6 +219,17 @@ class Tool:
         action()
         time.sleep(SETTLE_SECONDS)
         return read_so_far() - before
+
+    # What other programs do
+
+    def others_want_it_closed(self, window, close_button):
+        """By every message that asks for it. Its answer to the end of the session, which must not be held up."""
+        for code, words in ((WM_CLOSE, []), (WM_SYSCOMMAND, [SC_CLOSE])):
+            self.session.ask("post", window, code, *words)
+        self.session.ask("post", close_button, BM_CLICK)
+        equal(self.session.ask("send", window, WM_QUERYENDSESSION), 1, "the answer to the end of the session")
+        self.session.ask("send", window, WM_ENDSESSION, 1)
+        time.sleep(SETTLE_SECONDS)
 
     # What the user does
 

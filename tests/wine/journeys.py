@@ -99,6 +99,7 @@ def wrong_password_is_refused_and_the_right_one_opens(scene):
             equal((box["title"], box["text"], box["icon"]), (TITLE, "Falsches Passwort.", "critical"), "the box")
             equal([text for _, text in box["buttons"]], ["OK"], "its buttons")
             equal((box["owner"], box["ownerEnabled"]), (login.window, False), "its owner and whether that is enabled")
+            tool.others_want_it_closed(login.window, login.controls()["cmdAbbrechen"]["handle"])
             tool.key("Return")
             equal(tool.window(LOGIN_TITLE), login.window, "the dialog afterwards")
             equal(login.typed(), wrong, "the text afterwards")

@@ -10,7 +10,8 @@ import time
 
 from account_window import (answer, can_reset, check_order, fill, go_to, is_clean, is_red, names, ordinary, press,
                             toggled)
-from driver import SETTLE_SECONDS, TITLE, check, equal, until
+from driver import (BOX_CLASS, SETTLE_SECONDS, TITLE, VK_DOWN, WM_ENDSESSION, WM_KEYDOWN, WM_QUERYENDSESSION, check,
+                    equal, looking_default, until)
 
 WRITING = {}
 INITIAL = "a4c123b1612dd272d1371c17149d439536b3216fdaeeb975729fae923d5a4fd1"
@@ -83,12 +84,6 @@ def sort_by_path_descending(accounts):
     left, top, _, _ = accounts.controls()["lvwBenKto"]["rect"]
     accounts.tool.click(left + 30 + accounts.list()["columns"][0]["width"], top + 10)
     until(lambda: [c["image"] for c in accounts.list()["columns"]] == [-1, 1], "the mark of a descending order")
-
-
-def looking_default(accounts):
-    kind, default = 0xF, 1  # of a button's style
-    return [name for name, control in accounts.controls().items()
-            if control["class"] == "Button" and control["style"] & kind == default]
 
 
 def error_box_ends_the_program(scene, accounts, *words):
@@ -254,7 +249,7 @@ def a_reset_by_keyboard_and_four_more_enters_delete_nothing(scene, accounts, row
            picture=lambda: scene.picture("reset"))
     until(lambda: not accounts.controls()["cmbResetPWD"]["enabled"], "the button disabled")
     equal(accounts.focus(), "lvwBenKto", "the focus")
-    equal(looking_default(accounts), [], "buttons that look as if Enter pressed them")
+    equal(looking_default(accounts.controls()), [], "buttons that look as if Enter pressed them")
     scene.picture("done")
     tool.key("Return", "Return", "Return", "Return")
     time.sleep(SETTLE_SECONDS)
@@ -263,6 +258,47 @@ def a_reset_by_keyboard_and_four_more_enters_delete_nothing(scene, accounts, row
 
 
 # Errors, and what others do meanwhile
+
+@writing()
+def nobody_closes_the_window_while_a_box_is_open(scene, accounts, rows):
+    tool = accounts.tool
+
+    def others_try():
+        before = accounts.selected(), accounts.shown()
+        tool.session.ask("post", accounts.list_handle, WM_KEYDOWN, VK_DOWN)
+        tool.others_want_it_closed(accounts.window, accounts.controls()["cmdAbbrechen"]["handle"])
+        check(any(w["handle"] == accounts.window for w in tool.windows()), "the window is gone under a box")
+        equal((accounts.selected(), accounts.shown()), before, "the selected row and the fields under a box")
+
+    press(accounts, "cmdGlobal")
+    until(lambda: next((w for w in tool.windows() if w["class"] == BOX_CLASS and w["front"]), None), "the chooser")
+    others_try()
+    tool.key("Escape")
+    tool.window(TITLE)
+
+    next(i for i in range(len(rows)) if can_reset(accounts, i))
+    name = accounts.shown()[0]
+    press(accounts, "cmbResetPWD")
+    answer(accounts, f"Soll das Passwort für '{name}' jetzt zurückgesetzt werden?", "question", "j", others_try)
+    answer(accounts, f"Das Passwort für '{name}' wurde auf folgendes Initialpasswwort zurückgesetzt:" + END_OF_NOTICE,
+           picture=others_try)
+    press(accounts, "cmdDel")
+    answer(accounts, f"Soll das Benutzerkonto '{name}' jetzt gelöscht werden?", "question", "j", others_try)
+    del rows[row_named(rows, name)["BenKTO_ID"]]
+    press(accounts, "cmbAddNew")
+    until(lambda: toggled(accounts), "the button pressed")
+    fill(accounts, "Neu", "C:\\Neu")
+    tool.key("ctrl+s")
+    answer(accounts, announcement("Neu"), picture=others_try)
+    until(lambda: accounts.list()["count"] == len(rows) + 1, "one row more")
+    add_row(rows, "Neu", "C:\\Neu")
+
+    equal(tool.session.ask("send", accounts.window, WM_QUERYENDSESSION), 1, "the answer without a box")
+    tool.session.ask("send", accounts.window, WM_ENDSESSION, 0)  # somebody else has held the session up
+    tool.window(TITLE)
+    tool.session.ask("send", accounts.window, WM_ENDSESSION, 1)
+    tool.ended()
+
 
 @writing()
 def an_apostrophe_ends_in_the_error_box_and_nothing_is_written(scene, accounts, rows):

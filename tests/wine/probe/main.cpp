@@ -94,6 +94,20 @@ void dpi(Json& json, const Words& words) {
     json.value(sent);
 }
 
+/// A message from another program: WINDOW MESSAGE [WPARAM [LPARAM]], posted, or sent and answered.
+template <bool kIsPosted>
+void message(Json& json, const Words& words) {
+    const HWND window = windowOf(words.at(1));
+    const auto code = static_cast<UINT>(std::stoul(words.at(2)));
+    const auto wParam = static_cast<WPARAM>(words.size() > 3 ? std::stoull(words[3]) : 0);
+    const auto lParam = static_cast<LPARAM>(words.size() > 4 ? std::stoll(words[4]) : 0);
+    if (kIsPosted) {
+        json.value(PostMessageW(window, code, wParam, lParam) != 0);
+    } else {
+        json.value(static_cast<long>(SendMessageW(window, code, wParam, lParam)));
+    }
+}
+
 /// Characters that the keyboard's layout lacks, as real key events to the window in front.
 void type(Json& json, const Words& words) {
     std::vector<INPUT> inputs;
@@ -122,8 +136,9 @@ std::string answer(const Words& words) {
         void (*run)(Json&, const Words&);
     };
     static constexpr Command kCommands[] = {
-        {"windows", windows}, {"tree", tree},     {"extent", extent}, {"list", list}, {"box", box},  {"pixel", pixel},
-        {"colours", colours}, {"resize", resize}, {"dpi", dpi},       {"type", type}, {"held", held}};
+        {"windows", windows}, {"tree", tree},          {"extent", extent},      {"list", list}, {"box", box},
+        {"pixel", pixel},     {"colours", colours},    {"resize", resize},      {"dpi", dpi},   {"type", type},
+        {"held", held},       {"post", message<true>}, {"send", message<false>}};
     Json json;
     try {
         for (const Command& command : kCommands) {
