@@ -53,7 +53,7 @@ bool Control::takesInput(Property changed) const {
 }
 
 void Control::userFocused() {
-    if (enabled_ && canTakeFocus()) form_.activeControl_ = this;
+    if (enabled_ && canTakeFocus()) form_.noteActiveControl(this);
 }
 
 }  // namespace forms

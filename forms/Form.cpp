@@ -72,10 +72,13 @@ void Form::userPressedKey(std::int16_t keyCode, std::int16_t shift) {
     if (keyPreview_ && !isBlocked() && !isDialogKey && onKeyDown) onKeyDown(keyCode, shift);
 }
 
-void Form::userPressedEnter() {
+CommandButton* Form::enterButton() const {
     auto* focused = activeControl_ != nullptr ? as<CommandButton>(*activeControl_) : nullptr;
-    CommandButton* button = focused != nullptr ? focused : defaultButton_;
-    if (button != nullptr) button->userClicked();
+    return focused != nullptr ? focused : defaultButton_;
+}
+
+void Form::userPressedEnter() {
+    if (CommandButton* button = enterButton()) button->userClicked();
 }
 
 void Form::userPressedEscape() {
@@ -98,8 +101,17 @@ void Form::focusFirstTabStop() {
 }
 
 void Form::setActiveControl(Control* control) {
-    activeControl_ = control;
+    noteActiveControl(control);
     if (control != nullptr && control->peer_ != nullptr) control->peer_->takeFocus();
+}
+
+void Form::noteActiveControl(Control* control) {
+    const Control* before = enterButton();
+    activeControl_ = control;
+    const Control* after = enterButton();
+    if (before == after) return;
+    if (before != nullptr) before->tellPeer(Property::EnterButton);
+    if (after != nullptr) after->tellPeer(Property::EnterButton);
 }
 
 }  // namespace forms

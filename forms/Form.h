@@ -51,9 +51,12 @@ public:
     bool KeyPreview() const { return keyPreview_; }
     void setKeyPreview(bool preview) { keyPreview_ = preview; }
 
-    /// The button that Enter presses, nothing if there is none.
+    /// The button that Enter presses while no other has the focus, nothing if there is none.
     CommandButton* defaultButton() const { return defaultButton_; }
     void setDefaultButton(CommandButton& button) { defaultButton_ = &button; }
+    /// The button that Enter would press now, enabled or not: the command button that has the focus, otherwise
+    /// the default button. It alone looks so.
+    CommandButton* enterButton() const;
     /// The button that Escape presses, nothing if there is none.
     CommandButton* cancelButton() const { return cancelButton_; }
     void setCancelButton(CommandButton& button) { cancelButton_ = &button; }
@@ -99,6 +102,8 @@ private:
     /// Gives the focus to the first enabled control in Tab order; to none if there is none.
     void focusFirstTabStop();
     void setActiveControl(Control* control);
+    /// Without moving the native focus.
+    void noteActiveControl(Control* control);
 
     FormHost& host_;
     base::Text name_;

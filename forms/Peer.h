@@ -12,12 +12,13 @@ enum class Property {
     Caption,  ///< of a form, button, check box, label, frame
     BackColor,
     FontBold,
-    Value,       ///< of a check box or option button
-    ListIndex,   ///< of a combo box
-    Rows,        ///< of a list view: rows added, removed, changed or in another order
-    Columns,     ///< of a list view: headers changed
-    Selection,   ///< of a list view: the selected row
-    HeaderIcons  ///< of a list view: its header image list
+    EnterButton,  ///< of a button: whether Enter presses it now
+    Value,        ///< of a check box or option button
+    ListIndex,    ///< of a combo box
+    Rows,         ///< of a list view: rows added, removed, changed or in another order
+    Columns,      ///< of a list view: headers changed
+    Selection,    ///< of a list view: the selected row
+    HeaderIcons   ///< of a list view: its header image list
 };
 
 /// A native window handle; 0 is none.

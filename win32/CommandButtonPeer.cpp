@@ -1,5 +1,6 @@
 #include "win32/CommandButtonPeer.h"
 
+#include "forms/Form.h"
 #include "win32/SystemColor.h"
 #include "win32/WideText.h"
 
@@ -33,6 +34,7 @@ void CommandButtonPeer::show(forms::Property property) {
             SetWindowTextW(window(), toWide(button_.Caption()).c_str());
             break;
         case forms::Property::BackColor:
+        case forms::Property::EnterButton:
             showKind();
             break;
         case forms::Property::FontBold:
@@ -54,19 +56,16 @@ void CommandButtonPeer::useFonts() {
     send(WM_SETFONT, reinterpret_cast<WPARAM>(button_.FontBold() ? fonts().bold() : fonts().normal()), TRUE);
 }
 
-/// The button with the focus, and no other, looks as if Enter pressed it. The system sees to that when the user moves
-/// on by Tab, but not when a click or a handler moves the focus; and it would take the painting away again.
+/// The button that Enter presses, and no other, looks so. The system sees to that when the user moves on by Tab, but
+/// not when a click or a handler moves the focus; and it would take the painting away again.
 LRESULT CommandButtonPeer::message(UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == BM_SETSTYLE) wParam = kind();
-    const LRESULT result = PeerOn::message(message, wParam, lParam);
-    if (message == WM_SETFOCUS || message == WM_KILLFOCUS) showKind();
-    return result;
+    return PeerOn::message(message, message == BM_SETSTYLE ? kind() : wParam, lParam);
 }
 
 WPARAM CommandButtonPeer::kind() const {
     // The system leaves the painting of such a button to its owner with and without visual styles.
     if (button_.isGraphical() && button_.BackColor() != forms::kButtonFace) return BS_OWNERDRAW;
-    return GetFocus() == window() ? BS_DEFPUSHBUTTON : BS_PUSHBUTTON;
+    return button_.form().enterButton() == &button_ ? BS_DEFPUSHBUTTON : BS_PUSHBUTTON;
 }
 
 void CommandButtonPeer::showKind() const {

@@ -195,10 +195,11 @@ TEST_F(ControlTest, disablingTheFocusedControlFirstHandsTheFocusToTheFirstTabSto
         test::Log& log_;
     } listPeer(log);
     form.list.attachPeer(listPeer);
-    RecordingPeer peer(log, [] { return "disabled"; });
+    RecordingPeer peer(log, [] { return "button"; });
     form.button.attachPeer(peer);
     form.button.setEnabled(false);
-    EXPECT_THAT(log, ElementsAre("list takes the focus", "peer disabled"));
+    EXPECT_THAT(log, ElementsAre("peer button", "list takes the focus", "peer button"))
+        << "Enter no longer presses it; the focus moves; it is disabled";
 
     form.list.setEnabled(false);
     EXPECT_TRUE(form.text.hasFocus()) << "passes over the label, which takes no focus, and what is disabled";
@@ -223,6 +224,23 @@ TEST_F(ControlTest, enterAndEscapePressTheButtonsThatTheyStandFor) {
     form.otherButton.SetFocus();
     form.userPressedEnter();
     EXPECT_THAT(log, ElementsAre("button", "other", "other")) << "Enter presses the button that has the focus";
+
+    const auto look = [&](const CommandButton& shown, const std::string& name) {
+        return name + (form.enterButton() == &shown ? " looks pressed by Enter" : " looks plain");
+    };
+    RecordingPeer peer(log, [&] { return look(form.button, "button"); });
+    RecordingPeer otherPeer(log, [&] { return look(form.otherButton, "other"); });
+    log.clear();
+    form.button.attachPeer(peer);
+    form.otherButton.attachPeer(otherPeer);
+    form.text.userFocused();
+    form.check.userFocused();
+    form.button.userFocused();
+    EXPECT_THAT(log, ElementsAre("peer other looks plain", "peer button looks pressed by Enter"));
+    form.otherButton.userFocused();
+    EXPECT_THAT(log, testing::SizeIs(4));
+    form.button.detachPeer();
+    form.otherButton.detachPeer();
 
     log.clear();
     form.button.setEnabled(false);

@@ -19,7 +19,7 @@ import traceback
 
 from commands import COMMANDS
 from driver import (BOX_CLASS, LOGIN_CONTROLS, LOGIN_TITLE, PASSWORD, ROOT, SETTLE_SECONDS, TITLE, Failure, Session,
-                    Tool, check, enter_architecture, equal, until)
+                    Tool, check, enter_architecture, equal, looking_default, until)
 from provider_faults import PROVIDER_FAULTS
 from writing import WRITING
 
@@ -104,6 +104,11 @@ def wrong_password_is_refused_and_the_right_one_opens(scene):
             equal(tool.window(LOGIN_TITLE), login.window, "the dialog afterwards")
             equal(login.typed(), wrong, "the text afterwards")
             until(lambda: login.controls()["txtPasswort"]["focus"], "the focus back in the password box")
+        for default in ("cmdLogin", "cmdLogin", "cmdAbbrechen", "cmdLogin"):  # of the box, both buttons, the box again
+            until(lambda: looking_default(login.controls()) == [default], f"{default} alone looks as if Enter pressed it")
+            scene.picture(f"default-{default}")
+            tool.key("Tab")
+        tool.key("shift+Tab")
         login.type_password(PASSWORD)
         tool.click_middle(login.controls()["cmdLogin"]["rect"])
         tool.window(TITLE)
