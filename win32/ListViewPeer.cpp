@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "forms/ImageList.h"
+#include "win32/HeaderClicks.h"
 #include "win32/HeaderIcons.h"
 #include "win32/SystemHeaders.h"
 #include "win32/TextMeasure.h"
@@ -71,6 +72,13 @@ bool isInput(UINT message) {
            message == LVM_SETITEMSTATE;
 }
 
+/// After the message more or fewer rows may have room. A scroll bar that comes or goes in the midst of a change does
+/// not count.
+bool isBeforeChangeOfRoom(UINT message, LPARAM lParam) {
+    if (message == WM_SETFONT) return true;
+    return message == WM_WINDOWPOSCHANGING && (reinterpret_cast<const WINDOWPOS*>(lParam)->flags & SWP_NOSIZE) == 0;
+}
+
 }  // namespace
 
 ListViewPeer::ListViewPeer(forms::ListView& list, const Surroundings& surroundings)
@@ -81,6 +89,7 @@ ListViewPeer::ListViewPeer(forms::ListView& list, const Surroundings& surroundin
     const DWORD extended = LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LVS_EX_LABELTIP;
     send(LVM_SETEXTENDEDLISTVIEWSTYLE, extended, extended);
     setSpokenName();
+    takeDoubleClicksAsClicks(reinterpret_cast<HWND>(send(LVM_GETHEADER)));
     showColumns();
     showHeaderIcons();
     show(forms::Property::Rows);
@@ -166,6 +175,17 @@ void ListViewPeer::ensureVisible(std::size_t rowIndex) {
     send(LVM_ENSUREVISIBLE, rowIndex, FALSE);
 }
 
+bool ListViewPeer::isSelectedRowInSight() const {
+    const int row = selectedRow();
+    RECT place{};
+    place.left = LVIR_BOUNDS;
+    RECT client{};
+    GetClientRect(window(), &client);
+    return row >= 0 && row >= send(LVM_GETTOPINDEX) &&
+           send(LVM_GETITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&place)) != FALSE &&
+           place.top < client.bottom;
+}
+
 void ListViewPeer::showHeaderIcons() {
     const forms::ImageList* icons = list_.ColumnHeaderIcons();
     IconList drawn = icons != nullptr ? drawHeaderIcons(icons->pictures(), fonts().scaled(kIconSize)) : IconList();
@@ -192,16 +212,22 @@ LRESULT ListViewPeer::message(UINT message, WPARAM wParam, LPARAM lParam) {
     }
     if (handleClick(message, lParam)) return 0;
     if (isInput(message) && !fromCode_) return userInput(message, wParam, lParam);
+    if (isBeforeChangeOfRoom(message, lParam)) wasInSight_ = isSelectedRowInSight();
     const LRESULT result = PeerOn::message(message, wParam, lParam);
     if (message == WM_SIZE) fillWithLastColumn();
+    const bool changedRoom = message == WM_SIZE || message == WM_SETFONT;
+    if (changedRoom && wasInSight_) ensureVisible(static_cast<std::size_t>(selectedRow()));
     if (message == WM_NOTIFY) headerNotified(*reinterpret_cast<const NMHDR*>(lParam));
     return result;
 }
 
-/// A width that the user gave a column stays.
 void ListViewPeer::headerNotified(const NMHDR& header) {
     if (header.code != HDN_ENDTRACKW && header.code != HDN_ENDTRACKA) return;
-    const int column = reinterpret_cast<const NMHEADERW&>(header).iItem;
+    keepWidth(reinterpret_cast<const NMHEADERW&>(header).iItem);
+}
+
+/// A width in pixels stays, whether the user gave it or code.
+void ListViewPeer::keepWidth(int column) {
     if (column < 0 || column >= list_.columnCount()) return;
     widthCodes_[static_cast<std::size_t>(column)] = 0;
     if (column == list_.columnCount() - 1) lastFitting_.reset();
@@ -299,7 +325,10 @@ void ListViewPeer::clicked(const NMITEMACTIVATE& click) {
 
 /// Answers the two width codes. @return false for a width in pixels
 bool ListViewPeer::setColumnWidth(int column, int code) {
-    if (code != LVSCW_AUTOSIZE && code != LVSCW_AUTOSIZE_USEHEADER) return false;
+    if (code != LVSCW_AUTOSIZE && code != LVSCW_AUTOSIZE_USEHEADER) {
+        keepWidth(column);
+        return false;
+    }
     if (column < 0 || column >= list_.columnCount()) return false;
     widthCodes_[static_cast<std::size_t>(column)] = code;
     int width = fittingWidth(column, code == LVSCW_AUTOSIZE_USEHEADER);

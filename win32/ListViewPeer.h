@@ -47,6 +47,8 @@ private:
     void deselectForMove();
     void keepSelection();
     void headerNotified(const NMHDR& header);
+    void keepWidth(int column);
+    bool isSelectedRowInSight() const;
 
     LRESULT giveCell(NMLVDISPINFOW& info);
     LRESULT findRow(const NMLVFINDITEMW& search);
@@ -69,6 +71,7 @@ private:
     int selectedBeforeClick_ = -1;    ///< the selected row when the mouse button went down
     std::optional<int> lastFitting_;  ///< least width of the last column while it fills the list
     std::vector<int> widthCodes_;     ///< by column: the width code last asked for, 0 if the width is given in pixels
+    bool wasInSight_ = false;         ///< the selected row, before the list's size changes
     unsigned shownDpi_ = 0;           ///< the resolution that the widths are made for
 };
 

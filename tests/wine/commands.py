@@ -4,7 +4,7 @@ import time
 
 from account_window import (answer, can_reset, check_order, fill, go_to, is_clean, is_red, names, ordinary, press,
                             toggled)
-from driver import BOX_CLASS, SETTLE_SECONDS, TITLE, check, equal, until
+from driver import BOX_CLASS, LVM_SCROLL, LVM_SETCOLUMNWIDTH, SETTLE_SECONDS, TITLE, check, equal, until
 
 COMMANDS = {}
 
@@ -22,15 +22,57 @@ def the_list_is_sorted_by_its_headers(scene):
         go_to(accounts, name)
         left, top, _, _ = accounts.controls()["lvwBenKto"]["rect"]
         widths = [column["width"] for column in accounts.list()["columns"]]
-        for step, (column, marks) in enumerate(((0, [1, -1]), (0, [0, -1]), (1, [-1, 1]), (1, [-1, 0]), (0, [1, -1]))):
-            # At another place each time: two clicks on one place are a double click to the header.
-            tool.click(left + 30 + 12 * step + column * widths[0], top + 10)
+        for column, marks in (0, [1, -1]), (0, [0, -1]), (1, [-1, 1]), (1, [-1, 0]), (0, [1, -1]):
+            # Two clicks on one place are a double click to the header.
+            tool.click(left + 30 + column * widths[0], top + 10)
             until(lambda: [c["image"] for c in accounts.list()["columns"]] == marks, f"the marks {marks}")
             scene.picture(f"by-{column}-{marks[column]}")
             rows = accounts.list(0, 100)["rows"]
             check_order([row[column] for row in rows], marks[column] == 1, f"the order by column {column}")
             equal(accounts.shown()[0], name, "the account in the fields")
             equal(rows[accounts.selected()][0], name, "the selected row")
+
+
+@command
+def a_second_click_on_a_header_turns_the_order_however_soon_it_comes(scene):
+    with scene.tool() as tool:
+        accounts = tool.accounts()
+        left, top, _, _ = accounts.controls()["lvwBenKto"]["rect"]
+        for clicks, mark in ((2, 0), (3, 1), (4, 1), (1, 0)):
+            tool.session.xdotool("mousemove", left + 30, top + 10, "click", "--repeat", clicks, "--delay", 30, 1)
+            until(lambda: accounts.list()["columns"][0]["image"] == mark, f"the mark {mark} after {clicks} clicks", 5)
+            time.sleep(SETTLE_SECONDS)
+            equal(accounts.list()["columns"][0]["image"], mark, f"the mark after {clicks} clicks")
+
+
+@command
+def a_resized_list_keeps_its_selected_row_in_sight_and_its_given_widths(scene):
+    with scene.tool("thousand") as tool:
+        accounts = tool.accounts()
+        left, top, right, bottom = accounts.tree()["rect"]
+        resize = lambda share: tool.session.ask("resize", accounts.window, right - left, int((bottom - top) * share))
+
+        def in_sight():
+            rows = accounts.list()
+            return rows["top"] <= rows["selected"] < rows["top"] + rows["perPage"]
+
+        last = accounts.list()["perPage"] - 1
+        tool.click(*accounts.row_middle(last))
+        accounts.until_selected(last)
+        resize(0.7)
+        until(lambda: accounts.list()["perPage"] <= last, "fewer rows in the list")
+        check(in_sight(), "the selected row is out of sight in the smaller window")
+        scene.picture("smaller")
+        tool.session.ask("send", accounts.list_handle, LVM_SCROLL, 0, 3000)
+        until(lambda: not in_sight(), "the list scrolled by the user")
+        before = accounts.list()["top"]
+        resize(0.71)
+        equal(accounts.list()["top"], before, "the first row shown of a list that the user has scrolled away")
+
+        for width in 60, 300:
+            tool.session.ask("send", accounts.list_handle, LVM_SETCOLUMNWIDTH, 1, width)
+            tool.session.ask("resize", accounts.window, right - left + width, bottom - top)
+            equal(accounts.list()["columns"][1]["width"], width, "the width of the last column, given in pixels")
 
 
 @command
