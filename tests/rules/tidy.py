@@ -97,12 +97,17 @@ def remembered(command, sources, version):
     return ""
 
 
+def settings_for(source):
+    """The settings of the nearest folder: a generated file lies outside of them."""
+    return next(folder / ".clang-tidy" for folder in (ROOT / source).parents if (folder / ".clang-tidy").is_file())
+
+
 def check(file, sources, compiler, arguments, extra, version):
     tests = all(source.startswith("tests/") for source in sources)
     analyzer = [] if tests else [word for option in ANALYZER for word in ("-Xclang", option)]
     checks = "-bugprone-suspicious-include" + (",-clang-analyzer-*" if tests else "")
-    printed = remembered(["clang-tidy", "--quiet", f"--checks={checks}", str(file), "--", *arguments, *extra, *analyzer],
-                         sources, version)
+    printed = remembered(["clang-tidy", "--quiet", f"--checks={checks}", f"--config-file={settings_for(sources[0])}",
+                          str(file), "--", *arguments, *extra, *analyzer], sources, version)
     for source in sources if len(sources) > 1 and not tests else []:
         printed += remembered([compiler, "-fsyntax-only", *arguments, source], [source], version)
     return printed
@@ -114,7 +119,7 @@ def main():
         if old.stat().st_mtime < time.time() - KEEP_DAYS * 86400:
             old.unlink()
     version = output("clang-tidy", "--version").stdout + output("g++", "--version").stdout
-    version += (ROOT / ".clang-tidy").read_text()
+    version += "".join(settings.read_text() for settings in sorted(ROOT.glob("*/.clang-tidy")) + [ROOT / ".clang-tidy"])
     wanted = tuple(sys.argv[1:]) or ("",)
     todo = [group for group in groups() if any(source.startswith(wanted) for source in group[1])]
     with concurrent.futures.ThreadPoolExecutor(max_workers=2) as pool:
