@@ -6,6 +6,7 @@
 
 #include "accounts/AccountTable.h"
 #include "ado/embedded/Factory.h"
+#include "app/mPublic.h"
 #include "base/RuntimeError.h"
 #include "jet/TableWriter.h"
 #include "jet/Transaction.h"
@@ -32,7 +33,7 @@ public:
     FakeDatabase(const FakeDatabase&) = delete;
     FakeDatabase& operator=(const FakeDatabase&) = delete;
     /// Whatever was done or failed, the file is sound.
-    ~FakeDatabase() override { EXPECT_EQ(faultsIn(machine_.file(), tolv::accountTable::kDatabasePassword), ""); }
+    ~FakeDatabase() override { EXPECT_EQ(faultsIn(machine_.file(), tolv::kAdministratorPassword), ""); }
 
     std::int32_t openFailure = 0;  ///< number of the error that opening the connection raises
     std::string lockedFrom;        ///< a call whose note begins so raises the error of a locked file
@@ -197,13 +198,12 @@ private:
         static const base::Bytes file = [] {
             SampleTable accounts{kontodb::accountTableDesign(), {}};
             accounts.design.columns[2].maxUnits = 255;  // other passwords than the tool's own fit in
-            return sampleFile({accounts}, base::Text(tolv::accountTable::kDatabasePassword));
+            return sampleFile({accounts}, base::Text(tolv::kAdministratorPassword));
         }();
         return file;
     }
     jet::Database open() const {
-        return jet::Database::open(machine_.storage(), tolv::accountTable::kDatabasePassword,
-                                   jet::LeftJournalRule::RollBack);
+        return jet::Database::open(machine_.storage(), tolv::kAdministratorPassword, jet::LeftJournalRule::RollBack);
     }
     Log& log_;
     Machine machine_{emptyFile()};

@@ -418,7 +418,7 @@ TEST_F(CommandsTest, whileABoxIsOpenTheWindowTakesNothingFromTheUser) {
         command();
     EXPECT_EQ(shownCount, 5) << "resetting shows two";
     std::vector<base::Text> names;
-    std::transform(tool.database.rows.begin(), tool.database.rows.end(), std::back_inserter(names), nameOf);
+    std::ranges::transform(tool.database.rows(), std::back_inserter(names), nameOf);
     EXPECT_THAT(names, ElementsAre(u"Abel", u"Meier", u"Neu"));
     window.userClosed();
     EXPECT_FALSE(window.isLoaded());
