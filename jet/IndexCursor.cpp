@@ -4,11 +4,8 @@
 #include <cassert>
 
 #include "jet/Errors.h"
-#include "jet/IndexKey.h"
 
 namespace jet {
-IndexCursor::IndexCursor(PageSource& source, const TableDefinition& table, const IndexDefinition& index)
-    : source_(source), definitionPage_(table.page), rootPage_(index.rootPage) {}
 
 void IndexCursor::start() {
     path_.clear();
@@ -156,17 +153,6 @@ std::span<const std::uint8_t> IndexCursor::key() const {
 bool IndexCursor::keyStartsWith(std::span<const std::uint8_t> beginning) const {
     const auto whole = key();
     return whole.size() >= beginning.size() && std::equal(beginning.begin(), beginning.end(), whole.begin());
-}
-
-Row rowAtEntry(const Table& table, const IndexDefinition& index, const IndexCursor& cursor) {
-    Row row = table.rowAt(cursor.row());
-    base::Bytes key;
-    const bool hasEntry = keyOfRow(table.source(), index, row.view, key);
-    if (!hasEntry || (!std::ranges::equal(key, cursor.key()) && keyOfRowIsCertain(table.source(), index, row.view))) {
-        throw damaged(cursor.leafPage(),
-                      u"Ein Eintrag des Indexes '" + index.name + u"' passt nicht zu seinem Datensatz");
-    }
-    return row;
 }
 
 }  // namespace jet

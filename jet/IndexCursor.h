@@ -7,8 +7,6 @@
 
 #include "base/Value.h"
 #include "jet/IndexPage.h"
-#include "jet/Table.h"
-#include "jet/TableDefinition.h"
 
 namespace jet {
 
@@ -22,8 +20,10 @@ namespace jet {
 ///     for (cursor.seek(key); cursor.isAtEntry() && cursor.keyStartsWith(key); cursor.next()) use(cursor.row());
 class IndexCursor {
 public:
-    /// @param source  must outlive the cursor
-    IndexCursor(PageSource& source, const TableDefinition& table, const IndexDefinition& index);
+    /// @param source          must outlive the cursor
+    /// @param definitionPage  of the table, which each page of the tree names
+    IndexCursor(PageSource& source, PageNumber definitionPage, PageNumber rootPage)
+        : source_(source), definitionPage_(definitionPage), rootPage_(rootPage) {}
 
     bool isAtEntry() const { return isAtEntry_; }
 
@@ -79,9 +79,5 @@ private:
     PageNumber emptyLeaves_ = 0;
     bool isAtEntry_ = false;
 };
-
-/// The row of the cursor's present entry.
-/// @throws RuntimeError (damage) if it is not there, or if the entry's key is not that of the row
-Row rowAtEntry(const Table& table, const IndexDefinition& index, const IndexCursor& cursor);
 
 }  // namespace jet

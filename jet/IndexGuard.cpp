@@ -35,7 +35,7 @@ void requireOwnKeys(const Table& table, const IndexDefinition& index) {
     const bool hasText = std::ranges::any_of(
         index.columns, [&](const IndexColumn& part) { return table.definition().columnOf(part).isText(); });
     if (!hasText) return;
-    IndexCursor cursor(table.source(), table.definition(), index);
+    IndexCursor cursor(table.source(), table.definition().page, index.rootPage);
     if (!cursor.first()) return;
     const PageNumber first = cursor.leafPage();
     for (bool there = true; there && cursor.leafPage() == first; there = cursor.next())

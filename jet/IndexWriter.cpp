@@ -59,7 +59,7 @@ bool IndexWriter::hasKey(std::span<const std::uint8_t> key) {
     }
     if (i < leaf.size() || leaf.next == 0) return false;
     // What begins with the key may go on in the next leaf.
-    IndexCursor cursor(store_, table_, table_.indexes[indexNumber_]);
+    IndexCursor cursor(store_, table_.page, table_.indexes[indexNumber_].rootPage);
     for (bool there = cursor.seek(key); there && cursor.keyStartsWith(key); there = cursor.next()) {
         if (cursor.key().size() == key.size()) return true;
     }
@@ -111,7 +111,7 @@ void IndexWriter::remove(std::span<const std::uint8_t> key, RowPointer row) {
 }
 
 void IndexWriter::removeEntryOf(RowPointer row) {
-    IndexCursor cursor(store_, table_, table_.indexes[indexNumber_]);
+    IndexCursor cursor(store_, table_.page, table_.indexes[indexNumber_].rootPage);
     for (bool there = cursor.first(); there; there = cursor.next()) {
         if (cursor.row() != row) continue;
         const base::Bytes key(cursor.key().begin(), cursor.key().end());

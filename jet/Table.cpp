@@ -13,7 +13,7 @@ namespace {
 /// @return 0 if all entries lead to owned pages
 PageNumber strangePageOf(PageSource& source, const TableDefinition& definition, const IndexDefinition& index,
                          const UsageMap& owned) {
-    IndexCursor cursor(source, definition, index);
+    IndexCursor cursor(source, definition.page, index.rootPage);
     for (bool there = cursor.first(); there; there = cursor.next()) {
         if (!owned.contains(cursor.row().page)) return cursor.row().page;
     }

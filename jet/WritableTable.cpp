@@ -149,7 +149,7 @@ void WritableTable::remove(const Removal& removal) {
 std::vector<RowPointer> WritableTable::rowsWithKey(std::size_t index, std::span<const std::uint8_t> key) {
     requireOwnKeysOnce(index);
     std::vector<RowPointer> rows;
-    IndexCursor cursor(store_, definition(), definition().indexes[index]);
+    IndexCursor cursor(store_, definition().page, definition().indexes[index].rootPage);
     // A key may be the beginning of others, that of no bytes for one; they stand among each other.
     for (cursor.seek(key); cursor.isAtEntry() && cursor.keyStartsWith(key); cursor.next())
         if (cursor.key().size() == key.size()) rows.push_back(cursor.row());
@@ -160,7 +160,7 @@ std::int32_t WritableTable::lastAutoNumber(const Column& column) {
     const auto counter = static_cast<std::int32_t>(counters().lastAutoNumber());
     for (const IndexDefinition& index : definition().indexes) {
         if (index.columns.empty() || index.columns[0].columnNumber != column.number) continue;
-        IndexCursor cursor(store_, definition(), index);
+        IndexCursor cursor(store_, definition().page, index.rootPage);
         const bool hasRows = index.columns[0].ascending ? cursor.last() : cursor.first();
         if (!hasRows) return counter;
         const base::Value greatest = table_.value(table_.rowAt(cursor.row()).view, column);

@@ -117,7 +117,7 @@ std::vector<std::uint32_t> orderByIndex(PageSource& source, const ResultSet& row
     std::vector<bool> met(count);
     std::vector<std::uint32_t> order;
     order.reserve(count);
-    IndexCursor cursor(source, definition, index);
+    IndexCursor cursor(source, definition.page, index.rootPage);
     for (cursor.first(); cursor.isAtEntry(); cursor.next()) {
         const auto row = finder.find(cursor.row());
         if (!row) throw damaged(cursor.leafPage(), u"Ein Indexeintrag zeigt auf eine Zeile, die es nicht gibt");

@@ -5,6 +5,7 @@
 
 #include "jet/IndexCursor.h"
 #include "jet/IndexKey.h"
+#include "jet/IndexedRow.h"
 
 namespace jet::sql {
 
@@ -53,7 +54,7 @@ std::optional<RowSearch::IndexRange> RowSearch::rangeOfCondition() const {
 /// Rows of equal keys stand in the index by their pointers, those of a longer key do not: hence the sorting.
 std::vector<RowPointer> RowSearch::rowsInRange(const IndexRange& range) const {
     std::vector<RowPointer> pointers;
-    IndexCursor cursor(table_.source(), table_.definition(), *range.index);
+    IndexCursor cursor(table_.source(), table_.definition().page, range.index->rootPage);
     for (cursor.seek(range.key); cursor.isAtEntry() && cursor.keyStartsWith(range.key); cursor.next())
         pointers.push_back(rowAtEntry(table_, *range.index, cursor).pointer);
     std::sort(pointers.begin(), pointers.end());

@@ -9,6 +9,7 @@
 #include "jet/Checker.h"
 #include "jet/Database.h"
 #include "jet/IndexCursor.h"
+#include "jet/IndexedRow.h"
 #include "jet/MemoryIo.h"
 #include "jet/Table.h"
 
@@ -27,7 +28,7 @@ void countingDamage(ReadEverythingResult& result, const std::function<void()>& s
 }
 
 void readIndex(PageSource& source, const Table& table, const IndexDefinition& index, ReadEverythingResult& result) {
-    IndexCursor cursor(source, table.definition(), index);
+    IndexCursor cursor(source, table.definition().page, index.rootPage);
     for (bool there = cursor.first(); there; there = cursor.next()) {
         rowAtEntry(table, index, cursor);
         ++result.valueCount;

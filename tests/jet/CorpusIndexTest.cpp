@@ -37,7 +37,7 @@ std::vector<Entry> keysOfRows(const Table& table, const IndexDefinition& index) 
 
 std::vector<Entry> storedKeys(const Table& table, const IndexDefinition& index) {
     std::vector<Entry> entries;
-    IndexCursor cursor(table.source(), table.definition(), index);
+    IndexCursor cursor(table.source(), table.definition().page, index.rootPage);
     for (bool there = cursor.first(); there; there = cursor.next())
         entries.emplace_back(base::Bytes(cursor.key().begin(), cursor.key().end()), cursor.row());
     return entries;

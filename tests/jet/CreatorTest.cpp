@@ -7,6 +7,7 @@
 
 #include "base/RuntimeError.h"
 #include "jet/IndexCursor.h"
+#include "jet/IndexedRow.h"
 #include "jet/UsageMap.h"
 #include "tests/support/SampleFile.h"
 #include "tests/support/SoundFile.h"
@@ -90,7 +91,7 @@ Rows readAll(ReadOperation& operation, const Table& table) {
 
 std::vector<RowPointer> rowsByIndex(const Table& table, const IndexDefinition& index) {
     std::vector<RowPointer> rows;
-    IndexCursor cursor(table.source(), table.definition(), index);
+    IndexCursor cursor(table.source(), table.definition().page, index.rootPage);
     for (bool there = cursor.first(); there; there = cursor.next())
         rows.push_back(rowAtEntry(table, index, cursor).pointer);
     return rows;

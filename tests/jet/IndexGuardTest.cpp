@@ -39,7 +39,7 @@ struct Sample {
 
     /// Gives the first or last entry of an index another key.
     void forge(base::TextView name, bool first) {
-        IndexCursor cursor(store, table.definition(), index(name));
+        IndexCursor cursor(store, table.definition().page, index(name).rootPage);
         ASSERT_TRUE(first ? cursor.first() : cursor.last());
         const PageNumber page = cursor.leafPage();
         IndexNode leaf(IndexPage(store.page(page), table.definition().page));

@@ -74,7 +74,7 @@ using Entries = std::vector<std::pair<base::Bytes, RowPointer>>;
 Entries walk(const Tree& tree, bool forwards) {
     MemoryIo io(tree.file);
     PageFile source(io, 0);
-    IndexCursor cursor(source, tree.table, tree.index);
+    IndexCursor cursor(source, tree.table.page, tree.index.rootPage);
     Entries entries;
     for (bool there = forwards ? cursor.first() : cursor.last(); there;
          there = forwards ? cursor.next() : cursor.previous()) {
@@ -99,7 +99,7 @@ TEST(IndexTree, IsWalkedBothWaysAndSearchedAtAnyHeight) {
 
         MemoryIo io(tree.file);
         PageFile source(io, 0);
-        IndexCursor cursor(source, tree.table, tree.index);
+        IndexCursor cursor(source, tree.table.page, tree.index.rootPage);
         for (std::size_t number = 0; number <= 2 * c.count; number += 1 + c.count / 50) {
             const base::Bytes wanted = Tree::key(number, c.keyBytes);
             const auto found = tree.expected.lower_bound(wanted);
@@ -129,7 +129,7 @@ TEST(IndexTree, ASearchReadsNoMorePagesThanTheTreeHasLevels) {
     MemoryIo io(tree.file);
     PageFile file(io, 0);
     CountingSource source(file);
-    IndexCursor cursor(source, tree.table, tree.index);
+    IndexCursor cursor(source, tree.table.page, tree.index.rootPage);
     EXPECT_TRUE(cursor.seek(Tree::key(40001, 12)));
     EXPECT_LE(source.read, 3);
 }
@@ -148,7 +148,7 @@ TEST(IndexTree, ANodeWithoutTailIsReadToo) {
     node.write(std::span(tree.file).subspan(root.number() * kPageSize, kPageSize), kTablePage, 1);
     EXPECT_EQ(walk(tree, true).size(), 40U);
     EXPECT_EQ(walk(tree, false).size(), 40U);
-    IndexCursor cursor(source, tree.table, tree.index);
+    IndexCursor cursor(source, tree.table.page, tree.index.rootPage);
     EXPECT_TRUE(cursor.seek(tree.expected.rbegin()->first));
 }
 

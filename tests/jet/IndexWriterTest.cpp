@@ -48,7 +48,7 @@ public:
 
     Entries read() {
         Entries entries;
-        IndexCursor cursor(store, definition, definition.indexes[0]);
+        IndexCursor cursor(store, definition.page, definition.indexes[0].rootPage);
         for (bool there = cursor.first(); there; there = cursor.next())
             entries.emplace(base::Bytes(cursor.key().begin(), cursor.key().end()), cursor.row());
         std::size_t backwards = 0;
@@ -144,7 +144,7 @@ public:
 
     IndexNode nodeAt(PageNumber page) { return IndexNode(IndexPage(store.page(page), definition.page)); }
     std::size_t entriesOfLastLeaf() {
-        IndexCursor cursor(store, definition, definition.indexes[0]);
+        IndexCursor cursor(store, definition.page, definition.indexes[0].rootPage);
         cursor.last();
         return nodeAt(cursor.leafPage()).size();
     }

@@ -203,7 +203,7 @@ TEST(TableWriter, WhatRefusesEveryNewRowRefusesItBeforeItsNumberIsTaken) {
          [](WrittenFile& file) {
              const TableDefinition table = openTable(file.store, kTable)->definition();
              const auto byName = std::ranges::find(table.indexes, u"Name", &IndexDefinition::name);
-             IndexCursor cursor(file.store, table, *byName);
+             IndexCursor cursor(file.store, table.page, byName->rootPage);
              ASSERT_TRUE(cursor.first());
              const auto leaf = file.store.change(cursor.leafPage());
              const auto key = std::search(leaf.begin(), leaf.end(), cursor.key().begin(), cursor.key().end());

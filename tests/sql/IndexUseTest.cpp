@@ -110,7 +110,7 @@ TEST_F(IndexUse, MeetsADamagedIndexWithAnErrorAndNeverMissingOrDoubleRows) {
     Database database = test::openSample(file());
     ReadOperation operation = database.beginRead();
     const auto table = openTable(operation, u"Mit");
-    IndexCursor cursor(operation, table->definition(), table->definition().indexes[0]);
+    IndexCursor cursor(operation, table->definition().page, table->definition().indexes[0].rootPage);
     cursor.first();
     const RowPointer first = cursor.row();
     cursor.next();
