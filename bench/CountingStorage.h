@@ -4,8 +4,8 @@
 #include <memory>
 #include <utility>
 
-#include "jet/PageSource.h"
-#include "jet/Storage.h"
+#include "jet/page/PageSource.h"
+#include "jet/storage/Storage.h"
 
 namespace bench {
 

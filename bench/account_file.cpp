@@ -8,11 +8,11 @@
 #include <vector>
 
 #include "bench/CountingStorage.h"
-#include "jet/Database.h"
-#include "jet/TableWriter.h"
-#include "jet/Transaction.h"
+#include "jet/change/TableWriter.h"
 #include "jet/sql/Execution.h"
 #include "jet/sql/TableExpressions.h"
+#include "jet/transaction/Database.h"
+#include "jet/transaction/Transaction.h"
 
 namespace {
 

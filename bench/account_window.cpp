@@ -7,7 +7,7 @@
 #include "ado/embedded/Factory.h"
 #include "app/Application.h"
 #include "app/mPublic.h"
-#include "jet/Storage.h"
+#include "jet/storage/Storage.h"
 #include "tests/support/FakeHost.h"
 #include "tests/support/FakeServices.h"
 #include "ui/frmBenKto.h"

@@ -6,7 +6,7 @@
 #include "ado/embedded/Factory.h"
 #include "ado/embedded/ProviderProperties.h"
 #include "base/Text.h"
-#include "jet/Database.h"
+#include "jet/transaction/Database.h"
 
 namespace ado::embedded {
 

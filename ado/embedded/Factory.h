@@ -5,7 +5,7 @@
 
 #include "ado/Ado.h"
 #include "base/Text.h"
-#include "jet/Storage.h"
+#include "jet/storage/Storage.h"
 
 namespace ado::embedded {
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "base/Value.h"
-#include "jet/TableWriter.h"
+#include "jet/change/TableWriter.h"
 
 namespace ado::embedded {
 

@@ -5,13 +5,13 @@
 
 #include "ado/embedded/AdoError.h"
 #include "ado/embedded/Connection.h"
-#include "jet/ColumnConversion.h"
-#include "jet/Transaction.h"
 #include "jet/WriteErrors.h"
 #include "jet/sql/Parser.h"
 #include "jet/sql/SelectExecutor.h"
 #include "jet/sql/SqlError.h"
 #include "jet/sql/TableExpressions.h"
+#include "jet/transaction/Transaction.h"
+#include "jet/value/ColumnConversion.h"
 
 namespace ado::embedded {
 

@@ -10,9 +10,9 @@
 #include "ado/embedded/PendingRow.h"
 #include "base/Text.h"
 #include "base/Value.h"
-#include "jet/Database.h"
-#include "jet/Transaction.h"
 #include "jet/sql/ResultSet.h"
+#include "jet/transaction/Database.h"
+#include "jet/transaction/Transaction.h"
 
 namespace ado::embedded {
 

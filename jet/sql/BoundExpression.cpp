@@ -5,10 +5,10 @@
 #include <type_traits>
 #include <utility>
 
-#include "jet/GuidText.h"
 #include "jet/sql/LikePattern.h"
 #include "jet/sql/Number.h"
 #include "jet/sql/SqlError.h"
+#include "jet/value/GuidText.h"
 
 namespace jet::sql {
 

@@ -7,8 +7,8 @@
 
 #include "base/Text.h"
 #include "base/Value.h"
-#include "jet/SortKey.h"
 #include "jet/sql/Statement.h"
+#include "jet/value/SortKey.h"
 
 namespace jet::sql {
 

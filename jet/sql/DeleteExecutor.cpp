@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "jet/TableWriter.h"
+#include "jet/change/TableWriter.h"
 #include "jet/sql/RowSearch.h"
 #include "jet/sql/TableColumns.h"
 #include "jet/sql/TableExpressions.h"

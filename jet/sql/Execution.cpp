@@ -2,12 +2,12 @@
 
 #include <variant>
 
-#include "jet/Transaction.h"
 #include "jet/sql/DeleteExecutor.h"
 #include "jet/sql/InsertExecutor.h"
 #include "jet/sql/Parser.h"
 #include "jet/sql/SelectExecutor.h"
 #include "jet/sql/UpdateExecutor.h"
+#include "jet/transaction/Transaction.h"
 
 namespace jet::sql {
 

@@ -3,8 +3,8 @@
 #include <cstdint>
 
 #include "base/Text.h"
-#include "jet/Database.h"
 #include "jet/sql/Statement.h"
+#include "jet/transaction/Database.h"
 
 namespace jet::sql {
 

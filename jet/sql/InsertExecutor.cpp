@@ -3,7 +3,7 @@
 #include <cassert>
 #include <vector>
 
-#include "jet/TableWriter.h"
+#include "jet/change/TableWriter.h"
 #include "jet/sql/RowAssignments.h"
 #include "jet/sql/SqlError.h"
 #include "jet/sql/TableColumns.h"

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "jet/PageStore.h"
+#include "jet/page/PageStore.h"
 #include "jet/sql/Statement.h"
 
 namespace jet::sql {

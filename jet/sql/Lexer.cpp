@@ -6,9 +6,9 @@
 #include <optional>
 #include <string>
 
-#include "jet/ExactNumber.h"
-#include "jet/GuidText.h"
 #include "jet/sql/DateLiteral.h"
+#include "jet/value/ExactNumber.h"
+#include "jet/value/GuidText.h"
 
 namespace jet::sql {
 

@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "base/Text.h"
-#include "jet/SortKey.h"
+#include "jet/value/SortKey.h"
 
 namespace jet::sql {
 

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <type_traits>
 
-#include "jet/ExactNumber.h"
+#include "jet/value/ExactNumber.h"
 
 namespace jet::sql {
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "jet/Errors.h"
-#include "jet/LongValue.h"
-#include "jet/TextCodec.h"
-#include "jet/ValueCodec.h"
+#include "jet/table/LongValue.h"
+#include "jet/value/TextCodec.h"
+#include "jet/value/ValueCodec.h"
 
 namespace jet::sql {
 

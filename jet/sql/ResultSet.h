@@ -9,11 +9,11 @@
 #include <vector>
 
 #include "base/Value.h"
-#include "jet/Column.h"
 #include "jet/RowPointer.h"
-#include "jet/Table.h"
-#include "jet/TableDefinition.h"
 #include "jet/sql/ByteStore.h"
+#include "jet/table/Table.h"
+#include "jet/table/TableDefinition.h"
+#include "jet/value/Column.h"
 
 namespace jet::sql {
 

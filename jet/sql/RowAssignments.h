@@ -2,9 +2,9 @@
 
 #include <vector>
 
-#include "jet/Column.h"
-#include "jet/TableWriter.h"
+#include "jet/change/TableWriter.h"
 #include "jet/sql/BoundExpression.h"
+#include "jet/value/Column.h"
 
 namespace jet::sql {
 

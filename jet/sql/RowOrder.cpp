@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "jet/Errors.h"
-#include "jet/IndexCursor.h"
-#include "jet/IndexKey.h"
+#include "jet/index/IndexKey.h"
+#include "jet/tree/IndexCursor.h"
 
 namespace jet::sql {
 

@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <vector>
 
-#include "jet/Column.h"
-#include "jet/PageSource.h"
+#include "jet/page/PageSource.h"
 #include "jet/sql/ResultSet.h"
+#include "jet/value/Column.h"
 
 namespace jet::sql {
 

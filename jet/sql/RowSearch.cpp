@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "jet/IndexCursor.h"
-#include "jet/IndexKey.h"
-#include "jet/IndexedRow.h"
+#include "jet/index/IndexKey.h"
+#include "jet/index/IndexedRow.h"
+#include "jet/tree/IndexCursor.h"
 
 namespace jet::sql {
 

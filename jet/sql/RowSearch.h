@@ -3,10 +3,10 @@
 #include <functional>
 #include <optional>
 
-#include "jet/Table.h"
 #include "jet/sql/BoundExpression.h"
 #include "jet/sql/Statement.h"
 #include "jet/sql/TableColumns.h"
+#include "jet/table/Table.h"
 
 namespace jet::sql {
 

@@ -4,9 +4,9 @@
 #include <optional>
 #include <utility>
 
-#include "jet/DataPage.h"
 #include "jet/Errors.h"
-#include "jet/IndexKey.h"
+#include "jet/index/IndexKey.h"
+#include "jet/page/DataPage.h"
 #include "jet/sql/Parser.h"
 #include "jet/sql/RowOrder.h"
 #include "jet/sql/RowSearch.h"

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "jet/PageSource.h"
-#include "jet/Table.h"
+#include "jet/page/PageSource.h"
 #include "jet/sql/ResultSet.h"
 #include "jet/sql/Statement.h"
+#include "jet/table/Table.h"
 
 namespace jet::sql {
 

@@ -4,9 +4,9 @@
 #include <optional>
 #include <vector>
 
-#include "jet/Table.h"
-#include "jet/TableDefinition.h"
 #include "jet/sql/BoundExpression.h"
+#include "jet/table/Table.h"
+#include "jet/table/TableDefinition.h"
 
 namespace jet::sql {
 

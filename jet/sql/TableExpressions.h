@@ -1,6 +1,6 @@
 #pragma once
 
-#include "jet/ExpressionReader.h"
+#include "jet/change/ExpressionReader.h"
 
 namespace jet::sql {
 

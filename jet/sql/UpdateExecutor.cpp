@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "jet/TableWriter.h"
+#include "jet/change/TableWriter.h"
 #include "jet/sql/RowAssignments.h"
 #include "jet/sql/RowSearch.h"
 #include "jet/sql/SqlError.h"

@@ -1,12 +1,12 @@
 #include <gtest/gtest.h>
 #include <string>
 
-#include "jet/Catalog.h"
-#include "jet/Checker.h"
-#include "jet/Database.h"
-#include "jet/PageSource.h"
-#include "jet/Table.h"
+#include "jet/check/Checker.h"
+#include "jet/page/PageSource.h"
 #include "jet/sql/Execution.h"
+#include "jet/table/Catalog.h"
+#include "jet/table/Table.h"
+#include "jet/transaction/Database.h"
 #include "tests/support/SampleFile.h"
 #include "tests/support/SparseStorage.h"
 

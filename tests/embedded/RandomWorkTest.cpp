@@ -7,9 +7,9 @@
 #include <string>
 
 #include "ado/embedded/Factory.h"
-#include "jet/IndexKey.h"
-#include "jet/Table.h"
-#include "jet/UsageMap.h"
+#include "jet/index/IndexKey.h"
+#include "jet/page/UsageMap.h"
+#include "jet/table/Table.h"
 #include "tests/fuzz/Seeds.h"
 #include "tests/support/Environment.h"
 #include "tests/support/FaultyStorage.h"

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "ado/embedded/Factory.h"
-#include "jet/WriteAccess.h"
+#include "jet/transaction/WriteAccess.h"
 #include "tests/support/Environment.h"
 #include "tests/support/FaultyStorage.h"
 #include "tests/support/MemoryPageStore.h"

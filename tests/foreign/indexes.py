@@ -13,7 +13,7 @@ import sys
 
 from encode import HEADER_COVER, KEY_OFFSET, PAGE_BYTES, covered
 
-WEIGHTS = pathlib.Path(__file__).resolve().parents[2] / "jet/sortkey/weights.txt"
+WEIGHTS = pathlib.Path(__file__).resolve().parents[2] / "jet/value/sortkey/weights.txt"
 LONGEST_KEY = 507
 BOOLEAN, BYTE, BINARY, TEXT, MEMO, GUID, NUMERIC = 1, 2, 9, 10, 12, 15, 16
 NUMBERS = {3: "h", 4: "i", 5: "q", 6: "f", 7: "d", 8: "d"}

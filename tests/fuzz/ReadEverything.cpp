@@ -5,13 +5,13 @@
 #include <utility>
 
 #include "base/RuntimeError.h"
-#include "jet/Catalog.h"
-#include "jet/Checker.h"
-#include "jet/Database.h"
-#include "jet/IndexCursor.h"
-#include "jet/IndexedRow.h"
-#include "jet/MemoryIo.h"
-#include "jet/Table.h"
+#include "jet/check/Checker.h"
+#include "jet/index/IndexedRow.h"
+#include "jet/storage/MemoryIo.h"
+#include "jet/table/Catalog.h"
+#include "jet/table/Table.h"
+#include "jet/transaction/Database.h"
+#include "jet/tree/IndexCursor.h"
 
 namespace jet {
 namespace {

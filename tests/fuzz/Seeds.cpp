@@ -6,8 +6,8 @@
 #include <fstream>
 #include <iterator>
 
-#include "jet/Creator.h"
-#include "jet/MemoryIo.h"
+#include "jet/fresh/Creator.h"
+#include "jet/storage/MemoryIo.h"
 #include "tests/support/MemoryPageStore.h"
 #include "tests/support/RelatedTables.h"
 

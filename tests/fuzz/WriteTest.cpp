@@ -5,12 +5,12 @@
 #include <utility>
 #include <vector>
 
-#include "jet/Catalog.h"
-#include "jet/TableWriter.h"
-#include "jet/Transaction.h"
-#include "jet/UsageMapRow.h"
+#include "jet/change/TableWriter.h"
+#include "jet/space/UsageMapRow.h"
 #include "jet/sql/Execution.h"
 #include "jet/sql/TableExpressions.h"
+#include "jet/table/Catalog.h"
+#include "jet/transaction/Transaction.h"
 #include "tests/fuzz/Mutator.h"
 #include "tests/fuzz/Seeds.h"
 #include "tests/support/Environment.h"

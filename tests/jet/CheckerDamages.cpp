@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "jet/Errors.h"
-#include "jet/IndexNode.h"
-#include "jet/LongValue.h"
+#include "jet/table/LongValue.h"
+#include "jet/tree/IndexNode.h"
 
 namespace jet {
 namespace {

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "jet/Database.h"
-#include "jet/Table.h"
+#include "jet/table/Table.h"
+#include "jet/transaction/Database.h"
 
 namespace jet {
 

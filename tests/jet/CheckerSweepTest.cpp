@@ -3,9 +3,9 @@
 #include <random>
 #include <set>
 
-#include "jet/Checker.h"
-#include "jet/IndexPage.h"
-#include "jet/UsageMap.h"
+#include "jet/check/Checker.h"
+#include "jet/page/UsageMap.h"
+#include "jet/tree/IndexPage.h"
 #include "tests/jet/CheckerDamages.h"
 #include "tests/support/Environment.h"
 

@@ -3,7 +3,7 @@
 #include <set>
 #include <sstream>
 
-#include "jet/Checker.h"
+#include "jet/check/Checker.h"
 #include "tests/fuzz/Seeds.h"
 #include "tests/jet/CheckerDamages.h"
 

@@ -7,9 +7,10 @@
 #include <vector>
 
 #include "base/RuntimeError.h"
-#include "jet/Database.h"
-#include "jet/IndexCursor.h"
-#include "jet/IndexKey.h"
+#include "jet/index/IndexKey.h"
+#include "jet/table/Table.h"
+#include "jet/transaction/Database.h"
+#include "jet/tree/IndexCursor.h"
 #include "tests/jet/Hex.h"
 
 /// Files that other programs wrote, in the folder TOLV_CORPUS: the keys that we would write must be the ones that

@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "base/RuntimeError.h"
-#include "jet/IndexCursor.h"
-#include "jet/IndexedRow.h"
-#include "jet/UsageMap.h"
+#include "jet/index/IndexedRow.h"
+#include "jet/page/UsageMap.h"
+#include "jet/tree/IndexCursor.h"
 #include "tests/support/SampleFile.h"
 #include "tests/support/SoundFile.h"
 #include "tests/support/SparseStorage.h"

@@ -4,9 +4,9 @@
 #include <memory>
 #include <string>
 
-#include "jet/Database.h"
-#include "jet/MemoryIo.h"
-#include "jet/Table.h"
+#include "jet/storage/MemoryIo.h"
+#include "jet/table/Table.h"
+#include "jet/transaction/Database.h"
 #include "tests/jet/PagesInMemory.h"
 #include "tests/support/SampleFile.h"
 #include "tests/support/TempFolder.h"

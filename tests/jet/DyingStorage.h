@@ -4,7 +4,7 @@
 #include <memory>
 #include <utility>
 
-#include "jet/Storage.h"
+#include "jet/storage/Storage.h"
 #include "tests/jet/OtherProcess.h"
 
 namespace test {

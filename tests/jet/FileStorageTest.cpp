@@ -11,8 +11,8 @@
 #include <thread>
 #include <vector>
 
-#include "jet/LockFile.h"
-#include "jet/Transaction.h"
+#include "jet/storage/LockFile.h"
+#include "jet/transaction/Transaction.h"
 #include "tests/jet/OtherProcess.h"
 #include "tests/jet/PagesInMemory.h"
 

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include "jet/Header.h"
-#include "jet/PageSource.h"
-#include "jet/Rc4.h"
+#include "jet/page/Header.h"
+#include "jet/page/PageSource.h"
+#include "jet/page/Rc4.h"
 #include "tests/jet/Hex.h"
 
 namespace jet {

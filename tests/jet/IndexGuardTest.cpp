@@ -1,9 +1,9 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 
-#include "jet/IndexCursor.h"
-#include "jet/IndexGuard.h"
-#include "jet/IndexNode.h"
+#include "jet/index/IndexGuard.h"
+#include "jet/tree/IndexCursor.h"
+#include "jet/tree/IndexNode.h"
 #include "tests/jet/PagesInMemory.h"
 #include "tests/support/SampleFile.h"
 

@@ -2,7 +2,7 @@
 #include <string>
 
 #include "base/RuntimeError.h"
-#include "jet/IndexKey.h"
+#include "jet/index/IndexKey.h"
 #include "tests/jet/Hex.h"
 
 namespace jet {

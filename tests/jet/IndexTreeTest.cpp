@@ -7,11 +7,11 @@
 #include <vector>
 
 #include "base/RuntimeError.h"
-#include "jet/IndexCursor.h"
-#include "jet/IndexNode.h"
-#include "jet/IndexTreeBuilder.h"
-#include "jet/MemoryIo.h"
-#include "jet/PageFile.h"
+#include "jet/fresh/IndexTreeBuilder.h"
+#include "jet/page/PageFile.h"
+#include "jet/storage/MemoryIo.h"
+#include "jet/tree/IndexCursor.h"
+#include "jet/tree/IndexNode.h"
 
 namespace jet {
 namespace {

@@ -6,10 +6,10 @@
 #include <random>
 #include <set>
 
-#include "jet/DefinitionCounters.h"
-#include "jet/IndexCursor.h"
-#include "jet/IndexWriter.h"
-#include "jet/Table.h"
+#include "jet/index/IndexWriter.h"
+#include "jet/table/DefinitionCounters.h"
+#include "jet/table/Table.h"
+#include "jet/tree/IndexCursor.h"
 #include "tests/support/MemoryPageStore.h"
 #include "tests/support/SampleFile.h"
 

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
-#include "jet/Transaction.h"
+#include "jet/transaction/Transaction.h"
 #include "tests/jet/PagesInMemory.h"
 #include "tests/support/FaultyStorage.h"
 #include "tests/support/SampleFile.h"

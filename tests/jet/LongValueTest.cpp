@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "jet/LongValue.h"
+#include "jet/table/LongValue.h"
 #include "tests/jet/Hex.h"
 #include "tests/jet/PagesInMemory.h"
 

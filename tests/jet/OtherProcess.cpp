@@ -11,8 +11,8 @@
 #include <thread>
 #include <utility>
 
-#include "jet/LockFile.h"
-#include "jet/Transaction.h"
+#include "jet/storage/LockFile.h"
+#include "jet/transaction/Transaction.h"
 #include "tests/jet/DyingStorage.h"
 #include "tests/support/SampleFile.h"
 

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <string>
 
-#include "jet/Database.h"
+#include "jet/transaction/Database.h"
 
 /// Other programs that have the same file open: this test program once more, playing a role (OtherProcess.cpp).
 namespace test {

@@ -2,10 +2,10 @@
 #include <random>
 #include <set>
 
-#include "jet/DataPageEditor.h"
-#include "jet/PageAllocator.h"
-#include "jet/Table.h"
-#include "jet/UsageMapWriter.h"
+#include "jet/page/DataPageEditor.h"
+#include "jet/space/PageAllocator.h"
+#include "jet/space/UsageMapWriter.h"
+#include "jet/table/Table.h"
 #include "tests/support/MemoryPageStore.h"
 #include "tests/support/SampleFile.h"
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "base/RuntimeError.h"
-#include "jet/DataPage.h"
+#include "jet/page/DataPage.h"
 #include "tests/support/MemoryPageStore.h"
 
 namespace jet {

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "jet/PropertyBlob.h"
+#include "jet/table/PropertyBlob.h"
 #include "tests/jet/Hex.h"
 #include "tests/jet/PagesInMemory.h"
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "jet/RowCodec.h"
+#include "jet/table/RowCodec.h"
 #include "tests/jet/Hex.h"
 #include "tests/jet/PagesInMemory.h"
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "jet/SortKey.h"
+#include "jet/value/SortKey.h"
 #include "tests/jet/Hex.h"
 
 namespace jet {

@@ -2,7 +2,7 @@
 #include <functional>
 #include <gtest/gtest.h>
 
-#include "jet/TableDefinition.h"
+#include "jet/table/TableDefinition.h"
 #include "tests/jet/PagesInMemory.h"
 
 namespace jet {

@@ -2,11 +2,11 @@
 #include <functional>
 #include <gtest/gtest.h>
 
-#include "jet/Catalog.h"
-#include "jet/Database.h"
-#include "jet/Table.h"
-#include "jet/TextCodec.h"
-#include "jet/UsageMapRow.h"
+#include "jet/space/UsageMapRow.h"
+#include "jet/table/Catalog.h"
+#include "jet/table/Table.h"
+#include "jet/transaction/Database.h"
+#include "jet/value/TextCodec.h"
 #include "tests/jet/PagesInMemory.h"
 #include "tests/support/SampleFile.h"
 

@@ -1,11 +1,11 @@
 #include <gtest/gtest.h>
 
-#include "jet/Catalog.h"
-#include "jet/DefinitionCounters.h"
-#include "jet/IndexCursor.h"
-#include "jet/RowDraft.h"
-#include "jet/RowStore.h"
-#include "jet/UsageMap.h"
+#include "jet/change/RowDraft.h"
+#include "jet/change/RowStore.h"
+#include "jet/page/UsageMap.h"
+#include "jet/table/Catalog.h"
+#include "jet/table/DefinitionCounters.h"
+#include "jet/tree/IndexCursor.h"
 #include "tests/jet/PagesInMemory.h"
 #include "tests/jet/WrittenFile.h"
 #include "tests/support/SoundFile.h"

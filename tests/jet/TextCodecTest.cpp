@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "jet/TextCodec.h"
+#include "jet/value/TextCodec.h"
 #include "tests/jet/Hex.h"
 
 namespace jet {

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "jet/Transaction.h"
+#include "jet/transaction/Transaction.h"
 #include "tests/jet/PagesInMemory.h"
 #include "tests/support/FaultyStorage.h"
 #include "tests/support/SampleFile.h"

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "jet/UsageMap.h"
+#include "jet/page/UsageMap.h"
 #include "tests/jet/Hex.h"
 #include "tests/jet/PagesInMemory.h"
 

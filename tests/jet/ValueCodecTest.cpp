@@ -2,8 +2,8 @@
 #include <limits>
 
 #include "base/RuntimeError.h"
-#include "jet/ColumnConversion.h"
-#include "jet/ValueCodec.h"
+#include "jet/value/ColumnConversion.h"
+#include "jet/value/ValueCodec.h"
 #include "tests/jet/Hex.h"
 
 namespace jet {

@@ -5,7 +5,7 @@
 #include <optional>
 #include <vector>
 
-#include "jet/TableWriter.h"
+#include "jet/change/TableWriter.h"
 #include "tests/support/MemoryPageStore.h"
 #include "tests/support/SampleFile.h"
 

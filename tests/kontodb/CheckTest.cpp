@@ -2,7 +2,7 @@
 #include <fstream>
 #include <functional>
 
-#include "jet/PageSource.h"
+#include "jet/page/PageSource.h"
 #include "tests/kontodb/Command.h"
 
 namespace kontodb {

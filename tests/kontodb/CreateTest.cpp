@@ -1,9 +1,9 @@
 #include <fstream>
 
 #include "base/RuntimeError.h"
-#include "jet/Database.h"
-#include "jet/MemoryIo.h"
-#include "jet/NewFile.h"
+#include "jet/storage/MemoryIo.h"
+#include "jet/storage/NewFile.h"
+#include "jet/transaction/Database.h"
 #include "tests/kontodb/Command.h"
 #include "tools/kontodb/AccountFile.h"
 

@@ -1,7 +1,7 @@
 #include <fstream>
 #include <limits>
 
-#include "jet/PageIo.h"
+#include "jet/storage/PageIo.h"
 #include "tests/kontodb/Command.h"
 #include "tests/support/SampleFile.h"
 #include "tools/kontodb/ValueText.h"

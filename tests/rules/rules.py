@@ -6,21 +6,14 @@ import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-TOOL = "base forms platform ado settings db listutil accounts ui app".split()
-MAY_USE = {
-    "base": [], "forms": ["base"], "platform": ["base", "forms"], "ado": ["base"], "ado/com": ["base", "ado"],
-    "jet": ["base"], "jet/sql": ["base", "jet"], "ado/embedded": ["base", "ado", "jet", "jet/sql"],
-    "settings": ["base", "platform"], "db": ["base", "platform", "ado", "settings"],
-    "listutil": ["base", "forms", "platform"],
-    "accounts": ["base", "forms", "platform", "ado", "db", "listutil"],
-    "ui": ["base", "forms", "platform", "ado", "accounts", "listutil", "db"],
-    "app": TOOL, "win32": TOOL + ["ado/com", "ado/embedded", "jet", "jet/sql"],
-    "tools/kontodb": ["base", "jet", "jet/sql", "accounts"],
-}
+# The law stands in a table for people: | `room/` | duty | `room/`, `room/` |
+MAY_USE = {row[1]: re.findall(r"`([\w/]+)/`", row[2]) for row in
+           re.finditer(r"^\| `([\w/]+)/` \|[^|]*\|([^|]*)\|$", (ROOT / "docs/architecture.md").read_text(), re.M)}
+TOOL = ["app", *MAY_USE["app"]]
 FOR_EVERY_ROOM_OF_THE_TOOL = "app/mPublic.h"  # forward declarations and constants
 ITS_READERS = TOOL + ["tools/kontodb"]
 WINDOWS_ROOMS = ["win32", "ado/com"]
-WINDOWS_FILES = ["tools/kontodb/PasswordPrompt.cpp"]  # the console has no other door
+WINDOWS_FILES = re.compile(r"tools/kontodb/PasswordPrompt\.cpp|jet/storage/\w+Windows\.(cpp|h)")
 C_RUNTIME_HEADERS = r"(conio|fcntl|io|termios|unistd|sys/\w+)\.h"  # the C runtime's of both systems
 MAX_LINES = 600
 SCRIPTS = ("build", "run", "test", "package")  # scripts without an ending
@@ -50,7 +43,7 @@ for name, text in texts.items():
                 faults["includes"].append(f"{name} includes {quoted}")
             if there and there != here and quoted != FOR_EVERY_ROOM_OF_THE_TOOL:
                 uses.setdefault(here, set()).add(there)
-        if here not in WINDOWS_ROOMS and name not in WINDOWS_FILES:
+        if here not in WINDOWS_ROOMS and not WINDOWS_FILES.fullmatch(name):
             for header in re.findall(r"^\s*#\s*include\s+<([^>]+\.h)>", text, re.M):
                 if not re.fullmatch(C_RUNTIME_HEADERS, header):
                     faults["windows headers"].append(f"{name} includes {header}")

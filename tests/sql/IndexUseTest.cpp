@@ -4,8 +4,8 @@
 #include <random>
 
 #include "base/RuntimeError.h"
-#include "jet/IndexCursor.h"
 #include "jet/sql/SelectExecutor.h"
+#include "jet/tree/IndexCursor.h"
 #include "tests/support/SampleFile.h"
 
 namespace jet::sql {

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "jet/TableDesign.h"
+#include "jet/fresh/TableDesign.h"
 #include "jet/sql/TableExpressions.h"
 
 namespace jet::sql {

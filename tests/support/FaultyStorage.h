@@ -10,9 +10,9 @@
 
 #include "base/Value.h"
 #include "jet/Errors.h"
-#include "jet/JournalRecord.h"
-#include "jet/MemoryIo.h"
-#include "jet/Storage.h"
+#include "jet/storage/MemoryIo.h"
+#include "jet/storage/Storage.h"
+#include "jet/transaction/JournalRecord.h"
 
 namespace test {
 

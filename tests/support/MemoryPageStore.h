@@ -6,7 +6,7 @@
 
 #include "base/Value.h"
 #include "jet/Errors.h"
-#include "jet/PageStore.h"
+#include "jet/page/PageStore.h"
 
 namespace test {
 

@@ -11,7 +11,7 @@
 #include <type_traits>
 
 #include "base/Value.h"
-#include "jet/Column.h"
+#include "jet/value/Column.h"
 
 namespace test {
 

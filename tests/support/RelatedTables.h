@@ -6,14 +6,14 @@
 #include <vector>
 
 #include "base/Value.h"
-#include "jet/Catalog.h"
-#include "jet/PageAllocator.h"
-#include "jet/PageStore.h"
-#include "jet/RelationshipCheck.h"
-#include "jet/SortKey.h"
-#include "jet/SystemTables.h"
-#include "jet/Table.h"
-#include "jet/WritableTable.h"
+#include "jet/change/WritableTable.h"
+#include "jet/check/RelationshipCheck.h"
+#include "jet/fresh/SystemTables.h"
+#include "jet/page/PageStore.h"
+#include "jet/space/PageAllocator.h"
+#include "jet/table/Catalog.h"
+#include "jet/table/Table.h"
+#include "jet/value/SortKey.h"
 
 namespace test {
 

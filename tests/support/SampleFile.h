@@ -7,12 +7,12 @@
 #include <vector>
 
 #include "base/Value.h"
-#include "jet/Creator.h"
-#include "jet/Database.h"
-#include "jet/Header.h"
-#include "jet/MemoryIo.h"
-#include "jet/PageFile.h"
-#include "jet/TableDesign.h"
+#include "jet/fresh/Creator.h"
+#include "jet/fresh/TableDesign.h"
+#include "jet/page/Header.h"
+#include "jet/page/PageFile.h"
+#include "jet/storage/MemoryIo.h"
+#include "jet/transaction/Database.h"
 
 /// Files in memory for tests of statements and of ADO over the engine.
 namespace test {

@@ -5,9 +5,9 @@
 
 #include "base/Text.h"
 #include "base/Value.h"
-#include "jet/Checker.h"
-#include "jet/Database.h"
-#include "jet/MemoryIo.h"
+#include "jet/check/Checker.h"
+#include "jet/storage/MemoryIo.h"
+#include "jet/transaction/Database.h"
 
 namespace test {
 

@@ -8,8 +8,8 @@
 
 #include "base/Value.h"
 #include "jet/Errors.h"
-#include "jet/PageSource.h"
-#include "jet/Storage.h"
+#include "jet/page/PageSource.h"
+#include "jet/storage/Storage.h"
 
 namespace test {
 

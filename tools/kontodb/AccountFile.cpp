@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "accounts/AccountTable.h"
-#include "jet/Creator.h"
+#include "jet/fresh/Creator.h"
 #include "tools/kontodb/InventedAccounts.h"
 
 namespace kontodb {

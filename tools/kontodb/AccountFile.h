@@ -3,8 +3,8 @@
 #include <cstdint>
 
 #include "base/Text.h"
-#include "jet/PageIo.h"
-#include "jet/TableDesign.h"
+#include "jet/fresh/TableDesign.h"
+#include "jet/storage/PageIo.h"
 
 namespace kontodb {
 

@@ -1,7 +1,7 @@
 #include "tools/kontodb/InventedAccounts.h"
 
 #include "accounts/AccountTable.h"
-#include "jet/SortKey.h"
+#include "jet/value/SortKey.h"
 
 namespace kontodb {
 namespace {

@@ -7,7 +7,7 @@
 
 #include "base/RuntimeError.h"
 #include "jet/Errors.h"
-#include "jet/Storage.h"
+#include "jet/storage/Storage.h"
 
 namespace kontodb {
 

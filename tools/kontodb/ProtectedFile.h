@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/Text.h"
-#include "jet/Database.h"
+#include "jet/transaction/Database.h"
 #include "tools/kontodb/CommandLine.h"
 #include "tools/kontodb/Console.h"
 

@@ -1,8 +1,8 @@
 #include <string>
 
 #include "base/RuntimeError.h"
-#include "jet/Checker.h"
 #include "jet/Errors.h"
+#include "jet/check/Checker.h"
 #include "tools/kontodb/CommandLine.h"
 #include "tools/kontodb/Commands.h"
 #include "tools/kontodb/ProtectedFile.h"

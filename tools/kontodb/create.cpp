@@ -1,8 +1,8 @@
 #include <string>
 
 #include "app/mPublic.h"
-#include "jet/NewFile.h"
-#include "jet/PageIo.h"
+#include "jet/storage/NewFile.h"
+#include "jet/storage/PageIo.h"
 #include "tools/kontodb/AccountFile.h"
 #include "tools/kontodb/CommandLine.h"
 #include "tools/kontodb/Commands.h"

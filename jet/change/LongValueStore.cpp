@@ -1,0 +1,41 @@
+#include "jet/change/LongValueStore.h"
+
+#include <algorithm>
+
+#include "base/ByteView.h"
+#include "jet/Errors.h"
+
+namespace jet {
+LongValueStore::LongValueStore(PageStore& store, PageAllocator& allocator, const TableDefinition& table)
+    : store_(store), allocator_(allocator), table_(table) {}
+
+RowPages& LongValueStore::pagesOf(const Column& column) {
+    const auto known = pages_.find(column.number);
+    if (known != pages_.end()) return known->second;
+    const auto maps = std::find_if(table_.longValueMaps.begin(), table_.longValueMaps.end(),
+                                   [&](const LongValueMaps& each) { return each.columnNumber == column.number; });
+    if (maps == table_.longValueMaps.end() || maps->owned.isNone()) {
+        throw damaged(table_.page, u"Die Spalte '" + column.name + u"' hat keine Belegungskarte für lange Werte");
+    }
+    return pages_.emplace(column.number, RowPages(store_, allocator_, maps->owned, maps->free, kLongValueOwner))
+        .first->second;
+}
+
+void LongValueStore::remove(const Column& column, std::span<const std::uint8_t> stored, RowPointer row) {
+    if (stored.empty()) return;
+    // What can be read comes to an end, and does not go on in the parts of another value.
+    static_cast<void>(readLongValue(store_, stored, row));
+    const LongValueReference reference = LongValueReference::read(stored, row);
+    if (reference.kind == LongValueKind::SingleRow) pagesOf(column).remove(reference.first);
+    if (reference.kind == LongValueKind::Chain) removeChain(pagesOf(column), reference.first);
+}
+
+void LongValueStore::removeChain(RowPages& pages, RowPointer part) {
+    while (!part.isNone()) {
+        const auto next = RowPointer::unpack(base::ByteView{pages.read(part.page).slot(part.slot).bytes}.u32(0));
+        pages.remove(part);
+        part = next;
+    }
+}
+
+}  // namespace jet

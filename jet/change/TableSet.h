@@ -1,0 +1,43 @@
+#pragma once
+
+#include <map>
+#include <memory>
+
+#include "base/Text.h"
+#include "jet/change/WritableTable.h"
+#include "jet/page/PageStore.h"
+#include "jet/space/PageAllocator.h"
+#include "jet/table/Catalog.h"
+
+namespace jet {
+
+/// The tables that one transaction writes: each opened once, all with the same keeper of free pages.
+class TableSet {
+public:
+    /// @param store  must outlive the set
+    /// @throws RuntimeError (damage)
+    explicit TableSet(PageStore& store) : store_(store), allocator_(store), catalog_(store) {}
+    TableSet(const TableSet&) = delete;
+    TableSet& operator=(const TableSet&) = delete;
+    ~TableSet() = default;
+
+    PageStore& store() { return store_; }
+    const Catalog& catalog() const { return catalog_; }
+
+    /// @throws RuntimeError if there is none of this name, or it cannot be written
+    WritableTable& named(base::TextView name);
+
+    /// @param definition  the table's identity
+    /// @throws RuntimeError (damage) if the catalog knows no such table
+    WritableTable& at(PageNumber definition);
+
+private:
+    WritableTable& open(const CatalogEntry& entry);
+
+    PageStore& store_;
+    PageAllocator allocator_;
+    Catalog catalog_;
+    std::map<PageNumber, std::unique_ptr<WritableTable>> tables_;
+};
+
+}  // namespace jet

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <optional>
+
+#include "jet/check/Checker.h"
+#include "jet/check/PageOwners.h"
+#include "jet/table/Catalog.h"
+#include "jet/table/TableDefinition.h"
+
+namespace jet {
+
+/// What all parts of the checker work with.
+struct CheckContext {
+    PageSource& source;
+    Findings& findings;
+    PageOwners& owners;
+    CheckCounts& counts;
+};
+
+struct CheckedTable {
+    base::Text name;
+    TableDefinition definition;
+    std::size_t rowCount = 0;  ///< rows found
+
+    /// A count may be out of date; with a sign of a lost row beside it, it is none.
+    bool countsMoreThanFound() const { return definition.rowCount > rowCount; }
+};
+
+/// Checks a table with all that belongs to it: definition, maps, data pages, rows, long values, indexes.
+/// @return nothing if its definition cannot be read
+std::optional<CheckedTable> checkTable(const CheckContext& context, const CatalogEntry& entry);
+
+}  // namespace jet

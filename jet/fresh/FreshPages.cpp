@@ -1,0 +1,57 @@
+#include "jet/fresh/FreshPages.h"
+
+#include "jet/Errors.h"
+#include "jet/page/DataPage.h"
+#include "jet/table/RowCodec.h"
+
+namespace jet {
+
+PageNumber FreshPages::allocate() {
+    if (count_ == kMaxPages) throw failure(u"Die Datei würde größer als 2 GB.");
+    return count_++;
+}
+
+void FreshPages::write(PageNumber number, std::span<const std::uint8_t> page) {
+    if (number > written_) io_.resize(std::uint64_t{number} * kPageSize);
+    io_.write(std::uint64_t{number} * kPageSize, page);
+    written_ = std::max(written_, number + 1);
+}
+
+void FreshRows::open() {
+    if (!page_.empty()) pages_.write(openPage_, page_);
+    openPage_ = pages_.allocate();
+    numbers_.push_back(openPage_);
+    page_.resize(kPageSize);
+    clearDataPage(page_, owner_);
+}
+
+RowPointer FreshRows::add(std::span<const std::uint8_t> row) {
+    int slot = page_.empty() ? -1 : appendRow(page_, row);
+    if (slot < 0) {
+        open();
+        slot = appendRow(page_, row);
+    }
+    if (slot < 0) throw failure(u"Ein Datensatz ist länger, als eine Seite aufnimmt.");
+    return {openPage_, static_cast<std::uint8_t>(slot)};
+}
+
+RowPointer FreshRows::addAlone(std::span<const std::uint8_t> row) {
+    const PageNumber number = pages_.allocate();
+    numbers_.push_back(number);
+    base::Bytes page(kPageSize);
+    clearDataPage(page, owner_);
+    if (appendRow(page, row) < 0) throw failure(u"Ein Datensatz ist länger, als eine Seite aufnimmt.");
+    pages_.write(number, page);
+    return {number, 0};
+}
+
+void FreshRows::finish() {
+    if (!page_.empty()) pages_.write(openPage_, page_);
+}
+
+std::vector<PageNumber> FreshRows::numbersWithSpace() const {
+    if (page_.empty()) return {};
+    return {openPage_};
+}
+
+}  // namespace jet

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "base/Value.h"
+#include "jet/page/PageSource.h"
+#include "jet/storage/PageIo.h"
+
+namespace jet {
+
+/// The pages of a file that is being made from nothing: handed out one after the other, written in any order.
+class FreshPages {
+public:
+    /// @param io  an empty file; must outlive this
+    explicit FreshPages(PageIo& io) : io_(io) {}
+
+    /// @throws RuntimeError if the file would grow beyond 2 GiB
+    PageNumber allocate();
+
+    /// Pages handed out so far.
+    PageNumber count() const { return count_; }
+
+    void write(PageNumber number, std::span<const std::uint8_t> page);
+
+private:
+    PageIo& io_;
+    PageNumber count_ = 0;
+    PageNumber written_ = 0;
+};
+
+/// Rows of one page kind that are appended to the last of a list of data pages, or to a new one.
+class FreshRows {
+public:
+    /// @param owner  page of the table's definition, or kLongValueOwner
+    FreshRows(FreshPages& pages, std::uint32_t owner) : pages_(pages), owner_(owner) {}
+
+    /// @throws RuntimeError if the row is longer than a page takes
+    RowPointer add(std::span<const std::uint8_t> row);
+
+    /// A row that shares its page with no other.
+    RowPointer addAlone(std::span<const std::uint8_t> row);
+
+    /// Writes the page that is still open.
+    void finish();
+
+    const std::vector<PageNumber>& numbers() const { return numbers_; }
+
+    /// The page that can take another row, or none.
+    std::vector<PageNumber> numbersWithSpace() const;
+
+private:
+    void open();
+
+    FreshPages& pages_;
+    std::uint32_t owner_;
+    base::Bytes page_;         ///< the open page, or empty
+    PageNumber openPage_ = 0;  ///< its number
+    std::vector<PageNumber> numbers_;
+};
+
+}  // namespace jet

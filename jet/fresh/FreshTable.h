@@ -1,0 +1,48 @@
+#pragma once
+
+#include <map>
+#include <span>
+#include <vector>
+
+#include "base/Value.h"
+#include "jet/fresh/FreshMaps.h"
+#include "jet/fresh/FreshPages.h"
+#include "jet/fresh/IndexTreeBuilder.h"
+#include "jet/fresh/TableDesign.h"
+
+namespace jet {
+
+/// A table of a file that is being made: takes rows one after the other, then builds its indexes, fills in its
+/// maps and writes its definition.
+class FreshTable {
+public:
+    /// @param definitionPage  allocated before; a longer definition takes further pages
+    FreshTable(FreshPages& pages, FreshMaps& maps, const TableDesign& design, PageNumber definitionPage);
+
+    PageNumber page() const { return definition_.page; }
+
+    /// @param values  by column number
+    /// @throws RuntimeError if the row is too long, or a key of it is one that must not be written (sortKeyIsCertain)
+    void addRow(std::span<const base::Value> values);
+
+    /// @throws RuntimeError if rows have equal keys in a unique index
+    void finish();
+
+private:
+    void reservePlaces(FreshMaps& maps);
+    base::Bytes longValue(const Column& column, const base::Bytes& value);
+    void addToIndexes(std::span<const base::Value> values, RowPointer row);
+    void countKeys(IndexDefinition& index, const IndexEntries& entries) const;
+    void finishMaps();
+    void writeDefinition();
+
+    FreshPages& pages_;
+    FreshMaps& maps_;
+    base::Text name_;
+    TableDefinition definition_;
+    FreshRows rows_;
+    std::map<std::uint16_t, FreshRows> longValues_;  ///< by column number
+    std::vector<IndexEntries> entries_;              ///< an element an index
+};
+
+}  // namespace jet

@@ -1,0 +1,95 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "jet/page/PageSource.h"
+
+/// A page of rows: of a table, of long values, of usage maps.
+///
+///     offset size
+///     0      1    1
+///     1      1    1
+///     2      2    free bytes between offset table and lowest row
+///     4      4    page of the owning definition; "LVAL" for long values; 0 for usage maps
+///     8      4    stamp of a long value chain, else 0
+///     12     2    number of slots n
+///     14     2n   slots: 13 bits of offset, flags above
+///
+/// Rows lie from the end of the page downwards: slot 0 ends at 4096, each other one where its predecessor begins.
+/// See docs/file-format.md, "Data pages".
+namespace jet {
+
+inline constexpr std::uint32_t kLongValueOwner = 0x4C41564C;  ///< "LVAL"
+inline constexpr std::size_t kDataPageHeaderBytes = 14;
+inline constexpr std::size_t kSlotBytes = 2;
+
+inline constexpr std::size_t kFreeBytesOffset = 2;
+inline constexpr std::size_t kOwnerOffset = 4;
+inline constexpr std::size_t kSlotCountOffset = 12;
+inline constexpr std::uint16_t kSlotStartMask = 0x1FFF;
+inline constexpr std::uint16_t kSlotStateMask = 0xC000;
+
+/// Where the word of a slot lies in its page.
+constexpr std::size_t slotPlace(std::size_t index) {
+    return kDataPageHeaderBytes + kSlotBytes * index;
+}
+
+/// More slots are never given to a page.
+inline constexpr std::size_t kMaxSlotsOfPage = 255;
+
+/// More pointers are not followed from a moved row. Real files have one; so a loop comes to an end.
+inline constexpr std::size_t kMaxMoves = 16;
+
+enum class SlotState : std::uint16_t {
+    Live = 0x0000,
+    Moved = 0x4000,    ///< live; the row's first 4 bytes point to its data
+    Hidden = 0x8000,   ///< the data of one Moved slot; no row of its own
+    Deleted = 0xC000,  ///< keeps its slot so that the others keep theirs
+};
+
+struct Slot {
+    SlotState state;
+    std::span<const std::uint8_t> bytes;
+};
+
+class DataPage {
+public:
+    DataPage() = default;
+
+    /// Checks kind and all slots.
+    /// @throws RuntimeError (damage)
+    explicit DataPage(PageView page);
+
+    /// @throws RuntimeError (damage) if it is no data page, or not one of this owner
+    static DataPage read(PageSource& source, PageNumber number, std::uint32_t owner);
+
+    PageNumber number() const { return page_.number; }
+    std::uint32_t owner() const { return page_.bytes.u32(kOwnerOffset); }
+    std::uint32_t stamp() const { return page_.bytes.u32(8); }
+    std::size_t freeBytes() const { return page_.bytes.u16(kFreeBytesOffset); }
+    std::size_t slotCount() const { return slotCount_; }
+
+    /// @throws RuntimeError (damage) if the page has no such slot
+    Slot slot(std::size_t index) const;
+
+    /// Whether a slot is a row: live, wherever its data are.
+    bool hasLiveRows() const;
+
+    /// The view that keeps the bytes of all slots alive.
+    const PageView& page() const { return page_; }
+
+private:
+    PageView page_;
+    std::size_t slotCount_ = 0;
+};
+
+/// Writes the beginning of an empty data page and zeros behind it.
+void clearDataPage(std::span<std::uint8_t> page, std::uint32_t owner, std::uint32_t stamp = 0);
+
+/// Appends a row as a new slot.
+/// @param page  4096 bytes of a sound data page
+/// @return slot number, or -1 and nothing changed if the row does not fit
+int appendRow(std::span<std::uint8_t> page, std::span<const std::uint8_t> row, SlotState state = SlotState::Live);
+
+}  // namespace jet

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "jet/page/DataPage.h"
+#include "jet/page/PageStore.h"
+
+namespace jet {
+
+/// A data page being changed. It keeps the page's law: rows lie without gaps from the end downwards, slots keep their
+/// numbers for ever, and the free bytes are those between the slots and the lowest row.
+class DataPageEditor {
+public:
+    /// The page counts as changed from here on; who only looks takes a DataPage.
+    /// @param store  must outlive the editor
+    /// @throws RuntimeError (damage) if the page is no sound data page of this owner
+    DataPageEditor(PageStore& store, PageNumber number, std::uint32_t owner);
+
+    PageNumber number() const { return number_; }
+    std::size_t slotCount() const { return word(kSlotCountOffset); }
+    std::size_t freeBytes() const;
+
+    /// Valid until the next change of the page.
+    /// @throws RuntimeError (damage) if there is no such slot
+    Slot slot(std::size_t index) const;
+
+    /// Whether any slot is something other than deleted.
+    bool hasRows() const;
+
+    /// @return slot number, or -1 and nothing changed if it does not fit
+    int append(std::span<const std::uint8_t> row, SlotState state = SlotState::Live) {
+        return appendRow(bytes_, row, state);
+    }
+
+    /// Gives the slot other bytes, moving the later rows.
+    /// @return false, and nothing changed, if the page has no room for them
+    bool replace(std::size_t index, std::span<const std::uint8_t> row);
+
+    void setState(std::size_t index, SlotState state);
+
+    /// Marks the slot as deleted and squeezes its bytes out.
+    void remove(std::size_t index);
+
+private:
+    std::size_t slotStart(std::size_t index) const { return word(slotPlace(index)) & kSlotStartMask; }
+    std::size_t slotEnd(std::size_t index) const { return index == 0 ? kPageSize : slotStart(index - 1); }
+    std::uint16_t word(std::size_t offset) const { return base::ByteView(bytes_).u16(offset); }
+
+    PageNumber number_;
+    std::span<std::uint8_t> bytes_;
+};
+
+}  // namespace jet

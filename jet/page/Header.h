@@ -1,0 +1,68 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+#include "base/ByteView.h"
+#include "base/Text.h"
+#include "base/Value.h"
+#include "jet/RowPointer.h"
+#include "jet/value/SortKey.h"
+
+/// Page 0.
+///
+///     offset size
+///     0      4    00 01 00 00
+///     4      16   "Standard Jet DB" 0
+///     14     4    version: 0 Jet 3, 1 Jet 4, more: later formats
+///     18     128  masked with a constant key stream:
+///     18     4    row of the global map of free pages
+///     1C     4    row of a second global map, empty
+///     20     16   definitions of the four system tables: 2, 3, 4, 5
+///     3C     2    code page
+///     3E     4    key of the page encoding, 0 for none
+///     42     40   password, XORed with the creation day
+///     6A     4    build of the creating engine
+///     6E     4    text order: LCID, 0, version
+///     72     8    creation date
+///     98     8    1620, "4.0" 0
+///     E00    512  commit words of 256 users
+///
+/// (Offsets hexadecimal.) Bytes that are not named are kept as they are. See docs/file-format.md, "Header".
+namespace jet {
+
+inline constexpr std::size_t kMaxPasswordUnits = 20;
+inline constexpr std::size_t kCommitWordsOffset = 0xE00;
+inline constexpr std::size_t kCommitWordsBytes = 512;
+
+class Header {
+public:
+    /// Whether a file that begins with these bytes is one of Access 2000 to 2003; false for older and later formats.
+    static bool isJet4(base::ByteView beginning);
+
+    /// @param page  page 0 of a Jet 4 file
+    /// @throws RuntimeError (damage) if a field cannot be
+    static Header read(base::ByteView page);
+
+    /// A fresh file's header: no password, no encoding, nobody has written.
+    static Header fresh(base::Date created);
+
+    /// @param page  4096 bytes; all of them are written
+    void write(std::span<std::uint8_t> page) const;
+
+    RowPointer freeMap{1, 0};
+    RowPointer secondMap{1, 1};
+    std::array<PageNumber, 4> systemTables{2, 3, 4, 5};
+    std::uint16_t codePage = 1252;
+    std::uint32_t databaseKey = 0;
+    base::Text password;  ///< at most kMaxPasswordUnits, without zero units
+    std::uint32_t engineBuild = 9756;
+    TextOrder textOrder;
+    base::Date created;
+
+private:
+    base::Bytes page_;  ///< as read, unmasked
+};
+
+}  // namespace jet

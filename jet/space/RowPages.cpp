@@ -1,0 +1,73 @@
+#include "jet/space/RowPages.h"
+
+#include <cassert>
+
+#include "jet/Errors.h"
+#include "jet/table/RowCodec.h"
+
+namespace jet {
+
+RowPages::RowPages(PageStore& store, PageAllocator& allocator, RowPointer ownedMap, RowPointer mapOfRoom,
+                   std::uint32_t owner)
+    : store_(store),
+      allocator_(allocator),
+      owned_(store, allocator, ownedMap),
+      withRoom_(store, allocator, mapOfRoom),
+      owner_(owner) {}
+
+void RowPages::requireOwn(PageNumber page) const {
+    if (!owned_.contains(page)) throw damaged(page, u"Die Seite gehört nicht dem, der Zeilen auf ihr hat");
+}
+
+DataPageEditor RowPages::edit(PageNumber page) {
+    requireOwn(page);
+    return {store_, page, owner_};
+}
+
+DataPage RowPages::read(PageNumber page) const {
+    requireOwn(page);
+    return DataPage::read(store_, page, owner_);
+}
+
+PageNumber RowPages::addPage() {
+    const PageNumber page = allocator_.allocate();
+    clearDataPage(store_.change(page), owner_);
+    owned_.set(page);
+    return page;
+}
+
+RowPointer RowPages::add(std::span<const std::uint8_t> row, SlotState state) {
+    assert(row.size() <= kMaxRowBytes);
+    for (auto page = withRoom_.next(0); page; page = withRoom_.next(*page + 1)) {
+        const int slot = edit(*page).append(row, state);
+        if (slot >= 0) return {*page, static_cast<std::uint8_t>(slot)};
+        withRoom_.clear(*page);
+    }
+    const PageNumber page = addPage();
+    withRoom_.set(page);
+    return {page, static_cast<std::uint8_t>(edit(page).append(row, state))};
+}
+
+RowPointer RowPages::addAlone(std::span<const std::uint8_t> row) {
+    const PageNumber page = addPage();
+    return {page, static_cast<std::uint8_t>(edit(page).append(row))};
+}
+
+void RowPages::remove(RowPointer row) {
+    DataPageEditor page = edit(row.page);
+    if (page.slot(row.slot).state == SlotState::Deleted) throw damagedRow(row, u"Die Zeile ist schon gelöscht");
+    page.remove(row.slot);
+    if (page.hasRows()) {
+        offer(row.page);
+        return;
+    }
+    owned_.clear(row.page);
+    withRoom_.clear(row.page);
+    allocator_.free(row.page);
+}
+
+void RowPages::offer(PageNumber page) {
+    if (!withRoom_.contains(page)) withRoom_.set(page);
+}
+
+}  // namespace jet

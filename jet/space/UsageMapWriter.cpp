@@ -1,0 +1,75 @@
+#include "jet/space/UsageMapWriter.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "jet/Errors.h"
+
+namespace jet {
+namespace {
+
+std::vector<PageNumber> pagesOf(const UsageMapRow& map, PageNumber pageCount) {
+    std::vector<PageNumber> pages;
+    for (auto page = map.next(0); page; page = map.next(*page + 1)) {
+        if (*page >= pageCount) throw damaged(*page, u"Eine Belegungskarte nennt eine Seite hinter dem Ende der Datei");
+        pages.push_back(*page);
+    }
+    return pages;
+}
+
+}  // namespace
+
+UsageMapWriter::UsageMapWriter(PageStore& store, PageAllocator& allocator, RowPointer row)
+    : store_(store), allocator_(allocator) {
+    if (!row.isNone()) map_.emplace(store, row);
+}
+
+void UsageMapWriter::set(PageNumber page) {
+    if (!map_) return;
+    if (!map_->covers(page)) {
+        if (map_->isReference())
+            addBitmap(page / kBitmapPages);
+        else if (!widen(page))
+            turnIntoReferences(page);
+    }
+    map_->put(page, true);
+}
+
+void UsageMapWriter::clear(PageNumber page) {
+    if (contains(page)) map_->put(page, false);
+}
+
+/// Lets an inline row begin with its lowest page and makes it as long as its highest one needs.
+/// @return false, and nothing changed, if the row's page has no room for that
+bool UsageMapWriter::widen(PageNumber page) {
+    std::vector<PageNumber> pages = pagesOf(*map_, store_.pageCount());
+    const std::size_t rowBytes = map_->bytes().size();
+    const PageNumber lowest = pages.empty() ? page : std::min(pages.front(), page);
+    const PageNumber highest = pages.empty() ? page : std::max(pages.back(), page);
+    const PageNumber first = lowest / 8 * 8;
+    const std::size_t newBytes = longerMapRow(rowBytes, kInlineBitsOffset + (highest - first) / 8 + 1);
+    return newBytes <= kPageSize && map_->replace(UsageMap::inlineRow(first, pages, newBytes));
+}
+
+void UsageMapWriter::turnIntoReferences(PageNumber page) {
+    std::vector<PageNumber> pages = pagesOf(*map_, store_.pageCount());
+    const PageNumber highest = pages.empty() ? page : std::max(pages.back(), page);
+    const std::size_t rowBytes = longerMapRow(map_->bytes().size(), 1 + 4 * (std::size_t{highest} / kBitmapPages + 1));
+    if (!map_->replace(UsageMap::referenceRow({}, rowBytes))) {
+        throw damaged(page, u"Für die Belegungskarte, in die die Seite gehört, ist kein Platz");
+    }
+    for (const PageNumber number : pages)
+        set(number);
+    if (!map_->covers(page)) addBitmap(page / kBitmapPages);
+}
+
+void UsageMapWriter::addBitmap(std::size_t entry) {
+    if (entry >= map_->entryCount()) {
+        throw damaged(static_cast<PageNumber>(entry * kBitmapPages), u"Die Belegungskarte ist zu kurz für die Seite");
+    }
+    const PageNumber bitmap = allocator_.allocate();
+    clearBitmapPage(store_.change(bitmap), 0);
+    map_->setBitmapPage(entry, bitmap);
+}
+
+}  // namespace jet

@@ -1,0 +1,150 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+#include "base/Value.h"
+#include "jet/page/PageSource.h"
+#include "jet/value/Column.h"
+
+/// The definition of a table: one page, or a chain of pages whose bytes from 8 on are appended to the first.
+///
+///     page     0 kind 2, 1; 2 free bytes less 8; 4 next page of the chain, 0 for none
+///     offset size (in the joined bytes)
+///     8      4    length of the whole, with the first page's 8 bytes and the end mark
+///     12     4    1625
+///     16     4    number of rows; may be out of date
+///     20     4    last auto number given
+///     24     1    1
+///     25     15   anything
+///     40     1    'N' user table, 'S' one of the four system tables
+///     41     2    columns ever added; the column count of new rows
+///     43     2    variable columns ever added
+///     45     2    columns
+///     47     4    logical indexes
+///     51     4    index data blocks
+///     55     4    row of the map of owned data pages
+///     59     4    row of the map of data pages with free space
+///     63          12 bytes for each index data block: u32, number of distinct keys, 0
+///                 column descriptors, 25 bytes each (Column.h); then their names
+///                 index data blocks, 52 bytes each
+///                 logical indexes, 28 bytes each; then their names
+///                 for each column of long values: u16 number, row of its owned map, row of its free map
+///                 FF FF
+///
+/// Names: u16 byte length, UTF-16LE. See docs/file-format.md, "Table definitions".
+namespace jet {
+
+inline constexpr std::size_t kMaxColumns = 255;
+inline constexpr std::size_t kMaxIndexColumns = 10;
+
+struct IndexColumn {
+    std::uint16_t columnNumber = 0;
+    bool ascending = true;
+};
+
+/// Where the counts stand in the joined bytes.
+inline constexpr std::size_t kRowCountOffset = 16;
+inline constexpr std::size_t kAutoNumberOffset = 20;
+inline constexpr std::size_t kStatisticsOffset = 63;
+inline constexpr std::size_t kStatisticsBytes = 12;  ///< of one index
+inline constexpr std::size_t kDistinctOffset = 4;    ///< in the statistics of one index
+
+/// An index data block: the tree, its columns and rules.
+struct IndexDefinition {
+    static constexpr std::size_t kBytes = 52;
+    static constexpr std::uint8_t kUnique = 0x01;
+    static constexpr std::uint8_t kIgnoreNulls = 0x02;
+    static constexpr std::uint8_t kRequired = 0x08;
+    static constexpr std::uint8_t kAlways = 0x80;  ///< set in every index
+
+    std::vector<IndexColumn> columns;
+    std::uint8_t flags = kAlways;
+    PageNumber rootPage = 0;
+    RowPointer usageMap;
+    std::uint32_t distinctKeys = 0;                           ///< a hint, often out of date
+    std::array<std::uint8_t, kStatisticsBytes> statistics{};  ///< as read
+    std::array<std::uint8_t, kBytes> block{};                 ///< as read
+
+    base::Text name;  ///< of the primary key, else of the first ordinary logical index that it backs
+    bool isPrimary = false;
+
+    bool isUnique() const { return (flags & kUnique) != 0; }
+    bool ignoresNulls() const { return (flags & kIgnoreNulls) != 0; }
+    bool isRequired() const { return (flags & kRequired) != 0; }
+};
+
+/// A name under which an index data block is known: ordinary index, primary key, or one side of an enforced
+/// relationship.
+struct LogicalIndex {
+    static constexpr std::size_t kBytes = 28;
+    enum class Kind : std::uint8_t { Ordinary = 0, PrimaryKey = 1, ForeignKey = 2 };
+    enum class Side : std::uint8_t { None = 0, Referenced = 1, Referencing = 2 };
+
+    base::Text name;
+    std::uint32_t number = 0;     ///< unique in the table; not the position
+    std::uint32_t dataBlock = 0;  ///< position in TableDefinition::indexes
+    Kind kind = Kind::Ordinary;
+    Side side = Side::None;
+    std::uint32_t partnerNumber = 0xFFFFFFFF;   ///< foreign keys: index number in the other table
+    PageNumber partnerTable = 0;                ///< foreign keys: definition of the other table
+    std::uint8_t updateRule = 4;                ///< foreign keys: 1 = cascade; else 4
+    std::uint8_t deleteRule = 4;                ///< foreign keys: bit 1 cascade, bit 2 set null; else 4
+    std::array<std::uint8_t, kBytes> record{};  ///< as read
+};
+
+struct LongValueMaps {
+    std::uint16_t columnNumber = 0;
+    RowPointer owned;
+    RowPointer free;  ///< may be none
+};
+
+class TableDefinition {
+public:
+    /// @param page  the first page of the chain: the table's identity
+    /// @throws RuntimeError (damage)
+    static TableDefinition read(PageSource& source, PageNumber page);
+
+    /// The joined bytes, the first page's 8 bytes included.
+    base::Bytes encode() const;
+
+    PageNumber page = 0;
+    std::vector<PageNumber> chain;  ///< all pages, the first included
+    std::uint32_t rowCount = 0;     ///< a hint, may be out of date
+    std::uint32_t lastAutoNumber = 0;
+    std::uint8_t kind = 'N';
+    std::uint16_t columnsEver = 0;
+    std::uint16_t variableColumnsEver = 0;
+    RowPointer ownedPages;
+    RowPointer pagesWithSpace;
+    std::vector<Column> columns;  ///< in stored order
+    std::vector<IndexDefinition> indexes;
+    std::vector<LogicalIndex> logicalIndexes;  ///< in stored order: by name
+    std::vector<LongValueMaps> longValueMaps;
+    std::array<std::uint8_t, 16> kept{{1}};  ///< bytes 24 to 39
+
+    bool isSystem() const { return kind == 'S'; }
+
+    /// Bytes of the fixed area of a row.
+    std::size_t fixedAreaBytes() const;
+
+    /// The columns in the order in which SELECT * lists them.
+    std::vector<const Column*> columnsForDisplay() const;
+
+    /// @return null if there is none; names are compared as the database compares text
+    const Column* column(base::TextView name) const;
+    const Column* columnNumbered(std::uint16_t number) const;
+
+    /// The column of one of this table's own indexes; there always is one, decoding refuses others.
+    const Column& columnOf(const IndexColumn& part) const { return *columnNumbered(part.columnNumber); }
+};
+
+/// Pages that a definition of so many joined bytes takes.
+std::size_t definitionPageCount(std::size_t joinedBytes);
+
+/// Cuts joined bytes into whole pages.
+/// @param chain  the pages' numbers, definitionPageCount() of them
+std::vector<base::Bytes> definitionPages(const base::Bytes& joined, std::span<const PageNumber> chain);
+
+}  // namespace jet

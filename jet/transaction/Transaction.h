@@ -1,0 +1,95 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <span>
+#include <unordered_map>
+#include <vector>
+
+#include "jet/Errors.h"
+#include "jet/page/PageStore.h"
+#include "jet/transaction/Database.h"
+#include "jet/transaction/Journal.h"
+#include "jet/transaction/WriteAccess.h"
+
+namespace jet {
+
+/// All changes of one `Update` or one statement: they gather here as pages in memory and reach the file whole or not
+/// at all. Others read and write again as soon as it is over.
+///
+///     Transaction transaction(database, WriteKind::Execute);
+///     ... openTable(transaction, ...), transaction.change(page), ...
+///     transaction.commit();
+///
+/// States:
+///
+///                 commit()           all flushed, journal gone
+///        Open ---------------> Writing -------------------------> Committed
+///         |                       |
+///         | drop(),               | a write or flush fails
+///         | destructor            v
+///         v                     Failed
+///       Dropped
+///
+///     Open       we alone may write; the file is untouched; changed pages lie in memory
+///     Writing    the journal is being made, then the file
+///     Committed  the file is the new one and on the disk
+///     Failed     the file is the old one again, or its journal lies there and the next opener for writing sees to it
+///     Dropped    the file is untouched
+///
+/// In all states but Open and Writing file, lock and memory are given back, and nothing may be asked any more: the next
+/// operation reads the file afresh.
+class Transaction final : public PageStore {
+public:
+    enum class State { Open, Writing, Committed, Failed, Dropped };
+
+    /// Begins: denies others the writing, looks for users of the original engine, takes the lock (waits at most
+    /// kLockWait for all of it), rolls back what an interrupted writer left, and reads the file afresh. No operation of
+    /// the same database may be under way.
+    /// @throws RuntimeError with the numbers of `kind`: in use, read-only; and those of WriteAccess
+    Transaction(Database& database, WriteKind kind);
+    ~Transaction() override;
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+
+    PageNumber pageCount() const override { return pageCount_; }
+    PageView page(PageNumber number) override;
+    std::span<std::uint8_t> change(PageNumber number) override;
+    PageNumber append() override;
+
+    const Header& header() const { return header_; }
+    State state() const { return state_; }
+
+    /// Writes the changed pages. Ends the transaction in any case.
+    /// @throws RuntimeError if it failed; then the state is Failed
+    void commit();
+
+    /// Ends the transaction without a trace.
+    void drop();
+
+    /// Pages that the commit wrote: a figure for tests and benchmarks.
+    std::size_t pagesWritten() const { return pagesWritten_; }
+
+private:
+    struct ChangedPage;
+
+    std::vector<PageChange> changes();
+    void write(const std::vector<PageChange>& changes);
+    void writePages(const std::vector<PageChange>& changes);
+    void undo(Journal& journal);
+    void end(State state);
+
+    Storage& storage_;
+    WriteKind kind_;
+    State state_ = State::Open;
+    std::unique_ptr<WriteAccess> access_;
+    Header header_;
+    std::unique_ptr<PageFile> pages_;
+    PageNumber oldPageCount_ = 0;
+    PageNumber pageCount_ = 0;
+    std::unordered_map<PageNumber, std::shared_ptr<ChangedPage>> changed_;
+    bool isFlushing_ = false;  ///< all pages have been written
+    std::size_t pagesWritten_ = 0;
+};
+
+}  // namespace jet

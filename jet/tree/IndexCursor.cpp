@@ -1,0 +1,158 @@
+#include "jet/tree/IndexCursor.h"
+
+#include <algorithm>
+#include <cassert>
+
+#include "jet/Errors.h"
+
+namespace jet {
+
+void IndexCursor::start() {
+    path_.clear();
+    isAtEntry_ = false;
+    emptyLeaves_ = 0;
+    path_.push_back(Level{IndexPage(source_.page(rootPage_), definitionPage_), 0, {}, {}});
+}
+
+/// To the child at the present position of the lowest node.
+void IndexCursor::descend() {
+    const Level& parent = path_.back();
+    const IndexPage& node = parent.page;
+    if (path_.size() >= kMaxIndexHeight) throw damaged(node.number(), u"Der Index hat zu viele Ebenen");
+    if (childCount(node) == 0) throw damaged(node.number(), u"Ein Knoten des Indexes ist leer");
+    const std::size_t i = parent.position;
+    Level child{IndexPage(source_.page(childAt(node, i)), definitionPage_), 0, parent.after, parent.upTo};
+    if (i > 0) node.copyEntry(i - 1, child.after);
+    // What is greater than the last entry of a node without tail belongs to its last child.
+    if (i + 1 < childCount(node)) node.copyEntry(i, child.upTo);
+    checkBounds(child);
+    path_.push_back(std::move(child));
+}
+
+void IndexCursor::checkBounds(const Level& level) const {
+    const IndexPage& page = level.page;
+    if (page.size() == 0) return;
+    if ((!level.after.empty() && std::is_gteq(compareEntries(level.after, page.entry(0)))) ||
+        (!level.upTo.empty() && std::is_lt(compareEntries(level.upTo, page.entry(page.size() - 1))))) {
+        throw damaged(page.number(), u"Die Einträge der Indexseite liegen außerhalb der Grenzen, die ihr Knoten setzt");
+    }
+}
+
+void IndexCursor::descendAlong(Edge edge) {
+    while (!leaf().page.isLeaf()) {
+        Level& node = path_.back();
+        node.position = edge == Edge::First ? 0 : std::max<std::size_t>(childCount(node.page), 1) - 1;
+        descend();
+    }
+    Level& reached = leaf();
+    reached.position = edge == Edge::First ? 0 : std::max<std::size_t>(reached.page.size(), 1) - 1;
+}
+
+bool IndexCursor::first() {
+    start();
+    descendAlong(Edge::First);
+    checkNoNeighbour(leaf().page.previous());
+    return arrive() || next();
+}
+
+bool IndexCursor::last() {
+    start();
+    descendAlong(Edge::Last);
+    checkNoNeighbour(leaf().page.next());
+    return arrive() || previous();
+}
+
+bool IndexCursor::seek(std::span<const std::uint8_t> key) {
+    start();
+    while (!leaf().page.isLeaf()) {
+        Level& node = path_.back();
+        node.position = std::min(node.page.lowerBound(key), std::max<std::size_t>(childCount(node.page), 1) - 1);
+        descend();
+    }
+    leaf().position = leaf().page.lowerBound(key);
+    // A leaf may hold less than the entry that its node keeps for it: then the next one has the place.
+    return arrive() || next();
+}
+
+/// Takes up the entry at the leaf's position, if there is one.
+bool IndexCursor::arrive() {
+    const Level& at = leaf();
+    isAtEntry_ = at.position < at.page.size();
+    if (isAtEntry_) at.page.copyEntry(at.position, entry_);
+    return isAtEntry_;
+}
+
+bool IndexCursor::next() {
+    if (path_.empty()) return false;
+    if (leaf().position + 1 < leaf().page.size()) {
+        ++leaf().position;
+        return arrive();
+    }
+    while (toNeighbour(Edge::First)) {
+        if (arrive()) return true;
+    }
+    return false;
+}
+
+bool IndexCursor::previous() {
+    if (path_.empty()) return false;
+    if (leaf().position > 0) {
+        --leaf().position;
+        return arrive();
+    }
+    while (toNeighbour(Edge::Last)) {
+        if (arrive()) return true;
+    }
+    return false;
+}
+
+/// To the next leaf (arriving at its first entry) or the one before (at its last).
+/// @return false, with no position left, if there is none
+bool IndexCursor::toNeighbour(Edge arriveAt) {
+    const bool forwards = arriveAt == Edge::First;
+    const PageNumber from = leafPage();
+    const PageNumber link = forwards ? leaf().page.next() : leaf().page.previous();
+    std::size_t depth = path_.size() - 1;
+    while (depth > 0) {
+        Level& node = path_[depth - 1];
+        if (forwards ? node.position + 1 < childCount(node.page) : node.position > 0) break;
+        --depth;
+    }
+    if (depth == 0) {
+        checkNoNeighbour(link);
+        path_.clear();
+        isAtEntry_ = false;
+        return false;
+    }
+    path_.erase(path_.begin() + static_cast<std::ptrdiff_t>(depth), path_.end());
+    Level& node = path_.back();
+    node.position = forwards ? node.position + 1 : node.position - 1;
+    descend();
+    descendAlong(arriveAt);
+    const IndexPage& reached = leaf().page;
+    if (link != reached.number() || (forwards ? reached.previous() : reached.next()) != from) {
+        throw damaged(from, u"Die Verkettung der Indexseiten nennt Seite " + base::decimal(link) +
+                                u", der Knoten Seite " + base::decimal(reached.number()));
+    }
+    if (reached.size() == 0 && ++emptyLeaves_ > source_.pageCount()) {
+        throw damaged(reached.number(), u"Die Indexseiten bilden einen Kreis");
+    }
+    return true;
+}
+
+void IndexCursor::checkNoNeighbour(PageNumber neighbour) const {
+    if (neighbour == 0) return;
+    throw damaged(leafPage(), u"Die äußerste Indexseite hat Seite " + base::decimal(neighbour) + u" zur Nachbarin");
+}
+
+std::span<const std::uint8_t> IndexCursor::key() const {
+    assert(isAtEntry_);
+    return std::span(entry_).first(entry_.size() - kIndexRowBytes);
+}
+
+bool IndexCursor::keyStartsWith(std::span<const std::uint8_t> beginning) const {
+    const auto whole = key();
+    return whole.size() >= beginning.size() && std::equal(beginning.begin(), beginning.end(), whole.begin());
+}
+
+}  // namespace jet
