@@ -52,13 +52,26 @@ private:
     bool changed_;
 };
 
+RECT workAreaOf(HMONITOR monitor) {
+    MONITORINFO info{};
+    info.cbSize = sizeof info;
+    GetMonitorInfoW(monitor, &info);
+    return info.rcWork;
+}
+
 RECT workAreaAtPointer() {
     POINT pointer{};
     GetCursorPos(&pointer);
-    MONITORINFO monitor{};
-    monitor.cbSize = sizeof monitor;
-    GetMonitorInfoW(MonitorFromPoint(pointer, MONITOR_DEFAULTTONEAREST), &monitor);
-    return monitor.rcWork;
+    return workAreaOf(MonitorFromPoint(pointer, MONITOR_DEFAULTTONEAREST));
+}
+
+/// As much of the rectangle as fits, moved so that nothing lies outside.
+RECT within(const RECT& area, const RECT& rect) {
+    const LONG width = std::min(rect.right - rect.left, area.right - area.left);
+    const LONG height = std::min(rect.bottom - rect.top, area.bottom - area.top);
+    const LONG left = std::clamp(rect.left, area.left, area.right - width);
+    const LONG top = std::clamp(rect.top, area.top, area.bottom - height);
+    return {left, top, left + width, top + height};
 }
 
 Icon iconOfSize(int metric, unsigned dpi) {
@@ -99,7 +112,7 @@ void FormPeer::makeWindow() {
     window_ = Window(CreateWindowExW(WS_EX_CONTROLPARENT, layout_.windowClass, toWide(form_.Caption()).c_str(), style_,
                                      area.left, area.top, 1, 1, nullptr, nullptr, windowClass.hInstance, nullptr));
     SetWindowLongPtrW(window(), GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
-    fonts_ = Fonts(GetDpiForWindow(window()));
+    fonts_ = fontsOn(area, GetDpiForWindow(window()));
     showIcons();
 }
 
@@ -122,20 +135,30 @@ void FormPeer::showIcons() {
     SendMessageW(window(), WM_SETICON, ICON_SMALL, reinterpret_cast<LPARAM>(smallIcon_.get()));
 }
 
-SIZE FormPeer::windowSize(SIZE client) const {
+Fonts FormPeer::fontsOn(const RECT& workArea, unsigned dpi) const {
+    const SIZE frame = windowSize({0, 0}, dpi);
+    return fontsFor(layout_, form_, dpi,
+                    {workArea.right - workArea.left - frame.cx, workArea.bottom - workArea.top - frame.cy});
+}
+
+SIZE FormPeer::windowSize(SIZE client, unsigned dpi) const {
     RECT rect{0, 0, client.cx, client.cy};
-    AdjustWindowRectExForDpi(&rect, style_, FALSE, WS_EX_CONTROLPARENT, fonts_.dpi());
+    AdjustWindowRectExForDpi(&rect, style_, FALSE, WS_EX_CONTROLPARENT, dpi);
     return {rect.right - rect.left, rect.bottom - rect.top};
 }
 
 void FormPeer::centre() {
     const RECT area = workAreaAtPointer();
-    const SIZE wanted = windowSize(firstClientSize(layout_, form_, fonts_.dpi()));
-    const LONG width = std::min(wanted.cx, area.right - area.left);
-    const LONG height = std::min(wanted.cy, area.bottom - area.top);
-    SetWindowPos(window(), nullptr, (area.left + area.right - width) / 2, (area.top + area.bottom - height) / 2, width,
-                 height, SWP_NOZORDER | SWP_NOACTIVATE);
+    const SIZE wanted = windowSize(firstClientSize(layout_, form_, fonts_.scale()), fonts_.dpi());
+    const LONG left = (area.left + area.right - wanted.cx) / 2;
+    const LONG top = (area.top + area.bottom - wanted.cy) / 2;
+    moveTo(within(area, {left, top, left + wanted.cx, top + wanted.cy}));
     placeControls();
+}
+
+void FormPeer::moveTo(const RECT& rect) {
+    SetWindowPos(window(), nullptr, rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top,
+                 SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
 void FormPeer::placeControls() {
@@ -146,7 +169,7 @@ void FormPeer::placeControls() {
     for (const Place& place : layout_.places) {
         if (next == controls_.end() || (*next)->control().Name() != place.control) continue;
         const NativeControl& control = **next++;
-        RECT rect = placeIn({client.right, client.bottom}, place, layout_, control.control(), fonts_.dpi());
+        RECT rect = placeIn({client.right, client.bottom}, place, layout_, control.control(), fonts_.scale());
         const SIZE needed = control.neededSize();
         rect.right = std::max(rect.right, rect.left + needed.cx);
         rect.bottom = std::max(rect.bottom, rect.top + needed.cy);
@@ -236,24 +259,47 @@ void FormPeer::closedByUser() {
 }
 
 void FormPeer::dpiChanged(unsigned dpi, const RECT& suggested) {
-    fonts_ = Fonts(dpi);
-    SIZE size{suggested.right - suggested.left, suggested.bottom - suggested.top};
-    if (!layout_.resizable) size = windowSize(firstClientSize(layout_, form_, dpi));
-    SetWindowPos(window(), nullptr, suggested.left, suggested.top, size.cx, size.cy, SWP_NOZORDER | SWP_NOACTIVATE);
+    fonts_ = fontsOn(workAreaOf(MonitorFromRect(&suggested, MONITOR_DEFAULTTONEAREST)), dpi);
+    RECT rect = suggested;
+    if (!layout_.resizable) {
+        const SIZE size = windowSize(firstClientSize(layout_, form_, fonts_.scale()), dpi);
+        rect.right = rect.left + size.cx;
+        rect.bottom = rect.top + size.cy;
+    }
+    moveTo(rect);
     showIcons();
     useFonts();
 }
 
+/// The window grows and shrinks with the texts in it. A maximised one stays, and a minimised one is limited when it is
+/// shown again.
+void FormPeer::settingsChanged() {
+    const RECT area = workAreaOf(MonitorFromWindow(window(), MONITOR_DEFAULTTONEAREST));
+    Fonts changed = fontsOn(area, fonts_.dpi());
+    if (changed == fonts_) return;
+    const auto former = static_cast<int>(fonts_.scale());
+    fonts_ = std::move(changed);
+    if (IsZoomed(window()) == FALSE && IsIconic(window()) == FALSE) {
+        RECT client{};
+        GetClientRect(window(), &client);
+        const auto grown = [&](LONG length) { return MulDiv(length, static_cast<int>(fonts_.scale()), former); };
+        SIZE size{grown(client.right), grown(client.bottom)};
+        if (!layout_.resizable) size = firstClientSize(layout_, form_, fonts_.scale());
+        size = windowSize(size, fonts_.dpi());
+        RECT rect{};
+        GetWindowRect(window(), &rect);
+        moveTo(within(area, {rect.left, rect.top, rect.left + size.cx, rect.top + size.cy}));
+    }
+    useFonts();
+}
+
 void FormPeer::limitSize(MINMAXINFO& limits) const {
-    const SIZE smallest = windowSize(smallestClientSize(layout_, fonts_.dpi()));
+    const SIZE smallest = windowSize(smallestClientSize(layout_, form_, fonts_.scale()), fonts_.dpi());
     limits.ptMinTrackSize = {smallest.cx, smallest.cy};
 }
 
 void FormPeer::systemChanged(UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == WM_SETTINGCHANGE) {
-        fonts_ = Fonts(fonts_.dpi());
-        useFonts();
-    }
+    if (message == WM_SETTINGCHANGE) settingsChanged();
     for (const auto& control : controls_) {
         if (message != WM_THEMECHANGED) SendMessageW(control->window(), message, wParam, lParam);
         control->systemChanged();

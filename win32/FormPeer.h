@@ -43,7 +43,10 @@ private:
     void makeWindow();
     void makeControls();
     void showIcons();
-    SIZE windowSize(SIZE client) const;
+    /// The fonts for a window on that part of a screen.
+    Fonts fontsOn(const RECT& workArea, unsigned dpi) const;
+    SIZE windowSize(SIZE client, unsigned dpi) const;
+    void moveTo(const RECT& rect);
     void centre();
     void placeControls();
     void useFonts();
@@ -53,6 +56,7 @@ private:
     NativeControl* controlOf(HWND window) const;
     void closedByUser();
     void dpiChanged(unsigned dpi, const RECT& suggested);
+    void settingsChanged();
     void limitSize(MINMAXINFO& limits) const;
     void systemChanged(UINT message, WPARAM wParam, LPARAM lParam);
 

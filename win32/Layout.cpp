@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cassert>
 
-#include "forms/Control.h"
+#include "forms/CheckBox.h"
+#include "forms/CommandButton.h"
 #include "forms/Form.h"
+#include "forms/Label.h"
 
 namespace win32 {
 
@@ -28,13 +30,13 @@ constexpr Follow kBoth = Follow::Both;
 constexpr Place kAccountPlaces[] = {
     {u"lvwBenKto", 12, 12, 596, 156, kBoth, kBoth, L"Benutzerkonten"},
     {u"cmbAddNew", 12, 178, 164, 26, kNear, kFar},
-    {u"Label1", 26, 226, 118, 21, kNear, kFar},
-    {u"txtUserNameDexo", 148, 226, 336, 21, kBoth, kFar},
-    {u"Label5", 26, 256, 118, 21, kNear, kFar},
-    {u"txtPathGlobal", 148, 256, 336, 21, kBoth, kFar},
-    {u"cmdGlobal", 492, 254, 102, 25, kFar, kFar},
-    {u"chbProgrammupdate", 148, 286, 160, 20, kNear, kFar},
-    {u"cmdSpeichern", 12, 328, 150, 26, kNear, kFar},
+    {u"Label1", 26, 226, 125, 21, kNear, kFar},
+    {u"txtUserNameDexo", 153, 226, 325, 21, kBoth, kFar},
+    {u"Label5", 26, 256, 125, 21, kNear, kFar},
+    {u"txtPathGlobal", 153, 256, 325, 21, kBoth, kFar},
+    {u"cmdGlobal", 486, 254, 108, 25, kFar, kFar},
+    {u"chbProgrammupdate", 153, 286, 160, 20, kNear, kFar},
+    {u"cmdSpeichern", 12, 328, 150, 26, kNear, kFar, nullptr, u"Speichern (Strg+S)"},
     {u"cmbResetPWD", 170, 328, 164, 26, kNear, kFar},
     {u"cmdDel", 342, 328, 120, 26, kNear, kFar},
     {u"cmdAbbrechen", 498, 328, 110, 26, kFar, kFar},
@@ -46,12 +48,12 @@ constexpr FormLayout kLayouts[] = {
     {u"frmBenKto", L"Tolv.frmBenKto", true, {620, 366}, {760, 520}, kAccountPlaces},
 };
 
-int scaled(int value, unsigned dpi, int unitsPerInch = USER_DEFAULT_SCREEN_DPI) {
-    return MulDiv(value, static_cast<int>(dpi), unitsPerInch);
+int scaled(int value, unsigned scale, int unitsPerInch = USER_DEFAULT_SCREEN_DPI) {
+    return MulDiv(value, static_cast<int>(scale), unitsPerInch);
 }
 
-SIZE scaled(SIZE size, unsigned dpi) {
-    return {scaled(size.cx, dpi), scaled(size.cy, dpi)};
+SIZE scaled(SIZE size, unsigned scale) {
+    return {scaled(size.cx, scale), scaled(size.cy, scale)};
 }
 
 struct Span {
@@ -60,18 +62,60 @@ struct Span {
 };
 
 /// @param room  pixels that the client area has beyond its smallest extent
-Span spanOf(int start, int length, Follow follow, LONG room, unsigned dpi) {
-    Span span{scaled(start, dpi), scaled(start + length, dpi)};
+Span spanOf(int start, int length, Follow follow, LONG room, unsigned scale) {
+    Span span{scaled(start, scale), scaled(start + length, scale)};
     if (follow == Follow::Far) span.from += room;
     if (follow != Follow::Near) span.to += room;
     return span;
 }
 
-RECT fromTwips(const forms::Bounds& bounds, unsigned dpi) {
-    const int left = scaled(bounds.leftTwips, dpi, kTwipsPerInch);
-    const int top = scaled(bounds.topTwips, dpi, kTwipsPerInch);
-    return {left, top, left + scaled(bounds.widthTwips, dpi, kTwipsPerInch),
-            top + scaled(bounds.heightTwips, dpi, kTwipsPerInch)};
+RECT fromTwips(const forms::Bounds& bounds, unsigned scale) {
+    const int left = scaled(bounds.leftTwips, scale, kTwipsPerInch);
+    const int top = scaled(bounds.topTwips, scale, kTwipsPerInch);
+    return {left, top, left + scaled(bounds.widthTwips, scale, kTwipsPerInch),
+            top + scaled(bounds.heightTwips, scale, kTwipsPerInch)};
+}
+
+/// What a control needs in width beside its caption: a button its edge, a check box the square, a label a gap.
+int besideCaption(const forms::Control& control) {
+    switch (control.kind()) {
+        case forms::Kind::CommandButton:
+            return 12;
+        case forms::Kind::CheckBox:
+            return 22;
+        case forms::Kind::Label:
+            return 4;
+        default:
+            return 0;
+    }
+}
+
+base::TextView captionOf(const forms::Control& control) {
+    auto& any = const_cast<forms::Control&>(control);
+    if (const auto* button = forms::as<forms::CommandButton>(any)) return button->Caption();
+    if (const auto* box = forms::as<forms::CheckBox>(any)) return box->Caption();
+    if (const auto* label = forms::as<forms::Label>(any)) return label->Caption();
+    return {};
+}
+
+/// The least scale at which the place has room for its captions.
+unsigned scaleFor(const Place& place, const forms::Control& control, const Fonts& fonts) {
+    if (place.width == 0) return 0;
+    const auto widest = static_cast<int>(std::max(fonts.extent(captionOf(control), fonts.normal()).cx,
+                                                  fonts.extent(place.boldCaption, fonts.bold()).cx));
+    return static_cast<unsigned>(MulDiv(widest + 1, USER_DEFAULT_SCREEN_DPI, place.width - besideCaption(control)));
+}
+
+void growForCaptions(Fonts& fonts, const FormLayout& layout, const forms::Form& form) {
+    for (const Place& place : layout.places) {
+        for (const forms::Control* control : form.Controls()) {
+            if (control->Name() == place.control) fonts.growScale(scaleFor(place, *control, fonts));
+        }
+    }
+}
+
+bool hasRoom(SIZE size, SIZE room) {
+    return size.cx <= room.cx && size.cy <= room.cy;
 }
 
 }  // namespace
@@ -88,20 +132,31 @@ const FormLayout& layoutOf(const forms::Form& form) {
     return *layout;
 }
 
-SIZE firstClientSize(const FormLayout& layout, const forms::Form& form, unsigned dpi) {
-    if (form.clientWidthTwips() == 0) return scaled(layout.first, dpi);
-    return {scaled(form.clientWidthTwips(), dpi, kTwipsPerInch), scaled(form.clientHeightTwips(), dpi, kTwipsPerInch)};
+SIZE firstClientSize(const FormLayout& layout, const forms::Form& form, unsigned scale) {
+    if (form.clientWidthTwips() == 0) return scaled(layout.first, scale);
+    return {scaled(form.clientWidthTwips(), scale, kTwipsPerInch),
+            scaled(form.clientHeightTwips(), scale, kTwipsPerInch)};
 }
 
-SIZE smallestClientSize(const FormLayout& layout, unsigned dpi) {
-    return scaled(layout.smallest, dpi);
+SIZE smallestClientSize(const FormLayout& layout, const forms::Form& form, unsigned scale) {
+    return layout.resizable ? scaled(layout.smallest, scale) : firstClientSize(layout, form, scale);
 }
 
-RECT placeIn(SIZE client, const Place& place, const FormLayout& layout, const forms::Control& control, unsigned dpi) {
-    if (place.width == 0) return fromTwips(control.bounds(), dpi);
-    const SIZE smallest = smallestClientSize(layout, dpi);
-    const Span across = spanOf(place.left, place.width, place.horizontal, std::max(0L, client.cx - smallest.cx), dpi);
-    const Span down = spanOf(place.top, place.height, place.vertical, std::max(0L, client.cy - smallest.cy), dpi);
+Fonts fontsFor(const FormLayout& layout, const forms::Form& form, unsigned dpi, SIZE room) {
+    Fonts fonts(dpi);
+    growForCaptions(fonts, layout, form);
+    while (fonts.scale() > dpi && !hasRoom(smallestClientSize(layout, form, fonts.scale()), room)) {
+        fonts = fonts.smaller();
+        growForCaptions(fonts, layout, form);
+    }
+    return fonts;
+}
+
+RECT placeIn(SIZE client, const Place& place, const FormLayout& layout, const forms::Control& control, unsigned scale) {
+    if (place.width == 0) return fromTwips(control.bounds(), scale);
+    const SIZE smallest = scaled(layout.smallest, scale);
+    const Span across = spanOf(place.left, place.width, place.horizontal, std::max(0L, client.cx - smallest.cx), scale);
+    const Span down = spanOf(place.top, place.height, place.vertical, std::max(0L, client.cy - smallest.cy), scale);
     return {across.from, down.from, across.to, down.to};
 }
 

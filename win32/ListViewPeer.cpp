@@ -17,7 +17,7 @@ namespace {
 
 constexpr int kHimetricPerInch = 2540;
 
-// In 96-DPI pixels: what the system draws beside a cell's and a header's text.
+// In the layout's unit: what the system draws beside a cell's and a header's text.
 constexpr int kCellPadding = 14;
 constexpr int kHeaderPadding = 18;
 constexpr int kIconSize = 16;
@@ -110,7 +110,7 @@ void ListViewPeer::setSpokenName() const {
 
 void ListViewPeer::showColumns() {
     widthCodes_.assign(static_cast<std::size_t>(list_.columnCount()), 0);
-    shownDpi_ = fonts().dpi();
+    shownScale_ = fonts().scale();
     while (send(LVM_DELETECOLUMN, 0) != FALSE) {
     }
     for (int index = 1; index <= list_.columnCount(); ++index) {
@@ -120,7 +120,7 @@ void ListViewPeer::showColumns() {
         column.mask = LVCF_TEXT | LVCF_WIDTH | LVCF_FMT | LVCF_SUBITEM;
         column.pszText = text.data();
         column.fmt = formatOf(header.alignment());
-        column.cx = MulDiv(header.widthHimetric(), static_cast<int>(fonts().dpi()), kHimetricPerInch);
+        column.cx = MulDiv(header.widthHimetric(), static_cast<int>(fonts().scale()), kHimetricPerInch);
         column.iSubItem = index - 1;
         send(LVM_INSERTCOLUMNW, static_cast<WPARAM>(index - 1), reinterpret_cast<LPARAM>(&column));
     }
@@ -342,12 +342,12 @@ bool ListViewPeer::setColumnWidth(int column, int code) {
 
 /// After a change of the font: fitted columns fit again, others keep their size on the screen.
 void ListViewPeer::adaptColumnWidths() {
-    const auto formerDpi = static_cast<int>(std::exchange(shownDpi_, fonts().dpi()));
+    const auto formerScale = static_cast<int>(std::exchange(shownScale_, fonts().scale()));
     for (int column = 0; column < list_.columnCount(); ++column) {
         if (setColumnWidth(column, widthCodes_[static_cast<std::size_t>(column)])) continue;
         const auto width = static_cast<int>(send(LVM_GETCOLUMNWIDTH, static_cast<WPARAM>(column)));
         PeerOn::message(LVM_SETCOLUMNWIDTH, static_cast<WPARAM>(column),
-                        MAKELPARAM(MulDiv(width, static_cast<int>(fonts().dpi()), formerDpi), 0));
+                        MAKELPARAM(MulDiv(width, static_cast<int>(fonts().scale()), formerScale), 0));
     }
 }
 

@@ -72,7 +72,7 @@ private:
     std::optional<int> lastFitting_;  ///< least width of the last column while it fills the list
     std::vector<int> widthCodes_;     ///< by column: the width code last asked for, 0 if the width is given in pixels
     bool wasInSight_ = false;         ///< the selected row, before the list's size changes
-    unsigned shownDpi_ = 0;           ///< the resolution that the widths are made for
+    unsigned shownScale_ = 0;         ///< that of the fonts that the widths are made for
 };
 
 }  // namespace win32

@@ -201,9 +201,9 @@ class Tool:
         until(lambda: self.process.poll() is not None, "the process ends")
         equal(self.process.returncode, code, "the exit code")
 
-    def tree(self, window, names, dpi=None):
+    def tree(self, window, names):
         """The window, with its children in native order and by name."""
-        tree = self.session.ask("tree", window, dpi or self.session.dpi)
+        tree = self.session.ask("tree", window)
         for child in tree["children"]:
             child["name"] = names.get(child["id"], f"id {child['id']}")
         tree["by"] = {child["name"]: child for child in tree["children"]}
@@ -291,8 +291,8 @@ class Accounts:
         self.tool, self.window = tool, window
         self.list_handle = until(lambda: self.controls().get("lvwBenKto"), "the list")["handle"]
 
-    def tree(self, dpi=None):
-        return self.tool.tree(self.window, ACCOUNT_CONTROLS, dpi)
+    def tree(self):
+        return self.tool.tree(self.window, ACCOUNT_CONTROLS)
 
     def controls(self):
         return self.tree()["by"]

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <bit>
-#include <memory>
 #include <set>
 #include <vector>
 
@@ -10,30 +9,6 @@ namespace probe {
 namespace {
 
 constexpr UINT kAnswerMilliseconds = 1000;
-
-struct DeleteFont {
-    void operator()(HFONT font) const { DeleteObject(font); }
-};
-using Font = std::unique_ptr<std::remove_pointer_t<HFONT>, DeleteFont>;
-
-Font messageFont(unsigned dpi, bool bold) {
-    NONCLIENTMETRICSW metrics{};
-    metrics.cbSize = sizeof metrics;
-    SystemParametersInfoForDpi(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0, dpi);
-    if (bold) metrics.lfMessageFont.lfWeight = FW_BOLD;
-    return Font(CreateFontIndirectW(&metrics.lfMessageFont));
-}
-
-SIZE extentOf(const std::wstring& text, unsigned dpi, bool bold) {
-    const Font font = messageFont(dpi, bold);
-    HDC screen = GetDC(nullptr);
-    HGDIOBJ former = SelectObject(screen, font.get());
-    SIZE size{};
-    GetTextExtentPoint32W(screen, text.c_str(), static_cast<int>(text.size()), &size);
-    SelectObject(screen, former);
-    ReleaseDC(nullptr, screen);
-    return size;
-}
 
 DWORD_PTR ask(HWND window, UINT message, WPARAM wParam = 0) {
     DWORD_PTR answer = 0;
@@ -45,7 +20,7 @@ void rectangle(Json& json, std::string_view name, const RECT& rect) {
     json.key(name).begin('[').value(rect.left).value(rect.top).value(rect.right).value(rect.bottom).end(']');
 }
 
-void describeOne(Json& json, HWND window, HWND focus, unsigned dpi) {
+void describeOne(Json& json, HWND window, HWND focus) {
     const std::wstring text = textOf(window);
     RECT rect{};
     GetWindowRect(window, &rect);
@@ -64,8 +39,6 @@ void describeOne(Json& json, HWND window, HWND focus, unsigned dpi) {
     POINT origin{};
     ClientToScreen(window, &origin);
     json.key("client").begin('[').value(origin.x).value(origin.y).value(client.right).value(client.bottom).end(']');
-    json.key("extent");
-    describeExtent(json, text, dpi, false);
     const std::wstring name = classOf(window);
     if (name == L"Button") json.field("checked", ask(window, BM_GETCHECK) == BST_CHECKED);
     if (name == L"Edit") json.field("passwordChar", static_cast<int>(ask(window, EM_GETPASSWORDCHAR)));
@@ -198,24 +171,19 @@ void describeWindows(Json& json, const std::wstring& exeName) {
     json.end(']');
 }
 
-void describeTree(Json& json, HWND window, unsigned dpi) {
+void describeTree(Json& json, HWND window) {
     GUITHREADINFO thread{};
     thread.cbSize = sizeof thread;
     GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &thread);
     json.begin('{');
-    describeOne(json, window, thread.hwndFocus, dpi);
+    describeOne(json, window, thread.hwndFocus);
     json.key("children").begin('[');
     for (HWND child = GetWindow(window, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
         json.begin('{');
-        describeOne(json, child, thread.hwndFocus, dpi);
+        describeOne(json, child, thread.hwndFocus);
         json.end('}');
     }
     json.end(']').end('}');
-}
-
-void describeExtent(Json& json, const std::wstring& text, unsigned dpi, bool bold) {
-    const SIZE size = extentOf(text, dpi, bold);
-    json.begin('[').value(size.cx).value(size.cy).end(']');
 }
 
 std::size_t coloursIn(const RECT& place) {

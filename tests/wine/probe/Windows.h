@@ -16,12 +16,8 @@ std::wstring classOf(HWND window);
 void describeWindows(Json& json, const std::wstring& exeName);
 
 /// One window: class, text, styles, rectangle on the screen, client area (place on the screen, width, height), focus,
-/// and its children in native order. The extents
-/// of their texts are those of the message font at `dpi`.
-void describeTree(Json& json, HWND window, unsigned dpi);
-
-/// Width and height of a text in the message font.
-void describeExtent(Json& json, const std::wstring& text, unsigned dpi, bool bold);
+/// and its children in native order.
+void describeTree(Json& json, HWND window);
 
 /// How many different colours a rectangle of the screen has: one or two where a control is not painted.
 std::size_t coloursIn(const RECT& place);

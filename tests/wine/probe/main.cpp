@@ -38,13 +38,7 @@ void windows(Json& json, const Words& words) {
 }
 
 void tree(Json& json, const Words& words) {
-    const HWND window = windowOf(words.at(1));
-    describeTree(json, window,
-                 words.size() > 2 ? static_cast<unsigned>(std::stoul(words[2])) : GetDpiForWindow(window));
-}
-
-void extent(Json& json, const Words& words) {
-    describeExtent(json, wide(words.at(1)), static_cast<unsigned>(std::stoul(words.at(2))), words.at(3) == "bold");
+    describeTree(json, windowOf(words.at(1)));
 }
 
 void list(Json& json, const Words& words) {
@@ -123,6 +117,15 @@ void type(Json& json, const Words& words) {
     json.value(SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT)));
 }
 
+/// The user's size of texts, in percent of 9 points. A program that runs already sees it only on Windows itself.
+void textSize(Json& json, const Words& words) {
+    NONCLIENTMETRICSW metrics{};
+    metrics.cbSize = sizeof metrics;
+    SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0);
+    metrics.lfMessageFont.lfHeight = -MulDiv(9 * std::stoi(words.at(1)), static_cast<int>(GetDpiForSystem()), 72 * 100);
+    json.value(SystemParametersInfoW(SPI_SETNONCLIENTMETRICS, sizeof metrics, &metrics, 0) != 0);
+}
+
 /// What the exe with the double behind COM still holds of it (tests/comdouble/EngineThroughCom.cpp).
 void held(Json& json, const Words& /*words*/) {
     const HWND window = FindWindowExW(HWND_MESSAGE, nullptr, L"comdouble", nullptr);
@@ -136,9 +139,10 @@ std::string answer(const Words& words) {
         void (*run)(Json&, const Words&);
     };
     static constexpr Command kCommands[] = {
-        {"windows", windows}, {"tree", tree},          {"extent", extent},      {"list", list}, {"box", box},
-        {"pixel", pixel},     {"colours", colours},    {"resize", resize},      {"dpi", dpi},   {"type", type},
-        {"held", held},       {"post", message<true>}, {"send", message<false>}};
+        {"windows", windows},    {"tree", tree},         {"list", list},     {"box", box},
+        {"pixel", pixel},        {"colours", colours},   {"resize", resize}, {"dpi", dpi},
+        {"type", type},          {"textsize", textSize}, {"held", held},     {"post", message<true>},
+        {"send", message<false>}};
     Json json;
     try {
         for (const Command& command : kCommands) {
