@@ -12,9 +12,10 @@ namespace {
 constexpr COLORREF kTextOnColor = RGB(0, 0, 0);
 
 void drawEdge(HDC dc, RECT area, int widthPixels) {
-    const auto* brush = static_cast<HBRUSH>(GetStockObject(BLACK_BRUSH));
+    // Not black like the text: the window's ground is that in some contrast themes.
+    const HBRUSH brush = GetSysColorBrush(COLOR_BTNTEXT);
     for (int i = 0; i < widthPixels; ++i) {
-        FrameRect(dc, &area, const_cast<HBRUSH>(brush));
+        FrameRect(dc, &area, brush);
         InflateRect(&area, -1, -1);
     }
 }

@@ -279,6 +279,8 @@ LRESULT ListViewPeer::notify(NMHDR& header) {
         case LVN_ITEMCHANGED:
             rowChanged(reinterpret_cast<const NMLISTVIEW&>(header));
             return 0;
+        case NM_CUSTOMDRAW:
+            return markSelection(reinterpret_cast<NMLVCUSTOMDRAW&>(header));
         case NM_CLICK:
             clicked(reinterpret_cast<const NMITEMACTIVATE&>(header));
             return 0;
@@ -288,6 +290,19 @@ LRESULT ListViewPeer::notify(NMHDR& header) {
         default:
             return 0;
     }
+}
+
+/// Without the focus the system marks the selected row by the ground of buttons. In a contrast theme that is the
+/// ground of all rows.
+LRESULT ListViewPeer::markSelection(NMLVCUSTOMDRAW& draw) const {
+    const bool isHidden = GetFocus() != window() && GetSysColor(COLOR_BTNFACE) == GetSysColor(COLOR_WINDOW);
+    if (draw.nmcd.dwDrawStage == CDDS_PREPAINT) return isHidden ? CDRF_NOTIFYITEMDRAW : CDRF_DODEFAULT;
+    if (draw.nmcd.dwDrawStage == CDDS_ITEMPREPAINT && static_cast<int>(draw.nmcd.dwItemSpec) == selectedRow()) {
+        draw.nmcd.uItemState &= ~static_cast<UINT>(CDIS_SELECTED);
+        draw.clrText = GetSysColor(COLOR_HIGHLIGHTTEXT);
+        draw.clrTextBk = GetSysColor(COLOR_HIGHLIGHT);
+    }
+    return CDRF_DODEFAULT;
 }
 
 LRESULT ListViewPeer::giveCell(NMLVDISPINFOW& info) {

@@ -50,6 +50,7 @@ private:
     void keepWidth(int column);
     bool isSelectedRowInSight() const;
 
+    LRESULT markSelection(NMLVCUSTOMDRAW& draw) const;
     LRESULT giveCell(NMLVDISPINFOW& info);
     LRESULT findRow(const NMLVFINDITEMW& search);
     void rowChanged(const NMLISTVIEW& change);
