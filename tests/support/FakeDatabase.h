@@ -77,6 +77,8 @@ private:
     public:
         RecordedConnection(FakeDatabase& database, std::unique_ptr<ado::Connection> engine)
             : database_(database), engine_(std::move(engine)) {}
+        RecordedConnection(const RecordedConnection&) = delete;
+        RecordedConnection& operator=(const RecordedConnection&) = delete;
         ~RecordedConnection() override { database_.note("connection released"); }
         base::Text Provider() const override { return engine_->Provider(); }
         void setProvider(base::TextView name) override {

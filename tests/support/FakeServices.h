@@ -42,7 +42,7 @@ struct FakeSettingsFile : platform::SettingsFile {
                      base::TextView filePath) override {
         log_.push_back("read setting " + base::toUtf8(key));
         const auto found = settings.find(Place(filePath, section, key));
-        const base::TextView value = found != settings.end() ? base::TextView(found->second) : defaultValue;
+        const base::TextView value = found != settings.end() ? base::TextView{found->second} : defaultValue;
         const std::size_t count = std::min(value.size(), reply.size() - 1);
         std::copy_n(value.begin(), count, reply.begin());
         reply[count] = u'\0';
@@ -68,6 +68,8 @@ struct FakeFileSystem : platform::FileSystem {
 private:
     struct Object : platform::FileSystemObject {
         explicit Object(FakeFileSystem& system) : system_(system) { system_.log_.push_back("FSO made"); }
+        Object(const Object&) = delete;
+        Object& operator=(const Object&) = delete;
         ~Object() override { system_.log_.push_back("FSO gone"); }
         bool FileExists(base::TextView path) const override { return system_.files.contains(base::Text(path)); }
         FakeFileSystem& system_;

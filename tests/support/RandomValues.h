@@ -81,7 +81,8 @@ public:
             case jet::ColumnType::Long:
                 return whole<std::int32_t>();
             case jet::ColumnType::Currency:
-                return base::Currency{below(4) == 0 ? whole<std::int64_t>() : 2500 * whole<std::int16_t>()};
+                return base::Currency{below(4) == 0 ? whole<std::int64_t>()
+                                                    : std::int64_t{2500} * whole<std::int16_t>()};
             case jet::ColumnType::Single:
                 return static_cast<float>(real(3e38));
             case jet::ColumnType::Double:
