@@ -34,7 +34,12 @@ inline std::optional<base::Text> literalOf(const base::Value& value) {
             using Held = std::decay_t<decltype(held)>;
             if constexpr (std::is_same_v<Held, base::Null>) return u"NULL";
             if constexpr (std::is_same_v<Held, bool>) return held ? u"TRUE" : u"FALSE";
-            if constexpr (std::is_same_v<Held, base::Text>) return u"'" + held + u"'";
+            if constexpr (std::is_same_v<Held, base::Text>) {
+                base::Text quoted = u"'";
+                for (const char16_t unit : held)
+                    quoted.append(unit == u'\'' ? 2 : 1, unit);
+                return quoted + u"'";
+            }
             if constexpr (std::is_same_v<Held, base::Currency>) {
                 const auto amount = static_cast<std::uint64_t>(held.tenThousandths);
                 return scaled(held.tenThousandths < 0, std::to_string(held.tenThousandths < 0 ? 0 - amount : amount),
