@@ -6,6 +6,7 @@ set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
 option(TOLV_SANITIZE "address and undefined-behaviour sanitizers" OFF)
+option(TOLV_COVERAGE "count which lines the tests run, for gcovr" OFF)
 option(TOLV_TOGETHER "compile several sources of a room or of a test program as one" ON)
 
 find_program(TOLV_CCACHE ccache)
@@ -24,6 +25,10 @@ if(TOLV_SANITIZE)
     target_compile_options(tolv_options INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all
         -fno-omit-frame-pointer -D_GLIBCXX_ASSERTIONS)
     target_link_options(tolv_options INTERFACE -fsanitize=address,undefined)
+endif()
+if(TOLV_COVERAGE)
+    target_compile_options(tolv_options INTERFACE --coverage -fprofile-update=atomic)
+    target_link_options(tolv_options INTERFACE --coverage)
 endif()
 if(WIN32)
     # Sections of their own, so that the linker leaves out the functions that a program does not use.
