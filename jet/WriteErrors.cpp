@@ -17,10 +17,6 @@ base::RuntimeError multipleStepFailure() {
                    u"OLE DB-Statuswerte, falls vorhanden. Daten wurden nicht verarbeitet.");
 }
 
-base::Text indexNamed(base::TextView index) {
-    return u"Index '" + base::Text(index) + u"'";
-}
-
 }  // namespace
 
 base::RuntimeError duplicateKey() {
@@ -36,7 +32,7 @@ base::RuntimeError rowTooLong() {
 }
 
 base::RuntimeError keyTooLong(base::TextView index) {
-    return failure(u"Der Wert ist zu lang für den " + indexNamed(index) + u".");
+    return failure(u"Der Wert ist zu lang für den Index " + quoted(index) + u".");
 }
 
 base::RuntimeError nullInIndex() {
@@ -45,12 +41,12 @@ base::RuntimeError nullInIndex() {
 
 base::RuntimeError uncertainKey(base::TextView index) {
     return failure(
-        u"Der " + indexNamed(index) +
+        u"Der Index " + quoted(index) +
         u" kann den Text nicht aufnehmen: Sein Platz in der Sortierfolge der Datei ist nicht sicher bekannt.");
 }
 
 base::RuntimeError foreignKeys(base::TextView index) {
-    return failure(u"Der " + indexNamed(index) +
+    return failure(u"Der Index " + quoted(index) +
                    u" ist nach einer anderen Sortierfolge aufgebaut. Die Tabelle kann nur gelesen werden.");
 }
 
