@@ -1,7 +1,8 @@
 #!/usr/bin/python3
 """Makes the handbook's pictures in docs/bilder from the real windows, on invented accounts.
 
-Needs the tool and the probe of windows-x64 and kontodb of native-release, see tests/wine/journeys.py.
+Needs the tool and the probe of windows-x64 and kontodb of native-release, see tests/wine/journeys.py. Beside the pictures it
+leaves `stand.txt`, by which tests/rules/handbook.py sees that layout or captions have changed since.
 """
 import contextlib
 import pathlib
@@ -11,12 +12,12 @@ import tempfile
 import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[1]
-sys.path.insert(0, str(ROOT / "tests/wine"))
+sys.path[:0] = [str(ROOT / "tests/wine"), str(ROOT / "tests/rules")]
 
 from account_window import fill, go_to, names, press, toggled  # noqa: E402
 from driver import SETTLE_SECONDS, Session, Tool, until  # noqa: E402
+from handbook import PICTURES, STATE, windows_state  # noqa: E402
 
-PICTURES = ROOT / "docs/bilder"
 BUILT = ROOT / "out/build/windows-x64"
 
 
@@ -102,6 +103,7 @@ def main():
                 pictures(session, accounts_file)
         finally:
             session.close()
+    STATE.write_text(windows_state() + "\n")
 
 
 if __name__ == "__main__":
