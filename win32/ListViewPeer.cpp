@@ -1,6 +1,7 @@
 #include "win32/ListViewPeer.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <oleacc.h>
 #include <utility>
 
@@ -14,6 +15,13 @@
 namespace win32 {
 
 namespace {
+
+bool looksAlike(COLORREF a, COLORREF b) {
+    constexpr int kVisibleDifference = 8;
+    const auto isNear = [](BYTE x, BYTE y) { return std::abs(x - y) < kVisibleDifference; };
+    return isNear(GetRValue(a), GetRValue(b)) && isNear(GetGValue(a), GetGValue(b)) &&
+           isNear(GetBValue(a), GetBValue(b));
+}
 
 constexpr int kHimetricPerInch = 2540;
 
@@ -292,10 +300,10 @@ LRESULT ListViewPeer::notify(NMHDR& header) {
     }
 }
 
-/// Without the focus the system marks the selected row by the ground of buttons. In a contrast theme that is the
-/// ground of all rows.
+/// Without the focus the system marks the selected row with the background of buttons. In a contrast theme that is the
+/// background of all rows, in others nearly so.
 LRESULT ListViewPeer::markSelection(NMLVCUSTOMDRAW& draw) const {
-    const bool isHidden = GetFocus() != window() && GetSysColor(COLOR_BTNFACE) == GetSysColor(COLOR_WINDOW);
+    const bool isHidden = GetFocus() != window() && looksAlike(GetSysColor(COLOR_BTNFACE), GetSysColor(COLOR_WINDOW));
     if (draw.nmcd.dwDrawStage == CDDS_PREPAINT) return isHidden ? CDRF_NOTIFYITEMDRAW : CDRF_DODEFAULT;
     if (draw.nmcd.dwDrawStage == CDDS_ITEMPREPAINT && static_cast<int>(draw.nmcd.dwItemSpec) == selectedRow()) {
         draw.nmcd.uItemState &= ~static_cast<UINT>(CDIS_SELECTED);
