@@ -8,7 +8,7 @@
 
 namespace base {
 
-/// Thrown by a read outside a ByteView. It knows only the place; whoever knows the page turns it into a
+/// Thrown by a read outside a ByteView. It knows only the place; a caller that knows the page turns it into a
 /// RuntimeError that names both.
 class ByteRangeError : public std::exception {
 public:
@@ -21,10 +21,10 @@ public:
     std::size_t sizeBytes;
 };
 
-/// Bytes of a file, looked at through checked little-endian reads: no offset or length taken from a file
-/// can reach outside. Does not own the bytes.
+/// The bytes of a file, with checked little-endian reads: no offset or length taken from a file can reach outside. Does
+/// not own the bytes.
 ///
-/// Every read throws ByteRangeError when it would leave the view.
+/// Every read throws ByteRangeError if it would leave the view.
 class ByteView {
 public:
     ByteView() = default;
@@ -70,7 +70,8 @@ private:
     std::span<const std::uint8_t> bytes_;
 };
 
-/// Writes `count` little-endian bytes of value at offset; the place must lie inside (asserted by the span).
+/// Writes the low `count` bytes of value at offset, least significant first; the place must be inside (the span asserts
+/// it).
 inline void putLittleEndian(std::span<std::uint8_t> bytes, std::size_t offset, std::uint64_t value, std::size_t count) {
     const auto place = bytes.subspan(offset, count);
     for (std::size_t i = 0; i < count; ++i)

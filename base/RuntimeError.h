@@ -11,14 +11,14 @@ namespace base {
 /// A failure of the file, the disk, the user's input, another program or the platform, with the number
 /// and the German description that the run-time error box shows.
 ///
-/// Thrown where the failure is known best and caught only where native events are dispatched. A bug of
-/// ours is an assertion, never a RuntimeError; a damaged file is always a RuntimeError.
+/// Thrown where the cause is known best and caught only where native events are dispatched. A bug of the program is an
+/// assertion, never a RuntimeError; a damaged file is always a RuntimeError.
 class RuntimeError : public std::exception {
 public:
     RuntimeError(std::int32_t number, Text description);
 
-    /// Small positive numbers are the classic run time's (6 overflow, 9 subscript, 13 type mismatch, ...)
-    /// and ADO's (3021, 3265, ...); large negative ones are a provider's result codes.
+    /// Small positive numbers are those of the classic run time (6 overflow, 9 subscript, 13 type mismatch, ...) and of
+    /// ADO (3021, 3265, ...); large negative ones are a provider's result codes.
     std::int32_t number() const noexcept { return number_; }
 
     const Text& description() const noexcept { return description_; }
@@ -46,7 +46,7 @@ enum class RuntimeErrorNumber : std::int32_t {
     InvalidKey = 35603,
 };
 
-/// The error with the number's own German description.
+/// The error with this number and its German description.
 RuntimeError runtimeError(RuntimeErrorNumber number);
 
 }  // namespace base

@@ -4,10 +4,10 @@
 #include <string>
 #include <string_view>
 
-/// Text as it lies in the account file and in Windows: UTF-16 units.
+/// Text as the account file and Windows store it: UTF-16 units.
 ///
-/// A Text may hold anything the file holds: zero units, unpaired surrogates. Nothing here normalises,
-/// trims or checks it.
+/// A Text may hold anything that a file holds: zero units, unpaired surrogates. Nothing here normalises, trims or
+/// checks it.
 namespace base {
 
 using Text = std::u16string;
@@ -23,7 +23,7 @@ std::string toUtf8(TextView text);
 /// control character of the same number, as Windows does.
 Text fromWindows1252(std::string_view bytes);
 
-/// Encodes as Windows code page 1252; what it lacks becomes "?".
+/// Encodes as Windows code page 1252; a character that the code page lacks becomes "?".
 std::string toWindows1252(TextView text);
 
 /// Decimal digits, with a leading "-" for negative numbers; no grouping.
@@ -32,12 +32,12 @@ Text decimal(std::int64_t number);
 /// The text without leading and trailing U+0020. Tabs, line ends and no-break spaces stay.
 TextView trimBlanks(TextView text);
 
-/// The small letter for A to Z, any other unit as it is.
+/// The small letter for A to Z; any other unit unchanged.
 constexpr char16_t asciiLower(char16_t unit) {
     return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + (u'a' - u'A')) : unit;
 }
 
-/// Equality of ASCII names without regard to the case of A to Z; all other units must be the same.
+/// Whether two names are equal, ignoring the case of A to Z only; all other units must be the same.
 bool equalsIgnoringAsciiCase(TextView a, TextView b);
 
 }  // namespace base

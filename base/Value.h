@@ -7,7 +7,7 @@
 
 #include "base/Text.h"
 
-/// A field's value as the account file and ADO deliver it: one alternative a column type, and null.
+/// A field's value as the account file and ADO give it: one alternative for each column type, and null.
 namespace base {
 
 struct Null {
@@ -20,21 +20,21 @@ struct Currency {
     friend bool operator==(const Currency&, const Currency&) = default;
 };
 
-/// Days since 1899-12-30 00:00 local time. For negative values the fraction still counts forward from
-/// midnight: -1.25 is 1899-12-29 06:00.
+/// Days since 1899-12-30 00:00 local time. In negative values, too, the fraction counts forward from midnight: -1.25 is
+/// 1899-12-29 06:00.
 struct Date {
     double days = 0;
     friend bool operator==(const Date&, const Date&) = default;
 };
 
-/// The sixteen bytes in the order in which the file stores them (three little-endian integers, then
-/// eight bytes as written).
+/// The sixteen bytes in the order in which the file stores them (three little-endian integers, then eight single
+/// bytes).
 struct Guid {
     std::array<std::uint8_t, 16> bytes{};
     friend bool operator==(const Guid&, const Guid&) = default;
 };
 
-/// Decimal number: magnitude / 10^scale with a sign of its own.
+/// A decimal number: magnitude / 10^scale, and a separate sign.
 struct Decimal {
     bool negative = false;
     std::uint8_t scale = 0;                    ///< 0 to 28
