@@ -8,11 +8,11 @@
 #include "base/Text.h"
 #include "base/Value.h"
 
-/// What the tool asks of the machine, one narrow interface a service. win32/ implements them for real,
-/// the tests with fakes that behave.
+/// What the tool needs from the machine, one narrow interface for each service. win32/ holds the real ones,
+/// tests/support fakes that behave like them.
 namespace platform {
 
-/// A native window; 0 is none.
+/// A native window; 0 means no window.
 using WindowHandle = std::uintptr_t;
 
 /// Window messages to native controls (SendMessageA).
@@ -27,14 +27,14 @@ public:
 class SettingsFile {
 public:
     virtual ~SettingsFile() = default;
-    /// Copies the setting, or the default, to the start of reply and ends it with a zero unit.
-    /// @param reply  its size is the room, the terminating zero included
+    /// Copies the setting, or the default if there is none, to the start of reply and adds a zero unit.
+    /// @param reply  its size is the space available, including the zero at the end
     /// @return units copied, without the zero
     virtual std::size_t read(base::TextView section, base::TextView key, base::TextView defaultValue, base::Text& reply,
                              base::TextView filePath) = 0;
 };
 
-/// The folder of the running executable, without trailing separator except for a drive's root.
+/// The folder of the running executable, without a separator at the end unless it is the root of a drive.
 class ProgramFolder {
 public:
     virtual ~ProgramFolder() = default;
@@ -45,7 +45,7 @@ public:
 class FileSystemObject {
 public:
     virtual ~FileSystemObject() = default;
-    /// True for a file, false for a folder and for nothing.
+    /// True for a file; false for a folder, or if nothing has this path.
     virtual bool FileExists(base::TextView path) const = 0;
 };
 
@@ -55,7 +55,7 @@ public:
     virtual std::unique_ptr<FileSystemObject> createObject() = 0;
 };
 
-/// Modal message boxes under the application title, owned by the window in front.
+/// Modal message boxes under the application title, owned by the active window.
 class MessageBoxes {
 public:
     enum class Buttons { Ok, YesNo };
@@ -80,7 +80,7 @@ class FolderChooser {
 public:
     virtual ~FolderChooser() = default;
     /// Shows the chooser for file-system folders.
-    /// @param buffer  receives the path, ended by a zero unit; left as it is when the shell gives none
+    /// @param buffer  receives the path, ended by a zero unit; unchanged if the shell gives no path
     /// @return false if the user cancelled
     virtual bool choose(WindowHandle owner, base::TextView title, base::Text& buffer) = 0;
 };
@@ -90,20 +90,20 @@ class Regional {
 public:
     virtual ~Regional() = default;
     /// Numbers and dates in the user's format, yes/no as "Wahr" and "Falsch"; text unchanged.
-    /// @throws base::RuntimeError 94 for null, 13 for a value without text form
+    /// @throws base::RuntimeError 94 for null, 13 for a value that has no text form
     virtual base::Text toText(const base::Value& value) const = 0;
-    /// Rounds halves to the even neighbour. @throws base::RuntimeError 13 unreadable, 6 out of range
+    /// Rounds halves to the even neighbour. @throws base::RuntimeError 13 if the text is not a number, 6 out of range
     virtual std::int32_t toLong(base::TextView text) const = 0;
-    /// The text read as a date in the user's order, as "yyyymmdd"; nothing if it is no date.
+    /// The text as "yyyymmdd", read as a date in the user's order; nothing if it is not a date.
     virtual std::optional<base::Text> toSortableDate(base::TextView text) const = 0;
-    /// Case-insensitive order of the user's language: negative, 0 or positive.
+    /// Case-insensitive order of the user's language: negative if a comes first, 0 if equal, positive if b comes first.
     virtual int compare(base::TextView a, base::TextView b) const = 0;
-    /// Bytes that stand, one by one, as compare says of the texts; equal where it says 0. For many
-    /// comparisons of one text.
+    /// A sort key: comparing the bytes of two keys gives the same order as compare gives for the texts, and equal keys
+    /// where compare gives 0. Faster if one text is compared many times.
     virtual base::Bytes sortKey(base::TextView text) const = 0;
 };
 
-/// All services together, as win32/ or a test hands them to Main. The referenced services outlive the tool.
+/// All services together. win32/ or a test hands them to Main; the services must outlive the tool.
 struct Services {
     WindowMessages& windowMessages;
     SettingsFile& settingsFile;
