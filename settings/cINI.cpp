@@ -3,7 +3,7 @@
 namespace tolv {
 namespace {
 
-/// Room for the reply with the zero that ends it.
+/// Size of the reply buffer in units, including the zero at the end.
 constexpr std::size_t kReplySize = 255;
 
 }  // namespace
