@@ -9,8 +9,8 @@
 
 namespace tolv {
 
-/// The one connection to the account file BenKTO.mdb: open from this object's making to its end, never
-/// closed or replaced in between. Beside it, the conversion of values between fields and controls.
+/// The one connection to the account file BenKTO.mdb. It is open for the whole life of this object and never closed or
+/// replaced meanwhile. Also converts values between fields and controls.
 class cDB {
 public:
     /// Opens the account file in the folder that objINI names.
@@ -23,9 +23,9 @@ public:
     /// For statements and record sets; only cDB opens and closes it.
     ado::Connection& Connection() const { return *connection_; }
 
-    /// Null as empty text, anything else in the user's regional format; not trimmed.
+    /// Null gives empty text, anything else its text in the user's regional format; not trimmed.
     base::Text GiveTextBoxValueForFORM(const base::Value& value) const;
-    /// The text without blanks around it; null if nothing is left. Tabs and line ends are no blanks.
+    /// The text without blanks at both ends; null if nothing is left. Tabs and line ends are not blanks.
     base::Value GiveTextBoxValueForDB(const base::Text& text) const;
 
 private:
