@@ -4,9 +4,9 @@
 
 namespace tolv {
 
-/// The record that describes a header's item to the header control: HDITEM in its ANSI form, field by field
-/// as the platform lays it out. In 32 bits it is the record's first 36 bytes, which is all that the mask
-/// lets the control read; in 64 bits it is the whole record.
+/// What a message tells the header control about one header: HDITEM in its ANSI form, laid out as Windows documents it.
+/// In 32 bits these are only the record's first 36 bytes, but the mask lets the control read no more; in 64 bits it is
+/// the whole record.
 struct HeaderItem {
     std::uint32_t mask = 0;
     std::int32_t width = 0;

@@ -4,7 +4,7 @@
 
 namespace tolv {
 
-/// A display text that a sort has set aside, and the key of the list row to which it belongs.
+/// The text shown before a sort, and the key of its list row.
 struct SortRestoreEntry {
     base::Text Text;
     base::Text Key;

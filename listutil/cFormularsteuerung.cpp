@@ -23,7 +23,7 @@ constexpr std::int32_t HDF_IMAGE = 0x800;
 constexpr std::int32_t HDF_BITMAP_ON_RIGHT = 0x1000;
 constexpr std::int32_t HDF_STRING = 0x4000;
 
-// Types of columns, as their headers' tags name them.
+// Column types, as the headers' tags name them.
 constexpr base::TextView kDate = u"DATE";
 constexpr base::TextView kNumber = u"NUMBER";
 constexpr base::TextView kFromTo = u"VONBIS";
@@ -44,7 +44,7 @@ void setValue(forms::ListItem item, int column, base::TextView value) {
     }
 }
 
-/// Replaces every value of the column, in the order of the rows.
+/// Replaces every value of the column, row by row in the list's order.
 void rewrite(forms::ListView& listView, int column, const std::function<base::Text(base::TextView)>& rewritten) {
     const int rowCount = listView.rowCount();
     for (int index = 1; index <= rowCount; ++index) {
@@ -58,7 +58,7 @@ base::Text shownDate(base::TextView value) {
     return base::Text(value.substr(6)).append(u".").append(value.substr(4, 2)).append(u".").append(value.substr(0, 4));
 }
 
-/// Puts the texts back that were set aside before the sort.
+/// Puts back the texts that were saved before the sort.
 void restore(forms::ListView& listView, int column, const std::vector<SortRestoreEntry>& entries) {
     if (listView.rowCount() == 0) return;
     if (entries.empty()) throw base::runtimeError(base::RuntimeErrorNumber::SubscriptOutOfRange);
@@ -86,7 +86,7 @@ void cFormularsteuerung::Sort_ListView(const forms::ColumnHeader& header, forms:
     if (header.Tag() == kNumber) {
         rewrite(listView, column, [this](base::TextView value) { return base::decimal(regional_.toLong(value)); });
     }
-    // Ranges have no sortable form so far: nothing is set aside for them.
+    // Ranges have no sortable form yet: nothing was saved for them.
     if (header.Tag() == kFromTo) restore(listView, column, {});
 }
 
