@@ -8,8 +8,8 @@ class TextBox;
 
 namespace tolv {
 
-/// The controls of the account window through which the account store shows an account and reads it back.
-/// They belong to the window and live longer than the store.
+/// The controls of the account window in which the account store shows an account and from which it reads it back. They
+/// belong to the window and outlive the store.
 struct AccountFields {
     forms::TextBox& txtPathGlobal;
     forms::TextBox& txtUserNameDexo;

@@ -8,8 +8,8 @@
 
 namespace tolv {
 
-/// The account ID that a field or a list row's tag holds.
-/// @throws base::RuntimeError 94 for null, 13 for what is no number, 6 outside 32 bits
+/// The account ID in a field or in a list row's tag.
+/// @throws base::RuntimeError 94 for null, 13 if it is not a number, 6 if it does not fit into 32 bits
 inline std::int32_t accountId(const base::Value& value, const platform::Regional& regional) {
     const auto* id = std::get_if<std::int32_t>(&value);
     return id != nullptr ? *id : regional.toLong(regional.toText(value));

@@ -3,7 +3,7 @@
 namespace tolv::accountTable {
 namespace {
 
-/// "SELECT * FROM Benutzerkonto" and what follows it.
+/// "SELECT * FROM Benutzerkonto", followed by the rest.
 base::Text selectWhole(base::TextView rest) {
     return base::Text(u"SELECT * FROM ").append(kTable).append(rest);
 }

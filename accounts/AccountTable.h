@@ -4,12 +4,12 @@
 
 #include "base/Text.h"
 
-/// The table Benutzerkonto of the account file: its columns as the tool uses them, the fixed initial
-/// password, the key scheme of the account list and every statement that is sent against the table.
-/// Further columns may be there and are left alone.
+/// The table Benutzerkonto of the account file: the columns that the tool uses, the fixed initial password, the keys of
+/// the account list's rows, and every statement that the tool sends for this table. The table may have further columns;
+/// they are left alone.
 ///
-/// Statements are concatenated text. Names stand between single quotes exactly as typed, quotes in them are
-/// not doubled; IDs are bare decimal digits.
+/// Statements are plain text put together from pieces. Names stand between single quotes exactly as typed, and quotes
+/// in them are not doubled; IDs are bare decimal digits.
 namespace tolv::accountTable {
 
 inline constexpr base::TextView kTable = u"Benutzerkonto";
@@ -20,24 +20,24 @@ inline constexpr base::TextView kPass = u"BenKTO_Pass";                ///< text
 inline constexpr base::TextView kServerPath = u"BenKTO_ServerPath";    ///< text
 inline constexpr base::TextView kProgUpdate = u"BenKTO_R_ProgUpdate";  ///< yes/no
 
-/// The ID that stands for an account without a row.
+/// The ID of an account that has no row yet.
 inline constexpr std::int32_t kNewAccount = 0;
 
-/// What kPass holds as long as the user has not replaced the initial password.
+/// The value of kPass until the user replaces the initial password.
 inline constexpr base::TextView kStoredInitialPassword =
     u"a4c123b1612dd272d1371c17149d439536b3216fdaeeb975729fae923d5a4fd1";
-/// The password that belongs to it, told to the administrator.
+/// The initial password itself, which the administrator is told.
 inline constexpr base::TextView kInitialPassword = u"MNwelKOP";
 
 /// Key of the account's row in the list: the prefix and the decimal ID.
 base::Text listKey(std::int32_t id);
 
-/// Rows that bear the name.
+/// The rows with this name.
 base::Text selectByName(base::TextView name);
-/// Rows that bear the name, the account's own left out.
+/// The rows with this name, except the account's own.
 base::Text selectOthersByName(base::TextView name, std::int32_t id);
 base::Text selectById(std::int32_t id);
-/// All rows in the order of their names.
+/// All rows, ordered by name.
 base::Text selectAll();
 /// Sets the stored initial password. @param id  the list row's tag as text
 base::Text updateToInitialPassword(base::TextView id);

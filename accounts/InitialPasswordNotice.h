@@ -5,7 +5,7 @@
 
 namespace tolv {
 
-/// Tells the administrator the initial password of an account, after words that say what has happened to it.
+/// The text that tells the administrator an account's initial password, after a sentence about what has happened.
 inline base::Text initialPasswordNotice(base::TextView whatHappened) {
     return base::Text(whatHappened)
         .append(u"\r\n\r\n")

@@ -16,7 +16,7 @@
 namespace tolv {
 namespace {
 
-/// Whether a value of any type is the number -1, which stands for true.
+/// Whether a value of any type is the number -1, which means true.
 struct IsTrue {
     bool operator()(bool value) const { return value; }
     bool operator()(std::uint8_t) const { return false; }
@@ -63,7 +63,7 @@ std::int16_t cBenutzerkonten::KontoSchonDa(base::TextView /*name*/, std::int32_t
 
 std::int32_t cBenutzerkonten::SaveBenKto(std::int32_t id) {
     const auto recordset = openRecordset(accountTable::selectById(id), ado::LockType::adLockPessimistic);
-    if (recordset->RecordCount() == 0) recordset->AddNew();  // also where somebody has deleted the row
+    if (recordset->RecordCount() == 0) recordset->AddNew();  // also if somebody has deleted the row
     ado::Fields& row = recordset->Fields();
     row.Item(accountTable::kName).setValue(fields_.txtUserNameDexo.Text());
     if (id == accountTable::kNewAccount) {
@@ -72,14 +72,14 @@ std::int32_t cBenutzerkonten::SaveBenKto(std::int32_t id) {
     }
     row.Item(accountTable::kProgUpdate).setValue(fields_.chbProgrammupdate.Value());
     row.Item(accountTable::kServerPath).setValue(base::Text(base::trimBlanks(fields_.txtPathGlobal.Text())));
-    // Before Update: a new row's number is known since AddNew.
+    // Read before Update: the new row's number exists since AddNew.
     const std::int32_t savedId = accountId(row.Item(accountTable::kId).Value(), regional_);
     recordset->Update();
     recordset->Close();
     return savedId;
 }
 
-/// "Initialpasswwort" with the doubled w, as the administrators know the message.
+/// "Initialpasswwort" keeps its doubled w: administrators know the message that way.
 void cBenutzerkonten::announceInitialPassword() {
     const base::Text created =
         u"Das Benutzerkonto '" + fields_.txtUserNameDexo.Text() + u"' wurde mit folgendem Initialpasswwort angelegt:";
@@ -96,7 +96,7 @@ void cBenutzerkonten::ShowBenKto(forms::ListView& listView) {
 }
 
 void cBenutzerkonten::addRows(ado::Recordset& recordset, forms::ListView& listView) const {
-    ado::Fields& fields = recordset.Fields();  // looked up once, not for each of a million rows
+    ado::Fields& fields = recordset.Fields();  // looked up once, not once for each of a million rows
     ado::Field& id = fields.Item(accountTable::kId);
     ado::Field& name = fields.Item(accountTable::kName);
     ado::Field& serverPath = fields.Item(accountTable::kServerPath);
