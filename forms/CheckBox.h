@@ -8,7 +8,7 @@
 
 namespace forms {
 
-/// A check box, or in its graphical style a push button that stays pressed while it is on.
+/// A check box; in its graphical style, a push button that stays pressed while it is on.
 class CheckBox : public Control {
 public:
     static constexpr Kind kKind = Kind::CheckBox;
@@ -19,7 +19,7 @@ public:
 
     CheckBox(Form& form, base::Text name, base::Text caption, Style style = Style::Standard);
 
-    /// Raised after the value has become another one.
+    /// Raised after the value has changed.
     std::function<void()> onClick;
 
     std::int16_t Value() const { return value_; }
@@ -30,7 +30,7 @@ public:
 
     bool isGraphical() const { return style_ == Style::Graphical; }
 
-    /// The user clicked or pressed Space: the value changes over. The native box must not toggle by itself.
+    /// The user clicked or pressed Space: the value is toggled here. The native box must not toggle by itself.
     void userClicked();
 
 private:

@@ -4,8 +4,8 @@
 
 namespace forms {
 
-/// A colour as 0x00BBGGRR; with the top bit set the low byte is the number of a system colour, which a
-/// native window looks up at each paint.
+/// A colour as 0x00BBGGRR. If the top bit is set, the low byte is the number of a system colour, which a native window
+/// looks up at each paint.
 using Color = std::uint32_t;
 
 inline constexpr Color kWindowBackground = 0x80000005;

@@ -22,10 +22,10 @@ public:
     /// From 1. Column 1 shows the rows' text, column k their sub-item k - 1.
     int Index() const { return index_; }
     const base::Text& Text() const { return text_; }
-    /// The width at first, in hundredths of a millimetre; the native column may have got another since.
+    /// The initial width in hundredths of a millimetre; the native column's width may have changed since.
     int widthHimetric() const { return widthHimetric_; }
     Alignment alignment() const { return alignment_; }
-    /// The type of the column's values; empty for none.
+    /// The type of the column's values; empty if it has none.
     const base::Text& Tag() const { return tag_; }
 
 private:

@@ -11,14 +11,14 @@
 
 namespace forms {
 
-/// A list of texts of which one, or none, is chosen.
+/// A list of texts. At most one of them is chosen.
 class ComboBox : public Control {
 public:
     static constexpr Kind kKind = Kind::ComboBox;
 
     ComboBox(Form& form, base::Text name) : Control(form, kKind, std::move(name)) {}
 
-    /// Raised after another entry, or none, has been chosen.
+    /// Raised after another entry has been chosen, or the choice has been cleared.
     std::function<void()> onClick;
 
     void AddItem(base::Text text);

@@ -8,7 +8,7 @@
 
 namespace forms {
 
-/// A push button. In the graphical style its background colour shows.
+/// A push button. Its background colour is visible in the graphical style only.
 class CommandButton : public Control {
 public:
     static constexpr Kind kKind = Kind::CommandButton;

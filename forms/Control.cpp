@@ -20,7 +20,7 @@ Control::~Control() {
 void Control::setEnabled(bool enabled) {
     if (enabled == enabled_) return;
     enabled_ = enabled;
-    // A native window that is disabled under the focus leaves the program without any, and the keyboard dead.
+    // If a native window with the focus is disabled, nothing has the focus and the keyboard is dead.
     if (!enabled && hasFocus()) form_.focusFirstTabStop();
     tellPeer(Property::Enabled);
 }

@@ -4,10 +4,11 @@ namespace forms {
 
 class Form;
 
-/// Shows forms: the narrow interface behind which native windows, or a test, stand.
+/// Shows forms. Native windows implement this interface; so does a fake for tests.
 class FormHost {
 public:
-    /// A box that is no form, such as a message box, waits for the user's answer as long as this lives.
+    /// While an object of this class lives, a box that is not a form, such as a message box, waits for the user's
+    /// answer.
     class OpenBox {
     public:
         explicit OpenBox(FormHost& host) : host_(host) { ++host_.openBoxCount_; }
@@ -20,18 +21,18 @@ public:
     };
 
     virtual ~FormHost() = default;
-    /// The form is about to run its load handler: its native window and those of its controls are made now,
-    /// hidden, and attached as peers.
+    /// Called before the form's load handler runs: makes the form's native window and those of its controls, hidden,
+    /// and attaches them as peers.
     virtual void load(Form& form) = 0;
     /// Shows the loaded form and returns once it is unloaded; no other form takes input meanwhile.
     virtual void showModal(Form& form) = 0;
     /// Shows the loaded form and returns at once.
     virtual void show(Form& form) = 0;
-    /// The form has run its unload handler: its window goes, and with the last one the program ends. The
-    /// call may come from a handler of one of its controls.
+    /// Called after the form's unload handler: removes the window; after the last one the program ends. The caller may
+    /// be a handler of one of the form's controls.
     virtual void unloaded(Form& form) = 0;
 
-    /// While true, the forms take nothing from the user.
+    /// While true, the forms ignore the user.
     bool hasOpenBox() const { return openBoxCount_ > 0; }
 
 private:

@@ -7,8 +7,8 @@
 
 namespace forms {
 
-/// The pictures that a list view's column headers show, by index from 0. The model holds which picture
-/// stands where; the native side draws them, at the window's resolution.
+/// The pictures for a list view's column headers, by index from 0. The model says which picture has which index; the
+/// native side draws them at the window's resolution.
 class ImageList : public Control {
 public:
     static constexpr Kind kKind = Kind::ImageList;

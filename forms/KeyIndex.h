@@ -8,14 +8,14 @@
 
 namespace forms {
 
-/// Finds rows by the hashes of their keys; what the keys are, its user knows. Rows lie in one table, each at the first
-/// free slot from the one that its hash names, so that a million of them are put in and found with few reads of
-/// far memory.
+/// Finds rows by the hashes of their keys; the caller compares the keys themselves. Rows are kept in one table, each in
+/// the first free slot, starting at the slot that its hash names. So a million rows can be inserted and found with few
+/// cache misses.
 class KeyIndex {
 public:
     using Row = std::uint32_t;
 
-    /// @param hasKey  whether a row with this hash, bool(Row), has the very key
+    /// @param hasKey  called as bool(Row) for a row with this hash: whether it really has the key
     template <typename HasKey>
     std::optional<Row> find(std::uint32_t hash, HasKey hasKey) const {
         if (slots_.empty()) return std::nullopt;
@@ -24,9 +24,9 @@ public:
         return std::nullopt;
     }
 
-    /// @param row  not in the index, and not the greatest number
+    /// @param row  not in the index yet, and not the greatest number
     void insert(std::uint32_t hash, Row row);
-    /// @param row  in the index with this hash
+    /// @param row  is in the index with this hash
     void erase(std::uint32_t hash, Row row);
     void clear();
 
@@ -43,7 +43,7 @@ private:
     void put(Slot slot);
     void grow();
 
-    std::vector<Slot> slots_;  ///< a power of two of them, or none
+    std::vector<Slot> slots_;  ///< empty, or a power of two of them
     std::size_t count_ = 0;
 };
 

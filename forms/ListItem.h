@@ -9,34 +9,34 @@ namespace forms {
 
 class ListView;
 
-/// A row of a list view: a light handle that may be copied. It names the row, not its place, and so follows
-/// it through a sort. Clearing the list ends it: using it afterwards raises 35601.
+/// A row of a list view, as a light handle that may be copied. It refers to the row, not to its place, so it stays
+/// valid when the list is sorted. After the list has been cleared, using it raises 35601.
 class ListItem {
 public:
     /// The first column.
     base::TextView Text() const;
     void setText(base::TextView text);
 
-    /// The column behind the first, from 1; empty if never set. Views are valid until the row is changed.
+    /// The text of column index + 1, index from 1; empty if never set. Valid until the row is changed.
     /// @throws base::RuntimeError 35600 below 1
     base::TextView SubItems(int index) const;
     void setSubItems(int index, base::TextView text);
 
-    /// Empty for none.
+    /// Empty if the row has none.
     base::TextView Key() const;
-    /// Unique in the list, regardless of ASCII case.
+    /// Must be unique in the list, ignoring ASCII case.
     /// @throws base::RuntimeError 35602 if another row has it, 35603 if it reads as a number
     void setKey(base::TextView key);
 
     const base::Value& Tag() const;
     void setTag(base::Value tag);
 
-    /// Place in the present order, from 1.
+    /// Place in the current order, from 1.
     int Index() const;
     bool Selected() const;
-    /// Selects the row; by code, so ItemClick is not raised.
+    /// Selects the row. This is done by code, so ItemClick is not raised.
     void Select();
-    /// Scrolls as little as needed.
+    /// Scrolls as little as necessary.
     void EnsureVisible();
 
     friend bool operator==(const ListItem& a, const ListItem& b) {

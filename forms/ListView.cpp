@@ -9,7 +9,7 @@
 namespace forms {
 namespace {
 
-/// Such a key could not be told from an index: an optional sign, then digits, points and commas.
+/// Whether the key could be mistaken for an index: an optional sign, then digits, points and commas.
 bool readsAsNumber(base::TextView key) {
     key = base::trimBlanks(key);
     if (!key.empty() && (key.front() == u'+' || key.front() == u'-')) key.remove_prefix(1);
@@ -17,7 +17,7 @@ bool readsAsNumber(base::TextView key) {
            key.find_first_of(u"0123456789") != base::TextView::npos;
 }
 
-/// The units' high bytes before their low ones, so that bytes stand as the units do.
+/// The high byte of each unit before its low byte, so that the bytes sort as the units do.
 base::Bytes unitBytes(base::TextView text) {
     base::Bytes bytes;
     bytes.reserve(2 * text.size());
@@ -28,7 +28,7 @@ base::Bytes unitBytes(base::TextView text) {
     return bytes;
 }
 
-/// FNV-1a of the units, the same for keys that differ in case alone.
+/// FNV-1a of the units; equal for keys that differ only in case.
 std::uint32_t hashOf(base::TextView key) {
     std::uint32_t hash = 2166136261U;
     for (const char16_t unit : key)
@@ -132,7 +132,7 @@ std::size_t ListView::placeOf(const ListItem& item) {
 void ListView::setCell(const ListItem& item, std::size_t cell, base::TextView text) {
     Row& row = rowOf(item);
     if (row.texts.cell(cell) == text) return;
-    if (orderIsDue_) settleOrder();  // by the text before the change
+    if (orderIsDue_) settleOrder();  // using the text before the change
     textsChanged_ = true;
     row.texts.setCell(cell, text);
     tellPeer(Property::Rows);
@@ -147,7 +147,7 @@ void ListView::setKeyOf(const ListItem& item, base::TextView key) {
     const base::TextView keyBefore = row.texts.cell(0);
     if (!keyBefore.empty()) keys_.erase(hashOf(keyBefore), item.row_);
     row.texts.setCell(0, key);
-    // `key` itself may have looked at the row's texts.
+    // `key` may be a view of the row's old texts, which no longer exist.
     if (!key.empty()) keys_.insert(hashOf(row.texts.cell(0)), item.row_);
 }
 
@@ -164,7 +164,7 @@ std::optional<ListItem> ListView::SelectedItem() {
 }
 
 void ListView::setSelectedItem(std::optional<ListItem> item) {
-    if (item) rowOf(*item);  // must be one of ours
+    if (item) rowOf(*item);  // raises an error if the row is not of this list
     const std::optional<RowId> row = item ? std::optional<RowId>(item->row_) : std::nullopt;
     if (row == selected_) return;
     selected_ = row;
@@ -208,7 +208,7 @@ void ListView::setSortKey(std::int16_t sortKey) {
 
 void ListView::setSortOrder(Order order) {
     if (order == sortOrder_) return;
-    if (!orderIsDue_) settleOrder();  // equal rows stand the same either way
+    if (!orderIsDue_) settleOrder();  // equal rows keep their order in both directions
     sortOrder_ = order;
     if (sorted_) orderLater();
 }
@@ -229,7 +229,7 @@ void ListView::orderAnew() {
     if (selected_) tellPeer(Property::Selection);
 }
 
-/// Key and direction are mostly set one after the other: one sort for both.
+/// Callers mostly set key and direction one after the other: sort only once for both.
 void ListView::orderLater() {
     orderIsDue_ = true;
     tellPeer(Property::Rows);
@@ -274,7 +274,7 @@ void ListView::visitCells(int column, const std::function<void(base::TextView)>&
 }
 
 std::optional<std::size_t> ListView::findPrefix(std::size_t startPlace, base::TextView prefix, bool wrap) {
-    // Neighbours mostly begin alike, and comparing in a language's way is slow.
+    // Neighbours often have the same beginning, and comparing in the order of a language is slow.
     std::optional<base::TextView> refused;
     const auto matches = [&](std::size_t place) {
         const base::TextView start = cellAt(place, 0).substr(0, prefix.size());

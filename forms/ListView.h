@@ -19,19 +19,19 @@ namespace forms {
 
 class ImageList;
 
-/// A list of rows in columns, of which at most one row is selected. Made for 1,000,000 rows.
+/// A list of rows in columns; at most one row is selected. Made for 1,000,000 rows.
 ///
-/// Order. Rows stand as they were added until Sorted is set; setting it orders them at once, by the texts of
-/// that moment. While it is set, another SortKey or SortOrder orders them anew, and rows added are put in
-/// their places, once, at the first read of the order; a change of text never moves a row that has its
-/// place. Rows that compare equal keep their former order.
+/// Order. Rows stay in the order in which they were added until Sorted is set; setting it sorts them at once, by their
+/// texts at that moment. While it is set, another SortKey or SortOrder sorts them again, and added rows are put in
+/// their places once, when the order is next read. Changing a text never moves a row that already has its place. Rows
+/// that compare equal keep their former order.
 ///
-/// Selection. Nothing is selected until code or the user selects a row, and after Clear. The user cannot
-/// empty the selection. ItemClick comes once for each row that the user goes to or clicks, the selected one
-/// too, and never for a selection made by code.
+/// Selection. Nothing is selected until code or the user selects a row, and after Clear. The user cannot empty the
+/// selection. ItemClick comes once for each row that the user moves to or clicks, even if it was selected already, and
+/// never for a selection by code.
 ///
-/// Peers are told Rows at every change of a row, a million times in a refill: a peer notes that it is out of
-/// date and catches up when it paints, is told Selection, or a native message needs the rows.
+/// Peers are told Rows at every change of a row, a million times in a refill. A peer only notes that it is out of date,
+/// and catches up when it paints, is told Selection, or gets a native message that needs the rows.
 class ListView : public Control {
 public:
     static constexpr Kind kKind = Kind::ListView;
@@ -44,9 +44,9 @@ public:
     std::function<void(ListItem item)> onItemClick;
     std::function<void(const ColumnHeader& header)> onColumnClick;
 
-    /// Bytes that stand as the texts do. Without it, texts stand by the values of their units.
+    /// Sort key: its bytes sort as the texts do. If not set, texts are sorted by the values of their units.
     std::function<base::Bytes(base::TextView)> sortKeyOf;
-    /// Whether a text is the one that the user types. Without it, all units must be the same.
+    /// Whether a text matches what the user types. If not set, all units must be the same.
     std::function<bool(base::TextView, base::TextView)> areEqual;
 
     // Columns.
@@ -59,7 +59,7 @@ public:
     ViewMode View() const { return view_; }
     void setView(ViewMode view);
 
-    /// The pictures of the column headers, nothing for none.
+    /// The pictures of the column headers; null if there are none.
     ImageList* ColumnHeaderIcons() const { return columnHeaderIcons_; }
     void setColumnHeaderIcons(ImageList* icons);
 
@@ -68,17 +68,17 @@ public:
     /// Appends a row without texts, key or tag.
     ListItem addRow();
     void clearRows();
-    /// @param index  from 1, in the present order. @throws base::RuntimeError 35600 if there is no such row
+    /// @param index  from 1, in the current order. @throws base::RuntimeError 35600 if there is no such row
     ListItem ListItems(int index);
     /// @throws base::RuntimeError 35601 if no row has the key
     ListItem ListItems(base::TextView key);
 
     std::optional<ListItem> SelectedItem();
-    /// By code: ItemClick is not raised.
+    /// For code: ItemClick is not raised.
     void setSelectedItem(std::optional<ListItem> item);
 
     // Order.
-    /// Column by which the rows are ordered, from 0: 0 the text, k the sub-item k.
+    /// The column by which the rows are sorted, from 0: 0 is the text, k is sub-item k.
     std::int16_t SortKey() const { return sortKey_; }
     void setSortKey(std::int16_t sortKey);
     Order SortOrder() const { return sortOrder_; }
@@ -86,24 +86,24 @@ public:
     bool Sorted() const { return sorted_; }
     void setSorted(bool sorted);
 
-    // What a peer asks, by place from 0 in the present order and by column from 0.
-    /// Empty where there is no such row or cell. Valid until the row is changed.
+    // What a peer asks, by place in the current order and by column, both from 0.
+    /// Empty if there is no such row or cell. Valid until the row is changed.
     base::TextView cellAt(std::size_t place, int column);
-    /// Shows every row's text in the column, in the order in which the rows were added: much faster than by place,
-    /// where neighbours lie far apart in memory.
+    /// Calls `visit` with every row's text in the column, in the order in which the rows were added. This is much
+    /// faster than going by place, because neighbours in the order are far apart in memory.
     void visitCells(int column, const std::function<void(base::TextView)>& visit) const;
-    /// The selected row's place, nothing if there is none.
+    /// The selected row's place; nothing if no row is selected.
     std::optional<std::size_t> selectedPlace();
-    /// The first row from startPlace on whose text begins with the prefix, as areEqual sees it.
-    /// @param wrap  go on at the first row behind the last
+    /// The first row at or after startPlace whose text begins with the prefix, according to areEqual.
+    /// @param wrap  continue with the first row after the last
     std::optional<std::size_t> findPrefix(std::size_t startPlace, base::TextView prefix, bool wrap);
 
     // The user's input; places from 0, columns from 1.
-    /// The user's move has selected this row natively; the row that is selected already is passed over.
+    /// The user's move has selected this row in the native list. Ignored if the row is selected already.
     void userSelectedRow(std::size_t place);
-    /// A click on the row that was selected before the mouse button went down: ItemClick once more.
+    /// The user clicked the row that was already selected before the mouse button went down: raises ItemClick again.
     void userClickedSelectedRow();
-    /// The native selection has become empty: the peer is told to show the selected row again.
+    /// The native selection has become empty: tells the peer to show the selected row again.
     void userEmptiedSelection();
     void userClickedColumn(int column);
 
@@ -113,7 +113,7 @@ public:
 private:
     friend class ListItem;
 
-    using RowId = KeyIndex::Row;  ///< the how-manieth row added since the list was cleared, from 0
+    using RowId = KeyIndex::Row;  ///< counts the rows added since the list was cleared, from 0
 
     struct Row {
         RowTexts texts;  ///< cell 0 is the key, then text and sub-items
@@ -132,9 +132,9 @@ private:
     base::TextView sortTextOf(RowId row) const;
     void orderAnew();
     void orderLater();
-    /// Does what is due: the rows' new order, or the places of those added.
+    /// Does the pending work: sorts all rows again, or puts the added ones in their places.
     void settleOrder();
-    /// The first settledCount rows keep their order among themselves.
+    /// The first settledCount rows keep their order relative to each other.
     void putInOrder(std::size_t settledCount);
     RowId rowAt(std::size_t place);
 
@@ -145,15 +145,15 @@ private:
     std::deque<Row> rows_;
     std::vector<RowId> order_;      ///< rows by place
     std::size_t orderedCount_ = 0;  ///< places before this one are settled
-    KeyIndex keys_;                 ///< knows the rows' hashes; the keys themselves stand in their texts
+    KeyIndex keys_;                 ///< holds the keys' hashes; the keys themselves are in the rows' texts
     std::uint32_t filling_ = 0;
     std::optional<RowId> selected_;
 
     std::int16_t sortKey_ = 0;
     Order sortOrder_ = Order::Ascending;
     bool sorted_ = false;
-    bool orderIsDue_ = false;    ///< key or direction are others than those by which the rows stand
-    bool textsChanged_ = false;  ///< since the rows were ordered
+    bool orderIsDue_ = false;    ///< key or direction differ from those of the rows' current order
+    bool textsChanged_ = false;  ///< since the rows were last sorted
 
     ListViewPeer* listPeer_ = nullptr;
 };

@@ -8,7 +8,7 @@
 
 namespace forms {
 
-/// One choice of several: of the form's option buttons at most one is on.
+/// One of several choices: at most one of the form's option buttons is on.
 class OptionButton : public Control {
 public:
     static constexpr Kind kKind = Kind::OptionButton;

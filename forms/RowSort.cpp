@@ -35,7 +35,7 @@ std::vector<RowSort::Row> RowSort::inOrder(std::size_t settledCount) {
 
     std::vector<Row> rows;
     rows.reserve(entries_.size());
-    // By hand and not by std::merge: the settled rows may be out of order.
+    // Not std::merge: the settled rows need not be sorted.
     auto next = added;
     for (auto settled = entries_.begin(); settled != added; ++settled) {
         while (next != entries_.end() && before(*next, *settled))
@@ -47,8 +47,8 @@ std::vector<RowSort::Row> RowSort::inOrder(std::size_t settledCount) {
     return rows;
 }
 
-/// Accounts often begin alike, paths nearly always: the bytes at hand for a comparison are taken from where
-/// the keys begin to differ.
+/// Account names often have the same beginning, and paths nearly always do. So `start` holds the bytes of the key after
+/// the part that all keys share.
 void RowSort::fillStarts() {
     if (entries_.empty()) return;
     const Entry& first = entries_.front();

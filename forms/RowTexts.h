@@ -7,13 +7,13 @@
 
 namespace forms {
 
-/// A list row's texts in one block of memory, so that a row costs one allocation and no unused room:
+/// The texts of one list row in one block of memory, so that a row needs one allocation and no spare space:
 ///
-///     units 0, 1       count of cells n, low and high half
-///     units 2 to 2n+1  end of each cell in units behind the table, low and high half
-///     then             the cells' units, one after the other
+///     units 0, 1       number of cells n, low and high half
+///     units 2 to 2n+1  end of each cell, in units from the end of this table, low and high half
+///     then             the cells' units, one cell after the other
 ///
-/// Setting a cell makes the block anew.
+/// Setting a cell makes a new block.
 class RowTexts {
 public:
     /// Empty for a cell that was never set. Valid until a cell of this row is set.

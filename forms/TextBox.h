@@ -9,14 +9,14 @@
 
 namespace forms {
 
-/// A box of one line of text.
+/// A box with one line of text.
 class TextBox : public Control {
 public:
     static constexpr Kind kKind = Kind::TextBox;
 
     TextBox(Form& form, base::Text name) : Control(form, kKind, std::move(name)) {}
 
-    /// Raised after the text has become another one.
+    /// Raised after the text has changed.
     std::function<void()> onChange;
 
     const base::Text& Text() const { return text_; }
@@ -25,11 +25,11 @@ public:
     Color BackColor() const { return backColor_; }
     void setBackColor(Color color);
 
-    /// Shown in place of every character; 0 shows the text. Belongs to the definition: no peer is told.
+    /// Shown in place of every character; 0 shows the text itself. Only for the definition: no peer is told.
     char16_t PasswordChar() const { return passwordChar_; }
     void setPasswordChar(char16_t character) { passwordChar_ = character; }
 
-    /// The native box holds this text now. The peer shows it already and is not told.
+    /// The user has typed: the native box now holds this text. The peer shows it already and is not told.
     void userTyped(base::TextView text);
 
 private:
