@@ -18,16 +18,16 @@ constexpr forms::Color kChangedRed = 0x000000FF;
 
 constexpr std::int16_t kKeyS = 83;
 
-/// Room for a path that the shell gives.
+/// Size in units of the buffer for a path from the shell.
 constexpr std::size_t kPathUnits = 260;
 
-/// The name by which the locking loops pass over the button for new accounts.
+/// The loops that lock and unlock controls recognise the button for new accounts by this name.
 constexpr base::TextView kAddNewName = u"cmbAddNew";
 
 constexpr int kNameWidthHimetric = 5556;
 constexpr int kServerPathWidthHimetric = 2540;
 
-/// Shows the hourglass as long as it lives, so that an error does not leave it behind.
+/// Shows the hourglass while it lives, so that an error does not leave the hourglass on the screen.
 class Hourglass {
 public:
     explicit Hourglass(platform::MousePointer& pointer) : pointer_(pointer) {
@@ -341,7 +341,7 @@ void frmBenKto::showFirstAccount() {
     }
     forms::ListItem first = lvwBenKto.ListItems(1);
     first.Select();
-    first.EnsureVisible();  // a refilled list stays scrolled as it was
+    first.EnsureVisible();  // refilling a list does not scroll it
     lvwBenKto_ItemClick(first);
 }
 

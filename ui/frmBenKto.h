@@ -16,8 +16,8 @@
 
 namespace tolv {
 
-/// The account window: the list of all accounts, the fields of the selected one and the commands. It is in
-/// one of these states, which its controls themselves hold:
+/// The account window: the list of all accounts, the fields of the selected one, and the commands. It is always in one
+/// of these states, which only its controls hold:
 ///
 ///     Empty             no accounts; fields empty, grey, disabled
 ///     Viewing           one account selected; fields show what the table held when it was selected
@@ -25,14 +25,14 @@ namespace tolv {
 ///     New               cmbAddNew is on; list and fields are empty, fields can be edited
 ///     New, changed      the same, edited
 ///
-/// The save button is the only record of unsaved edits; they are dropped without a question by whatever
-/// loads an account, by cmbAddNew and by unloading, which releases the shared objects. Selection and fields
-/// never part: every move of the selection loads the account before it returns.
+/// Only the save button shows that there are unsaved edits. They are lost without a question when an account is loaded,
+/// when cmbAddNew is clicked, and when the window is unloaded, which also releases the shared objects. Selection and
+/// fields always agree: every move of the selection loads the account before it returns.
 class frmBenKto : public forms::Form {
 public:
     frmBenKto(forms::FormHost& host, const platform::Services& services);
 
-    /// The controls that the account store works on.
+    /// The controls that the account store uses.
     AccountFields accountFields() { return {txtPathGlobal, txtUserNameDexo, chbProgrammupdate, cmbResetPWD}; }
 
     // Controls in the order of definition.
@@ -52,8 +52,8 @@ public:
     forms::ImageList imgList_Sort;
 
     /// Lets the user choose a folder.
-    /// @param owner  the window that waits meanwhile, nothing for none
-    /// @return as the shell gives it; empty if the user cancels, or for an item without a path
+    /// @param owner  the window that is blocked meanwhile, null if there is none
+    /// @return the path as the shell gives it; empty if the user cancels or chooses an item without a path
     base::Text GivePathName(const forms::Form* owner = nullptr, base::TextView title = u"Wählen Sie einen Ordner aus");
 
 private:
@@ -82,7 +82,7 @@ private:
     void MarkChanged();
     void SetChanged();
 
-    /// The first row as the header sorts them, or the locked fields if there is none.
+    /// Shows the first row in the current sort order; locks the fields if there are no rows.
     void showFirstAccount();
     /// @throws base::RuntimeError 91 if no row is selected
     forms::ListItem selectedRow();
@@ -96,7 +96,7 @@ private:
     const platform::Regional& regional_;
 
     std::int16_t bTrackChanges = kFalse;  ///< while false, edits do not mark the account as changed
-    std::int16_t bHandleAddNew = kFalse;  ///< while false, cmbAddNew changes without effect
+    std::int16_t bHandleAddNew = kFalse;  ///< while false, a change of cmbAddNew has no effect
 };
 
 }  // namespace tolv
