@@ -17,15 +17,15 @@ namespace tolv {
 class frmBenKto;
 class frmLogin;
 
-/// What the tool stands on for one run: the machine's services, the database engine and the host of its
-/// windows, handed in once; and the default instances of its two forms, made at their first use. Main and
-/// the shared objects belong to the one Application there is:
+/// What the tool needs for one run: the machine's services, the database engine and the host of its windows, passed in
+/// once; and the default instances of its two forms, made at their first use. Main and the shared objects use the one
+/// Application that exists:
 ///
 ///     tolv::Application application(services, connections, formHost);
 ///     tolv::Main();
 ///     // run the message loop until the last form is unloaded
 ///
-/// Its end releases the shared objects that are left and then the forms.
+/// Its destructor releases the shared objects that still exist, and then the forms.
 class Application {
 public:
     Application(const platform::Services& services, ado::ConnectionFactory& connections, forms::FormHost& formHost);

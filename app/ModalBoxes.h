@@ -3,10 +3,9 @@
 #include "forms/FormHost.h"
 #include "platform/Platform.h"
 
-/// The machine's boxes as the tool uses them: while one is open, the windows take nothing from the user. The
-/// system disables a box's owner, but that keeps out mouse and keyboard only: another program's request to
-/// close the window, the end of the session or a tool for automation would still reach it, in the midst of a
-/// command.
+/// The machine's boxes as the tool uses them: while one is open, the windows ignore the user. The system disables a
+/// box's owner, but that blocks only mouse and keyboard. Another program's request to close the window, the end of the
+/// session or an automation tool could still reach the window, in the middle of a command.
 namespace tolv {
 
 class ModalMessageBoxes final : public platform::MessageBoxes {

@@ -5,7 +5,7 @@
 namespace tolv {
 namespace {
 
-/// A workstation that has this file, whatever is in it, gets the password filled in.
+/// On a workstation that has this file, whatever its contents, the password is filled in already.
 constexpr base::TextView kMarkerFile = u"C:\\mmtolvblankologin";
 
 }  // namespace
@@ -37,7 +37,7 @@ frmLogin::frmLogin(forms::FormHost& host, platform::FileSystem& fileSystem, plat
 }
 
 void frmLogin::Form_Load() {
-    const auto fso = fileSystem_.createObject();  // its own: the shared one comes after the login
+    const auto fso = fileSystem_.createObject();  // an object of its own: the shared one is made after the login
     if (fso->FileExists(kMarkerFile)) txtPasswort.setText(kAdministratorPassword);
 }
 

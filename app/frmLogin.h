@@ -8,13 +8,13 @@
 
 namespace tolv {
 
-/// The login dialog: asks for the administrator password until it is right or the user gives up. Its only
-/// result is LoginOK.
+/// The login dialog: asks for the administrator password until it is right or the user gives up. Its only result is
+/// LoginOK.
 class frmLogin : public forms::Form {
 public:
     frmLogin(forms::FormHost& host, platform::FileSystem& fileSystem, platform::MessageBoxes& messageBoxes);
 
-    // Controls in the order of definition.
+    // Controls in order of definition.
     forms::Label Label6;
     forms::TextBox txtPasswort;
     forms::CommandButton cmdLogin;

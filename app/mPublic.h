@@ -10,8 +10,8 @@ namespace platform {
 class FileSystemObject;
 }
 
-/// Start-up, and the shared objects that live while the account window is open. Forward declarations alone,
-/// so that every room of the tool may include this header without making a circle of rooms.
+/// Start-up, and the shared objects that live while the account window is open. It has forward declarations only, so
+/// every room of the tool may include it without making a circle of rooms.
 namespace tolv {
 
 class cBenutzerkonten;
@@ -24,7 +24,7 @@ inline constexpr base::TextView kApplicationTitle = u"Tolv-Benutzerkontenverwalt
 /// The administrator password, which also protects the account file.
 inline constexpr base::TextView kAdministratorPassword = u"HwendorpliqZ";
 
-/// Flags kept as 16-bit numbers.
+/// Flags are 16-bit numbers.
 inline constexpr std::int16_t kTrue = -1;
 inline constexpr std::int16_t kFalse = 0;
 
@@ -32,20 +32,20 @@ extern std::unique_ptr<cINI> objINI;                        ///< settings
 extern std::unique_ptr<cDB> objDB;                          ///< the open connection
 extern std::unique_ptr<cBenutzerkonten> objBenKto;          ///< account store
 extern std::unique_ptr<cFormularsteuerung> objForm;         ///< list utilities
-extern std::unique_ptr<platform::FileSystemObject> objFSO;  ///< shared, used by nothing
+extern std::unique_ptr<platform::FileSystemObject> objFSO;  ///< shared; nothing uses it
 
-/// kTrue once the administrator password has been given.
+/// kTrue once the right administrator password has been given.
 extern std::int16_t LoginOK;
 
-/// Runs the login dialog, then opens the account file and shows the account window. Returns while that
-/// window is open. Needs a tolv::Application.
+/// Runs the login dialog, then opens the account file and shows the account window. Returns while that window is still
+/// open. A tolv::Application must exist.
 void Main();
 /// In the order FSO, INI, DB (which opens the account file), BenKto, Form.
 void CreateSharedObjects();
-/// In the order Form, INI, DB (which closes the account file), BenKto, FSO; harmless if there are none.
+/// In the order Form, INI, DB (which closes the account file), BenKto, FSO; does nothing for those that do not exist.
 void ReleaseSharedObjects();
 
-/// Null is empty text; anything else as cDB::GiveTextBoxValueForFORM gives it.
+/// Null gives empty text; anything else what cDB::GiveTextBoxValueForFORM gives.
 base::Text NullToText(const base::Value& value);
 
 }  // namespace tolv
