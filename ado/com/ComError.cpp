@@ -14,7 +14,7 @@ std::int32_t numberOf(SCODE result) {
     return (bits & kAdoResultMask) == kAdoResult ? static_cast<std::int32_t>(bits & ~kAdoResultMask) : result;
 }
 
-/// In the user's language.
+/// The system's text, in the user's language.
 base::Text systemText(SCODE result) {
     wchar_t units[512];
     const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
@@ -34,7 +34,7 @@ ExceptionRecord::~ExceptionRecord() {
 }
 
 base::RuntimeError ExceptionRecord::error() {
-    // What it cannot fill in is missing like anything else.
+    // If this fails, the missing parts are treated like any other missing part.
     if (info_.pfnDeferredFillIn != nullptr) info_.pfnDeferredFillIn(&info_);
     SCODE code = info_.scode;
     if (code == 0) code = info_.wCode;

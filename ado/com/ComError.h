@@ -5,8 +5,8 @@
 
 namespace ado::com {
 
-/// COM's exception record, which a failing call fills in: with what it likes, at once or through a function that is
-/// to be called for it. Frees the record's texts at its end.
+/// COM's exception record, which a failing call fills in: any part of it, at once or later through a function that the
+/// caller has to call. The destructor frees the record's texts.
 class ExceptionRecord {
 public:
     ExceptionRecord() = default;
@@ -16,16 +16,16 @@ public:
 
     EXCEPINFO* out() { return &info_; }
 
-    /// The record as a run-time error. Its number is scode, else wCode, else that of the failed call; a record
-    /// without a description gets the system's text.
+    /// The record as a run-time error. The number is scode, otherwise wCode, otherwise that of the failed call; if the
+    /// record has no description, the system's text is used.
     base::RuntimeError error();
 
 private:
     EXCEPINFO info_{};
 };
 
-/// The error of a result that came without a record, with the system's text. ADO's own results (800Annnn) have the
-/// number nnnn, 3704 for 800A0E78; every other one is its own number.
+/// The error for a result without a record, with the system's text. ADO's own results (800Annnn) get the number nnnn,
+/// so 3704 for 800A0E78; any other result is its own number.
 base::RuntimeError comError(HRESULT result);
 
 inline void requireSuccess(HRESULT result) {

@@ -29,8 +29,9 @@ void Connection::Close() {
 
 void Connection::Execute(base::TextView commandText) {
     const Variant text(commandText);
-    // Of the two optional arguments the first is a variable for ADO to write to: a "missing" value in its place could
-    // not be written back. Returns a record set, closed where the statement gives no rows.
+    // The first of the two optional arguments is a variable that ADO writes to; a "missing" value in its place could
+    // not be written to, so both are left out. The call returns a record set, which is closed if the statement gives no
+    // rows.
     object_.call(L"Execute", {&text});
 }
 

@@ -7,7 +7,7 @@
 
 namespace ado::com {
 
-/// ADO's Connection. What it refuses, and when, is ADO's and the provider's decision alone.
+/// ADO's Connection. Only ADO and the provider decide what is refused, and when.
 class Connection final : public ado::Connection {
 public:
     explicit Connection(const CLSID& classId) : object_(classId), properties_(object_) {}
@@ -21,12 +21,12 @@ public:
     void Close() override;
     void Execute(base::TextView commandText) override;
 
-    /// For a record set to be opened on.
+    /// For opening a record set on this connection.
     const Object& object() const { return object_; }
 
 private:
     Object object_;
-    ProviderProperties properties_;  // released first
+    ProviderProperties properties_;  // declared last, so that it is released first
 };
 
 }  // namespace ado::com

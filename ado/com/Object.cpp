@@ -9,12 +9,12 @@ namespace ado::com {
 
 namespace {
 
-// IDispatch and IID_NULL under names of our own: no library of ids is linked for the two.
+// IDispatch and IID_NULL under names of our own, so that no library of ids has to be linked for these two.
 constexpr GUID kDispatch{0x00020400, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
 constexpr GUID kNoInterface{};
 
-// What the two kinds of processor do differently in a late-bound call. Sizes and conventions that the compiler takes
-// from the system's headers, held against the documented ones.
+// What differs between 32 and 64 bits in a late-bound call: sizes and calling conventions, which the compiler takes
+// from the system's headers, are checked against the documented ones.
 constexpr bool k64Bit = sizeof(void*) == 8;
 static_assert(sizeof(VARIANT) == (k64Bit ? 24 : 16) && offsetof(VARIANT, lVal) == 8);
 static_assert(sizeof(DECIMAL) == 16);
@@ -26,7 +26,7 @@ static_assert(offsetof(EXCEPINFO, bstrSource) == (k64Bit ? 8 : 4));
 static_assert(offsetof(EXCEPINFO, pfnDeferredFillIn) == (k64Bit ? 48 : 24));
 static_assert(offsetof(EXCEPINFO, scode) == (k64Bit ? 56 : 28));
 static_assert(sizeof(BSTR) == sizeof(void*) && sizeof(OLECHAR) == 2 && sizeof(VARIANT_BOOL) == 2);
-// Where the conventions differ, a type without __stdcall is another one.
+// Where the calling conventions differ, a function type without __stdcall is another type.
 static_assert(std::is_same_v<decltype(&IDispatch::Invoke),
                              HRESULT (__stdcall IDispatch::*)(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*,
                                                               EXCEPINFO*, UINT*)>);
@@ -75,7 +75,7 @@ void Object::put(const wchar_t* member, const Variant& value) const {
 }
 
 void Object::call(const wchar_t* member, std::initializer_list<const Variant*> arguments) const {
-    std::vector<VARIANT> borrowed;  // in reverse order, as automation wants it
+    std::vector<VARIANT> borrowed;  // in reverse order, as automation requires
     for (auto argument = std::rbegin(arguments); argument != std::rend(arguments); ++argument)
         borrowed.push_back((*argument)->raw());
     DISPPARAMS parameters{borrowed.data(), nullptr, static_cast<UINT>(borrowed.size()), 0};
@@ -85,7 +85,7 @@ void Object::call(const wchar_t* member, std::initializer_list<const Variant*> a
 DISPID Object::idOf(const wchar_t* member) const {
     for (const auto& [name, id] : ids_)
         if (name == member || std::wcscmp(name, member) == 0) return id;
-    // Written without const, though nobody changes it.
+    // The parameter is declared without const, but nothing changes the text.
     auto* name = const_cast<LPOLESTR>(member);
     DISPID id = DISPID_UNKNOWN;
     requireSuccess(object_->GetIDsOfNames(kNoInterface, &name, 1, LOCALE_USER_DEFAULT, &id));
@@ -97,7 +97,7 @@ Variant Object::invoke(const wchar_t* member, WORD kind, DISPPARAMS& parameters)
     const DISPID id = idOf(member);
     Variant result;
     ExceptionRecord record;
-    // A put has no result to give.
+    // Setting a property gives no result.
     VARIANT* const place = kind == DISPATCH_PROPERTYPUT ? nullptr : result.out();
     const HRESULT outcome =
         object_->Invoke(id, kNoInterface, LOCALE_USER_DEFAULT, kind, &parameters, place, record.out(), nullptr);

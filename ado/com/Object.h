@@ -9,12 +9,12 @@
 
 namespace ado::com {
 
-/// An automation object whose members are reached by name. A name is looked up at its first use and its id kept for
-/// the object's life. Every call may throw what the object raises.
+/// An automation object whose members are called by name. A name is looked up when it is first used, and its id is kept
+/// as long as the object lives. Every call may throw what the object raises.
 class Object {
 public:
     Object() = default;
-    /// Shares the object.
+    /// Adds a reference to the object.
     explicit Object(IDispatch* object);
     /// A new object of the class, from a module in this process.
     explicit Object(const CLSID& classId);
@@ -28,7 +28,7 @@ public:
     /// A property with an argument, such as an item of a collection.
     Variant get(const wchar_t* member, const Variant& argument) const;
     void put(const wchar_t* member, const Variant& value) const;
-    /// @param arguments  in the order in which the member has them; what it returns is released unseen
+    /// @param arguments  in the member's own order; the result is released and ignored
     void call(const wchar_t* member, std::initializer_list<const Variant*> arguments = {}) const;
 
     IDispatch* dispatch() const { return object_; }

@@ -8,16 +8,16 @@
 
 namespace ado::com {
 
-/// The properties that the provider gives a connection once it is named.
+/// The properties that the provider gives a connection once the provider is set.
 class ProviderProperties final : public ado::Properties {
 public:
-    /// @param connection  outlives this object
+    /// @param connection  must outlive this object
     explicit ProviderProperties(const Object& connection) : connection_(connection) {}
     ProviderProperties(const ProviderProperties&) = delete;
     ProviderProperties& operator=(const ProviderProperties&) = delete;
     ~ProviderProperties() override = default;
 
-    /// Asks the provider each time: another one has other properties.
+    /// Asks the provider each time, because another provider has other properties.
     ado::Property& Item(base::TextView name) override;
 
 private:
@@ -32,7 +32,7 @@ private:
     };
 
     const Object& connection_;
-    std::map<base::Text, Entry> entries_;  ///< as they were named; a reference to one stays good
+    std::map<base::Text, Entry> entries_;  ///< by the names as given; references to entries stay valid
 };
 
 }  // namespace ado::com

@@ -11,7 +11,7 @@ void Recordset::Open(base::TextView source, ado::Connection& connection, CursorT
     const auto* own = dynamic_cast<Connection*>(&connection);
     assert(own != nullptr);
     const Variant statement(source);
-    // As an object: a connection string would open a second connection.
+    // The object itself: a connection string would open a second connection.
     const Variant over(own->object().dispatch());
     const Variant cursor(static_cast<std::int32_t>(cursorType));
     const Variant lock(static_cast<std::int32_t>(lockType));

@@ -9,12 +9,12 @@
 
 namespace ado::com {
 
-/// ADO's Recordset. Its fields are fetched once after Open and then follow the current row by themselves.
+/// ADO's Recordset. Its fields are fetched once after Open; after that they follow the current row by themselves.
 class Recordset final : public ado::Recordset {
 public:
     explicit Recordset(const CLSID& classId) : object_(classId) {}
 
-    /// @param connection  one of this room's own
+    /// @param connection  must be an ado::com::Connection
     void Open(base::TextView source, ado::Connection& connection, CursorType cursorType, LockType lockType,
               std::int32_t options) override;
     std::int32_t State() const override;
@@ -47,12 +47,12 @@ private:
 
     private:
         Object object_;
-        std::map<base::Text, RowField, std::less<>> byName_;  ///< as they were named
+        std::map<base::Text, RowField, std::less<>> byName_;  ///< by the names as given
         std::map<std::int32_t, RowField> byIndex_;
     };
 
     Object object_;
-    std::optional<RowFields> fields_;  // released first
+    std::optional<RowFields> fields_;  // declared last, so that it is released first
 };
 
 }  // namespace ado::com

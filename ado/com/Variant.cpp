@@ -26,7 +26,7 @@ BSTR newString(base::TextView text) {
 }
 
 base::Text textOf(BSTR string) {
-    return {string, string + SysStringLen(string)};  // null is the empty text
+    return {string, string + SysStringLen(string)};  // a null pointer means empty text
 }
 
 SAFEARRAY* newArray(const base::Bytes& bytes) {
@@ -62,7 +62,7 @@ base::Value wholeNumber(std::int64_t number) {
     return number < 0 ? wholeNumber(true, 0 - bits) : wholeNumber(false, bits);
 }
 
-/// What of base::Value goes into which kind of VARIANT.
+/// Puts each alternative of base::Value into the right kind of VARIANT.
 struct Filler {
     VARIANT& variant;
 
@@ -113,7 +113,7 @@ struct Filler {
     }
     void operator()(const base::Decimal& value) const {
         variant.decVal = decimalOf(value);
-        variant.vt = VT_DECIMAL;  // last: it lies inside the decimal
+        variant.vt = VT_DECIMAL;  // set last, because vt is inside the decimal's memory
     }
 };
 

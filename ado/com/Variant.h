@@ -8,7 +8,7 @@
 
 namespace ado::com {
 
-/// A VARIANT and what hangs on it. Values pass through without loss: null, every unit of a text, the sign of true.
+/// Owns a VARIANT and everything that it refers to. Values pass without loss: null, every unit of a text, true as -1.
 class Variant {
 public:
     Variant() = default;
@@ -21,23 +21,23 @@ public:
     explicit Variant(const base::Value& value);
     explicit Variant(base::TextView text);
     explicit Variant(std::int32_t number);
-    /// Shares the object.
+    /// Adds a reference to the object.
     explicit Variant(IDispatch* object);
 
-    /// For a call to put its result in; empty.
+    /// An empty VARIANT for a call to put its result in.
     VARIANT* out() { return &variant_; }
 
-    /// A whole number that does not fit into 32 bits comes as a Decimal; an empty variant as null.
-    /// @throws 13 for what is no value: objects, error codes, arrays of anything but bytes
+    /// A whole number that does not fit into 32 bits becomes a Decimal; an empty variant becomes null.
+    /// @throws 13 if the content is not a value: objects, error codes, arrays of anything but bytes
     base::Value value() const;
 
-    /// Whatever width the number is delivered in: 64-bit ADO counts in 64 bits.
-    /// @throws the system's error if it is no number or does not fit
+    /// Accepts a number of any width: 64-bit ADO counts in 64 bits.
+    /// @throws the system's error if it is not a number or does not fit
     std::int32_t int32() const;
     bool boolean() const;
     base::Text text() const;
 
-    /// The object, still owned by the variant. @throws 13 if there is none
+    /// The object; the variant still owns it. @throws 13 if it holds none
     IDispatch* object() const;
 
     const VARIANT& raw() const { return variant_; }
@@ -48,7 +48,7 @@ private:
     VARIANT variant_{};
 };
 
-/// The system's form of the number. @throws 6 if its digits need more than 96 bits
+/// The number as the system's DECIMAL. @throws 6 if its digits need more than 96 bits
 DECIMAL decimalOf(const base::Decimal& value);
 
 /// As ADO writes it: {00000514-0000-0010-8000-00AA006D2EA4}.

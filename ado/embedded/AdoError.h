@@ -6,8 +6,8 @@
 
 namespace ado::embedded {
 
-/// The failures that ADO itself raises, with its numbers and German texts. What the engine raises carries the
-/// provider's numbers already and passes through unchanged.
+/// The errors that ADO itself raises, with its numbers and German texts. Errors of the engine already have the
+/// provider's numbers and pass through unchanged.
 enum class AdoErrorNumber : std::int32_t {
     InvalidArgument = 3001,
     NoCurrentRecord = 3021,
@@ -22,7 +22,7 @@ enum class AdoErrorNumber : std::int32_t {
 
 base::RuntimeError adoError(AdoErrorNumber number);
 
-/// -2147217843: the file knows no such user.
+/// -2147217843: the file has no such user.
 base::RuntimeError invalidUser();
 
 /// -2147217864: somebody else has changed the row since the record set was opened.

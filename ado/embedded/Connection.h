@@ -10,10 +10,11 @@
 
 namespace ado::embedded {
 
-/// A connection to one file. The file stays open for reading from Open to Close; it is locked only while a statement
-/// or a record set reads or writes it. What an interrupted writer left is rolled back by whoever comes first.
+/// A connection to one file. The file stays open for reading from Open to Close; it is locked only while a statement or
+/// a record set reads or writes it. If an interrupted writer left a journal, the next one to use the file rolls it
+/// back.
 ///
-/// The one provider there is goes by the name of the original one.
+/// There is only one provider; it has the name of the original one.
 class Connection final : public ado::Connection {
 public:
     explicit Connection(StorageOf storageOf) : storageOf_(std::move(storageOf)) {}
@@ -23,10 +24,10 @@ public:
     void setProvider(base::TextView name) override;
     ado::Properties& Properties() override { return properties_; }
 
-    /// @param connectionString  must be empty: the properties say it all (else 3001)
+    /// @param connectionString  must be empty, because the properties say everything (otherwise 3001)
     /// @param userId            empty or "Admin", the user of every file without accounts of its own; the
-    ///                          password then is empty
-    /// @throws 3705 if it is open already, 3706 without a provider; the engine's errors of opening
+    ///                          user's password is then empty
+    /// @throws 3705 if it is already open, 3706 without a provider; the engine's errors of opening
     void Open(base::TextView connectionString, base::TextView userId, base::TextView password,
               std::int32_t options) override;
     std::int32_t State() const override { return database_ ? adStateOpen : adStateClosed; }
@@ -38,7 +39,7 @@ public:
 
 private:
     StorageOf storageOf_;
-    base::Text provider_ = u"MSDASQL";  // ADO's own default, which is not there
+    base::Text provider_ = u"MSDASQL";  // ADO's own default provider, which does not exist here
     ProviderProperties properties_;
     std::shared_ptr<jet::Database> database_;
 };

@@ -9,7 +9,7 @@
 
 namespace ado::embedded {
 
-/// Where the file of a path lies, for reading and writing; the machine's side knows.
+/// Gives the storage of the file with this path, for reading and writing. The machine's side implements it.
 using StorageOf = std::function<std::unique_ptr<jet::Storage>(const base::Text& path)>;
 
 /// ADO's objects over the embedded engine.

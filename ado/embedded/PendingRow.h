@@ -9,29 +9,29 @@
 
 namespace ado::embedded {
 
-/// What was assigned to a row that is not stored yet: a new one, or one that the record set has. It lives in memory
-/// alone and holds nothing of the file.
+/// The values assigned to a row that is not stored yet: a new row, or an existing one of the record set. It is in
+/// memory only and holds nothing of the file.
 class PendingRow {
 public:
-    /// Of an existing row.
+    /// For an existing row.
     PendingRow() = default;
-    /// @param started  what a new row has before anything is assigned
+    /// @param started  a new row's values before anything is assigned
     explicit PendingRow(jet::RowOfValues started) : started_(std::move(started)) {}
 
     bool isNew() const { return started_.has_value(); }
-    /// Only of a new row.
+    /// For a new row only.
     const jet::RowOfValues& started() const { return *started_; }
     const std::vector<jet::Assignment>& assignments() const { return assignments_; }
 
-    /// @param value  converted to the column's type
+    /// @param value  must already have the column's type
     void assign(std::uint16_t column, base::Value value);
 
-    /// The column's value in this row; null if an existing row has not been given one.
+    /// The column's value in this row; null if it is an existing row and the column has not been assigned.
     const base::Value* valueOf(std::uint16_t column) const;
 
 private:
     std::optional<jet::RowOfValues> started_;
-    std::vector<jet::Assignment> assignments_;  ///< one a column
+    std::vector<jet::Assignment> assignments_;  ///< at most one for each column
 };
 
 }  // namespace ado::embedded

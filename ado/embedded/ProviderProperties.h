@@ -8,7 +8,7 @@
 
 namespace ado::embedded {
 
-/// A property of the provider: a text that can be set until the connection is open.
+/// A property of the provider: a text that can be set until the connection is opened.
 class ProviderProperty final : public ado::Property {
 public:
     ProviderProperty(base::TextView name, bool isKnown) : name_(name), isKnown_(isKnown) {}
@@ -20,7 +20,7 @@ public:
     void makeKnown() { isKnown_ = true; }
 
     base::Value Value() const override { return text_; }
-    /// Null is the empty text. @throws 13 for what is no text
+    /// Null counts as empty text. @throws 13 if it is not a text
     void setValue(const base::Value& value) override;
 
 private:
@@ -30,13 +30,13 @@ private:
     bool locked_ = false;
 };
 
-/// The properties of a connection. Every provider has a data source; what is this provider's own comes into being when
-/// the provider is named.
+/// The properties of a connection. Every provider has a data source; the properties that only this provider has exist
+/// once the provider is set.
 class ProviderProperties final : public ado::Properties {
 public:
     ado::Property& Item(base::TextView name) override;
 
-    /// The provider is named.
+    /// Called when the provider is set.
     void create() { properties_[1].makeKnown(); }
     void setLocked(bool locked);
 

@@ -86,7 +86,7 @@ void Recordset::Update() {
     jet::TableWriter writer(transaction, table_, kKind, expressions());
     requireSameColumns(writer.table().definition());
     const jet::RowPointer place = store(writer);
-    // Read before the commit, with which the transaction's view of the file ends.
+    // Read before the commit, because the transaction's view of the file ends with it.
     jet::sql::ResultSet stored(writer.table().definition());
     stored.append(transaction, writer.table().rowAt(place));
     transaction.commit();
@@ -106,7 +106,7 @@ jet::RowPointer Recordset::store(jet::TableWriter& writer) const {
     return place;
 }
 
-/// Somebody may have given the table other columns: values would end up in the wrong ones.
+/// Another program may have changed the table's columns: values would get into the wrong ones.
 void Recordset::requireSameColumns(const jet::TableDefinition& now) const {
     const jet::TableDefinition& then = rows_->definition();
     const bool isSame = then.page == now.page && std::equal(then.columns.begin(), then.columns.end(),
@@ -120,7 +120,7 @@ void Recordset::requireUnchanged(const jet::TableWriter& writer, jet::RowPointer
     const auto then = row(current_);
     bool isSame = std::ranges::equal(now->view.bytes(), then.view().bytes());
     for (std::size_t column = 0; isSame && column < rows_->columnCount(); ++column)
-        // The row's bytes only say where a long value lies.
+        // The row's own bytes only hold the place of a long value.
         if (rows_->column(column).isLongValue())
             isSame = writer.table().value(now->view, rows_->column(column)) == then.value(column);
     if (!isSame) throw rowChanged();

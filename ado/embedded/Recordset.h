@@ -16,46 +16,46 @@
 
 namespace ado::embedded {
 
-/// The rows of a SELECT, as they were when it was opened, whatever kind of cursor was asked for. Reading depends
-/// neither on the file nor on the connection any more; of what is written afterwards only its own rows show in it.
+/// The rows of a SELECT as they were when it was opened, whatever kind of cursor was requested. After that, reading
+/// needs neither the file nor the connection; of later changes it shows only those made through this record set.
 ///
-/// A row is added or changed in three steps, of which only the outer ones touch the file, each in a transaction of its
+/// A row is added or changed in three steps. Only the first and the last use the file, each in a transaction of its
 /// own; between them nothing is locked:
 ///
-///     AddNew             takes the new row's auto number, so it exists and nobody else gets it; refuses here what
-///                        cannot be written at all
+///     AddNew             takes the new row's auto number, so that it is known and nobody else gets it; raises an error
+///                        at once if the table cannot be written at all
 ///     Field::setValue    converts to the column's type and keeps the value in memory
-///     Update             stores the row, if nobody else has changed or deleted it meanwhile
+///     Update             stores the row, unless somebody else has changed or deleted it meanwhile
 ///
-/// A pending row that never meets Update is gone with the record set, but for its number. As with ADO, AddNew and
-/// MoveNext store a pending row first.
+/// A pending row that is never stored by Update is lost with the record set; its number stays used. As in ADO, AddNew
+/// and MoveNext first store a pending row.
 class Recordset final : public ado::Recordset {
 public:
     Recordset() = default;
-    // Its fields refer to it.
+    // Not copyable, because its fields refer to it.
     Recordset(const Recordset&) = delete;
     Recordset& operator=(const Recordset&) = delete;
     ~Recordset() override = default;
 
-    /// @param connection  one of this engine's own (else 3001) that is open (else 3709)
+    /// @param connection  must be an ado::embedded::Connection (otherwise 3001) that is open (otherwise 3709)
     /// @param lockType    read-only and batch (there is no UpdateBatch) refuse changes with 3251
-    /// @throws 3705 if it is open already; the engine's errors of the statement
+    /// @throws 3705 if it is already open; the engine's errors of the statement
     void Open(base::TextView source, ado::Connection& connection, CursorType cursorType, LockType lockType,
               std::int32_t options) override;
     std::int32_t State() const override { return rows_ ? adStateOpen : adStateClosed; }
     std::int32_t RecordCount() const override;
-    /// False while a new row is pending: it is the current one.
+    /// False while a new row is pending, because that is the current row.
     bool isEOF() const override;
     void MoveNext() override;
     ado::Fields& Fields() override;
 
     /// @throws 3251, 3709 if the connection is closed; the engine's errors: in use, read-only, a table that it cannot
-    ///         write
+    /// write
     void AddNew() override;
 
     /// Does nothing if nothing was assigned. If it throws, nothing is stored and the row stays pending.
-    /// @throws as AddNew; the row was changed or deleted by somebody else; the rules of columns, indexes and
-    ///         relationships
+    /// @throws the same as AddNew; the row was changed or deleted by somebody else; the rules of columns, indexes and
+    /// relationships
     void Update() override;
 
     /// @throws 3219 while a row is pending
@@ -102,8 +102,8 @@ private:
     LockType lockType_ = LockType::adLockReadOnly;
     std::optional<jet::sql::ResultSet> rows_;
     std::optional<RowFields> fields_;
-    std::map<std::size_t, jet::sql::ResultSet> written_;  ///< rows as this record set has stored them, one in each
-    std::size_t addedRows_ = 0;                           ///< stand behind the others
+    std::map<std::size_t, jet::sql::ResultSet> written_;  ///< rows as stored by this record set, one in each
+    std::size_t addedRows_ = 0;                           ///< they come after the others
     std::size_t current_ = 0;
     std::optional<PendingRow> pending_;
 };
