@@ -6,8 +6,8 @@ namespace win32 {
 
 CheckBoxPeer::CheckBoxPeer(forms::CheckBox& box, const Surroundings& surroundings)
     : PeerOn(box, surroundings), box_(box) {
-    // The system's own toggling lets readers of the screen say whether the box is on. It always agrees with
-    // the model's, since both start from the same value.
+    // The system toggles the box by itself, so that screen readers can tell whether it is on. It always agrees with the
+    // model, because both start with the same value.
     make(WC_BUTTONW, box.Caption(), WS_TABSTOP | BS_AUTOCHECKBOX | (box.isGraphical() ? BS_PUSHLIKE : 0));
     show(forms::Property::Value);
 }

@@ -5,7 +5,7 @@
 
 namespace win32 {
 
-/// A check box; in the graphical style a push button that stays pressed.
+/// A check box; in the graphical style, a push button that stays pressed.
 class CheckBoxPeer final : public PeerOn<forms::Peer> {
 public:
     CheckBoxPeer(forms::CheckBox& box, const Surroundings& surroundings);

@@ -8,11 +8,11 @@ namespace win32 {
 
 namespace {
 
-// On the pure red of a changed account black has a contrast of 5.25 to 1, white only 4.
+// On the pure red of a changed account black has a contrast of 5.25 to 1, white only 4 to 1.
 constexpr COLORREF kTextOnColor = RGB(0, 0, 0);
 
 void drawEdge(HDC dc, RECT area, int widthPixels) {
-    // Not black like the text: the window's ground is that in some contrast themes.
+    // Not always black like the text: in some contrast themes the window's background is black.
     const HBRUSH brush = GetSysColorBrush(COLOR_BTNTEXT);
     for (int i = 0; i < widthPixels; ++i) {
         FrameRect(dc, &area, brush);
@@ -57,14 +57,14 @@ void CommandButtonPeer::useFonts() {
     send(WM_SETFONT, reinterpret_cast<WPARAM>(button_.FontBold() ? fonts().bold() : fonts().normal()), TRUE);
 }
 
-/// The button that Enter presses, and no other, looks so. The system sees to that when the user moves on by Tab, but
-/// not when a click or a handler moves the focus; and it would take the painting away again.
+/// Only the button that Enter presses is drawn as the default button. The system does this when the user moves on with
+/// Tab, but not when a click or a handler moves the focus; and its new style would end our own painting.
 LRESULT CommandButtonPeer::message(UINT message, WPARAM wParam, LPARAM lParam) {
     return PeerOn::message(message, message == BM_SETSTYLE ? kind() : wParam, lParam);
 }
 
 WPARAM CommandButtonPeer::kind() const {
-    // The system leaves the painting of such a button to its owner with and without visual styles.
+    // The system lets the owner paint such a button both with and without visual styles.
     if (button_.isGraphical() && button_.BackColor() != forms::kButtonFace) return BS_OWNERDRAW;
     return button_.form().enterButton() == &button_ ? BS_DEFPUSHBUTTON : BS_PUSHBUTTON;
 }

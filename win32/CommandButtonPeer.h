@@ -5,8 +5,8 @@
 
 namespace win32 {
 
-/// A push button. While a graphical one has another background than the button face, it is painted here, in
-/// all its states; otherwise by the system.
+/// A push button. A graphical one whose background is not the button face is painted here, in all its states; otherwise
+/// the system paints it.
 class CommandButtonPeer final : public PeerOn<forms::Peer> {
 public:
     CommandButtonPeer(forms::CommandButton& button, const Surroundings& surroundings);
@@ -20,7 +20,7 @@ protected:
     LRESULT message(UINT message, WPARAM wParam, LPARAM lParam) override;
 
 private:
-    /// The button's style as it should be now.
+    /// The button's style as it should be at present.
     WPARAM kind() const;
     void showKind() const;
 

@@ -27,7 +27,8 @@ std::optional<base::Text> SystemEngineProbe::moduleOf(base::TextView progId) con
     wchar_t name[39];
     StringFromGUID2(*id, name, int{std::size(name)});
     const std::wstring key = std::wstring(L"CLSID\\") + name + L"\\InprocServer32";
-    // In the process's own view: a 32-bit and a 64-bit one see different modules. Variables in it are expanded.
+    // As this process sees the registry: 32-bit and 64-bit processes see different modules. Variables in the value are
+    // expanded.
     wchar_t file[32768];
     DWORD size = sizeof file;
     if (RegGetValueW(HKEY_CLASSES_ROOT, key.c_str(), nullptr, RRF_RT_REG_SZ, nullptr, file, &size) != ERROR_SUCCESS)
@@ -38,7 +39,7 @@ std::optional<base::Text> SystemEngineProbe::moduleOf(base::TextView progId) con
 }
 
 bool SystemEngineProbe::moduleExists(const base::Text& file) const {
-    wchar_t found[1];  // its length is enough
+    wchar_t found[1];  // only the returned length matters
     return !file.empty() && SearchPathW(nullptr, toWide(file).c_str(), L".dll", 1, found, nullptr) != 0;
 }
 

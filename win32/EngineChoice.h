@@ -10,11 +10,11 @@ namespace win32 {
 
 enum class Engine { Embedded, Ado };
 
-/// What the machine has of the classes that the way through ADO needs.
+/// What this machine has installed of the classes that are needed for ADO.
 class EngineProbe {
 public:
     virtual ~EngineProbe() = default;
-    /// File of the class's module; nothing if the class is not registered for a process such as this one.
+    /// The file of the module of the class; nothing if the class is not registered for a process like this one.
     virtual std::optional<base::Text> moduleOf(base::TextView progId) const = 0;
     virtual bool moduleExists(const base::Text& file) const = 0;
 };
@@ -22,17 +22,17 @@ public:
 class SystemEngineProbe final : public EngineProbe {
 public:
     std::optional<base::Text> moduleOf(base::TextView progId) const override;
-    /// @param file  without a folder: anywhere where the system looks for modules
+    /// @param file  if it has no folder, all folders are searched in which the system looks for modules
     bool moduleExists(const base::Text& file) const override;
 };
 
-/// ADO where its classes and the Jet provider are registered and their modules lie there; else the embedded engine.
-/// Nothing is loaded for it: a module that is there and fails to load is an error later on, never the other engine,
-/// for two engines would lock one file in two ways.
+/// ADO if its classes and the Jet provider are registered and their modules exist; otherwise the embedded engine.
+/// Nothing is loaded to find out. If a module exists but fails to load, that is an error later and never leads to the
+/// other engine, because the two engines would lock one file in two ways.
 Engine decideEngine(const EngineProbe& probe);
 
-/// Decides which engine answers the tool's database calls, once, at the start: the one place that knows. There is no
-/// setting for it.
+/// Decides, once at the start, which engine answers the tool's database calls. Nothing else knows which one it is.
+/// There is no setting for it.
 std::unique_ptr<ado::ConnectionFactory> chooseEngine();
 
 }  // namespace win32

@@ -40,7 +40,7 @@ HWND frontWindow() {
 }
 
 void endWithErrorBox(const base::RuntimeError& error) {
-    // A second failure, while the first one's box is up, has nothing to add.
+    // A second failure, while the first one's box is shown, needs no box of its own.
     if (!ending) {
         ending = true;
         SetCursor(LoadCursorW(nullptr, IDC_ARROW));

@@ -8,7 +8,7 @@ namespace win32 {
 
 namespace {
 
-/// Height of a line in the usual message font at 96 DPI, for which the layout is made.
+/// Height in pixels of a line in the usual message font at 96 DPI; the layout is made for it.
 constexpr int kUsualLine = 16;
 
 LOGFONTW messageFont(unsigned dpi) {

@@ -8,32 +8,31 @@
 
 namespace win32 {
 
-/// The system's message font at one resolution and in the size that the user has chosen for texts, upright and bold,
-/// and the scale of everything that stands around texts. A window makes its fonts anew when its resolution or the
-/// user's settings change.
+/// The system's message font, normal and bold, at one resolution and in the text size that the user has chosen, and the
+/// scale of everything around texts. A window makes its fonts again when its resolution or the user's settings change.
 class Fonts {
 public:
-    /// @param dpi  dots per inch, 96 being 100 %
+    /// @param dpi  dots per inch; 96 is 100 %
     explicit Fonts(unsigned dpi);
-    /// The same font, one pixel lower.
+    /// The same font, one pixel smaller.
     Fonts smaller() const;
 
     bool operator==(const Fonts& other) const;
 
-    /// For what the system draws and measures: icons, a window's frame.
+    /// For what the system draws and measures: icons and window frames.
     unsigned dpi() const { return dpi_; }
-    /// How many pixels are drawn for a length of 96 in the layout: the resolution, or more if the texts are larger
-    /// than usual.
+    /// How many pixels are drawn for a length of 96 in the layout: the resolution, or more if the texts are larger than
+    /// usual.
     unsigned scale() const { return scale_; }
     void growScale(unsigned scale) { scale_ = std::max(scale_, scale); }
 
     HFONT normal() const { return normal_.get(); }
     HFONT bold() const { return bold_.get(); }
 
-    /// A length of the layout in pixels.
+    /// Converts a length of the layout into pixels.
     int scaled(int length) const { return MulDiv(length, static_cast<int>(scale_), USER_DEFAULT_SCREEN_DPI); }
 
-    /// Size of a line of text in pixels, as drawn without prefix characters.
+    /// Size of a line of text in pixels; "&" is drawn as it is.
     SIZE extent(base::TextView text, HFONT font) const;
 
 private:

@@ -28,13 +28,13 @@ using KeyStates = std::array<BYTE, 256>;
 
 KeyStates presentKeys() {
     KeyStates keys{};
-    GetKeyState(0);  // brings the states up to date
+    GetKeyState(0);  // updates the states
     GetKeyboardState(keys.data());
     return keys;
 }
 
-/// The keys are as they were, as long as this lives. A handler of a key may have shown a box, at which the
-/// user let Ctrl go: the control would be given Ctrl+S as a letter.
+/// Keeps the key states as they were while this lives. A handler of a key may have shown a box, and the user may have
+/// released Ctrl meanwhile: the control would then get Ctrl+S as a letter.
 class KeysAsThen {
 public:
     explicit KeysAsThen(const KeyStates& then) : now_(presentKeys()), changed_(now_ != then) {
@@ -65,7 +65,7 @@ RECT workAreaAtPointer() {
     return workAreaOf(MonitorFromPoint(pointer, MONITOR_DEFAULTTONEAREST));
 }
 
-/// As much of the rectangle as fits, moved so that nothing lies outside.
+/// The part of the rectangle that fits into the area, moved so that nothing is outside.
 RECT within(const RECT& area, const RECT& rect) {
     const LONG width = std::min(rect.right - rect.left, area.right - area.left);
     const LONG height = std::min(rect.bottom - rect.top, area.bottom - area.top);
@@ -94,7 +94,7 @@ FormPeer::~FormPeer() {
     form_.detachPeer();
     for (forms::Control* control : form_.Controls())
         control->detachPeer();
-    window_ = Window();  // before the controls, whose windows go with it
+    window_ = Window();  // before the controls, because it destroys their windows
 }
 
 void FormPeer::makeWindow() {
@@ -107,7 +107,7 @@ void FormPeer::makeWindow() {
     windowClass.lpszClassName = layout_.windowClass;
     RegisterClassExW(&windowClass);
 
-    // On the right screen from the beginning, so that it has that screen's resolution.
+    // On the right screen from the beginning, so that the window gets that screen's resolution.
     const RECT area = workAreaAtPointer();
     window_ = Window(CreateWindowExW(WS_EX_CONTROLPARENT, layout_.windowClass, toWide(form_.Caption()).c_str(), style_,
                                      area.left, area.top, 1, 1, nullptr, nullptr, windowClass.hInstance, nullptr));
@@ -123,7 +123,7 @@ void FormPeer::makeControls() {
             std::find_if(all.begin(), all.end(), [&](const forms::Control* c) { return c->Name() == place.control; });
         if (control == all.end()) continue;
         controls_.push_back(makePeer(**control, {window(), nativeId(**control), fonts_, place.spokenName}));
-        // New windows come in front of their siblings; the table names them from front to back.
+        // A new window is put in front of its siblings, but the table lists them from front to back.
         SetWindowPos(controls_.back()->window(), HWND_BOTTOM, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
     }
 }
@@ -182,7 +182,7 @@ void FormPeer::placeControls() {
                               rect.bottom - rect.top, SWP_NOZORDER | SWP_NOACTIVATE);
     }
     EndDeferWindowPos(move);
-    // What has moved keeps the pixels of its old place, or none: Wine leaves buttons and labels blank.
+    // A moved control keeps the pixels of its old place or is not painted: Wine leaves buttons and labels blank.
     RedrawWindow(window(), nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
 }
 
@@ -201,7 +201,7 @@ void FormPeer::open() {
 void FormPeer::close() {
     closed_ = true;
     ShowWindow(window(), SW_HIDE);
-    // Wakes a loop that waits for messages, should this come from a sent one.
+    // Wakes up a loop that waits for messages, in case this call comes from a sent message.
     PostMessageW(window(), WM_NULL, 0, 0);
 }
 
@@ -213,7 +213,7 @@ bool FormPeer::preview(const MSG& message) {
         if (closed_) return true;
     }
     if (message.message == WM_KEYDOWN && (message.wParam == VK_RETURN || message.wParam == VK_ESCAPE)) {
-        // A key still held from a message box must not press the button that has the focus now.
+        // If the key is still held from a message box, it must not press the button that has the focus now.
         if ((message.lParam & kRepeatedKey) != 0) return true;
         if (message.wParam == VK_RETURN) {
             form_.userPressedEnter();
@@ -271,8 +271,8 @@ void FormPeer::dpiChanged(unsigned dpi, const RECT& suggested) {
     useFonts();
 }
 
-/// The window grows and shrinks with the texts in it. A maximised one stays, and a minimised one is limited when it is
-/// shown again.
+/// The window grows and shrinks with its texts. A maximised window keeps its size; a minimised one gets its limits when
+/// it is shown again.
 void FormPeer::settingsChanged() {
     const RECT area = workAreaOf(MonitorFromWindow(window(), MONITOR_DEFAULTTONEAREST));
     Fonts changed = fontsOn(area, fonts_.dpi());
@@ -335,7 +335,7 @@ LRESULT FormPeer::message(UINT message, WPARAM wParam, LPARAM lParam) {
             closedByUser();
             return 0;
         case WM_ENDSESSION:
-            // The session may take the process away as soon as this returns: so it is now that the file is closed.
+            // The system may end the process as soon as this returns, so the file must be closed now.
             if (wParam != FALSE) closedByUser();
             return 0;
         case WM_SETFOCUS:
@@ -363,7 +363,7 @@ LRESULT FormPeer::message(UINT message, WPARAM wParam, LPARAM lParam) {
 
 LRESULT CALLBACK FormPeer::procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     auto* peer = reinterpret_cast<FormPeer*>(GetWindowLongPtrW(window, GWLP_USERDATA));
-    // Null while the window is being made; and the handle is the peer's no more while it is being destroyed.
+    // Null while the window is being made; and while it is being destroyed, the peer no longer has this handle.
     if (peer == nullptr || peer->window() != window) return DefWindowProcW(window, message, wParam, lParam);
     return atBoundary([&] { return peer->message(message, wParam, lParam); });
 }

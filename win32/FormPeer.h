@@ -9,11 +9,11 @@
 
 namespace win32 {
 
-/// The native window of a form, with the native controls in it: makes them from the layout table, places
-/// them, hands the system's messages to the control they are meant for, and the keys to the form.
+/// The native window of a form, with its native controls: makes them from the layout table, places them, passes the
+/// system's messages to the right control, and the keys to the form.
 class FormPeer final : public forms::Peer {
 public:
-    /// Makes the windows, hidden, in the middle of the screen that has the mouse pointer.
+    /// Makes the windows, hidden, in the middle of the screen on which the mouse pointer is.
     explicit FormPeer(forms::Form& form);
     ~FormPeer() override;
     FormPeer(const FormPeer&) = delete;
@@ -23,13 +23,13 @@ public:
     HWND window() const { return window_.get(); }
 
     void open();
-    /// The form is unloaded: the window is hidden and deaf until its owner deletes it, since a message to one
-    /// of its controls may be under way.
+    /// For a form that has been unloaded: the window is hidden and ignores input until its owner deletes it. It is not
+    /// deleted at once because a message to one of its controls may be in progress.
     void close();
     bool isClosed() const { return closed_; }
 
-    /// A message for the window or one of its controls, before it is handed on.
-    /// @return true if it is done with
+    /// Looks at a message for the window or one of its controls before it is dispatched.
+    /// @return true if the message must not be dispatched any more
     bool preview(const MSG& message);
 
     void show(forms::Property property) override;
@@ -43,7 +43,7 @@ private:
     void makeWindow();
     void makeControls();
     void showIcons();
-    /// The fonts for a window on that part of a screen.
+    /// The fonts for a window in this work area of a screen.
     Fonts fontsOn(const RECT& workArea, unsigned dpi) const;
     SIZE windowSize(SIZE client, unsigned dpi) const;
     void moveTo(const RECT& rect);
@@ -65,7 +65,7 @@ private:
     Fonts fonts_{USER_DEFAULT_SCREEN_DPI};
     DWORD style_ = 0;
     bool closed_ = false;
-    std::vector<std::unique_ptr<NativeControl>> controls_;  ///< in the layout's order
+    std::vector<std::unique_ptr<NativeControl>> controls_;  ///< in the order of the layout
     Window window_;
     Icon bigIcon_;
     Icon smallIcon_;

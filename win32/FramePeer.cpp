@@ -11,7 +11,7 @@ void FramePeer::show(forms::Property property) {
 }
 
 LRESULT FramePeer::message(UINT message, WPARAM wParam, LPARAM lParam) {
-    // The form does not paint where its children are, and the system's frame paints only its line.
+    // The form does not paint where its children are, and the system paints only the line of a frame.
     if (message == WM_ERASEBKGND) {
         RECT area{};
         GetClientRect(window(), &area);

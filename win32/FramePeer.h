@@ -5,7 +5,7 @@
 
 namespace win32 {
 
-/// A line around the controls that stand above it.
+/// A line around the controls that are drawn above it.
 class FramePeer final : public PeerOn<forms::Peer> {
 public:
     FramePeer(forms::Frame& frame, const Surroundings& surroundings);

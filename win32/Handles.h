@@ -4,8 +4,8 @@
 
 #include "win32/SystemHeaders.h"
 
-/// Owners of the system's handles: what is made in one line is released by itself, once. No other place in
-/// the program calls a release function.
+/// Owners of the system's handles: each handle is released automatically and exactly once. No other code in the program
+/// calls a release function.
 namespace win32 {
 
 template <class Handle, auto release>
@@ -63,7 +63,7 @@ using Icon = Owned<HICON, release::icon>;
 using IconList = Owned<HIMAGELIST, release::imageList>;
 using MemoryDc = Owned<HDC, release::memoryDc>;
 
-/// The device context of a window, with a font or another object selected into it meanwhile.
+/// The device context of a window, with a font or another object selected into it as long as this lives.
 class WindowDc {
 public:
     WindowDc(HWND window, HGDIOBJ object) : window_(window), dc_(GetDC(window)), former_(SelectObject(dc_, object)) {}

@@ -4,8 +4,8 @@
 
 namespace win32 {
 
-/// The second press of a double click on a column's header counts as a click of its own: who clicks twice to
-/// turn the order twice gets that, however quick he is. A double click on a divider stays one.
+/// Makes the second press of a double click on a column header count as a click of its own: a user who clicks twice
+/// turns the order twice, however fast the clicks are. A double click on a divider stays a double click.
 void takeDoubleClicksAsClicks(HWND header);
 
 }  // namespace win32

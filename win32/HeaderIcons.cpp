@@ -4,14 +4,15 @@ namespace win32 {
 
 namespace {
 
-/// Colour bitmap and mask of one picture, which must not be selected anywhere when they are used.
+/// Colour bitmap and mask of one picture. Neither may be selected into a device context when they are used.
 struct Picture {
     Bitmap color;
     Bitmap mask;
 };
 
 void fillTriangle(HDC dc, int sizePixels, bool pointsUp, COLORREF color) {
-    // Each line is two pixels wider than the one nearer the point, so the slopes are straight at any size.
+    // Each line is two pixels wider than the one before it, counted from the tip, so the sides are straight at any
+    // size.
     const int height = sizePixels * 5 / 16;
     const int middle = sizePixels / 2;
     const int top = (sizePixels - height) / 2;
@@ -36,7 +37,7 @@ Picture draw(forms::ImageList::Picture picture, int sizePixels) {
     const bool pointsUp = picture == forms::ImageList::Picture::SortAscending;
     const WindowDc screen(nullptr, GetStockObject(SYSTEM_FONT));
     const MemoryDc dc(CreateCompatibleDC(screen.get()));
-    // Where the mask is white the ground shows through; the colour must be black there.
+    // Where the mask is white the background shows; the colour must be black there.
     return {drawn(dc.get(), Bitmap(CreateCompatibleBitmap(screen.get(), sizePixels, sizePixels)), sizePixels, pointsUp,
                   RGB(0, 0, 0), GetSysColor(COLOR_BTNTEXT)),
             drawn(dc.get(), Bitmap(CreateBitmap(sizePixels, sizePixels, 1, 1, nullptr)), sizePixels, pointsUp,

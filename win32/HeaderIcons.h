@@ -7,8 +7,8 @@
 
 namespace win32 {
 
-/// The pictures of the column headers as an image list of the system: triangles in the present text colour
-/// on transparent ground, drawn for one resolution. Made anew when colours or resolution change.
+/// The pictures of the column headers as a native image list: triangles in the current text colour on a transparent
+/// background, drawn for one resolution. To be drawn again when colours or resolution change.
 /// @param sizePixels  width and height of a picture
 IconList drawHeaderIcons(const std::vector<forms::ImageList::Picture>& pictures, int sizePixels);
 

@@ -5,7 +5,7 @@
 
 namespace win32 {
 
-/// A text of one line. Its place is a minimum: it grows to its text.
+/// A text of one line. The size in the layout is a minimum: the label grows with its text.
 class LabelPeer final : public PeerOn<forms::Peer> {
 public:
     LabelPeer(forms::Label& label, const Surroundings& surroundings);

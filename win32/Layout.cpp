@@ -26,7 +26,7 @@ constexpr Follow kNear = Follow::Near;
 constexpr Follow kFar = Follow::Far;
 constexpr Follow kBoth = Follow::Both;
 
-// The frame comes last: what stands inside it is drawn above it.
+// The frame comes last, so that the controls inside it are drawn above it.
 constexpr Place kAccountPlaces[] = {
     {u"lvwBenKto", 12, 12, 596, 156, kBoth, kBoth, L"Benutzerkonten"},
     {u"cmbAddNew", 12, 178, 164, 26, kNear, kFar},
@@ -61,7 +61,7 @@ struct Span {
     LONG to;
 };
 
-/// @param room  pixels that the client area has beyond its smallest extent
+/// @param room  pixels by which the client area is larger than its smallest size
 Span spanOf(int start, int length, Follow follow, LONG room, unsigned scale) {
     Span span{scaled(start, scale), scaled(start + length, scale)};
     if (follow == Follow::Far) span.from += room;
@@ -76,7 +76,7 @@ RECT fromTwips(const forms::Bounds& bounds, unsigned scale) {
             top + scaled(bounds.heightTwips, scale, kTwipsPerInch)};
 }
 
-/// What a control needs in width beside its caption: a button its edge, a check box the square, a label a gap.
+/// Width that a control needs beside its caption: for a button's edge, a check box's square, a label's gap.
 int besideCaption(const forms::Control& control) {
     switch (control.kind()) {
         case forms::Kind::CommandButton:
@@ -98,7 +98,7 @@ base::TextView captionOf(const forms::Control& control) {
     return {};
 }
 
-/// The least scale at which the place has room for its captions.
+/// The smallest scale at which the captions fit into the place.
 unsigned scaleFor(const Place& place, const forms::Control& control, const Fonts& fonts) {
     if (place.width == 0) return 0;
     const auto widest = static_cast<int>(std::max(fonts.extent(captionOf(control), fonts.normal()).cx,

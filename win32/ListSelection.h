@@ -4,25 +4,26 @@
 
 namespace win32 {
 
-/// The selection that a native virtual list of single selection holds: rows from 0, -1 for none.
+/// The selection of a native virtual list in which at most one row is selected: rows from 0, -1 for no row.
 ///
-/// A native list may look at each of its rows to take the selection from the former one when another is selected, and
-/// to find the selected one when it is asked. So the former row is deselected before another is selected, and the row
-/// is looked for where it should be.
+/// When another row is selected, a native list may look at each of its rows to deselect the former one; and when asked
+/// for the selected row, it may search all rows. So the former row is deselected before another is selected, and the
+/// selected row is first looked for where it should be.
 class ListSelection {
 public:
-    /// The window is not owned.
+    /// Does not own the window.
     void attach(HWND list) { list_ = list; }
 
-    /// @param expected  where the row is looked for first, -1 for nowhere
+    /// @param expected  the row to look at first; -1 for no row
     int row(int expected) const;
     int focusedRow() const;
-    /// Selects the row, gives it the focus, and takes both from every other.
+    /// Selects the row, gives it the focus, and removes both from all other rows.
     void show(int row) const;
-    /// Leaves the focus where it is. To deselect a row costs little at any length of the list.
+    /// Does not move the focus. Deselecting a row is fast however long the list is.
     void setSelected(int row, bool selected) const;
 
-    /// Whether the native list will select a row for this message, as far as can be told before: of a letter it cannot.
+    /// Whether the native list will select a row for this message, as far as that can be known before: not for a
+    /// letter.
     bool willSelect(UINT message, WPARAM wParam, LPARAM lParam) const;
 
 private:

@@ -25,16 +25,16 @@ bool looksAlike(COLORREF a, COLORREF b) {
 
 constexpr int kHimetricPerInch = 2540;
 
-// In the layout's unit: what the system draws beside a cell's and a header's text.
+// In units of the layout: what the system adds to the width of a cell's and of a header's text.
 constexpr int kCellPadding = 14;
 constexpr int kHeaderPadding = 18;
 constexpr int kIconSize = 16;
 constexpr int kIconMargin = 12;
 
-/// Column widths travel as 16-bit numbers.
+/// Messages carry column widths as 16-bit numbers.
 constexpr int kWidestColumn = 0x7FFF;
 
-/// A flag that is set as long as this lives.
+/// Sets a flag while it lives.
 class During {
 public:
     explicit During(bool& flag) : flag_(flag), former_(std::exchange(flag, true)) {}
@@ -73,14 +73,14 @@ int formatOf(forms::ColumnHeader::Alignment alignment) {
     return LVCFMT_LEFT;
 }
 
-/// A message in which the user may move the selection; the last one comes from assistive programs that act for him.
+/// Messages by which the user may move the selection; the last one comes from assistive programs acting for the user.
 bool isInput(UINT message) {
     return message == WM_KEYDOWN || message == WM_CHAR || message == WM_LBUTTONDOWN || message == WM_LBUTTONUP ||
            message == WM_LBUTTONDBLCLK || message == WM_RBUTTONDOWN || message == WM_RBUTTONUP ||
            message == LVM_SETITEMSTATE;
 }
 
-/// After the message more or fewer rows may have room. A scroll bar that comes or goes in the midst of a change does
+/// Whether after this message more or fewer rows may fit. A scroll bar that appears or disappears during a change does
 /// not count.
 bool isBeforeChangeOfRoom(UINT message, LPARAM lParam) {
     if (message == WM_SETFONT) return true;
@@ -106,7 +106,7 @@ ListViewPeer::ListViewPeer(forms::ListView& list, const Surroundings& surroundin
 void ListViewPeer::setSpokenName() const {
     if (spokenName() == nullptr) return;
     SetWindowTextW(window(), spokenName());
-    // Where the accessibility library is there, the name is said outright.
+    // If the accessibility library is available, it is told the name directly.
     IAccPropServices* services = nullptr;
     if (FAILED(CoCreateInstance(CLSID_AccPropServices, nullptr, CLSCTX_INPROC_SERVER, IID_IAccPropServices,
                                 reinterpret_cast<void**>(&services)))) {
@@ -137,7 +137,8 @@ void ListViewPeer::showColumns() {
 void ListViewPeer::show(forms::Property property) {
     switch (property) {
         case forms::Property::Rows:
-            // Told a million times in a refill: the rows are looked at when the list is next used or painted.
+            // This is called a million times in a refill, so the rows are read only when the list is next used or
+            // painted.
             if (!outOfDate_) repaint();
             outOfDate_ = true;
             break;
@@ -145,7 +146,8 @@ void ListViewPeer::show(forms::Property property) {
             showColumns();
             break;
         case forms::Property::Selection:
-            // Else catching up shows it too. Done now, in the midst of a refill, the scroll bar would go and come back.
+            // Otherwise catching up shows it, too. Doing it now, during a refill, would make the scroll bar disappear
+            // and come back.
             if (!outOfDate_) showSelection();
             break;
         case forms::Property::HeaderIcons:
@@ -234,14 +236,14 @@ void ListViewPeer::headerNotified(const NMHDR& header) {
     keepWidth(reinterpret_cast<const NMHEADERW&>(header).iItem);
 }
 
-/// A width in pixels stays, whether the user gave it or code.
+/// A width in pixels is kept, whether the user or code has set it.
 void ListViewPeer::keepWidth(int column) {
     if (column < 0 || column >= list_.columnCount()) return;
     widthCodes_[static_cast<std::size_t>(column)] = 0;
     if (column == list_.columnCount() - 1) lastFitting_.reset();
 }
 
-/// @return true if the click stays without further effect
+/// @return true if the click must have no further effect
 bool ListViewPeer::handleClick(UINT message, LPARAM lParam) {
     if (message != WM_LBUTTONDOWN && message != WM_LBUTTONDBLCLK && message != WM_RBUTTONDOWN) return false;
     LVHITTESTINFO hit{};
@@ -273,7 +275,7 @@ void ListViewPeer::deselectForMove() {
 void ListViewPeer::keepSelection() {
     if (selectedRow() >= 0 || !list_.selectedPlace()) return;
     if (!deselected_) return list_.userEmptiedSelection();
-    // It did not move after all; the focus alone may have.
+    // The selection did not move after all; perhaps only the focus did.
     const During guard(fromCode_);
     selection_.setSelected(modelRow(), true);
 }
@@ -300,7 +302,7 @@ LRESULT ListViewPeer::notify(NMHDR& header) {
     }
 }
 
-/// Without the focus the system marks the selected row with the background of buttons. In a contrast theme that is the
+/// Without the focus, the system marks the selected row with the colour of buttons. In a contrast theme that may be the
 /// background of all rows, in others nearly so.
 LRESULT ListViewPeer::markSelection(NMLVCUSTOMDRAW& draw) const {
     const bool isHidden = GetFocus() != window() && looksAlike(GetSysColor(COLOR_BTNFACE), GetSysColor(COLOR_WINDOW));
@@ -317,7 +319,7 @@ LRESULT ListViewPeer::giveCell(NMLVDISPINFOW& info) {
     LVITEMW& item = info.item;
     if ((item.mask & LVIF_TEXT) == 0 || item.cchTextMax <= 0) return 0;
     base::TextView text;
-    // A list that has not caught up yet may ask for a row that is gone.
+    // A list that has not caught up yet may ask for a row that no longer exists.
     if (item.iItem >= 0 && item.iItem < list_.rowCount()) {
         text = list_.cellAt(static_cast<std::size_t>(item.iItem), item.iSubItem);
     }
@@ -346,7 +348,7 @@ void ListViewPeer::clicked(const NMITEMACTIVATE& click) {
     if (click.iItem >= 0 && click.iItem == std::exchange(selectedBeforeClick_, -1)) list_.userClickedSelectedRow();
 }
 
-/// Answers the two width codes. @return false for a width in pixels
+/// Carries out the two width codes. @return false for a width in pixels
 bool ListViewPeer::setColumnWidth(int column, int code) {
     if (code != LVSCW_AUTOSIZE && code != LVSCW_AUTOSIZE_USEHEADER) {
         keepWidth(column);
@@ -363,7 +365,7 @@ bool ListViewPeer::setColumnWidth(int column, int code) {
     return true;
 }
 
-/// After a change of the font: fitted columns fit again, others keep their size on the screen.
+/// After a change of the font: columns with a width code are fitted again, others keep their size on the screen.
 void ListViewPeer::adaptColumnWidths() {
     const auto formerScale = static_cast<int>(std::exchange(shownScale_, fonts().scale()));
     for (int column = 0; column < list_.columnCount(); ++column) {
@@ -374,7 +376,7 @@ void ListViewPeer::adaptColumnWidths() {
     }
 }
 
-/// Width in pixels of the widest value, and of the header with room for its mark.
+/// Width in pixels of the widest value, and of the header including its mark if wanted.
 int ListViewPeer::fittingWidth(int column, bool withHeader) {
     const WindowDc dc(window(), fonts().normal());
     TextMeasure values(dc.get());

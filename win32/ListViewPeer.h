@@ -9,13 +9,13 @@
 
 namespace win32 {
 
-/// A virtual list window: it holds no rows but asks the model for those on the screen.
+/// A virtual list window: it holds no rows and asks the model for those on the screen.
 ///
-/// Selection. The native list shows the model's selected row and moves it for the user; what the user did is
-/// told from the notification that names the newly selected row, so that the model has handled it before the
-/// key press or click returns. A click below the rows would empty the selection and goes no further than to
-/// give the list the focus; whatever else empties it is undone before the message ends. The former row is deselected
-/// before the native list selects another, because that may cost it a look at every row (ListSelection).
+/// Selection. The native list shows the model's selected row and moves the selection for the user. The model is told by
+/// the notification for the newly selected row, so it has handled the change before the key press or click returns. A
+/// click below the rows would empty the selection, so it only gives the list the focus; if anything else empties the
+/// selection, that is undone before the message ends. The former row is deselected before the native list selects
+/// another, because otherwise the list may look at every row (ListSelection).
 ///
 /// Widths. The codes "fit the values" and "fit values and header" are answered from the model's rows.
 class ListViewPeer final : public PeerOn<forms::ListViewPeer> {
@@ -36,14 +36,14 @@ private:
     void showSelection();
     void showHeaderIcons();
     void setSpokenName() const;
-    /// Tells the native list of the rows, if the model has changed them since.
+    /// Brings the native list up to date if the model's rows have changed.
     void catchUp();
 
     int modelRow() const;
     int selectedRow() const { return selection_.row(modelRow()); }
     bool handleClick(UINT message, LPARAM lParam);
     LRESULT userInput(UINT message, WPARAM wParam, LPARAM lParam);
-    /// Before the native list selects a row for the user.
+    /// Called before the native list selects a row for the user.
     void deselectForMove();
     void keepSelection();
     void headerNotified(const NMHDR& header);
@@ -66,14 +66,14 @@ private:
     ListSelection selection_;
     IconList headerIcons_;
     bool outOfDate_ = false;
-    bool fromCode_ = false;           ///< while the model's state is shown: notifications are not the user's
-    bool typing_ = false;             ///< while the native list answers a letter
-    bool deselected_ = false;         ///< for a move of the user's that is under way
+    bool fromCode_ = false;           ///< the model's state is being shown: notifications do not come from the user
+    bool typing_ = false;             ///< the native list is handling a letter
+    bool deselected_ = false;         ///< because the user is moving the selection
     int selectedBeforeClick_ = -1;    ///< the selected row when the mouse button went down
-    std::optional<int> lastFitting_;  ///< least width of the last column while it fills the list
-    std::vector<int> widthCodes_;     ///< by column: the width code last asked for, 0 if the width is given in pixels
-    bool wasInSight_ = false;         ///< the selected row, before the list's size changes
-    unsigned shownScale_ = 0;         ///< that of the fonts that the widths are made for
+    std::optional<int> lastFitting_;  ///< smallest width of the last column while it fills the list
+    std::vector<int> widthCodes_;     ///< by column: the width code last requested, 0 if the width is given in pixels
+    bool wasInSight_ = false;         ///< whether the selected row was visible before the list's size changes
+    unsigned shownScale_ = 0;         ///< scale of the fonts for which the widths are made
 };
 
 }  // namespace win32

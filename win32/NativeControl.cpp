@@ -13,7 +13,7 @@ NativeControl::~NativeControl() {
 }
 
 void NativeControl::make(const wchar_t* windowClass, base::TextView text, DWORD style, DWORD extendedStyle) {
-    // Each control is a group of its own: arrow keys belong to it and do not wander to the next.
+    // Each control is a group of its own, so that arrow keys do not move the focus to the next control.
     window_ =
         CreateWindowExW(extendedStyle, windowClass, toWide(text).c_str(), WS_CHILD | WS_VISIBLE | WS_GROUP | style, 0,
                         0, 0, 0, surroundings_.form, reinterpret_cast<HMENU>(static_cast<INT_PTR>(surroundings_.id)),
@@ -32,7 +32,7 @@ void NativeControl::systemChanged() {
 }
 
 void NativeControl::focusWindow() const {
-    // A hidden form gets its focus when it is shown.
+    // A hidden form gets the focus when it is shown.
     if (IsWindowVisible(window_)) SetFocus(window_);
 }
 

@@ -8,19 +8,19 @@
 
 namespace win32 {
 
-/// What a control's native window is made with.
+/// What the native window of a control needs when it is made.
 struct Surroundings {
     HWND form;
     int id;
-    const Fonts& fonts;         ///< of the form; replaced in place when its resolution changes
+    const Fonts& fonts;         ///< the form's; replaced in place when the form's resolution changes
     const wchar_t* spokenName;  ///< may be null
 };
 
-/// A native child window that belongs to a control of the model: its making, its messages, its font. The
-/// peers of the single kinds derive from it, through PeerOn.
+/// A native child window that belongs to a control of the model: how it is made, its messages, its font. The peers of
+/// the different kinds derive from it through PeerOn.
 ///
-/// The form hands down what Windows sends to a parent (commands, notifications, background colours); what is
-/// sent to the child itself passes through message().
+/// The form passes on what Windows sends to a parent (commands, notifications, background colours); what is sent to the
+/// child itself goes to message().
 class NativeControl {
 public:
     NativeControl(forms::Control& control, const Surroundings& surroundings);
@@ -35,26 +35,26 @@ public:
     virtual void command(WORD) {}
     /// WM_NOTIFY of this control.
     virtual LRESULT notify(NMHDR&) { return 0; }
-    /// WM_DRAWITEM of this control, whose style asks for it.
+    /// WM_DRAWITEM of this control, if its style requests it.
     virtual void paint(const DRAWITEMSTRUCT&) {}
-    /// WM_CTLCOLOR...: sets the colours; the brush stays the control's. Null leaves it to the system.
+    /// WM_CTLCOLOR...: sets the colours; the control keeps owning the brush. Null lets the system choose.
     virtual HBRUSH background(HDC) { return nullptr; }
-    /// The form has made its fonts anew.
+    /// The form has made new fonts.
     virtual void useFonts();
     /// The theme or the system's colours have changed.
     virtual void systemChanged();
-    /// The size in pixels that the control needs beyond what its place gives; 0 by 0 for most.
+    /// The size in pixels that the control needs if its place is smaller; 0 by 0 for most.
     virtual SIZE neededSize() const { return {0, 0}; }
-    /// The height in pixels that fits the control best; it stands in the middle of its place then. 0: its place's.
+    /// The best height for the control, which is then centred in its place. 0: the height of its place.
     virtual int fittingHeight() const { return 0; }
 
 protected:
     const Fonts& fonts() const { return surroundings_.fonts; }
     const wchar_t* spokenName() const { return surroundings_.spokenName; }
 
-    /// Called by the constructors of the kinds.
+    /// Called by the constructors of derived classes.
     void make(const wchar_t* windowClass, base::TextView text, DWORD style, DWORD extendedStyle = 0);
-    /// A message to the window itself.
+    /// A message sent to the window itself.
     virtual LRESULT message(UINT message, WPARAM wParam, LPARAM lParam);
     LRESULT send(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const {
         return SendMessageW(window_, message, wParam, lParam);
@@ -73,7 +73,7 @@ private:
     HWND window_ = nullptr;  ///< the form's window destroys it
 };
 
-/// The part of a peer that is the same for every kind.
+/// The part of a peer that is the same for all kinds.
 template <class Interface>
 class PeerOn : public Interface, public NativeControl {
 public:

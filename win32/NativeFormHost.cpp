@@ -9,7 +9,7 @@ namespace win32 {
 
 namespace {
 
-/// Every visible window of the thread but one is disabled meanwhile.
+/// While this lives, all visible windows of the thread but one are disabled.
 class OnlyEnabled {
 public:
     explicit OnlyEnabled(HWND window) : window_(window) {

@@ -42,7 +42,7 @@ std::unique_ptr<NativeControl> makePeer(forms::Control& control, const Surroundi
         case forms::Kind::OptionButton:
             break;
     }
-    // The program's forms have no control of the remaining kinds but image lists.
+    // Of the other kinds, the program's forms have image lists only.
     assert(control.kind() == forms::Kind::ImageList);
     return nullptr;
 }

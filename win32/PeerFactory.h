@@ -6,7 +6,7 @@
 
 namespace win32 {
 
-/// Makes the native control of its kind and attaches it to the model; nothing for kinds without a window.
+/// Makes the native control for this kind and attaches it to the model; null for kinds without a window.
 std::unique_ptr<NativeControl> makePeer(forms::Control& control, const Surroundings& surroundings);
 
 }  // namespace win32

@@ -13,7 +13,7 @@ inline int systemColorIndex(forms::Color color) {
     return static_cast<int>(color & 0xFFU);
 }
 
-/// The colour as it is now; asked for at each paint, never kept.
+/// The current colour; to be asked for at each paint and never kept.
 inline COLORREF presentColor(forms::Color color) {
     return isSystemColor(color) ? GetSysColor(systemColorIndex(color)) : color;
 }

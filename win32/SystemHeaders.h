@@ -1,6 +1,6 @@
 #pragma once
 
-/// The system's headers, in the order in which they need each other.
+/// The system's headers. The order matters: later ones need earlier ones.
 
 // clang-format off
 #include <windows.h>

@@ -15,7 +15,7 @@ namespace {
 
 using base::RuntimeErrorNumber;
 
-// Room in which nearly every sort key fits: two bytes a letter, one more for its accent, and the ends.
+// Enough for nearly every sort key: two bytes for a letter, one more for its accent, and the separators.
 constexpr std::size_t kUsualKeyBytesPerUnit = 4;
 constexpr std::size_t kUsualKeyBytes = 32;
 
@@ -30,7 +30,7 @@ void check(HRESULT result) {
                                                        : RuntimeErrorNumber::TypeMismatch);
 }
 
-/// The text that one of the VarBstrFrom... functions makes of a number or date.
+/// The text that one of the VarBstrFrom... functions makes from a number or date.
 template <class Function, class Source>
 base::Text converted(Function function, Source source) {
     BSTR made = nullptr;
@@ -98,7 +98,7 @@ std::optional<base::Text> SystemRegional::toSortableDate(base::TextView text) co
 }
 
 int SystemRegional::compare(base::TextView a, base::TextView b) const {
-    // An empty view may have no address, which the system does not take.
+    // An empty view may have a null address, which the system refuses.
     if (a.empty() || b.empty()) return static_cast<int>(!a.empty()) - static_cast<int>(!b.empty());
     return CompareStringEx(LOCALE_NAME_USER_DEFAULT, NORM_IGNORECASE, reinterpret_cast<const wchar_t*>(a.data()),
                            static_cast<int>(a.size()), reinterpret_cast<const wchar_t*>(b.data()),
@@ -117,7 +117,7 @@ base::Bytes SystemRegional::sortKey(base::TextView text) const {
     };
     base::Bytes key(kUsualKeyBytesPerUnit * text.size() + kUsualKeyBytes);
     std::size_t sizeBytes = make(key.data(), key.size());
-    if (sizeBytes == 0) {  // no room
+    if (sizeBytes == 0) {  // the buffer was too small
         key.resize(make(nullptr, 0));
         sizeBytes = make(key.data(), key.size());
     }

@@ -4,8 +4,8 @@
 
 namespace win32 {
 
-/// Conversions through the system's automation library, in the user's regional format, and comparison in
-/// the order of the user's language.
+/// Conversions by the system's automation library, in the user's regional format, and comparison in the order of the
+/// user's language.
 class SystemRegional final : public platform::Regional {
 public:
     base::Text toText(const base::Value& value) const override;

@@ -2,8 +2,8 @@
 
 #include "platform/Platform.h"
 
-/// The services of platform/ as Windows gives them. What is said there holds; here stands only what the
-/// system adds. Texts that a call takes in its ANSI form pass through the process's ANSI code page.
+/// The services of platform/, implemented with Windows. The comments there apply; those here only say what the system
+/// adds. If a call has only an ANSI form, its texts are converted to and from the process's ANSI code page.
 namespace win32 {
 
 class SystemWindowMessages final : public platform::WindowMessages {
@@ -38,7 +38,7 @@ public:
     void set(Shape shape) override;
 
 private:
-    void* shownBefore_ = nullptr;  ///< the cursor to put back, while the hourglass is shown
+    void* shownBefore_ = nullptr;  ///< the cursor to restore, while the hourglass is shown
 };
 
 class SystemFolderChooser final : public platform::FolderChooser {

@@ -41,7 +41,7 @@ int TextBoxPeer::fittingHeight() const {
 HBRUSH TextBoxPeer::background(HDC dc) {
     const forms::Color color = box_.BackColor();
     SetBkColor(dc, presentColor(color));
-    // A fixed ground needs a fixed text colour. The text of a disabled box is drawn grey whatever is set here.
+    // A fixed background needs a fixed text colour. The text of a disabled box is grey whatever is set here.
     SetTextColor(dc, isSystemColor(color) ? GetSysColor(COLOR_WINDOWTEXT) : RGB(0, 0, 0));
     if (isSystemColor(color)) return GetSysColorBrush(systemColorIndex(color));
     if (!brush_ || brushColor_ != color) {

@@ -13,14 +13,14 @@ public:
     void show(forms::Property property) override;
     void command(WORD code) override;
     HBRUSH background(HDC dc) override;
-    /// The edit draws its line at the top; in a box of this height it stands level with a label beside it.
+    /// The edit draws its line at the top; in a box of this height the text is level with a label beside it.
     int fittingHeight() const override;
 
 private:
     forms::TextBox& box_;
-    Brush brush_;                  ///< of a background that is no system colour
+    Brush brush_;                  ///< for a background that is not a system colour
     forms::Color brushColor_ = 0;  ///< the colour brush_ was made for
-    bool fromCode_ = false;        ///< while the model's text is shown: the edit reports it like typing
+    bool fromCode_ = false;        ///< the model's text is being shown, which the edit reports like typing
 };
 
 }  // namespace win32

@@ -6,8 +6,7 @@
 #include "base/Text.h"
 #include "win32/SystemHeaders.h"
 
-/// Passage between base::Text and the two forms of text that Windows knows: UTF-16 in wchar_t, and the
-/// ANSI code page.
+/// Converts between base::Text and the two forms of text that Windows uses: UTF-16 in wchar_t, and the ANSI code page.
 namespace win32 {
 
 inline std::wstring toWide(base::TextView text) {
@@ -18,7 +17,7 @@ inline base::Text fromWide(std::wstring_view text) {
     return {text.begin(), text.end()};
 }
 
-/// What the code page lacks becomes its default character.
+/// A character that the code page lacks becomes its default character.
 std::string toAnsi(base::TextView text);
 base::Text fromAnsi(std::string_view bytes);
 

@@ -1,4 +1,4 @@
-/// The program: puts the services, the database engine and the windows together and runs the tool on them.
+/// The program: connects the services, the database engine and the windows, and runs the tool with them.
 
 #include "app/Application.h"
 #include "app/mPublic.h"
@@ -11,7 +11,7 @@
 
 namespace {
 
-/// The thread's COM, for the folder chooser and for engines that are reached through it.
+/// Starts COM for the thread: the folder chooser needs it, and engines that are reached through COM.
 class ComApartment {
 public:
     ComApartment() : started_(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED))) {}
@@ -41,7 +41,7 @@ void runTool() {
     tolv::Application application(
         {windowMessages, settingsFile, programFolder, fileSystem, messageBoxes, mousePointer, folderChooser, regional},
         *connections, host);
-    // Caught before anything is taken down: after the error box nothing runs any more.
+    // An error must be caught before anything is destroyed: after the error box no code may run.
     win32::atBoundary([] { tolv::Main(); });
     host.run();
 }
