@@ -9,11 +9,11 @@
 
 namespace bench {
 
-/// What went through the door to the machine.
+/// What was read from and written to the machine.
 struct Traffic {
     std::size_t pagesRead = 0;
-    std::size_t pagesWritten = 0;  ///< of the database itself
-    std::size_t bytesWritten = 0;  ///< the journal's too
+    std::size_t pagesWritten = 0;  ///< of the database file
+    std::size_t bytesWritten = 0;  ///< to the database file and the journal
     std::size_t flushes = 0;
 };
 
@@ -45,7 +45,7 @@ private:
     bool isDatabase_;
 };
 
-/// A file of this machine whose traffic is counted.
+/// A file of this machine that counts its reads, writes and flushes.
 class CountingStorage final : public jet::Storage {
 public:
     /// @param traffic  must outlive this

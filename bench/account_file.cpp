@@ -26,14 +26,14 @@ double microseconds(const std::function<void()>& work) {
     return std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start).count();
 }
 
-/// Of the fastest tenth the slowest: what else the machine does makes the others slow.
+/// The slowest of the fastest tenth: the others are slow because of whatever else the machine does.
 double fastestTenth(std::vector<double> times) {
     const auto place = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 10);
     std::nth_element(times.begin(), place, times.end());
     return *place;
 }
 
-/// An account file, its traffic counted, and beside it plain files of as many bytes.
+/// An account file with counted reads and writes, and plain files of the same number of bytes beside it.
 class AccountFile {
 public:
     explicit AccountFile(const base::Text& path)
@@ -46,7 +46,7 @@ public:
 
     std::uint32_t rows() const { return rows_; }
 
-    /// Carries out a statement in many rounds, each with another account.
+    /// Carries out a statement in many rounds, each time for another account.
     void measure(const char* name, const std::function<base::Text(std::uint32_t id)>& statement) {
         std::vector<double> times;
         std::vector<double> plainTimes;
@@ -71,7 +71,8 @@ public:
                     most.flushes);
     }
 
-    /// Adds accounts in one transaction, which is dropped. @return microseconds of processor time an account
+    /// Adds accounts in one transaction, which is not committed. @return microseconds of processor time for each
+    /// account
     double insert(const std::vector<std::uint32_t>& names) {
         const jet::sql::TableExpressions expressions;
         jet::Transaction transaction(database_, jet::WriteKind::Execute);
@@ -87,7 +88,7 @@ public:
     }
 
 private:
-    /// Far from the one before, and none twice.
+    /// Far from the one before; never the same twice.
     std::uint32_t nextId() {
         last_ = static_cast<std::uint32_t>((last_ + rows_ * 0.381966) + 1) % rows_;
         return last_ + 1;
@@ -103,8 +104,8 @@ private:
 }  // namespace
 
 /// Writes to an account file of `kontodb create` through the embedded engine, one account at a time and many at once,
-/// and to plain files FILE.plain, none of which may exist: account_file FILE. Prints the times of the fastest tenth and
-/// the most that a round read, wrote and flushed, as JSON.
+/// and to plain files FILE.plain, which must not exist yet: account_file FILE. Prints, as JSON, the times of the
+/// fastest tenth and the largest numbers of reads, writes and flushes in one round.
 int main(int count, char** arguments) {
     if (count != 2) return 2;
     AccountFile file(base::fromUtf8(arguments[1]));

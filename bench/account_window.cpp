@@ -23,7 +23,7 @@ double milliseconds(const std::function<void()>& work) {
 }  // namespace
 
 /// Does with the account window what a user does, without native windows: account_window FILE. Writes to the file,
-/// which must hold an account. Prints milliseconds and the peak memory as JSON.
+/// which must have at least one account. Prints milliseconds and the peak memory as JSON.
 int main(int count, char** arguments) {
     if (count != 2) return 2;
     const base::Text path = base::fromUtf8(arguments[1]);
@@ -56,7 +56,7 @@ int main(int count, char** arguments) {
         window.userPressedKey(u'S', forms::Form::kCtrlMask);
     };
     const double saved = milliseconds([&] { save(u"C:\\eins"); });
-    // A list is ordered when somebody looks at it, as the native one does when it paints.
+    // A list is not sorted before its order is read, which the native list does when it paints.
     const double sort = milliseconds([&] {
         list.userClickedColumn(2);
         list.cellAt(0, 1);

@@ -1,8 +1,8 @@
 #!/usr/bin/python3
-"""What the deeds of a user cost in the real window: native_window.py FILE... (account files, the smallest first).
+"""What a user's actions cost in the real window: native_window.py FILE... (account files, the smallest first).
 
-Keys and clicks reach the exe as those of a user do, on a display of its own. Prints the processor time that the exe's
-process spends, on which other programs tell less than on the time until a deed is done. Ends with 1 if an arrow key
+Keys and clicks reach the exe like those of a user, on a display of its own. Prints the processor time of the exe's
+process: other programs influence it less than the time until an action is finished. Ends with 1 if an arrow key
 costs more than four times as much as in the first file's list.
 """
 import argparse
@@ -23,13 +23,13 @@ PATIENCE_SECONDS = 120
 
 
 def processor_seconds(tool):
-    """Of all threads that the exe's process has now."""
+    """Of all threads that the exe's process has at present."""
     tasks = pathlib.Path(f"/proc/{tool.process.pid}/task").iterdir()
     return sum(int((task / "schedstat").read_text().split()[0]) for task in tasks) / 1e9
 
 
 def spent(tool, deed, is_done):
-    """Processor time of the deed and of all that comes of it."""
+    """Processor time of the action and of everything that it causes."""
     before = processor_seconds(tool)
     deed()
     until(is_done, "the deed is done", PATIENCE_SECONDS)
@@ -41,7 +41,7 @@ def spent(tool, deed, is_done):
 
 
 def move(accounts, key, wanted):
-    """A key held down: its repeats come at the rate of a keyboard, however long each takes."""
+    """A key held down: it repeats at the rate of a keyboard, however long the tool takes for each repeat."""
     keys = ["--repeat", MOVES, "--delay", 1000 // HELD_MOVES_A_SECOND, key]
     seconds = spent(accounts.tool, lambda: accounts.tool.session.xdotool("key", *keys),
                     lambda: accounts.selected() == wanted)

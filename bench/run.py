@@ -58,7 +58,7 @@ def checking(files):
 
 
 def changing(file):
-    """Half of 100,000 accounts in one statement."""
+    """Changes half of 100,000 accounts in one statement."""
     for statement in ("UPDATE Benutzerkonto SET BenKTO_Name = 'Neuer Name'", "DELETE FROM Benutzerkonto"):
         copy = f"{file}.copy"
         shutil.copy(file, copy)
@@ -134,7 +134,7 @@ def native(files):
 
 
 def main():
-    sys.stdout.reconfigure(line_buffering=True)  # so that other programs' lines stand where they belong
+    sys.stdout.reconfigure(line_buffering=True)  # so that the lines of other programs appear in the right order
     subprocess.run(["cmake", "--build", BUILD, "--target", "account_window", "account_file"], check=True, stdout=subprocess.DEVNULL)
     with tempfile.TemporaryDirectory() as folder:
         files = {}

@@ -1,4 +1,4 @@
-/// The least that a program with a window can be: what starting the tool is measured against.
+/// The least that a program with a window can do. The tool's start is measured against it.
 #include <windows.h>
 
 namespace {

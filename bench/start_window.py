@@ -1,8 +1,8 @@
 #!/usr/bin/python3
-"""Time from the start of the exe to its login dialog, as a ratio to a program that shows an empty window.
+"""Time from the start of the exe to its login dialog, compared with a program that shows an empty window.
 
-Both start in turn, in one prefix with a running server, so that what else the machine does strikes both. Prints the
-medians and their ratio; the difference is what the tool itself adds.
+The two start by turns, in one prefix with a running server, so that other load on the machine affects both alike.
+Prints the medians and their ratio; the difference is what the tool itself adds.
 """
 import argparse
 import pathlib
@@ -52,7 +52,7 @@ def main():
         for round_number in range(arguments.rounds + 1):
             for exe, seconds in programs.items():
                 taken = seconds_to_window(session, exe)
-                if round_number > 0:  # the first of each fills the caches
+                if round_number > 0:  # the first start of each only fills the caches
                     seconds.append(taken)
     finally:
         session.close()
