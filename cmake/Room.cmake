@@ -1,4 +1,4 @@
-# The compile settings of every target, and the two kinds of target: rooms (libraries) and test programs.
+# The compile settings of all targets, and the two kinds of target: rooms (libraries) and test programs.
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -14,8 +14,8 @@ if(TOLV_CCACHE)
     set(CMAKE_CXX_COMPILER_LAUNCHER ${TOLV_CCACHE})
 endif()
 
-# No path of the building machine in the program: two builds of one commit are equal. A compiler cache names a source
-# from the build folder, CMake names it from the root of the machine.
+# No path of the building machine gets into the program, so two builds of one commit are equal. With a compiler cache,
+# sources are named relative to the build folder; CMake names them from the root of the file system.
 cmake_path(RELATIVE_PATH CMAKE_SOURCE_DIR BASE_DIRECTORY ${CMAKE_BINARY_DIR} OUTPUT_VARIABLE sourcesFromBuild)
 add_library(tolv_options INTERFACE)
 target_compile_options(tolv_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
@@ -31,16 +31,16 @@ if(TOLV_COVERAGE)
     target_link_options(tolv_options INTERFACE --coverage)
 endif()
 if(WIN32)
-    # Sections of their own, so that the linker leaves out the functions that a program does not use.
+    # Each function gets a section of its own, so that the linker can leave out functions that a program does not use.
     target_compile_options(tolv_options INTERFACE -fstack-protector-strong -ffunction-sections -fdata-sections)
     target_link_options(tolv_options INTERFACE -fstack-protector-strong)
     target_compile_definitions(tolv_options INTERFACE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN)
 endif()
 
-# Sets `variable` to sources that each take in several of these: most of the time to compile goes into the headers of
-# the standard library, of Windows and of the test framework, which so are read once for many. Named from the project's
-# root, so that a compiler cache knows them in every clone; CMake's own way to do this writes absolute paths. The tidy
-# check compiles each source alone, so none may lean on what its neighbour includes.
+# Sets `variable` to sources that each include several of these. Most of the compile time goes into the headers of the
+# standard library, of Windows and of the test framework, which are then read once for many sources. The paths are
+# relative to the project's root, so that a compiler cache finds them in every clone; CMake's own way to do this writes
+# absolute paths. The tidy check compiles each source alone, so no source may depend on what its neighbour includes.
 function(tolv_together variable name)
     set(together)
     while(ARGN)
@@ -61,9 +61,10 @@ function(tolv_together variable name)
     set(${variable} ${together} PARENT_SCOPE)
 endfunction()
 
-# tolv_room(NAME [TOGETHER] [SOURCES file...] [USES room...]): the library of one room, named for its folder
-# ("ado/embedded" is ado_embedded). Without sources it is a room of headers alone. TOGETHER is for rooms that a program
-# needs as a whole: of others a linker takes only the objects that are used, which keeps the Windows tool below 1 MB.
+# tolv_room(NAME [TOGETHER] [SOURCES file...] [USES room...]): the library of one room, named after its folder
+# ("ado/embedded" is ado_embedded). Without sources it is a room of headers only. TOGETHER is for rooms that a program
+# needs as a whole. From other rooms a linker takes only the objects that are used, which keeps the Windows tool below 1
+# MB.
 function(tolv_room name)
     cmake_parse_arguments(ROOM "TOGETHER" "" "SOURCES;USES" ${ARGN})
     if(ROOM_SOURCES)
@@ -78,8 +79,8 @@ function(tolv_room name)
     endif()
 endfunction()
 
-# tolv_program(NAME DESCRIPTION text): icon, version block and, from the file NAME.manifest.in beside the program's own
-# CMake file, the manifest of a Windows program; where its file goes, and how it is linked to be shipped.
+# tolv_program(NAME DESCRIPTION text): adds the icon, the version block and, for a Windows program, the manifest from
+# NAME.manifest.in in the program's own folder; sets the output folder, and the link options for shipping.
 function(tolv_program name)
     cmake_parse_arguments(PROGRAM "" "DESCRIPTION" "" ${ARGN})
     if(TOLV_BIN)
@@ -94,12 +95,12 @@ function(tolv_program name)
     set_source_files_properties(${CMAKE_CURRENT_BINARY_DIR}/${name}.rc PROPERTIES
         OBJECT_DEPENDS "${CMAKE_SOURCE_DIR}/win32/tool.ico;${CMAKE_CURRENT_BINARY_DIR}/${name}.manifest")
     target_sources(${name} PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/${name}.rc)
-    # Stripped while linking: a later strip would write the date into the file.
+    # Stripped by the linker: a separate strip would write the date into the file.
     target_link_options(${name} PRIVATE -municode $<$<CONFIG:Release>:-s> -Wl,--gc-sections)
 endfunction()
 
-# tolv_fast(ROOM...): where rows and pages are many. The Windows programs are built for size elsewhere: the tool is to
-# stay below 1 MB.
+# tolv_fast(ROOM...): optimises rooms for speed that handle many rows and pages. All other code of the Windows programs
+# is optimised for size, so that the tool stays below 1 MB.
 function(tolv_fast)
     foreach(name ${ARGN})
         if(WIN32)
@@ -108,7 +109,7 @@ function(tolv_fast)
     endforeach()
 endfunction()
 
-# tolv_test(NAME SOURCES file... USES room...): one test program a room, run as one entry of ctest.
+# tolv_test(NAME SOURCES file... USES room...): one test program for a room; ctest runs it as one test.
 function(tolv_test name)
     cmake_parse_arguments(TEST "" "" "SOURCES;USES" ${ARGN})
     if(TOLV_TOGETHER)
@@ -117,7 +118,8 @@ function(tolv_test name)
     add_executable(${name} ${TEST_SOURCES})
     target_link_libraries(${name} PRIVATE tolv_options ${TEST_USES} GTest::gmock_main)
     if(TOLV_SANITIZE)
-        # Optimising the test framework's templates with checks in them takes longer than running them as they are.
+        # Optimising the test framework's templates takes longer, with the sanitizers' checks, than running them
+        # unoptimised.
         target_compile_options(${name} PRIVATE -O0)
     endif()
     add_test(NAME ${name} COMMAND ${name})

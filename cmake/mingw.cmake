@@ -1,4 +1,4 @@
-# Cross-building for Windows with the mingw-w64 compilers (posix threads), for the processor that is set.
+# Cross-builds for Windows with the mingw-w64 compilers (posix threads), for the processor that the caller has set.
 set(CMAKE_SYSTEM_NAME Windows)
 set(triple ${CMAKE_SYSTEM_PROCESSOR}-w64-mingw32)
 set(CMAKE_C_COMPILER ${triple}-gcc-posix)
@@ -10,7 +10,7 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
-# Windows 10 is the oldest system: the headers offer it, and the exe's own header asks for it.
+# Windows 10 is the oldest system supported: the headers offer its functions, and the exe's header requires it.
 set(CMAKE_CXX_FLAGS_INIT "-D_WIN32_WINNT=0x0A00 -DWINVER=0x0A00")
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-static -Wl,--no-insert-timestamp -Wl,--major-subsystem-version=10,--minor-subsystem-version=0 -Wl,--major-os-version=10,--minor-os-version=0")
 set(CMAKE_CROSSCOMPILING_EMULATOR /usr/bin/wine)

@@ -1,9 +1,9 @@
-# The Debian packages that the scripts at the root need, in one place, and how they come onto the machine.
-# Sourced, never run. needPackages says what it installs and does nothing when all is there.
+# The Debian packages that the scripts at the root need, in one place, and how to install them. To be sourced, not run.
+# needPackages says what it installs and does nothing if everything is installed.
 
 buildPackages=(g++ cmake ninja-build ccache googletest)
 windowsPackages=(g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix)
-# python3 and procps serve the scripts that drive the windows, locales the German texts and command lines.
+# python3 and procps are for the scripts that drive the windows, locales for German texts and command lines.
 winePackages=(wine64 wine xvfb xdotool openbox imagemagick x11-apps x11-xkb-utils locales
     fonts-dejavu-core python3 procps)
 packagingPackages=(nsis pandoc weasyprint fonts-dejavu-core osslsigncode imagemagick zip git)
@@ -12,7 +12,7 @@ testPackages=(clang-format clang-tidy python3 python3-pefile mdbtools ca-certifi
 
 mdbReader=mdb-reader@3.2.0 # from npm, a second opinion in tests/foreign
 
-# What is fetched or found out once a machine, for every clone.
+# What is fetched or found out once on a machine, for all clones.
 cacheFolder=${XDG_CACHE_HOME:-$HOME/.cache}/prjDexoBenutzerkonten
 export DEBIAN_FRONTEND=noninteractive LC_ALL=${LC_ALL:-C.UTF-8}
 
@@ -29,7 +29,7 @@ asRoot() {
     fi
 }
 
-# needPackages NAME...: installs those that are missing, in one go.
+# needPackages NAME...: installs those that are missing, all at once.
 needPackages() {
     local name missing=()
     command -v apt-get >/dev/null || die "this needs a Debian system (apt-get)"
@@ -42,19 +42,19 @@ needPackages() {
     if [ ${#missing[@]} -gt 0 ]; then
         say "installing ${missing[*]}"
         mkdir -p out
-        # An index that cannot be refreshed does no harm if the old one still names the packages.
+        # If the index cannot be refreshed, that does no harm as long as the old one names the packages.
         asRoot apt-get -qq update >out/apt.log 2>&1 </dev/null || say "apt-get update complains, see out/apt.log"
         asRoot apt-get -q -y --no-install-recommends install "${missing[@]}" >>out/apt.log 2>&1 </dev/null ||
             { tail -20 out/apt.log >&2; die "packages could not be installed (out/apt.log)"; }
     fi
 }
 
-# The Node.js of the machine serves if it brings npm; else Debian's.
+# Uses the machine's Node.js if it includes npm; otherwise installs Debian's.
 needNode() {
     command -v node >/dev/null && command -v npm >/dev/null || needPackages nodejs npm
 }
 
-# Sets mdbReaderModules to the folder that holds the package.
+# Sets mdbReaderModules to the folder of the package.
 needMdbReader() {
     mdbReaderModules=$cacheFolder/$mdbReader
     [ ! -e "$mdbReaderModules/.ready" ] || return 0
@@ -73,7 +73,7 @@ needGermanLocale() {
     asRoot localedef -i de_DE -f UTF-8 de_DE.UTF-8 || die "the locale de_DE.UTF-8 could not be generated"
 }
 
-# buildPreset PRESET [TARGET...]: configures once, then builds; quiet unless something is wrong.
+# buildPreset PRESET [TARGET...]: configures once, then builds; prints nothing unless something fails.
 buildPreset() {
     local preset=$1 dir=out/build/$1 log=out/build/$1.log
     shift
@@ -82,7 +82,7 @@ buildPreset() {
         say "configuring $preset"
         cmake --preset "$preset" >"$log" 2>&1 </dev/null || { tail -30 "$log" >&2; return 1; }
     fi
-    # What one clone has compiled serves the next, wherever it lies.
+    # What is compiled in one clone can be used in the next, whatever its folder is.
     export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1 CCACHE_IGNOREOPTIONS='-ffile-prefix-map=/*'
     say "building $preset"
     local targets=()
