@@ -33,7 +33,7 @@ struct RecordingPeer : Peer {
     std::function<std::string()> state_;
 };
 
-/// One control of every kind that has a window; the Tab order is not the order of definition.
+/// One control of each kind that has a window; the Tab order differs from the order of definition.
 struct SampleForm : Form {
     explicit SampleForm(FormHost& formHost) : Form(formHost, u"sample", u"Sample") {
         list.setTabIndex(0);
@@ -208,7 +208,7 @@ TEST_F(ControlTest, disablingTheFocusedControlFirstHandsTheFocusToTheFirstTabSto
     EXPECT_TRUE(form.text.hasFocus());
 }
 
-TEST_F(ControlTest, enterAndEscapePressTheButtonsThatTheyStandFor) {
+TEST_F(ControlTest, enterAndEscapePressTheirButtons) {
     form.button.onClick = [&] { log.push_back("button"); };
     form.otherButton.onClick = [&] { log.push_back("other"); };
     form.text.SetFocus();

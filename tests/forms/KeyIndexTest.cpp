@@ -8,8 +8,9 @@ namespace {
 
 using forms::KeyIndex;
 
-// Few hashes, whose homes lie together at the table's end, so that rows are pushed from their homes and around it.
-TEST(KeyIndex, findsWhatIsInItHoweverTheRowsCrowd) {
+// Few different hashes, whose slots are at the end of the table, so that rows are pushed away from their slots and
+// around the end.
+TEST(KeyIndex, findsEveryRowEvenIfManyShareASlot) {
     constexpr std::uint32_t kRows = 60;
     const auto hashOf = [](std::uint32_t row) { return 0xFFFFFFF0U + row % 23; };
     KeyIndex index;

@@ -33,7 +33,7 @@ protected:
         for (const base::TextView text : texts)
             add(text);
     }
-    /// All texts of a column in the present order, joined.
+    /// All texts of a column in the current order, joined.
     std::string shown(int column = 0) {
         std::string result;
         for (int place = 0; place < list.rowCount(); ++place)
@@ -96,7 +96,7 @@ TEST_F(ListViewTest, aRowKeepsItsTextsTagAndKeyApart) {
     EXPECT_EQ(errorOf([&] { item.setSubItems(0, u"x"); }), 35600);
 }
 
-TEST_F(ListViewTest, settingAnOrderSortsAndKeepsEqualRowsAsTheyStood) {
+TEST_F(ListViewTest, settingAnOrderSortsAndKeepsTheOrderOfEqualRows) {
     add(u"b", u"1");
     add(u"A", u"2");
     add(u"B", u"3");
@@ -172,7 +172,7 @@ TEST_F(ListViewTest, manyRandomStepsLeaveTheOrderThatAPlainListWouldHave) {
     const unsigned seed = std::random_device()();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
-    std::vector<std::pair<base::Text, int>> plain;  // text and tag, settled rows in order
+    std::vector<std::pair<base::Text, int>> plain;  // text and tag; the settled rows are in order
     std::vector<std::pair<base::Text, int>> added;
     bool descending = false;
     list.setSorted(true);
@@ -204,7 +204,7 @@ TEST_F(ListViewTest, manyRandomStepsLeaveTheOrderThatAPlainListWouldHave) {
                 break;
             }
             default: {
-                // Alike at their beginning, one the beginning of another, and the same again and again.
+                // Texts with the same beginning, some that are the beginning of others, and many that are equal.
                 base::Text text = u"Konto";
                 for (unsigned bits = static_cast<unsigned>(random() % 64); bits > 1; bits /= 2)
                     text += bits % 2 != 0 ? u"ab" : u"ba";
@@ -229,7 +229,7 @@ TEST_F(ListViewTest, manyRandomStepsLeaveTheOrderThatAPlainListWouldHave) {
     ASSERT_EQ(visited, present);
 }
 
-TEST_F(ListViewTest, itemClickComesOnceAMoveOfTheUserAndNeverForCode) {
+TEST_F(ListViewTest, itemClickComesOnceForEachMoveOfTheUserAndNeverForCode) {
     addAll({u"a", u"b", u"c"});
     EXPECT_FALSE(list.SelectedItem()) << "nothing is selected until somebody selects";
     list.userClickedSelectedRow();
@@ -289,7 +289,7 @@ TEST_F(ListViewTest, thePeerIsToldAfterTheRowsAreThereAndShowsTheSelectionAgainW
     EXPECT_THAT(log, ElementsAre("selected 1", "visible 1", "selected 0", "selected 1", "selected none"));
 }
 
-TEST_F(ListViewTest, typingFindsTheNextRowThatBeginsSo) {
+TEST_F(ListViewTest, typingFindsTheNextRowThatBeginsWithTheLetters) {
     addAll({u"Adam", u"Berta", u"adele", u"Ber", u"B"});
     struct Case {
         std::size_t start;
