@@ -12,7 +12,7 @@ inline base::Text nameOf(const test::FakeDatabase::Row& row) {
     return std::get<base::Text>(row[1]);
 }
 
-/// Tells the log which properties of a control the window sets, in their order.
+/// Writes to the log which properties of a control the window sets, in order.
 class Recorder : public forms::ListViewPeer {
 public:
     Recorder(base::TextView name, test::Log& log) : name_(base::toUtf8(name)), log_(log) {}
@@ -36,7 +36,7 @@ private:
     test::Log& log_;
 };
 
-/// The account window on fakes, with all its commands.
+/// The account window on fakes, all of its commands included.
 class AccountWindow : public testing::Test {
 protected:
     static constexpr forms::Color kGrey = 0x00C0C0C0;

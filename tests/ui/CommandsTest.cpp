@@ -36,7 +36,7 @@ protected:
                      [](const std::string& entry) { return entry.starts_with("box "); });
         return texts;
     }
-    /// As the header was clicked until the list stands by server path, Z to A.
+    /// The state after the header has been clicked until the list is sorted by server path, Z to A.
     void sortByPathDescending() {
         window.lvwBenKto.userClickedColumn(2);
         ASSERT_EQ(window.lvwBenKto.SortOrder(), forms::ListView::Order::Descending);
@@ -169,7 +169,7 @@ TEST_F(CommandsTest, aChangedAccountIsStoredAndStaysSelectedHoweverTheListIsSort
     struct Case {
         bool sorted;
         base::Text name, path, shown;
-        int index;  ///< of its row afterwards
+        int index;  ///< index of its row afterwards
     };
     for (const Case& c : {Case{false, u"Abel", u"C:\\neu\\", u"C:\\neu", 1},
                           {false, u"Zz", u"C:\\A", u"C:\\A", 3},
@@ -433,7 +433,7 @@ TEST_F(CommandsTest, savingWithoutASelectedRowFailsBeforeAnythingIsReadOrWritten
     EXPECT_THAT(tool.log, IsEmpty());
 }
 
-TEST_F(CommandsTest, aFailingStatementPassesAndNothingIsWritten) {
+TEST_F(CommandsTest, theErrorOfAFailingStatementReachesTheCallerAndNothingIsWritten) {
     struct Case {
         base::Text name;
         std::string lockedFrom;

@@ -8,7 +8,7 @@ namespace {
 
 using testing::ElementsAreArray;
 
-/// The window with one more control of each kind that the loops know and the window itself has none of.
+/// The window with an additional control of each kind that the loops handle but the window does not have.
 class EditStateTest : public AccountWindow {
 protected:
     EditStateTest() {
@@ -17,7 +17,7 @@ protected:
         combo.AddItem(u"Eintrag");
     }
 
-    /// Every property differs from what any of the operations sets; the save button is red.
+    /// Gives every property a value that none of the operations sets; the save button is red.
     void makeBusy(bool enabled) {
         for (forms::TextBox* box : {&window.txtUserNameDexo, &window.txtPathGlobal}) {
             box->setText(u"Rest");
@@ -36,7 +36,7 @@ protected:
         window.cmdGlobal.setEnabled(enabled);
         tool.log.clear();
     }
-    /// What the action sets, as the controls are told.
+    /// What the action sets, as the controls are told of it.
     test::Log recorded(const std::function<void()>& action) {
         tool.log.clear();
         std::vector<std::unique_ptr<Recorder>> recorders;
@@ -53,7 +53,7 @@ protected:
     static constexpr forms::Color kBusyColor = 0x00123456;
     forms::ComboBox combo{window, u"combo"};
     forms::OptionButton option{window, u"option", u""};
-    /// Its name differs from the one that is passed over by case alone.
+    /// Differs only in case from the name of the button that the loops skip.
     forms::CheckBox renamed{window, u"cmbaddnew", u""};
 };
 
@@ -109,7 +109,7 @@ TEST_F(EditStateTest, preparingEmptiesThenEnablesEveryKindButOptionButtonsAndThe
 TEST_F(EditStateTest, enablingTouchesNoContentsAndNoCommandButton) {
     makeBusy(false);
     window.cmbAddNew.setEnabled(false);
-    tool.database.clear();  // so that loading fails after the controls have been enabled
+    tool.database.clear();  // makes loading fail after the controls have been enabled
     EXPECT_EQ(test::errorOf([&] {
                   EXPECT_THAT(recorded([&] { window.lvwBenKto.userClickedSelectedRow(); }), testing::IsEmpty());
               }),

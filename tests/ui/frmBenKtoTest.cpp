@@ -66,7 +66,7 @@ TEST_F(frmBenKtoTest, everyMoveOfTheSelectionLoadsThatAccountOnceUnderTheHourgla
     expectAccount(u"Zorn", u"D:\\Z", 1);
 }
 
-TEST_F(frmBenKtoTest, anAccountThatIsGoneRaisesTheErrorAndTakesTheHourglassBack) {
+TEST_F(frmBenKtoTest, aMissingAccountRaisesAnErrorAndTheHourglassIsRemoved) {
     addAccounts();
     tool.openAccountWindow();
     tool.database.clear();
