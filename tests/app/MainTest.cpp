@@ -17,7 +17,7 @@ const char* const kWrongPassword = "box Falsches Passwort. [OK] critical";
 
 class MainTest : public testing::Test {
 protected:
-    /// Runs Main with this user at the login dialog.
+    /// Runs Main; this user acts at the login dialog.
     void runMain(std::function<void(frmLogin&)> user) {
         tool.host.modalScript = [user = std::move(user)](forms::Form& form) { user(dynamic_cast<frmLogin&>(form)); };
         Main();
@@ -32,7 +32,7 @@ protected:
 
 TEST_F(MainTest, theAccountFileIsOpenFromTheLoginToTheEndOfTheAccountWindow) {
     tool.database.add(3, u"Abel");
-    LoginOK = kTrue;  // of an earlier run
+    LoginOK = kTrue;  // as left by an earlier run
     runMain([this](frmLogin& dialog) {
         EXPECT_EQ(LoginOK, kFalse);
         EXPECT_TRUE(dialog.txtPasswort.hasFocus());
@@ -100,7 +100,7 @@ TEST_F(MainTest, onlyTheExactPasswordSignsInAndAWrongOneStaysInTheBox) {
     }
 }
 
-TEST_F(MainTest, theMarkerFileFillsThePasswordIn) {
+TEST_F(MainTest, theMarkerFileFillsInThePassword) {
     tool.services.fileSystem.files.insert(u"C:\\mmtolvblankologin");
     runMain([](frmLogin& dialog) {
         dialog.txtPasswort.userTyped(u"anders");
@@ -115,7 +115,7 @@ TEST_F(MainTest, theMarkerFileFillsThePasswordIn) {
     EXPECT_EQ(LoginOK, kTrue);
 }
 
-TEST_F(MainTest, anAccountFileThatCannotBeOpenedEndsItBeforeTheAccountWindow) {
+TEST_F(MainTest, anAccountFileThatCannotBeOpenedEndsMainBeforeTheAccountWindow) {
     tool.database.openFailure = -2147467259;
     EXPECT_EQ(errorOf([this] { runMain(signIn); }), -2147467259);
     EXPECT_THAT(tool.log, testing::Not(Contains("load frmBenKto")));
