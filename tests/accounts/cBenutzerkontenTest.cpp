@@ -70,7 +70,7 @@ TEST_F(cBenutzerkontenTest, exactlyOneBackslashAtTheEndOfAPathIsNotShown) {
     }
 }
 
-TEST_F(cBenutzerkontenTest, thePasswordCanBeResetUnlessItIsTheInitialOneToTheLetter) {
+TEST_F(cBenutzerkontenTest, thePasswordCanBeResetUnlessItIsExactlyTheInitialOne) {
     base::Text inCapitals = kInitial;
     inCapitals[0] = u'A';
     struct Case {
@@ -140,7 +140,7 @@ TEST_F(cBenutzerkontenTest, loadingAnAccountSetsItsFieldsAndClosesTheRowsThatItR
     EXPECT_THAT(tool.log, testing::Not(Contains("close rows")));
 }
 
-TEST_F(cBenutzerkontenTest, aNameIsTakenIfAnotherRowBearsTheOneInTheField) {
+TEST_F(cBenutzerkontenTest, aNameIsTakenIfAnotherRowHasTheNameInTheField) {
     tool.database.add(3, u"Abel");
     tool.database.add(8, u"Meier");
     struct Case {
