@@ -18,7 +18,7 @@ protected:
     test::Tool tool;
 };
 
-TEST_F(cDBTest, theFileOfTheSettingsFolderIsOpenFromMakingToEnd) {
+TEST_F(cDBTest, theFileInTheFolderOfTheSettingsIsOpenAsLongAsTheObjectLives) {
     struct Case {
         std::optional<base::Text> setting;
         const char* dataSource;
@@ -42,7 +42,7 @@ TEST_F(cDBTest, theFileOfTheSettingsFolderIsOpenFromMakingToEnd) {
     }
 }
 
-TEST_F(cDBTest, aConnectionThatIsNotOpenIsReleasedWithoutBeingClosed) {
+TEST_F(cDBTest, aConnectionThatIsNotOpenIsReleasedWithoutClose) {
     tool.database.openFailure = -2147467259;
     EXPECT_EQ(test::errorOf([&] { const cDB db(tool.database, tool.services.regional); }), -2147467259);
     EXPECT_EQ(tool.log.back(), "connection released");
