@@ -57,7 +57,7 @@ protected:
     ListView list{form, u"list"};
     test::FakeWindowMessages messages;
     test::FakeRegional regional;
-    cFormularsteuerung utilities{messages, regional};  // one beside the shared object
+    cFormularsteuerung utilities{messages, regional};  // a second one, apart from the shared object
     std::vector<std::string> marks;
 };
 
@@ -98,7 +98,7 @@ TEST_F(cFormularsteuerungTest, everyColumnGetsItsWidthCodeInOrderAndOnlyInReport
     EXPECT_THAT(messages.sent, IsEmpty()) << "no columns";
 }
 
-/// A list of two columns of which one holds the values of a type.
+/// A list of two columns, one of which holds values of this type.
 struct TypedList {
     using Texts = std::vector<base::Text>;
 
@@ -113,7 +113,7 @@ struct TypedList {
             item.setText(column == 1 ? value : u"x");
             item.setSubItems(1, column == 1 ? u"x" : value);
         }
-        list.setSortOrder(ListView::Order::Descending);  // so that the first sort is an ascending one
+        list.setSortOrder(ListView::Order::Descending);  // so that the first sort is ascending
     }
     void sort(cFormularsteuerung& utilities) { utilities.Sort_ListView(list.ColumnHeaders(column), list); }
     Texts values() {
@@ -127,7 +127,7 @@ struct TypedList {
     int column;
 };
 
-TEST_F(cFormularsteuerungTest, theDirectionChangesOverAtEverySortWhicheverColumnItIs) {
+TEST_F(cFormularsteuerungTest, everySortReversesTheDirectionWhicheverColumnItIs) {
     struct Case {
         int column;
         std::size_t mark;
@@ -158,7 +158,7 @@ TEST_F(cFormularsteuerungTest, typedColumnsSortByARewrittenFormAndAreWrittenBack
     struct Case {
         base::Text tag;
         Texts before;
-        Texts after;  ///< ascending
+        Texts after;  ///< in ascending order
     };
     for (const Case& c : {
              Case{
