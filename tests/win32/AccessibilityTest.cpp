@@ -19,7 +19,7 @@ struct Spoken {
     LONG state = 0;
 };
 
-/// What a reader of the screen is told of a window.
+/// What a screen reader is told of a window.
 Spoken spokenOf(const forms::Control& control) {
     Spoken result;
     IAccessible* object = nullptr;

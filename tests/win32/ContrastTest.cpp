@@ -11,7 +11,7 @@ constexpr COLORREF kBlack = RGB(0, 0, 0);
 constexpr COLORREF kWhite = RGB(255, 255, 255);
 constexpr COLORREF kMark = RGB(26, 235, 255);
 
-/// Colours of a contrast theme, for this process, as long as this lives.
+/// While this lives, the process sees the colours of a contrast theme.
 class ContrastTheme {
 public:
     ContrastTheme() {
@@ -35,7 +35,7 @@ private:
     Colors former_{};
 };
 
-/// A window's client area as it paints itself.
+/// A window's client area as the window paints it.
 class Painted {
 public:
     explicit Painted(HWND window) : screen_(nullptr, GetStockObject(SYSTEM_FONT)) {

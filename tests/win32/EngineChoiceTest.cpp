@@ -25,7 +25,7 @@ public:
     bool moduleExists(const base::Text& file) const override { return files.contains(file); }
 };
 
-TEST(EngineChoice, IsAdoOnlyWhereEverythingOfItIsThere) {
+TEST(EngineChoice, IsAdoOnlyIfAllOfItIsInstalled) {
     EXPECT_EQ(decideEngine(Machine()), Engine::Ado);
     for (const auto& [progId, file] : Machine().registered) {
         Machine unregistered;
@@ -37,7 +37,7 @@ TEST(EngineChoice, IsAdoOnlyWhereEverythingOfItIsThere) {
     }
 }
 
-// The class of the system's own stock; the same question is asked about the provider.
+// A class that every system has; the provider is looked up in the same way.
 TEST(EngineChoice, ReadsTheRegisteredModuleOfAClass) {
     const win32::SystemEngineProbe probe;
     const auto module = probe.moduleOf(u"ADODB.Connection");

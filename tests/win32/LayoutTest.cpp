@@ -12,7 +12,7 @@
 
 namespace {
 
-/// The user's size of texts: while this lives it can be changed, as seen by this process. It starts as the usual one.
+/// The user's text size. While this lives, it can be changed for this process. It starts with the usual size.
 class TextSize {
 public:
     TextSize() {
@@ -36,12 +36,12 @@ private:
     NONCLIENTMETRICSW former_{};
 };
 
-/// A control as its native window shows it.
+/// A control as shown by its native window.
 struct Shown {
     const forms::Control* control;
     RECT rect;  ///< in the form's client area
     SIZE client;
-    SIZE text;  ///< of its caption, or of a line, in its own font
+    SIZE text;  ///< of its caption, or of one line, in the control's own font
 
     LONG width() const { return rect.right - rect.left; }
     LONG height() const { return rect.bottom - rect.top; }
@@ -89,7 +89,7 @@ bool encloses(const RECT& outer, const RECT& inner) {
            outer.bottom >= inner.bottom;
 }
 
-/// Pixels that a control needs beside its caption: a button's edge, the square of a check box.
+/// Pixels that a control needs besides its caption: a button's edge, the square of a check box.
 SIZE besideText(forms::Kind kind, int dpi) {
     if (kind == forms::Kind::CommandButton) return {8, 6};
     return {kind == forms::Kind::CheckBox ? 13 * dpi / 96 + 6 : 0, 0};
@@ -101,7 +101,7 @@ SIZE clientOf(const win32::FormPeer& peer) {
     return {client.right, client.bottom};
 }
 
-/// No text is clipped, no control lies outside or upon another.
+/// No text is clipped; no control is outside the window or overlaps another.
 void expectReadable(const win32::FormPeer& peer, int dpi) {
     const auto all = allShown(peer);
     const RECT client{0, 0, clientOf(peer).cx, clientOf(peer).cy};
@@ -137,14 +137,14 @@ void setClient(const win32::FormPeer& peer, SIZE client) {
                  SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
-/// The rectangle that goes with it is too small for anything: the window takes its least size.
+/// The rectangle sent with the message is too small for anything, so the window takes its smallest size.
 void moveToResolution(const win32::FormPeer& peer, int dpi) {
     const RECT suggested{0, 0, 10, 10};
     SendMessageW(peer.window(), WM_DPICHANGED, static_cast<WPARAM>(MAKELONG(dpi, dpi)),
                  reinterpret_cast<LPARAM>(&suggested));
 }
 
-/// The texts are as large as the user wants, unless the smallest window would be larger than the screen.
+/// The texts have the size that the user wants, unless the smallest window would then be larger than the screen.
 void expectTextSize(const win32::FormPeer& peer, int dpi) {
     const win32::FormLayout& layout = win32::layoutOf(peer.form());
     const win32::Fonts wanted = win32::fontsFor(layout, peer.form(), static_cast<unsigned>(dpi), {9999, 9999});
@@ -182,7 +182,7 @@ void expectReadableAtEverySize(const win32::FormPeer& peer, const TextSize& text
     }
 }
 
-/// The account window with two accounts in real windows.
+/// The account window with two accounts, in real windows.
 struct LayoutTest : testing::Test {
     LayoutTest() {
         tool.database.add(1, u"Abel");
@@ -249,7 +249,7 @@ TEST_F(LayoutTest, AnotherSizeOfTextsIsTakenOverAtOnceAndBack) {
     EXPECT_EQ(measured().mark, usual.mark);
 }
 
-TEST_F(LayoutTest, TheRoomGoesToTheListAndThePath) {
+TEST_F(LayoutTest, SpareRoomGoesToTheListAndThePath) {
     setClient(*peer, {620, 366});
     const auto small = allShown(*peer);
     setClient(*peer, {1020, 666});
@@ -268,10 +268,10 @@ TEST_F(LayoutTest, StartFitsASmallNotebookAt125Percent) {
     RECT rect{0, 0, client.cx, client.cy};
     AdjustWindowRectExForDpi(&rect, WS_OVERLAPPEDWINDOW, FALSE, 0, 120);
     EXPECT_LE(rect.right - rect.left, 1366);
-    EXPECT_LE(rect.bottom - rect.top, 768 - 50);  // a task bar at 125 %
+    EXPECT_LE(rect.bottom - rect.top, 768 - 50);  // less a task bar at 125 %
 }
 
-TEST_F(LayoutTest, LoginDialogStandsWhereItsTwipsSayAtEverySize) {
+TEST_F(LayoutTest, LoginDialogKeepsItsPositionsInTwipsAtEverySize) {
     peer.reset();
     tolv::frmLogin login(tool.host, tool.services.fileSystem, tool.services.messageBoxes);
     peer.emplace(login);
@@ -284,7 +284,7 @@ TEST_F(LayoutTest, LoginDialogStandsWhereItsTwipsSayAtEverySize) {
     for (const auto& c : cases) {
         moveToResolution(*peer, c.dpi);
         EXPECT_EQ(clientOf(*peer).cx, c.client.cx);
-        EXPECT_GE(clientOf(*peer).cy, c.client.cy);  // the frame here is always that of one resolution
+        EXPECT_GE(clientOf(*peer).cy, c.client.cy);  // the frame here always has the size for one resolution
         const auto all = allShown(*peer);
         EXPECT_NE(EqualRect(&named(all, u"txtPasswort").rect, &c.box), FALSE);
         EXPECT_NE(EqualRect(&named(all, u"cmdLogin").rect, &c.start), FALSE);

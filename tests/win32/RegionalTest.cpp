@@ -10,7 +10,7 @@ namespace {
 using test::errorOf;
 using win32::SystemRegional;
 
-// Run in the German environment, as ./test does.
+// These tests need the German locale, in which ./test runs them.
 
 TEST(SystemRegional, ReadsWholeNumbersAsTheUsersLanguageWritesThem) {
     const SystemRegional regional;
@@ -27,7 +27,7 @@ TEST(SystemRegional, ReadsWholeNumbersAsTheUsersLanguageWritesThem) {
         EXPECT_EQ(errorOf([&] { regional.toLong(tooLarge); }), 6) << base::toUtf8(tooLarge);
 }
 
-TEST(SystemRegional, ReadsDatesInTheUsersOrderAndRefusesWhatIsNone) {
+TEST(SystemRegional, ReadsDatesInTheUsersOrderAndRefusesOtherTexts) {
     const SystemRegional regional;
     EXPECT_EQ(regional.toSortableDate(u"24.12.2023"), u"20231224");
     EXPECT_EQ(regional.toSortableDate(u"12.24.2023"), u"20231224");
@@ -69,7 +69,7 @@ TEST(SystemRegional, ComparesWithoutRegardToCaseInTheOrderOfTheLanguage) {
     EXPECT_EQ(regional.compare({}, {}), 0);
 }
 
-TEST(SystemRegional, SortKeysStandAsTheTextsCompare) {
+TEST(SystemRegional, SortKeysHaveTheOrderInWhichTheTextsCompare) {
     const SystemRegional regional;
     const std::vector<base::Text> texts{u"",
                                         u"a",

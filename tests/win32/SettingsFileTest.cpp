@@ -7,7 +7,7 @@
 
 namespace {
 
-/// A program folder of the test's own, with a settings file in it.
+/// A program folder of the test's own, which holds a settings file.
 class Folder final : public platform::ProgramFolder {
 public:
     explicit Folder(const std::string& settings) { std::ofstream(folder_ / "Tolv.ini", std::ios::binary) << settings; }

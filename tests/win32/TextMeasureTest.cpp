@@ -16,7 +16,7 @@ LONG extentOf(HDC dc, const base::Text& text) {
 }
 
 TEST(TextMeasure, FindsTheWidthThatMeasuringEveryTextWouldFind) {
-    std::mt19937 random(20);  // the seed is the run's only input
+    std::mt19937 random(20);  // the result depends on this seed alone
     const base::Text letters = u"aWil ÄöüßMj.\\łŚ李\u0301A\U0001F600";
     for (const unsigned dpi : {96U, 144U, 192U}) {
         const win32::Fonts fonts(dpi);
