@@ -15,7 +15,7 @@ bool isOwnApartment() {
     return SUCCEEDED(CoGetApartmentType(&type, &qualifier)) && (type == APTTYPE_STA || type == APTTYPE_MAINSTA);
 }
 
-/// Lives as long as the program; its references are not counted.
+/// Lives as long as the program; references to it are not counted.
 class ClassObject final : public IClassFactory {
 public:
     explicit ClassObject(base::TextView className) : className_(className) {}

@@ -8,7 +8,7 @@
 
 namespace comdouble {
 
-/// An apartment of the test's own in which the double's classes are registered and memory is watched.
+/// An apartment of the test's own, in which the double's classes are registered and memory is watched.
 class Apartment {
 public:
     Apartment() {
@@ -23,22 +23,22 @@ public:
         leave();
     }
 
-    /// Before its end; memory is watched on.
+    /// Leaves COM before the end of this object; memory is still watched.
     void leave() {
         if (!registration_) return;
         registration_.reset();
         CoUninitialize();
     }
 
-    /// Those that a test has made on purpose, since the last time it asked.
+    /// Breaches that a test has made on purpose since the last call.
     std::int32_t takeBreaches() {
         const std::int32_t taken = state().breaches - breachesTaken_;
         breachesTaken_ += taken;
         return taken;
     }
 
-    /// Fails the test if somebody holds an object, owes a record, has made a call that no caller may make, or has not
-    /// freed memory, once.
+    /// Fails the test if an object is still held, a record was not filled in, a forbidden call was made, or memory was
+    /// not freed exactly once.
     void expectNothingLeft() {
         EXPECT_EQ(state().held.size(), 0U);
         EXPECT_EQ(state().recordsNotFilledIn, 0);

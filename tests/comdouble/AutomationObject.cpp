@@ -24,7 +24,7 @@ void fillIn(const Raised& raised, EXCEPINFO& record) {
     record.bstrHelpFile = optionalBstr(raised.helpFile);
 }
 
-/// The record handed out last that is to be filled in.
+/// The last record handed out that must still be filled in.
 Raised& deferred() {
     static Raised last;
     return last;
@@ -55,7 +55,7 @@ void checkForm(const Member& member, const DISPPARAMS& given) {
         fail({.result = DISP_E_PARAMNOTFOUND});
     if (!isPut && given.cNamedArgs != 0) fail({.result = DISP_E_NONAMEDARGS});
     const bool isPlainGet = member.kind == DISPATCH_PROPERTYGET && member.parameters.empty();
-    if (isPlainGet && given.cArgs > 0) fail({.result = DISP_E_NOTACOLLECTION});  // what it gives has no items
+    if (isPlainGet && given.cArgs > 0) fail({.result = DISP_E_NOTACOLLECTION});  // the result has no items
     const auto required =
         static_cast<UINT>(std::ranges::count(member.parameters, false, &Member::Parameter::isOptional));
     if (given.cArgs > member.parameters.size() || given.cArgs < required) fail({.result = DISP_E_BADPARAMCOUNT});
@@ -65,10 +65,10 @@ bool isMissing(const VARIANT* given) {
     return given == nullptr || (V_VT(given) == VT_ERROR && V_ERROR(given) == DISP_E_PARAMNOTFOUND);
 }
 
-/// @param given  null if the call has no such argument
+/// @param given  null if the call does not have this argument
 HRESULT take(const Member::Parameter& parameter, VARIANT* given, VARIANT* taken) {
     if ((parameter.type & VT_BYREF) != 0 && given != nullptr)
-        return (V_VT(given) & VT_BYREF) != 0 ? E_NOTIMPL : DISP_E_TYPEMISMATCH;  // what is no variable takes nothing
+        return (V_VT(given) & VT_BYREF) != 0 ? E_NOTIMPL : DISP_E_TYPEMISMATCH;  // the result needs a variant
     if (isMissing(given) && parameter.isOptional) {
         if (parameter.type != VT_I4) return S_OK;
         V_VT(taken) = VT_I4;
@@ -102,7 +102,7 @@ AutomationObject::~AutomationObject() {
     state().held.erase(this);
 }
 
-/// References are counted in any case: whoever got one wrong is to be seen by the breach, not by a crash.
+/// References are counted in any case: a wrong count must show as a breach and not as a crash.
 ULONG AutomationObject::AddRef() {
     static_cast<void>(requireOwnApartment());
     return ++references_;
@@ -115,7 +115,7 @@ ULONG AutomationObject::Release() {
     return left;
 }
 
-/// Counts the breach if it is none.
+/// Counts a breach if the call comes from elsewhere.
 HRESULT AutomationObject::requireOwnApartment() const {
     APTTYPE type{};
     APTTYPEQUALIFIER qualifier{};
@@ -148,7 +148,7 @@ HRESULT AutomationObject::GetTypeInfo(UINT /*index*/, LCID /*locale*/, ITypeInfo
 HRESULT AutomationObject::GetIDsOfNames(REFIID mustBeNull, LPOLESTR* names, UINT count, LCID /*locale*/, DISPID* ids) {
     if (const HRESULT wrong = requireOwnApartment(); FAILED(wrong)) return wrong;
     if (mustBeNull != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
-    if (count != 1) return E_NOTIMPL;  // names of arguments: arguments are not called by name
+    if (count != 1) return E_NOTIMPL;  // more names would be those of arguments, but arguments are not called by name
     const base::TextView name(reinterpret_cast<const char16_t*>(names[0]));
     const auto found = std::ranges::find_if(members(), [&](const Member& member) {
         return member.className == className_ && base::equalsIgnoringAsciiCase(member.name, name);
@@ -162,7 +162,7 @@ HRESULT AutomationObject::Invoke(DISPID id, REFIID mustBeNull, LCID /*locale*/, 
     if (const HRESULT wrong = requireOwnApartment(); FAILED(wrong)) return wrong;
     if (mustBeNull != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
     if (parameters == nullptr) return E_INVALIDARG;
-    AddRef();  // a call may give up the last reference to its own object
+    AddRef();  // a call may release the last reference to its own object
     HRESULT answer = S_OK;
     try {
         ado::com::Variant delivered = carryOut(memberFor(id, kinds), *parameters);
@@ -177,7 +177,7 @@ HRESULT AutomationObject::Invoke(DISPID id, REFIID mustBeNull, LCID /*locale*/, 
 }
 
 const Member& AutomationObject::memberFor(DISPID id, WORD kinds) const {
-    // One put at a time, and it is nothing else besides.
+    // A call may set one property, and must then do nothing else.
     const bool isPut = (kinds & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0;
     const bool isKnown = id > 0 && static_cast<std::size_t>(id) <= members().size();
     if (!isKnown || (isPut && kinds != DISPATCH_PROPERTYPUT)) fail({.result = DISP_E_MEMBERNOTFOUND});
@@ -204,7 +204,7 @@ ado::com::Variant AutomationObject::carryOut(const Member& member, const DISPPAR
     return delivered;
 }
 
-/// The classes' own failures are of the automation facility, the provider's are results of their own.
+/// Errors of the classes themselves have the automation facility; those of the provider are results of its own.
 Raised AutomationObject::described(const base::RuntimeError& error) const {
     const bool isOwn = error.number() > 0;
     return {.scode = isOwn ? kAdoFacility | error.number() : error.number(),

@@ -6,13 +6,13 @@
 
 namespace comdouble {
 
-/// An object of one of the classes: counts references, belongs to its thread, finds members by their names and lets
-/// them run if they are called in their right form.
+/// An object of one of the classes: counts references, belongs to its thread, finds members by name, and runs them if
+/// they are called in the right form.
 class AutomationObject final : public IDispatch {
 public:
     /// @param className  as in members()
     static ado::com::Variant create(base::TextView className, Subject subject);
-    /// What the object stands for; null if it is none of ours.
+    /// What the object stands for; null if it is not one of the double's objects.
     static const Subject* subjectOf(IDispatch* object);
 
     AutomationObject(base::TextView className, Subject subject);

@@ -1,9 +1,8 @@
-/// The engine of the tool that the journeys go through a second time: reached through COM, with the double's classes
-/// in the place of the system's. Linked before the library that would choose an engine.
+/// The engine with which the journeys go through the tool a second time: reached through COM, with the double's classes
+/// instead of the system's. Linked before the library that would choose an engine.
 ///
-/// What is to go wrong stands in a file beside the exe (FaultPlan.h). How many objects are held, a message-only window
-/// of the class "comdouble" tells whoever sends it a WM_APP: -1 if besides somebody owes a record or has made a call
-/// that no caller may make.
+/// A file beside the exe names the faults to make (FaultPlan.h). A message-only window of the class "comdouble" answers
+/// WM_APP with the number of objects held, or with -1 if a record was not filled in or a forbidden call was made.
 
 #include <cstdlib>
 
@@ -25,7 +24,7 @@ LRESULT CALLBACK tellHeld(HWND window, UINT message, WPARAM wParam, LPARAM lPara
     return message == WM_APP ? held() : DefWindowProcW(window, message, wParam, lParam);
 }
 
-/// Gone with the thread.
+/// The window is destroyed when the thread ends.
 void makeTellingWindow() {
     WNDCLASSW description{};
     description.lpfnWndProc = tellHeld;
@@ -40,7 +39,7 @@ std::filesystem::path folderOfExe() {
     return std::filesystem::path(path).parent_path();
 }
 
-/// What the tool gets. With the end of its last user nothing may be held any more; the exit code tells.
+/// The factory that the tool gets. When it is destroyed, nothing may be held any more; the exit code tells.
 class FactoryOverDouble final : public ado::ConnectionFactory {
 public:
     FactoryOverDouble() {

@@ -6,17 +6,18 @@
 
 namespace comdouble {
 
-/// The faults that a file names, one a line, in UTF-8 with a tab between its words; without the file there are none.
+/// The faults that a file names, one on each line, in UTF-8 with a tab between words. Without the file there are no
+/// faults.
 ///
-///     call MEMBER NUMBER TEXT         the call fails with an exception record: "Connection.Open"
-///     property NAME NUMBER TEXT       so does the put of the provider's property
-///     statements COUNT                so many are left before the file is out of reach
+///     call MEMBER NUMBER TEXT         the call fails with an exception record, for example "Connection.Open"
+///     property NAME NUMBER TEXT       setting this property of the provider fails in the same way
+///     statements COUNT                this many statements succeed before the file cannot be reached any more
 ///     missing-rows COUNT
 ///     missing-field COLUMN
-///     no-value COLUMN                 delivers an error code, which is no value
+///     no-value COLUMN                 delivers an error code, which is not a value
 ///     text COLUMN TEXT                delivers the text
 ///
-/// @throws std::invalid_argument for a line that is none of these
+/// @throws std::invalid_argument for any other line
 Faults faultsOf(const std::filesystem::path& plan);
 
 }  // namespace comdouble

@@ -12,7 +12,7 @@ using ado::com::Variant;
 using ado::embedded::adoError;
 using ado::embedded::AdoErrorNumber;
 
-/// For each thing that goes to the file.
+/// To be called for each operation that uses the file.
 void countStatement() {
     auto& left = state().faults.statementsUntilDeath;
     if (left == 0) throw base::RuntimeError(E_FAIL, u"Datenträger- oder Netzwerkfehler.");
@@ -69,7 +69,7 @@ Variant putProperty(Subject& on, const Arguments& with) {
     return {};
 }
 
-/// A text in the place of the connection would open another one.
+/// A text in place of the connection would open another connection.
 Variant openRecordset(Subject& on, const Arguments& with) {
     const Subject* over = with[1].raw().vt == VT_DISPATCH ? AutomationObject::subjectOf(with[1].object()) : nullptr;
     if (with[0].raw().vt != VT_BSTR || over == nullptr || over->recordset)
@@ -96,7 +96,7 @@ Variant isEof(Subject& on, const Arguments&) {
     return Variant(base::Value(on.recordset->isEOF()));
 }
 
-/// The only form in use is without arguments.
+/// The client calls this without arguments only.
 void requireNone(const Arguments& with) {
     if (with[0].raw().vt != VT_EMPTY || with[1].raw().vt != VT_EMPTY) fail({.result = E_NOTIMPL});
 }
@@ -125,7 +125,7 @@ Variant fieldItem(Subject& on, const Arguments& with) {
 }
 
 Variant fieldValue(Subject& on, const Arguments&) {
-    // Also where something else comes: it may not be there.
+    // Read even if another value is delivered instead: the column may not exist.
     const base::Value value = on.recordset->Fields().Item(on.name).Value();
     const auto odd = state().faults.oddValues.find(on.name);
     if (odd == state().faults.oddValues.end()) return Variant(value);

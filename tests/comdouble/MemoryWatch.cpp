@@ -7,19 +7,19 @@
 
 #include "win32/SystemHeaders.h"
 
-// In the library, but in no header.
+// The library exports it, but no header declares it.
 extern "C" void SetOaNoCache();
 
 namespace comdouble {
 
 namespace {
 
-/// COM asks it before and after whatever the allocator does. Registered once and for all: COM gives none up before
-/// the last block is freed that was made under it.
+/// COM calls it before and after everything the allocator does. It stays registered, because COM does not release it
+/// before the last block made under it is freed.
 class Spy final : public IMallocSpy {
 public:
     Spy() {
-        SetOaNoCache();  // texts would be kept for the next one instead of being freed
+        SetOaNoCache();  // otherwise freed texts would be kept for later use
         if (FAILED(CoRegisterMallocSpy(this))) throw std::runtime_error("the allocator cannot be watched");
     }
 
@@ -64,7 +64,7 @@ public:
     void* STDMETHODCALLTYPE PreFree(void* block, BOOL /*wasSpied*/) override {
         const std::scoped_lock lock(mutex_);
         if (!isWatching_) return block;
-        if (live_.erase(block) == 0 && !freed_.contains(block)) return block;  // older than the watch
+        if (live_.erase(block) == 0 && !freed_.contains(block)) return block;  // the block is older than the watch
         if (!freed_.insert(block).second) ++freedAgain_;
         return nullptr;
     }

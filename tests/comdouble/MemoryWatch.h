@@ -2,8 +2,8 @@
 
 #include <cstddef>
 
-/// What is in the memory that COM's callers and objects hand to each other (texts, arrays, whatever the task allocator
-/// gives) and who frees it. One watch at a time; the thread must have entered COM.
+/// Watches the memory that COM's callers and objects hand to each other (texts, arrays, anything from the task
+/// allocator) and whether it is freed. One watch at a time; the thread must have entered COM.
 namespace comdouble {
 
 class MemoryWatch {
@@ -13,11 +13,11 @@ public:
     MemoryWatch(const MemoryWatch&) = delete;
     MemoryWatch& operator=(const MemoryWatch&) = delete;
 
-    /// Blocks made since the watch began that nobody has freed.
+    /// Blocks allocated since the watch began and not freed.
     std::size_t notFreed() const;
 
-    /// How often one of them was freed once more. What is freed stays reserved until the watch ends, so that no new
-    /// block takes the place and hides it.
+    /// How many times such a block was freed again. Freed memory stays reserved until the watch ends, so that no new
+    /// block takes its place and hides the fault.
     std::size_t freedAgain() const;
 };
 
