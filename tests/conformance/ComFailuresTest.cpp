@@ -4,8 +4,9 @@
 #include "tests/comdouble/AdoDouble.h"
 #include "tests/conformance/Conformance.h"
 
-/// What a provider can do wrong: each failure arrives as number and description, and (the fixture looks) nothing stays
-/// held and every text is freed, once. What becomes of the file then, the journeys see (tests/wine/provider_faults.py).
+/// What a provider can do wrong. Each failure must arrive as number and description; the fixture checks that nothing
+/// stays held and that every text is freed exactly once. The journeys check what happens to the file
+/// (tests/wine/provider_faults.py).
 namespace conformance {
 namespace {
 
@@ -29,7 +30,7 @@ constexpr std::int32_t kUnspecified = -2147467259;
 
 class ComFailures : public Conformance {
 protected:
-    /// Of a call that the provider answers so.
+    /// The failure of a call to which the provider answers with this.
     Failure failureWith(const Raised& raised) const {
         comdouble::state().faults.calls[u"Connection.Open"] = raised;
         const auto connection = prepare();
@@ -50,7 +51,7 @@ TEST_F(ComFailures, EveryCombinationOfARecordsFieldsHasANumberAndADescription) {
     const struct {
         Raised raised;
         std::int32_t number;
-        base::TextView description;  ///< empty: the system's own, whatever it says
+        base::TextView description;  ///< empty: the system's own text, whatever it is
     } cases[] = {
         {record(kUnspecified, 0, u"Wegen"), kUnspecified, u"Wegen"},
         {record(kClosed, 0, u"Zu"), 3704, u"Zu"},
@@ -101,7 +102,7 @@ TEST_F(ComFailures, ARefusedConnectionIsAnErrorAtEachOfItsSteps) {
     comdouble::state().faults.properties[u"Data Source"] = record(kUnspecified, 0, u"Nicht so");
     EXPECT_EQ(failureOf([&] { prepare(); }).description, u"Nicht so");
     comdouble::state().faults = {};
-    // A module that cannot be had.
+    // A class whose module does not exist.
     constexpr CLSID kNobody{0x9d1c1f0a, 0x4f0e, 0x4b43, {0x9c, 0x55, 0x11, 0x57, 0x08, 0x5d, 0x2a, 0x01}};
     ado::com::Factory missing({kNobody, kNobody});
     EXPECT_EQ(errorOf([&] { missing.createConnection(); }), REGDB_E_CLASSNOTREG);

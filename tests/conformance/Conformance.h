@@ -22,8 +22,8 @@ using test::errorOf;
 inline constexpr base::TextView kPassword = u"GeheiM";
 inline constexpr base::TextView kAll = u"SELECT * FROM Benutzerkonto ORDER BY BenKTO_ID";
 
-/// An account file of the test's own with three accounts and a table `Werte` of every kind of column, reached on this
-/// program's way. After each test the file is sound and nothing is held any more.
+/// An account file of the test's own with three accounts and a table `Werte` with every kind of column, used through
+/// the way that this program tests. After each test the file must be sound and nothing may be held any more.
 class Conformance : public testing::Test {
 protected:
     Conformance() { write(test::sampleFile({accounts(), values()}, Text(kPassword))); }
@@ -77,7 +77,7 @@ protected:
 
     ado::ConnectionFactory& factory() const { return way->connections(); }
 
-    /// Closed, with the provider named.
+    /// A closed connection with the provider set.
     std::unique_ptr<ado::Connection> prepare(base::TextView password = kPassword, base::TextView file = {}) const {
         auto connection = factory().createConnection();
         connection->setProvider(u"Microsoft.Jet.OLEDB.4.0");
@@ -105,7 +105,7 @@ protected:
         rows.Fields().Item(field).setValue(value);
     }
 
-    /// "1 Müller|2 Aal|", as the file has it now; a null is a dash.
+    /// "1 Müller|2 Aal|", as read from the file; a null is shown as a dash.
     std::string names(ado::Connection& connection, base::TextView source = kAll) const {
         std::string all;
         const auto rows = open(connection, source);

@@ -8,7 +8,7 @@ namespace {
 class EmbeddedWay final : public Way {
 public:
     ado::ConnectionFactory& connections() override { return factory_; }
-    void expectNothingLeft() override {}  // the sanitizers see to it
+    void expectNothingLeft() override {}  // the sanitizers check this
 
 private:
     ado::embedded::Factory factory_;

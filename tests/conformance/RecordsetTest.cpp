@@ -35,7 +35,7 @@ TEST_F(Conformance, FieldsFollowTheCurrentRow) {
     EXPECT_EQ(rows->State(), ado::adStateClosed);
 }
 
-TEST_F(Conformance, ARecordSetRefusesWhatIsOutOfPlace) {
+TEST_F(Conformance, ARecordSetRefusesCallsThatDoNotFitItsState) {
     const auto connection = connect();
     const auto closed = factory().createRecordset();
     const auto readOnly = open(*connection, kAll);
