@@ -6,8 +6,8 @@
 #include "tests/support/Expect.h"
 #include "tests/systemado/SystemAdo.h"
 
-/// The client against an ADO that nobody here has written. Wine's has no provider: a connection never opens, and the
-/// rows of a record set are those that a program has put into its memory.
+/// The client against an independent ADO. Wine's ADO has no provider: a connection never opens, and a record set has
+/// only the rows that a program has put into its memory.
 namespace systemado {
 namespace {
 
@@ -28,14 +28,14 @@ protected:
         CoUninitialize();
     }
 
-    /// A record set in memory with one column of the type and one row.
+    /// A record set in memory with one column of this type and one row.
     struct Row {
         explicit Row(VARTYPE type) {
             const Variant name(base::TextView(u"Wert"));
             const Variant kind(std::int32_t{type});
             const Variant size(std::int32_t{100});
             const Variant mayBeNull(std::int32_t{0x20});
-            recordset.put(L"CursorLocation", Variant(std::int32_t{3}));  // the program's own side
+            recordset.put(L"CursorLocation", Variant(std::int32_t{3}));  // the client's side, which needs no provider
             fields = Object(recordset.get(L"Fields").object());
             fields.call(L"Append", {&name, &kind, &size, &mayBeNull});
             recordset.call(L"Open");
@@ -74,14 +74,14 @@ TEST_F(SystemAdoClient, GivesStatesAndNumbers) {
     EXPECT_EQ(row.field.get(L"Name").text(), u"Wert");
     row.recordset.call(L"MoveFirst");
     EXPECT_FALSE(row.recordset.get(L"EOF").boolean());
-    row.recordset.call(L"MovePrevious");  // Wine's watches this end of the rows alone
+    row.recordset.call(L"MovePrevious");  // Wine's ADO checks only this end of the rows
     EXPECT_EQ(errorOf([&] { row.field.get(L"Value"); }), 3021);
     row.recordset.call(L"MoveNext");
     row.recordset.call(L"MoveNext");
     EXPECT_TRUE(row.recordset.get(L"EOF").boolean());
 }
 
-/// "?" for what is no text and cannot become one.
+/// "?" for what is not a text and cannot become one.
 base::Text readBySystem(const Variant& value) {
     VARIANT text{};
     VARIANT borrowed = value.raw();
@@ -91,7 +91,8 @@ base::Text readBySystem(const Variant& value) {
     return read;
 }
 
-/// What is written is of the kind that the type's number names, says to the system what it says to us, and comes back.
+/// Each value is written as the kind that the type's number names, means the same to the system as to us, and comes
+/// back.
 TEST_F(SystemAdoClient, KeepsEveryKindOfValue) {
     using base::Value;
     const struct {

@@ -10,7 +10,7 @@
 #include "tests/comdouble/Members.h"
 #include "tests/systemado/SystemAdo.h"
 
-/// The double against the system's own ADO: what can be called, and what becomes of a call in a wrong form.
+/// The double against the system's own ADO: which members can be called, and what a call in a wrong form gives.
 namespace systemado {
 namespace {
 
@@ -25,7 +25,7 @@ struct Release {
 template <typename Interface>
 using Held = std::unique_ptr<Interface, Release<Interface>>;
 
-/// The plain type behind a name: of enumerations and of the counts that are as wide as a pointer.
+/// The plain type that a name stands for: enumerations, and counts that are as wide as a pointer.
 VARTYPE plainType(ITypeInfo& info, const TYPEDESC& type) {
     if (type.vt == VT_PTR) {
         const VARTYPE inner = plainType(info, *type.lptdesc);
@@ -46,7 +46,7 @@ VARTYPE plainType(ITypeInfo& info, const TYPEDESC& type) {
     return plain;
 }
 
-/// "call (8, 400c?, 3?) -> 9": types in hexadecimal, a question mark after what may be left out.
+/// "call (8, 400c?, 3?) -> 9": types in hexadecimal, a question mark after an argument that may be left out.
 std::string shown(WORD kind, const std::vector<Member::Parameter>& parameters, VARTYPE result) {
     std::ostringstream text;
     text << std::hex << (kind == DISPATCH_METHOD ? "call (" : kind == DISPATCH_PROPERTYGET ? "get (" : "put (");
@@ -56,7 +56,7 @@ std::string shown(WORD kind, const std::vector<Member::Parameter>& parameters, V
     return text.str();
 }
 
-/// The same of the library's member, found by its name: Wine 8 cannot describe every member of Fields one by one.
+/// The same for the library's member, found by its name: Wine 8 cannot describe every member of Fields one by one.
 std::string shown(ITypeInfo& type, std::wstring name, WORD kind) {
     ITypeComp* members = nullptr;
     if (FAILED(type.GetTypeComp(&members))) return "no members";
@@ -107,7 +107,7 @@ TEST(Double, HasTheMembersOfTheTypeLibrary) {
     }
 }
 
-/// The bare result of a call. @param arguments  as written; nothing is an argument that is left out
+/// The bare result of a call. @param arguments  as written; nothing stands for an argument that is left out
 HRESULT resultOf(const Object& object, std::wstring member, WORD kind,
                  const std::vector<std::optional<base::Value>>& arguments = {}, bool isValueNamed = false) {
     LPOLESTR name = member.data();
@@ -132,7 +132,7 @@ HRESULT resultOf(const Object& object, std::wstring member, WORD kind,
                                      nullptr);
 }
 
-TEST(Double, TakesCallsInTheFormsThatTheSystemsTakes) {
+TEST(Double, TakesCallsInTheSameFormsAsTheSystem) {
     constexpr WORD kGet = DISPATCH_PROPERTYGET;
     constexpr WORD kPut = DISPATCH_PROPERTYPUT;
     constexpr WORD kCall = DISPATCH_METHOD;
@@ -173,7 +173,7 @@ TEST(Double, TakesCallsInTheFormsThatTheSystemsTakes) {
         SCOPED_TRACE("the double");
         const Object connection(comdouble::kConnectionClass);
         expectBoth(connection, Object(comdouble::kRecordsetClass));
-        // Wine's carries the statement out before it finds that the count cannot be written back.
+        // Wine's ADO runs the statement before it finds that the count cannot be written back.
         EXPECT_EQ(resultOf(connection, L"Execute", kCall, {text, {}}), DISP_E_TYPEMISMATCH);
     }
     apartment.expectNothingLeft();
@@ -182,13 +182,13 @@ TEST(Double, TakesCallsInTheFormsThatTheSystemsTakes) {
     expectBoth(Object(kClasses.connection), Object(kClasses.recordset));
 }
 
-TEST(Double, BelongsToItsThreadAndToTheTimeInCom) {
+TEST(Double, RefusesCallsOnOtherThreadsAndAfterLeavingCom) {
     comdouble::Apartment apartment;
     std::optional<Object> connection(std::in_place, comdouble::kConnectionClass);
     std::thread([&] {
         ASSERT_EQ(CoInitializeEx(nullptr, COINIT_MULTITHREADED), S_OK);
         EXPECT_EQ(resultOf(*connection, L"State", DISPATCH_PROPERTYGET), RPC_E_WRONG_THREAD);
-        EXPECT_EQ(Object(connection->dispatch()).dispatch(), connection->dispatch());  // counted there and back
+        EXPECT_EQ(Object(connection->dispatch()).dispatch(), connection->dispatch());  // adds and drops a reference
         CoUninitialize();
     }).join();
     EXPECT_EQ(apartment.takeBreaches(), 3);

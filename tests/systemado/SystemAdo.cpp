@@ -20,7 +20,7 @@ std::string libraryAsVersion1() {
     const HRSRC place = FindResourceW(module, MAKEINTRESOURCEW(1), L"TYPELIB");
     std::string bytes(static_cast<const char*>(LockResource(LoadResource(module, place))),
                       SizeofResource(module, place));
-    bytes.replace(0x18, 4, "\1\0\0\0", 4);  // the major and the minor version, 16 bits each
+    bytes.replace(0x18, 4, "\1\0\0\0", 4);  // major and minor version, 16 bits each
     FreeLibrary(module);
     return bytes;
 }
