@@ -9,7 +9,7 @@
 
 namespace test {
 
-/// Number of the run-time error that the action raises, 0 if it raises none. Every error has something to say.
+/// Number of the run-time error that the action raises, 0 if it raises no error. Every error must have a description.
 inline std::int32_t errorOf(const std::function<void()>& action) {
     try {
         action();
@@ -20,7 +20,7 @@ inline std::int32_t errorOf(const std::function<void()>& action) {
     return 0;
 }
 
-/// Texts in failure messages that a person can read.
+/// Makes texts in failure messages readable.
 inline std::string shown(base::TextView text) {
     return base::toUtf8(text);
 }

@@ -21,7 +21,8 @@
 
 namespace test {
 
-/// An account file in memory behind the embedded engine. Notes each call in the log, and fails those that a test names.
+/// An account file in memory, used through the embedded engine. Notes each call in the log; calls that a test names
+/// fail.
 class FakeDatabase : public ado::ConnectionFactory {
 public:
     using Row = std::vector<base::Value>;
@@ -32,13 +33,13 @@ public:
     explicit FakeDatabase(Log& log) : log_(log) {}
     FakeDatabase(const FakeDatabase&) = delete;
     FakeDatabase& operator=(const FakeDatabase&) = delete;
-    /// Whatever was done or failed, the file is sound.
+    /// Whatever was done or failed, the file must be sound.
     ~FakeDatabase() override { EXPECT_EQ(faultsIn(machine_.file(), tolv::kAdministratorPassword), ""); }
 
     std::int32_t openFailure = 0;  ///< number of the error that opening the connection raises
-    std::string lockedFrom;        ///< a call whose note begins so raises the error of a locked file
+    std::string lockedFrom;        ///< a call whose note begins with this raises the error of a locked file
 
-    /// What the file holds now, in the order in which it was added.
+    /// The file's present rows, in the order in which they were added.
     std::vector<Row> rows() const {
         jet::Database database = open();
         auto operation = database.beginRead();
@@ -59,7 +60,7 @@ public:
         writer.insert({{{0, id}, {1, std::move(name)}, {2, std::move(pass)}, {3, std::move(path)}, {4, progUpdate}}});
         transaction.commit();
     }
-    /// Removes all rows. Their numbers stay taken.
+    /// Removes all rows. Their numbers stay used.
     void clear() {
         jet::Database database = open();
         jet::sql::execute(database, u"DELETE FROM Benutzerkonto");
@@ -199,7 +200,7 @@ private:
     static base::Bytes emptyFile() {
         static const base::Bytes file = [] {
             SampleTable accounts{kontodb::accountTableDesign(), {}};
-            accounts.design.columns[2].maxUnits = 255;  // other passwords than the tool's own fit in
+            accounts.design.columns[2].maxUnits = 255;  // so that passwords other than the tool's own fit, too
             return sampleFile({accounts}, base::Text(tolv::kAdministratorPassword));
         }();
         return file;

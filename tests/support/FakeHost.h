@@ -11,8 +11,8 @@ namespace test {
 
 using Log = std::vector<std::string>;
 
-/// Shows forms without windows. A modal form is handed to the script, which acts as the user and ends with
-/// the form unloaded; a form that the script leaves open is closed by its close box.
+/// Shows forms without windows. A modal form is handed to the script, which acts as the user and should unload the
+/// form; if the script leaves the form open, its close box is clicked.
 class FakeHost : public forms::FormHost {
 public:
     explicit FakeHost(Log& log) : log_(log) {}

@@ -12,7 +12,7 @@
 #include "platform/Platform.h"
 #include "tests/support/FakeHost.h"
 
-/// The machine's services as fakes that behave, each noting what it was asked in one common log.
+/// Fakes of the machine's services that behave like the real ones; all note their calls in one log.
 namespace test {
 
 struct FakeWindowMessages : platform::WindowMessages {
@@ -106,7 +106,7 @@ struct FakeFolderChooser : platform::FolderChooser {
     explicit FakeFolderChooser(Log& log) : log_(log) {}
 
     bool confirmed = true;
-    base::Text path;                   ///< what the shell writes into the buffer; empty writes nothing
+    base::Text path;                   ///< what the shell writes into the buffer; empty: it writes nothing
     std::function<void()> whileShown;  ///< what happens before the user answers
 
     bool choose(platform::WindowHandle owner, base::TextView title, base::Text& buffer) override {
@@ -121,7 +121,7 @@ private:
     Log& log_;
 };
 
-/// German conversions of what the tests need; texts are compared without regard to the case of A to Z.
+/// German conversions as far as the tests need them; texts are compared ignoring the case of A to Z.
 struct FakeRegional : platform::Regional {
     base::Text toText(const base::Value& value) const override {
         if (base::isNull(value)) throw base::runtimeError(base::RuntimeErrorNumber::InvalidUseOfNull);

@@ -16,21 +16,21 @@
 
 namespace test {
 
-/// What is lost of that which was written and not flushed when a machine stops.
+/// What is lost, of the bytes written but not flushed, when a machine stops.
 enum class Loss {
-    Nothing,     ///< the program was killed, the machine goes on
-    LastSector,  ///< the last write reached the disk but for its last sectors
+    Nothing,     ///< only the program was killed; the machine goes on
+    LastSector,  ///< the last write reached the disk without its last sectors
     All,
-    Some,  ///< any sector, change of length and directory entry, whatever their order
+    Some,  ///< any sector, change of length or directory entry, in any order
 };
 
-/// A file and its journal on a disk that fails. Every write, flush, change of length, making, renaming and removing is
-/// a step; it can fail once, or the machine stops there. A stopped machine does nothing more, and `afterStop` gives
-/// what is on its disk. Sectors of 512 bytes are written whole or not at all. A flush that fails leaves some sectors
-/// unwritten and in memory alone, and the next one succeeds without them, as systems do it. A disk that lies about
-/// flushing, and one that changes sectors that nobody wrote, are not imitated.
+/// A file and its journal on a disk that fails. Every write, flush, change of length, creation, renaming and removal is
+/// a step. A step can fail once, or the machine stops there. A stopped machine does nothing more, and `afterStop` gives
+/// what is on its disk. Sectors of 512 bytes are written whole or not at all. A flush that fails leaves some sectors in
+/// memory only, and the next one succeeds without writing them, as real systems do. Not imitated: a disk that claims to
+/// have flushed but has not, and one that changes sectors that nobody wrote.
 ///
-/// Without a fault planned it is a file in memory that can be written.
+/// Without a planned fault it is a writable file in memory.
 class Machine {
 public:
     explicit Machine(base::Bytes file, std::optional<base::Bytes> journal = std::nullopt)
@@ -44,24 +44,24 @@ public:
     std::optional<base::Bytes> journal() const {
         return state_->names.journal ? std::optional(state_->names.journal->now) : std::nullopt;
     }
-    /// Whether one lies there that never got its final name.
+    /// Whether there is a journal that never got its final name.
     bool hasNewJournal() const { return state_->names.newJournal != nullptr; }
     int steps() const { return state_->steps; }
     int flushes() const { return state_->flushes; }
 
-    /// The machine stops at this step, counted from 1. A write gets as far as its first half.
+    /// The machine stops at this step, counted from 1. If it is a write, its first half is done.
     void stopAt(int step) { state_->stopAt = step; }
     void failAt(int step) { state_->failAt = step; }
-    /// It was only the program that stopped: with all that is in memory the machine goes on, and fails no more.
+    /// Only the program has stopped: the machine goes on with everything in memory, and nothing fails any more.
     void goOn() { state_->stopAt = state_->failAt = std::nullopt; }
-    /// The file cannot be opened for writing; None lifts it.
+    /// Opening the file for writing is refused; None allows it again.
     void refuseWriting(jet::Refusal refusal) { state_->refusal = refusal; }
 
     std::unique_ptr<jet::Storage> storage(base::Text name = u"Konten.mdb") const {
         return std::make_unique<FaultyStorage>(state_, std::move(name));
     }
 
-    /// The machine when it has been started again.
+    /// The machine after it has been started again.
     Machine afterStop(Loss loss, unsigned seed) const {
         std::mt19937 random(seed);
         Names names = loss == Loss::All || loss == Loss::Some ? state_->namesOnDisk : state_->names;
@@ -146,7 +146,7 @@ private:
         std::vector<Step> unflushed;
     };
 
-    /// What lies beside the file.
+    /// The names in the folder of the file.
     struct Names {
         std::shared_ptr<DiskFile> journal, newJournal;
     };
@@ -158,7 +158,7 @@ private:
             unflushedNames.push_back(change);
         }
 
-        /// @return false if the machine stops here, for a write to be done by half
+        /// @return false if the machine stops here; a write must then be done by half
         bool begin() {
             ++steps;
             if (stopAt && steps > *stopAt) throw jet::deviceFailed(u"Platte", 1);

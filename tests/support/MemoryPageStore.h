@@ -10,8 +10,8 @@
 
 namespace test {
 
-/// A file's pages in memory, to be changed by what is tested. Like a transaction it lets views that were taken before
-/// the first change of a page keep the old bytes.
+/// A file's pages in memory, which the tested code may change. As in a transaction, views taken before the first change
+/// of a page keep the old bytes.
 class MemoryPageStore : public jet::PageStore {
 public:
     explicit MemoryPageStore(const base::Bytes& file, jet::PageNumber maxPages = 524'288) : maxPages_(maxPages) {
@@ -42,7 +42,7 @@ public:
         return pageCount() - 1;
     }
 
-    /// Further pages, all zero, at little cost.
+    /// Adds pages, all zero, at little cost.
     void extendTo(jet::PageNumber pageCount) {
         pages_.resize(pageCount, {std::make_shared<base::Bytes>(jet::kPageSize), false});
     }
@@ -59,7 +59,7 @@ public:
             std::count_if(pages_.begin(), pages_.end(), [](const Page& page) { return page.isChanged; }));
     }
 
-    /// From here on changes count anew.
+    /// From now on, changes are counted again from 0.
     void settle() {
         for (Page& page : pages_)
             page.isChanged = false;

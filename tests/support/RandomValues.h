@@ -21,8 +21,8 @@ inline std::string printed(const char* format, double number) {
     return text;
 }
 
-/// A value as statements write it.
-/// @return nothing for bytes, which have no such form
+/// A value as it is written in a statement.
+/// @return nothing for bytes, which cannot be written in a statement
 inline std::optional<base::Text> literalOf(const base::Value& value) {
     const auto scaled = [](bool negative, std::string digits, std::size_t scale) {
         if (digits.size() <= scale) digits.insert(0, scale + 1 - digits.size(), '0');
@@ -67,14 +67,15 @@ inline std::optional<base::Text> literalOf(const base::Value& value) {
         value);
 }
 
-/// Values at random of a column's type and length: few enough for equal ones, and the extreme ones among them.
+/// Random values of a column's type and length: few different ones, so that some are equal, and the extreme ones among
+/// them.
 class RandomValues {
 public:
     explicit RandomValues(std::mt19937& random) : random_(random) {}
 
     std::uint32_t below(std::size_t limit) { return static_cast<std::uint32_t>(random_() % limit); }
 
-    /// Null now and then, but no empty text.
+    /// Sometimes null, but never an empty text.
     base::Value value(const jet::Column& column) {
         if (column.type == jet::ColumnType::Boolean) return below(2) == 0;
         if (below(6) == 0) return base::Null{};
@@ -121,7 +122,7 @@ private:
         return static_cast<Whole>(static_cast<std::int32_t>(below(kind < 10 ? 20 : 1000)) - 10);
     }
 
-    /// In the range of all three types that take it.
+    /// In the range that all three types share.
     double real(double large) {
         const double few[] = {0.0, -0.0, 0.1, -1.25, 1e-30, large, -large};
         if (below(2) == 0) return few[below(std::size(few))];

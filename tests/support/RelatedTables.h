@@ -20,7 +20,8 @@ namespace test {
 inline constexpr std::uint8_t kCascade = 1;
 inline constexpr std::uint8_t kSetNull = 2;
 
-/// Adds a row to a system table, which the engine itself never does: for that moment the table passes for a user's.
+/// Adds a row to a system table. The engine itself never does that, so the table is treated as a user's table
+/// meanwhile.
 inline void addSystemRow(jet::PageStore& store, base::TextView name, const std::vector<base::Value>& values) {
     constexpr std::size_t kKindOffset = 40;
     jet::CatalogEntry entry = *jet::Catalog(store).table(name);
@@ -35,8 +36,8 @@ inline void addSystemRow(jet::PageStore& store, base::TextView name, const std::
     store.change(entry.id)[kKindOffset] = 'S';
 }
 
-/// Makes `table`.`column` refer to `referenced`.`key`: both columns have an index of their own. Both definitions, the
-/// relationship's row and its object in the catalog say so.
+/// Makes `table`.`column` refer to `referenced`.`key`. Each of the two columns has an index of its own. Both table
+/// definitions, the row of the relationship and its object in the catalog are written.
 /// @param updateRule  0 or kCascade
 /// @param deleteRule  0, kCascade or kSetNull
 inline void relate(jet::PageStore& store, base::TextView table, base::TextView column, base::TextView referenced,

@@ -24,7 +24,7 @@ struct SampleTable {
     Rows rows;
 };
 
-/// Accounts in little: two rows, of which one has nothing but a name.
+/// A small account table: two rows, one of which has only a name.
 inline SampleTable kontoTable() {
     constexpr auto kUnique = jet::IndexDefinition::kUnique;
     SampleTable table;
@@ -57,7 +57,7 @@ inline base::Bytes sampleFile(const std::vector<SampleTable>& tables, const base
 }
 
 /// The same file with its pages encoded.
-/// @param file  a plain one
+/// @param file  a file that is not encoded
 /// @param key   not 0
 inline base::Bytes encoded(base::Bytes file, std::uint32_t key) {
     const auto page = [&](jet::PageNumber number) {

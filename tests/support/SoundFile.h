@@ -11,10 +11,11 @@
 
 namespace test {
 
-/// Whose file it is: what others leave behind, a note, is a fault in a file that only this engine has written.
+/// Who has written the file. What other programs leave behind is only a note; in a file that only this engine has
+/// written it is a fault.
 enum class Writers { OnlyWe, Others };
 
-/// What the checker finds in a file, a line each; empty if the file is sound.
+/// The faults that the checker finds in a file, one on each line; empty if the file is sound.
 inline std::string faultsIn(jet::PageSource& source, Writers writers = Writers::OnlyWe) {
     const jet::CheckResult result = jet::checkDatabase(source, std::uint64_t{source.pageCount()} * jet::kPageSize);
     std::string faults;

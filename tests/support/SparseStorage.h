@@ -13,7 +13,7 @@
 
 namespace test {
 
-/// A file that may be as long as the format lets it, of which only pages that were written take room.
+/// A file that may be as long as the format allows; only pages that were written take memory.
 class SparseFile {
 public:
     SparseFile(const base::Bytes& file, std::uint64_t sizeBytes) : sizeBytes_(sizeBytes) { write(0, file); }

@@ -7,7 +7,7 @@
 
 namespace test {
 
-/// A folder of one test alone, since the same test may run elsewhere at the same time. Gone with its end.
+/// A folder for one test only, because the same test may run twice at the same time. Deleted by the destructor.
 class TempFolder {
 public:
     TempFolder() { std::filesystem::create_directory(path); }

@@ -18,7 +18,7 @@ struct Tool {
     tolv::Application application{services.all(), database, host};
 
     tolv::frmBenKto& window() { return application.accountWindow(); }
-    /// As after the right password.
+    /// The state after the right password has been typed.
     void openAccountWindow() {
         tolv::CreateSharedObjects();
         window().Show(forms::Form::Modality::Modeless);
