@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""What the finished programs promise by their mere bytes: imports, protection, versions, manifest, icon, no traces; and
-that the same sources give the same bytes in a folder of another name and depth, without a compiler cache."""
+"""Checks of the finished programs' bytes: imports, protection, versions, manifest, icon, no machine paths; and that the
+same sources give the same bytes in a folder of another name and depth, without a compiler cache."""
 import os
 import pathlib
 import re
@@ -12,18 +12,18 @@ import xml.etree.ElementTree
 import pefile
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-# Windows takes these from its own folder, whatever lies beside the program; others are to be loaded by full path.
+# Windows loads these from its own folder, whatever is beside the program; other libraries must be loaded by full path.
 SYSTEM_DLLS = {"kernel32.dll", "user32.dll", "gdi32.dll", "advapi32.dll", "shell32.dll", "ole32.dll", "oleaut32.dll",
                "comctl32.dll", "msvcrt.dll"}
-# Ways for a user or an administrator to give a program a switch. The C runtime's start-up takes the command line and
-# the environment of every program; the registry is asked for the modules of COM classes alone.
+# Ways in which a user or an administrator could give a program a switch. Excepted: the C runtime's start-up reads the
+# command line and the environment in every program, and the registry is read for the modules of COM classes.
 SWITCHES = re.compile(r"(?i)command_?line|getmainargs|cmdln|argv|environ|getenv|initenv|^Reg[A-Z]\w*(Key|Value)|^SHGetValue")
 NEEDED = {"__wgetmainargs", "__winitenv", "_wcmdln", "__p__wcmdln", "RegGetValueW"}
 KEYS = re.compile(r"(?i)software\\|hkey_|\\currentversion")
-# Or a file beside it: the settings file is the one that is read, and docs say what stands in it.
+# A file beside the program could be a switch, too: only the settings file is read, and the documents say what is in it.
 FILES = re.compile(r"(?i)[\w-]{3,}\.(txt|ini|cfg|conf|json|xml|dat|log|csv)\b")
 SETTINGS_FILE = "Tolv.ini"
-MAX_BYTES = 1024 * 1024  # of the tool; its companion may be larger
+MAX_BYTES = 1024 * 1024  # for the tool; its companion may be larger
 ICON_SIZES = {16, 20, 24, 32, 40, 48, 64, 256}
 GERMAN, UNICODE = 0x0407, 1200
 WINDOWS_10 = "{8e0f7a12-bfb3-4fe8-b9a5-48fd50a15a9a}"
@@ -77,7 +77,7 @@ def switches(pe, data):
 
 
 def traces(data, windowed):
-    """No path of the machine that built it, as bytes or as UTF-16."""
+    """No path of the machine that built the program, as bytes or as UTF-16."""
     found = [text for text in (str(ROOT), str(pathlib.Path.home()) + "/", "CMakeFiles", "/usr/include", "../base/", "../jet/")
              if text.encode() in data or text.encode("utf-16-le") in data]
     return [f"holds {text}" for text in found] + ([f"{len(data)} bytes"] if windowed and len(data) > MAX_BYTES else [])
@@ -96,7 +96,7 @@ def manifest(pe, windowed):
         "long paths": values("longPathAware") == ["true"],
         "asInvoker": [e.get("level") for e in named("requestedExecutionLevel")] == ["asInvoker"],
         "supportedOS": WINDOWS_10 in [e.get("Id", "").lower() for e in named("supportedOS")],
-        # It would turn the settings file's Windows-1252 into nonsense.
+        # It would turn the settings file's Windows-1252 into garbage.
         "no activeCodePage": not named("activeCodePage"),
     } | ({
         "common controls 6": any((e.get("version"), e.get("processorArchitecture")) == ("6.0.0.0", "*") for e in controls),
@@ -136,7 +136,7 @@ def icon(pe):
 
 
 def builtAgain():
-    """One program, from a copy of the sources."""
+    """Builds one program again, from a copy of the sources."""
     copy = ROOT / "out/again/of another name"
     shutil.rmtree(copy, ignore_errors=True)
     listed = subprocess.run(["git", "ls-files", "-co", "--exclude-standard"], cwd=ROOT, capture_output=True, text=True,

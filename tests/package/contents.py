@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""Makes the packages and says what is in them: every file and its sums, the same bytes under another locale, time zone and
-mask, and sound signatures where a certificate is given."""
+"""Makes the packages and checks their contents: every file and its checksum, the same bytes under another locale, time
+zone and umask, and valid signatures if a certificate is given."""
 import hashlib
 import io
 import os
@@ -43,7 +43,7 @@ def make(folder, **environment):
 
 
 def sums(files):
-    """SHA256SUMS names all the other files, and rightly."""
+    """SHA256SUMS names all other files, with the right checksums."""
     named = dict(reversed(line.split("  ")) for line in files["SHA256SUMS"].decode().splitlines())
     found = {name: hashlib.sha256(data).hexdigest() for name, data in files.items() if name != "SHA256SUMS"}
     return [f"{name}: {named.get(name)}, not {found.get(name)}" for name in named.keys() | found.keys()

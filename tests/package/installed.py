@@ -1,8 +1,8 @@
 #!/usr/bin/python3
-"""The packages in out/packages as an administrator uses them, under Wine: unpacked or installed, started, updated and
-removed. What must be left is looked at each time: settings and account file, byte for byte.
+"""Uses the packages in out/packages as an administrator does, under Wine: unpacks or installs, starts, updates and
+removes them. After each step it checks what must be left: settings and account file, byte for byte.
 
-Wine knows no user without the rights of an administrator; what the installer does for such a one is not seen here.
+Wine has no users without an administrator's rights, so what the installer does for such a user is not tested here.
 """
 import argparse
 import contextlib
@@ -29,9 +29,9 @@ ACCOUNTS = 12
 
 
 class Elsewhere:
-    """The tool's process, started by another: Windows' `start` does not wait for what an entry names."""
+    """The tool's process, started by another process: Windows' `start` does not wait for the program of a shortcut."""
 
-    returncode = 0  # not to be had from here
+    returncode = 0  # not available here
 
     def __init__(self, session):
         def find():
@@ -57,7 +57,7 @@ class Elsewhere:
 
 
 class Started(Tool):
-    """The tool from the folder where it lies, by itself or by an entry of the start menu."""
+    """Runs the tool from the folder where it is, directly or through a shortcut of the start menu."""
 
     def __init__(self, session, folder, entry=None):
         self.session, self.folder, self.exe, self.entry, self.process = session, folder, folder / EXE, entry, None
@@ -79,7 +79,7 @@ def names(folder):
 
 
 class Machine:
-    """A Wine prefix with an account file in a folder with an umlaut and a blank."""
+    """A Wine prefix with an account file in a folder that has an umlaut and a blank in its name."""
 
     def __init__(self, session, setup):
         self.session, self.setup = session, setup
@@ -105,7 +105,7 @@ class Machine:
         return self.run("reg", "query", root + REMOVAL_KEY + self.name) == 0
 
     def removed(self, folder, root):
-        equal(self.run(folder / REMOVER, "/S"), 0, "the remover's exit code")  # of its copy, which goes on working
+        equal(self.run(folder / REMOVER, "/S"), 0, "the remover's exit code")  # of a copy, which is still working
         until(lambda: not folder.exists() or names(folder) <= KEEP, f"only settings and accounts in {folder}")
         until(lambda: not self.entries() and not self.registered(root), "entry and registration are gone")
 
@@ -195,7 +195,7 @@ def main():
             try:
                 step(machine, *more)
                 print(f"PASS {arch} {step.__name__} ({time.monotonic() - start:.1f} s)", flush=True)
-            except Exception as failure:  # the other steps still run
+            except Exception as failure:  # so that the other steps still run
                 failed = True
                 why = failure if isinstance(failure, Failure) else traceback.format_exc()
                 print(f"FAIL {arch} {step.__name__}: {why}", flush=True)
