@@ -1,12 +1,12 @@
 #!/usr/bin/python3
-"""The rules of the source tree that no compiler sees: who may include whom, no circles, sizes, words that never go in."""
+"""The rules of the source tree that no compiler checks: allowed includes, no circles, file sizes, forbidden words."""
 import pathlib
 import re
 import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-# The law stands in a table for people: | `room/` | duty | `room/`, `room/` |
+# The rules are in a table that people read, too: | `room/` | duty | `room/`, `room/` |
 MAY_USE = {row[1]: re.findall(r"`([\w/]+)/`", row[2]) for row in
            re.finditer(r"^\| `([\w/]+)/` \|[^|]*\|([^|]*)\|$", (ROOT / "docs/architecture.md").read_text(), re.M)}
 TOOL = ["app", *MAY_USE["app"]]
@@ -14,10 +14,10 @@ FOR_EVERY_ROOM_OF_THE_TOOL = "app/mPublic.h"  # forward declarations and constan
 ITS_READERS = TOOL + ["tools/kontodb"]
 WINDOWS_ROOMS = ["win32", "ado/com"]
 WINDOWS_FILES = re.compile(r"tools/kontodb/PasswordPrompt\.cpp|jet/storage/\w+Windows\.(cpp|h)")
-C_RUNTIME_HEADERS = r"(conio|fcntl|io|termios|unistd|sys/\w+)\.h"  # the C runtime's of both systems
+C_RUNTIME_HEADERS = r"(conio|fcntl|io|termios|unistd|sys/\w+)\.h"  # of the C runtime on both systems
 MAX_LINES = 600
-SCRIPTS = ("build", "run", "test", "package")  # scripts without an ending
-# Paths of a machine, and hosts that packages come from: the tree must build anywhere.
+SCRIPTS = ("build", "run", "test", "package")  # scripts without a file extension
+# Paths of a machine, and hosts from which packages are fetched: the tree must build everywhere.
 FORBIDDEN = re.compile(r"(?<![\w.$}~-])/(work|root|home|Users)/\w|\b(deb|security|registry|snapshot)\.\w+\.(org|com)\b")
 
 tracked = subprocess.run(["git", "ls-files", "-co", "--exclude-standard"], cwd=ROOT, capture_output=True, text=True,
@@ -67,7 +67,7 @@ def circle(start, trail):
 
 
 def code_lines(names):
-    """Lines that are neither empty nor comment."""
+    """Counts lines that are neither empty nor comments."""
     return sum(not re.fullmatch(r"\s*((//|#(?![a-z])).*)?", line) for name in names for line in texts[name].splitlines())
 
 

@@ -1,13 +1,14 @@
 #!/usr/bin/python3
-"""clang-tidy over every C++ source, two runs at a time; what was clean is not checked again until it changes.
+"""Runs clang-tidy over every C++ source, two processes at a time; a source found clean is skipped until it changes.
 
-usage: tests/rules/tidy.py [PREFIX...]     only groups that hold a source whose path begins so
+usage: tests/rules/tidy.py [PREFIX...]     only groups with a source whose path begins with a PREFIX
 
-The groups of sources are those that the builds compile together: most of the time goes into the headers, which are so
-read once for many. Since a group hides an include that one of its sources forgot, each source of the product is also
-compiled by itself, without making code. Commands come from the native build, and from the Windows build for what only
-that compiles. A clean result is remembered under the hash of all that it depends on (the tool, its settings, the
-command, the sources and every header of ours that they reach), outside the work tree, so that a fresh clone finds it.
+Sources are checked in the groups in which the builds compile them together: most of the time goes into the headers,
+which are then read once for many sources. Because a group hides an include that one of its sources lacks, each source
+of the product is also compiled alone, without generating code. The commands come from the native build, and for sources
+that only the Windows build compiles, from there. A clean result is stored under the hash of everything that it depends
+on (clang-tidy, its settings, the command, the sources and all headers of the project that they reach), outside the work
+tree, so that a fresh clone can use it.
 """
 import concurrent.futures
 import hashlib
@@ -24,8 +25,9 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 MEMORY = pathlib.Path(os.environ.get("XDG_CACHE_HOME", pathlib.Path.home() / ".cache")) / "prjDexoBenutzerkonten/tidy"
 KEEP_DAYS = 60
 NATIVE, WINDOWS = ROOT / "out/build/native-debug", ROOT / "out/build/windows-x64"
-# The analyzer takes the sources of a group for headers. Its quick mode costs a fifth, and still looks into calls. Tests
-# go without it: within the test library's macros it takes longer than all else, and tests run under the sanitizers.
+# The analyzer takes the sources of a group for headers, hence the first option. The shallow mode takes a fifth of the
+# time and still follows calls. Tests are not analyzed: in the test library's macros the analyzer takes longer than
+# everything else together, and tests run under the sanitizers.
 ANALYZER = ["-analyzer-opt-analyze-headers", "-analyzer-config", "mode=shallow"]
 INCLUDE = re.compile(rb'^\s*#\s*include\s+"([^"]+)"', re.M)
 
@@ -35,7 +37,7 @@ def output(*command):
 
 
 def mingw_arguments():
-    """clang does not find the cross-compiler's headers by itself."""
+    """The headers of the cross-compiler, which clang does not find by itself."""
     listing = output("x86_64-w64-mingw32-g++-posix", "-xc++", "-E", "-v", "/dev/null").stderr
     folders = listing.partition("<...> search starts here:")[2].partition("End of search list")[0].split()
     own = [folder for folder in map(os.path.realpath, folders) if not re.search(r"/12-\w+/include(-fixed)?$", folder)]
@@ -43,14 +45,14 @@ def mingw_arguments():
 
 
 def sources_of(file):
-    """The sources of ours that a generated file takes in, or the file itself."""
+    """The project's sources that a generated file includes, or the file itself if it is not generated."""
     if not file.is_relative_to(ROOT / "out"):
         return [os.path.relpath(file, ROOT)]
     return [name.decode() for name in INCLUDE.findall(file.read_bytes()) if name.endswith(b".cpp")]
 
 
 def groups():
-    """(file, its sources, compiler, its arguments that say what the source means, those that clang needs besides)."""
+    """(file, its sources, compiler, the compiler's arguments that matter for the meaning, more arguments for clang)."""
     seen = set()
     for build, extra in ((NATIVE, []), (WINDOWS, mingw_arguments())):
         for entry in json.loads((build / "compile_commands.json").read_text()):
@@ -70,7 +72,7 @@ def groups():
 
 
 def reached(source, seen):
-    """The source and every file of ours it includes, by the two ways such an include is written."""
+    """The source and all files of the project that it includes, by the two ways in which such an include is written."""
     if source in seen or not (ROOT / source).is_file():
         return seen
     seen[source] = (ROOT / source).read_bytes()
@@ -81,7 +83,7 @@ def reached(source, seen):
 
 
 def remembered(command, sources, version):
-    """Runs the command unless its success is remembered. @return what it printed, empty if all is well"""
+    """Runs the command unless its success is stored. @return its output, empty if there is nothing to report"""
     key = hashlib.sha256(repr((version, " ".join(command).replace(str(ROOT), ""))).encode())
     content = {}
     for source in sources:
@@ -98,7 +100,7 @@ def remembered(command, sources, version):
 
 
 def settings_for(source):
-    """The settings of the nearest folder: a generated file lies outside of them."""
+    """The settings of the nearest folder: for a generated file clang-tidy does not find them by itself."""
     return next(folder / ".clang-tidy" for folder in (ROOT / source).parents if (folder / ".clang-tidy").is_file())
 
 
