@@ -47,7 +47,7 @@ TEST(cINITest, thePathIsKeptAndTheDefaultFolderIsAskedForAnew) {
     EXPECT_EQ(settings.GetINIString(INIKey::BenKtoPath), u"D:\\Neu");
 }
 
-TEST(cINITest, aKeyOutsideTheTableIsEmptyWithoutALookAtTheFile) {
+TEST(cINITest, aKeyOutsideTheTableIsEmptyAndTheFileIsNotRead) {
     test::Log log;
     test::FakeSettingsFile file(log);
     test::FakeProgramFolder folder;
