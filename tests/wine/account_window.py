@@ -1,4 +1,4 @@
-"""What a user does at the account window, and what he sees of it."""
+"""A user's actions at the account window, and what the user sees of it."""
 import contextlib
 import re
 
@@ -12,8 +12,8 @@ def names(accounts):
 
 
 def ordinary(accounts):
-    """Names, in the list's order, of accounts that can be saved as they are, under a name whose letters may change
-    their case: files of other writers have others too. The name is not the first one's, which is shown at the start."""
+    """Names, in the list's order, of accounts that can be saved unchanged and whose names can be written in another
+    case; files of other writers have other accounts, too. The first account, shown at the start, is left out."""
     found = [name for name, path in accounts.list(0, 100)["rows"][1:]
              if path.strip() and re.fullmatch(r"[A-Za-zÄÖÜäöü ,.&()0-9-]+", name)]
     check(len(found) >= 4, f"only {found} are accounts like others")
@@ -21,7 +21,7 @@ def ordinary(accounts):
 
 
 def sort_text(text):
-    """By which texts are ordered that hold no other letters than German ones; none for others."""
+    """The text by which a text with only German letters is sorted; None for any other text."""
     text = text.casefold().translate(str.maketrans("äöü", "aou"))
     return text if re.fullmatch(r"[a-z0-9 ,.&()$:\\-]*", text) else None
 
@@ -33,7 +33,7 @@ def check_order(texts, descending, what):
 
 
 def go_to(accounts, name):
-    """Selects the visible row of that name by a click."""
+    """Selects the visible row with this name by a click."""
     row = names(accounts).index(name)
     accounts.tool.click(*accounts.row_middle(row))
     accounts.until_selected(row)
@@ -46,7 +46,7 @@ def fill(accounts, name=None, path=None):
         accounts.tool.click_middle(accounts.controls()[box]["rect"])
         until(lambda: accounts.focus() == box, f"the focus in {box}")
         seen = lambda: accounts.controls()[box]["text"]
-        for by_keys in (True, True, False):  # a busy display may take one of the two keys of a backslash too late
+        for by_keys in (True, True, False):  # on a busy display, one of the two keys of a backslash may come too late
             accounts.tool.key("ctrl+a", "Delete")
             until(lambda: not seen(), f"{box} empty")
             if text:
@@ -75,7 +75,7 @@ def is_clean(accounts):
 
 
 def answer(accounts, text, kind="information", key="Return", picture=None):
-    """The box in front says the text; it is left by the key."""
+    """Checks the text of the box in front and closes it with the key."""
     tool = accounts.tool
     box = tool.box()
     equal((box["title"], box["text"], box["icon"]), (TITLE, text, kind), "the box")

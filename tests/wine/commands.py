@@ -23,7 +23,7 @@ def the_list_is_sorted_by_its_headers(scene):
         left, top, _, _ = accounts.controls()["lvwBenKto"]["rect"]
         widths = [column["width"] for column in accounts.list()["columns"]]
         for column, marks in (0, [1, -1]), (0, [0, -1]), (1, [-1, 1]), (1, [-1, 0]), (0, [1, -1]):
-            # Two clicks on one place are a double click to the header.
+            # The header takes two clicks on the same place for a double click.
             tool.click(left + 30 + column * widths[0], top + 10)
             until(lambda: [c["image"] for c in accounts.list()["columns"]] == marks, f"the marks {marks}")
             scene.picture(f"by-{column}-{marks[column]}")

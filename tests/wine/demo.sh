@@ -6,19 +6,19 @@ folder=$1 picture=$1/window.png
 
 fail() { echo "demo: $*" >&2; exit 1; }
 
-# Waits until the screen shows the same twice: then a window is painted and takes keys.
+# Waits until two pictures of the screen in a row are equal: then a window is painted and accepts keys.
 settle() {
     local before='' now=none
     for _ in $(seq 80); do
         sleep 0.3
         import -silent -window root "$picture"
-        now=$(identify -format '%#' "$picture") # of the pixels alone
+        now=$(identify -format '%#' "$picture") # of the pixels only
         [ "$now" != "$before" ] || break
         before=$now
     done
 }
 
-# Brings the window of that title and at least that width to the front. A window may vanish while it is looked at.
+# Brings the window with this title and at least this width to the front. A window may vanish while it is examined.
 window() {
     local id width
     for _ in $(seq 300); do
@@ -38,7 +38,7 @@ window '^Anmeldung$' 300
 xdotool type --delay 60 HwendorpliqZ
 xdotool key Return
 window '^Tolv-Benutzerkontenverwaltung$' 500 # a message box has that title too
-# What is drawn beside the window is the empty screen; it is left off.
+# The screen beside the window is empty and is cut off.
 convert "$picture" -trim +repage "$picture"
 xdotool key Escape
 timeout 20 tail --pid="$tool" -f /dev/null || fail "the tool does not close"

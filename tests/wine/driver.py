@@ -1,7 +1,7 @@
-"""Drives the tool's real exe on a display of its own: real key presses and clicks in, the probe's reading out.
+"""Drives the tool's real exe on a display of its own: real key presses and clicks go in, the probe reads what it shows.
 
-Nothing waits a fixed time for something to happen: `until` asks the probe until the wanted state is there. Only the
-proof that nothing happens takes a fixed time (`SETTLE_SECONDS`).
+No code waits a fixed time for something to happen: `until` asks the probe until the wanted state is there. Only a proof
+that nothing happens takes a fixed time (`SETTLE_SECONDS`).
 """
 import contextlib
 import json
@@ -21,17 +21,17 @@ LOGIN_TITLE = "Anmeldung"
 BOX_CLASS = "#32770"
 PASSWORD = "HwendorpliqZ"
 
-WAIT_SECONDS = 30  # far more than anything takes: a busy machine fails no test
+WAIT_SECONDS = 30  # far more than anything takes, so that a busy machine makes no test fail
 SETTLE_SECONDS = 0.4
 
-# The native control identifiers, which stand for the controls' names: from 1001 in a form's order of definition.
+# The native control ids and the controls' names: ids start at 1001 and follow a form's order of definition.
 LOGIN_CONTROLS = dict(enumerate(["Label6", "txtPasswort", "cmdLogin", "cmdAbbrechen"], 1001))
 ACCOUNT_CONTROLS = dict(enumerate(
     ["chbProgrammupdate", "Frame27", "cmbResetPWD", "txtUserNameDexo", "txtPathGlobal", "cmdGlobal", "Label1", "Label5",
      "cmdAbbrechen", "cmdDel", "cmbAddNew", "cmdSpeichern", "lvwBenKto"], 1001))
 
 
-# Of other programs and of the system.
+# Messages that other programs and the system send.
 WM_CLOSE, WM_QUERYENDSESSION, WM_ENDSESSION = 0x10, 0x11, 0x16
 WM_SYSCOMMAND, SC_CLOSE, BM_CLICK = 0x112, 0xF060, 0xF5
 WM_KEYDOWN, VK_DOWN = 0x100, 0x28
@@ -39,7 +39,7 @@ LVM_SCROLL, LVM_SETCOLUMNWIDTH = 0x1014, 0x101E
 
 
 class Failure(Exception):
-    """A journey saw something else than it should."""
+    """A journey saw something other than what it should see."""
 
 
 def check(condition, why):
@@ -63,15 +63,15 @@ def until(ask, what, seconds=WAIT_SECONDS):
 
 
 def looking_default(controls):
-    """The names of the buttons that look as if Enter pressed them."""
-    kind, default = 0xF, 1  # of a button's style
+    """The names of the buttons that are drawn as the default button."""
+    kind, default = 0xF, 1  # bits of a button's style
     return [name for name, control in controls.items()
             if control["class"] == "Button" and control["style"] & kind == default]
 
 
 def enter_architecture(arch):
-    """Starts this program again where 32-bit Wine is, if that is wanted and this machine keeps it elsewhere. Ends with
-    77 and a line that says so where 32-bit programs do not run."""
+    """Starts this program again in the environment that has 32-bit Wine, if it is needed and not installed here. If
+    this machine cannot run 32-bit programs, prints a line that says so and ends with 77."""
     if arch != "x86" or os.path.exists("/usr/lib/wine/wine") or os.environ.get("TOLV_WINE_X86"):
         return
     code = subprocess.call([ROOT / "tests/wine32.sh", sys.executable, *sys.argv])
@@ -81,7 +81,7 @@ def enter_architecture(arch):
 
 
 class Session:
-    """A display, a Wine prefix and a running probe; serves one journey after the other."""
+    """A display, a Wine prefix and a running probe; runs one journey after the other."""
 
     def __init__(self, arch, dpi, exe, probe, pictures):
         self.dpi, self.exe, self.pictures = dpi, exe, pictures
@@ -111,7 +111,7 @@ class Session:
         return subprocess.Popen(self._wine + command, env=self.environment, stderr=subprocess.DEVNULL, **options)
 
     def ask(self, *words):
-        """One question to the probe."""
+        """Asks the probe one question."""
         with self._lock:
             self._probe.stdin.write("\t".join(map(str, words)).encode() + b"\n")
             self._probe.stdin.flush()
@@ -126,8 +126,8 @@ class Session:
                        stdout=subprocess.DEVNULL, timeout=WAIT_SECONDS)
 
     def has_keyboard(self, title):
-        """The display gives key presses to a window of this title. A window is in front for Windows a moment earlier,
-        and keys pressed in between are lost."""
+        """Whether the display gives key presses to a window with this title. Windows takes a window to be in front a
+        moment earlier, and keys pressed in between are lost."""
         return subprocess.run(["xdotool", "getwindowfocus", "getwindowname"], env=self.environment, text=True,
                               capture_output=True, timeout=WAIT_SECONDS).stdout.rstrip("\n") == title
 
@@ -139,12 +139,12 @@ class Session:
 
 
 class Tool:
-    """One run of the exe in a folder of its own."""
+    """One run of the exe, in a folder of its own."""
 
     def __init__(self, session, folder, account_file=None, settings=None, faults=()):
         """@param account_file  copied beside the exe as BenKTO.mdb
-        @param settings      bytes of Tolv.ini; none: no such file
-        @param faults        of the provider behind COM (tests/comdouble/FaultPlan.h), each the words of a line"""
+        @param settings      bytes of Tolv.ini; None: there is no such file
+        @param faults        of the provider behind COM (tests/comdouble/FaultPlan.h), each as the words of a line"""
         self.session, self.folder = session, folder
         folder.mkdir(parents=True)
         self.exe = folder / session.exe.name
@@ -167,17 +167,18 @@ class Tool:
         if self.process.poll() is None:
             self.process.kill()
             self.process.wait()
-            # The server notices a killed program a moment later; its windows must not meet the next journey.
+            # The server notices a moment later that a program was killed; its windows must not disturb the next
+            # journey.
             with contextlib.suppress(Failure):
                 until(lambda: not self.windows(), "the windows are gone")
 
-    # What is there
+    # What can be seen
 
     def windows(self):
         return self.session.ask("windows", self.exe.name)
 
     def window(self, title, seconds=WAIT_SECONDS):
-        """The window of this title, once it is in front and takes input."""
+        """Waits for the window with this title until it is in front and accepts input; returns it."""
         def ready():
             check(self.process.poll() is None, f"the exe has ended with {self.process.poll()}, no window '{title}'")
             found = [w for w in self.windows() if w["text"] == title and w["class"] != BOX_CLASS]
@@ -187,22 +188,22 @@ class Tool:
         return until(ready, f"a window '{title}' in front", seconds)
 
     def box(self):
-        """The message box in front, once it is there."""
+        """Waits for a message box in front; returns it."""
         def ready():
             found = [w for w in self.windows() if w["class"] == BOX_CLASS and w["front"]]
             if not found or not self.session.has_keyboard(found[0]["text"]):
                 return None
             box = self.session.ask("box", found[0]["handle"])
-            return box if box["icon"] != "other" else None  # painted
+            return box if box["icon"] != "other" else None  # the box is painted
         return until(ready, "a message box in front")
 
     def ended(self, code=0):
-        """Waits until the process is gone by itself."""
+        """Waits until the process has ended by itself."""
         until(lambda: self.process.poll() is not None, "the process ends")
         equal(self.process.returncode, code, "the exit code")
 
     def tree(self, window, names):
-        """The window, with its children in native order and by name."""
+        """The window and its children, in native order and by name."""
         tree = self.session.ask("tree", window)
         for child in tree["children"]:
             child["name"] = names.get(child["id"], f"id {child['id']}")
@@ -210,7 +211,7 @@ class Tool:
         return tree
 
     def bytes_read_by(self, action):
-        """How much the process reads, files above all, while it answers the action."""
+        """How many bytes the process reads, mainly from files, while it handles the action."""
         def read_so_far():
             lines = pathlib.Path(f"/proc/{self.process.pid}/io").read_text().splitlines()
             return int(dict(line.split(": ") for line in lines)["rchar"])
@@ -223,7 +224,7 @@ class Tool:
     # What other programs do
 
     def others_want_it_closed(self, window, close_button):
-        """By every message that asks for it. Its answer to the end of the session, which must not be held up."""
+        """Sends every message that asks a window to close. The window must not object to the end of the session."""
         for code, words in ((WM_CLOSE, []), (WM_SYSCOMMAND, [SC_CLOSE])):
             self.session.ask("post", window, code, *words)
         self.session.ask("post", close_button, BM_CLICK)
@@ -237,7 +238,7 @@ class Tool:
         self.session.xdotool("key", "--delay", 30, *keys)
 
     def type(self, text, by_keys=True):
-        """Characters that the German keyboard lacks come as from an input method, others only if so wanted."""
+        """Characters that the German keyboard lacks are sent as by an input method; others only if by_keys is false."""
         if by_keys and text.isprintable() and text.encode("cp1252", "ignore").decode("cp1252") == text:
             self.session.xdotool("type", "--delay", 20, text)
         else:
@@ -251,7 +252,7 @@ class Tool:
         self.click((rect[0] + rect[2]) // 2, (rect[1] + rect[3]) // 2)
 
     def login(self):
-        """The login dialog, ready for typing."""
+        """The login dialog, ready for input."""
         window = self.window(LOGIN_TITLE)
         until(lambda: self.tree(window, LOGIN_CONTROLS)["by"]["txtPasswort"]["focus"], "the focus in the password box")
         return Login(self, window)
@@ -278,7 +279,7 @@ class Login:
         return self.controls()["txtPasswort"]["text"]
 
     def type_password(self, text):
-        """Over whatever stands in the box."""
+        """Types the password; replaces any text in the box."""
         self.tool.key("ctrl+a") if self.typed() else None
         self.tool.type(text) if text else self.tool.key("Delete")
         until(lambda: self.typed() == text, f"'{text}' in the password box")
@@ -304,7 +305,7 @@ class Accounts:
         return self.tool.session.ask("list", self.list_handle, first, count)
 
     def row_middle(self, row):
-        """A point on a visible row's first column."""
+        """A point on the first column of a visible row."""
         rect = self.list(row, 1)["firstRect"]
         return rect[0] + 30, (rect[1] + rect[3]) // 2
 
@@ -320,7 +321,7 @@ class Accounts:
         return controls["txtUserNameDexo"]["text"], controls["txtPathGlobal"]["text"]
 
     def agrees(self):
-        """One row is selected and the fields show it."""
+        """Whether one row is selected and the fields show its account."""
         rows = self.list()
         if rows["selectedCount"] != 1 or rows["focused"] != rows["selected"]:
             return False

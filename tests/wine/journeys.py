@@ -1,8 +1,8 @@
 #!/usr/bin/python3
-"""Goes through the tool as a user does, by real key presses and clicks, and reads what the real windows show.
+"""Goes through the tool as a user does, with real key presses and clicks, and reads what the real windows show.
 
-Each journey starts the exe in a folder of its own. Prints a line a journey: PASS name, or FAIL name: why.
-TOLV_CORPUS may name a folder with further account files (BenKTO-*.mdb) to go through.
+Each journey starts the exe in a folder of its own. Prints one line for each journey: PASS name, or FAIL name: why.
+TOLV_CORPUS may name a folder with further account files (BenKTO-*.mdb) to use as well.
 """
 import argparse
 import json
@@ -33,7 +33,7 @@ def journey(function):
 
 
 class Scene:
-    """What a journey has to hand: the session, the account files and a folder."""
+    """What a journey can use: the session, the account files and a folder."""
 
     def __init__(self, session, files, name):
         self.session, self.files, self.name = session, files, name
@@ -52,7 +52,7 @@ class Files:
     """The account files of a run, made once by kontodb."""
 
     def __init__(self, kontodb, folder, others):
-        """@param others  files of other writers: each stands in for the one with accounts or for the empty one"""
+        """@param others  files of other writers: each replaces the file with accounts or the empty one"""
         self._kontodb, self._folder = kontodb, folder
         for name, accounts, options in (("twelve", 12, []), ("thousand", 1000, []), ("empty", 0, []),
                                         ("foreign", 3, ["--password", "Andere"])):
@@ -70,13 +70,13 @@ class Files:
         return subprocess.run([self._kontodb, *map(str, words)], check=True, capture_output=True).stdout
 
     def rows(self, name):
-        """Accounts in the database's order by name, as dictionaries."""
+        """Accounts as dictionaries, ordered by name as the database does."""
         output = self._run("query", self.path(name), "SELECT * FROM Benutzerkonto ORDER BY BenKTO_Name", "--json",
                            "--password", PASSWORD)
         return [json.loads(line) for line in output.decode().splitlines()]
 
     def check(self, name):
-        """The file is sound."""
+        """Checks that the file is sound."""
         self._run("check", self.path(name), "--password", PASSWORD)
 
     def execute(self, name, statement):
@@ -128,7 +128,7 @@ def cancelling_touches_nothing(scene):
             "Escape": lambda tool, login: tool.key("Escape"), "close box": lambda tool, login: tool.key("alt+F4")}
     for way, cancel in ways.items():
         tool = scene.tool()
-        # A date of access before the date of change is moved by the next reading, whatever the file system's ways.
+        # If the date of access is before the date of change, the next reading moves it on every kind of file system.
         os.utime(tool.database, (1_000_000_000, 1_100_000_000))
         before = state_of(tool.folder)
         with tool:
@@ -179,7 +179,7 @@ def accounts_are_listed_in_order_and_the_first_is_shown(scene):
 
 
 def compare_with_file(scene, accounts, file):
-    """The whole list, and every account in the fields, gone to by the arrow key."""
+    """Checks the whole list, and every account in the fields, with the arrow key from row to row."""
     expected = scene.files.rows(file)
     rows = accounts.list(0, len(expected) + 1)
     equal(rows["count"], len(expected), "the number of rows")
@@ -238,7 +238,8 @@ def every_move_loads_the_account_once(scene):
         for row in (top, top + 5, top + 5, top + 3):
             tool.click(*accounts.row_middle(row))
             accounts.until_selected(row)
-        # A click on the selected row loads its account once more; a move to that row reads as much, not twice as much.
+        # A click on the selected row loads its account once more; a move to that row must read as much, not twice as
+        # much.
         again = [tool.bytes_read_by(lambda: tool.click(*accounts.row_middle(top + 3))) for _ in range(2)][1]
         for keys in ("Down", "Up"), ("Up", "Down"):
             tool.key(keys[0])
@@ -315,7 +316,7 @@ def tab_walks_all_controls_in_order(scene):
 
 @journey
 def windows_are_whole_at_any_size(scene):
-    """As drawn on a screen; that nothing is clipped anywhere is shown by tests/win32."""
+    """What is drawn on a screen; tests/win32 shows that nothing is clipped at any size."""
     dpi = scene.session.dpi
     try:
         for percent in (200, 100):
@@ -341,8 +342,8 @@ def windows_are_whole_at_any_size(scene):
 
 
 def maximise(accounts):
-    """By two clicks on the title. A busy machine may take them for two single ones: then once more."""
-    left, top, width, _ = accounts.tree()["client"]  # the window manager's title lies directly above
+    """Clicks twice on the title. A busy machine may take that for two single clicks; then it is done again."""
+    left, top, width, _ = accounts.tree()["client"]  # the window manager's title is directly above
     for _ in range(5):
         accounts.tool.session.xdotool("mousemove", left + width // 2, top - 8, "click", "--repeat", 2, "--delay", 50, 1)
         try:
@@ -363,7 +364,7 @@ def inspect(scene, accounts, what):
 
 
 def settled(accounts):
-    """The window's tree once it no longer changes: the window manager has a say in sizes, and takes its time."""
+    """The window's tree once it no longer changes: the window manager may change sizes, and needs time for that."""
     def unchanged():
         before = accounts.tree()
         time.sleep(SETTLE_SECONDS)
@@ -436,7 +437,7 @@ def a_file_that_cannot_be_opened_ends_the_program(scene):
             check(not tool.database.exists(), f"a file appeared for a {what}")
 
 
-# Running them
+# Running the journeys
 
 def run_all(names, arguments, files):
     """Two sessions take the journeys from one queue."""
@@ -481,7 +482,7 @@ def run_one(name, session, files):
     except Failure as failure:
         session.picture(f"failed-{name}")
         return f"FAIL {name}: {failure}"
-    except Exception:  # a fault of the journey itself; the others still run
+    except Exception:  # an error in the journey itself; the others still run
         return f"FAIL {name}: {traceback.format_exc()}"
 
 

@@ -1,7 +1,8 @@
-"""Journeys through the exe behind which COM is a double whose provider fails (tests/comdouble).
+"""Journeys through the exe that reaches a double of ADO through COM, with a provider that fails (tests/comdouble).
 
-Each failure is shown with its number and its German description and ends the tool. Nothing is written that was not
-asked for, nothing twice, and when the box is there the tool holds no more of the provider than while it waited.
+Each failure is shown with its number and its German description and ends the tool. Nothing is written unless the user
+has asked for it, and nothing is written twice. When the box is shown, the tool holds no more objects of the provider
+than while it waited for input.
 """
 import itertools
 
@@ -39,8 +40,8 @@ def a_failure_while_signing_in_is_shown_and_changes_nothing(scene):
             (("call", "Connection.Provider", -2146824582, NOT_SO), 3706, NOT_SO, 0),
             (("property", "Data Source", -2147217887, NOT_SO), -2147217887, NOT_SO, 0),
             (("call", "Connection.Open", -2147467259, NOT_SO), -2147467259, NOT_SO, 0),
-            (("statements", 0), -2147467259, DIED, connection),  # at the list
-            (("statements", 1), -2147467259, DIED, connection),  # at the first account
+            (("statements", 0), -2147467259, DIED, connection),  # when the list is filled
+            (("statements", 1), -2147467259, DIED, connection),  # when the first account is loaded
             (("missing-rows", 1), 3021, NO_ROW, connection),
             (("missing-field", "BenKTO_ServerPath"), 3265, NO_ITEM, connection),
             (("missing-field", "BenKTO_Pass"), 3265, NO_ITEM, connection),
@@ -65,7 +66,7 @@ def a_close_that_fails_at_the_end_is_shown_too(scene):
         see_error_box(scene, tool, -2147467259, NOT_SO, held)
 
 
-# Commands: what is pressed at last, and how the window looks once all is done.
+# Commands: each returns the last key to press, and a check of the window for when the command is done.
 
 def change_of_an_account(accounts, rows):
     name = ordinary(accounts)[0]
@@ -100,7 +101,7 @@ def reset_of_a_password(accounts, rows):
 
 
 def ends_well(accounts, is_done):
-    """Whether the command ends with the window as it should be, rather than with an error box."""
+    """Whether the command ends with the window in the expected state and not with an error box."""
     tool = accounts.tool
 
     def seen():
@@ -115,8 +116,8 @@ def ends_well(accounts, is_done):
 
 
 def done_once_or_not_at_all(command, refused, statements):
-    """@param refused     the call that writes, which the provider refuses first
-    @param statements  those before the command: the connection dies ever one later, until the command gets through"""
+    """@param refused     the call that writes; in the first run the provider refuses it
+    @param statements  those before the command: in each run the connection dies one later, until the command works"""
     def journey(scene):
         deaths = ((("statements", left), -2147467259, DIED) for left in itertools.count(statements))
         was_done = False
@@ -140,7 +141,7 @@ def done_once_or_not_at_all(command, refused, statements):
     PROVIDER_FAULTS[f"{command.__name__}_is_done_once_or_not_at_all"] = journey
 
 
-# Signing in needs two statements, going to another account one.
+# Signing in needs two statements, moving to another account one more.
 done_once_or_not_at_all(change_of_an_account, "Recordset.Update", 3)
 done_once_or_not_at_all(new_account, "Recordset.Update", 2)
 done_once_or_not_at_all(deletion, "Connection.Execute", 2)

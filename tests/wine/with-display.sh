@@ -1,11 +1,11 @@
 #!/bin/bash
-# Runs a command on a display and in a Wine prefix of its own, and takes everything away afterwards.
+# Runs a command on a display and in a Wine prefix of its own, and removes both afterwards.
 #
 #   with-display.sh [--arch x64|x86] [--dpi N] [--screen WxHxD] [--limit SECONDS] [--keep] COMMAND...
 #
-# The command finds DISPLAY, WINEPREFIX, TOLV_WINE (what to put before an exe) and RUN (a folder for its files,
-# deleted at the end unless --keep). Exit code: the command's; 124 when the limit ended it, 77 without a Wine
-# for the architecture, 2 when no display or prefix could be had.
+# The command gets DISPLAY, WINEPREFIX, TOLV_WINE (what to put before an exe) and RUN (a folder for its files, deleted
+# at the end unless --keep is given). Exit code: the command's; 124 if the time limit ended it, 77 if there is no Wine
+# for the architecture, 2 if no display or prefix could be made.
 set -u
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 
@@ -27,7 +27,7 @@ if [ "${TOLV_ARCH:-}" = x86 ] && [ -z "${TOLV_WINE_X86:-}" ] && [ ! -x /usr/lib/
 fi
 . "$here/wine-env.sh" || exit $?
 
-# Made once a machine and Wine version. Two scripts that start together wait for each other.
+# Made once for each machine and Wine version. Two scripts that start at the same time wait for each other.
 makeTemplate() {
     local version
     version=$($TOLV_WINE --version 2>/dev/null)
@@ -46,7 +46,7 @@ export RUN WINEPREFIX
 started=()
 cleanUp() {
     trap - EXIT INT TERM HUP
-    # The prefix's server ends every Windows program of this run, those that left our process group included.
+    # Stopping the prefix's server ends every Windows program of this run, even those that have left our process group.
     timeout 20 $TOLV_WINESERVER -k </dev/null >/dev/null 2>&1
     timeout 20 $TOLV_WINESERVER -w </dev/null >/dev/null 2>&1
     local pid
@@ -60,7 +60,7 @@ trap cleanUp EXIT
 trap 'exit 130' INT
 trap 'exit 143' TERM HUP
 
-# Hard links make a prefix in no time; the registry files are written to and so must be copies.
+# Hard links make a prefix very fast; the registry files are written to, so they must be copies.
 cp -al "$TOLV_TEMPLATE" "$WINEPREFIX" && cp --remove-destination "$TOLV_TEMPLATE"/*.reg "$WINEPREFIX/" || exit 2
 sed -i "/^\[Control Panel\\\\\\\\Desktop\]/a \"LogPixels\"=dword:$(printf %08x "$dpi")" "$WINEPREFIX/user.reg"
 
@@ -74,11 +74,11 @@ done
 [ -s "$RUN/display" ] || { echo "Xvfb does not start:" >&2; cat "$RUN/xvfb.log" >&2; exit 2; }
 DISPLAY=:$(cat "$RUN/display")
 export DISPLAY
-setxkbmap de # before Wine starts: it reads the layout once
+setxkbmap de # before Wine starts, because Wine reads the layout only once
 openbox --sm-disable </dev/null >"$RUN/openbox.log" 2>&1 &
 started=($! "${started[@]}")
 
-$TOLV_WINESERVER -p60 # stays between two exes, or each start would be a cold one
+$TOLV_WINESERVER -p60 # keeps running between two exes; otherwise each start would be a cold one
 timeout -k 5 "$limit" "$@" <&0 &
 started=($! "${started[@]}")
 wait "$!"

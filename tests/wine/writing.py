@@ -1,6 +1,6 @@
-"""Journeys through the account window's commands that write, and those that must not although they try.
+"""Journeys through the account window's commands that write, and those that try to write but must not.
 
-At the end of each the account file is sound and holds exactly the rows that the journey says, all columns of all rows.
+At the end of each, the account file must be sound and hold exactly the rows that the journey expects, in all columns.
 """
 import contextlib
 import fcntl
@@ -17,14 +17,14 @@ WRITING = {}
 INITIAL = "a4c123b1612dd272d1371c17149d439536b3216fdaeeb975729fae923d5a4fd1"
 END_OF_NOTICE = "\r\n\r\nMNwelKOP\r\n\r\nDer Anwender wird beim ersten Login aufgefordert dieses zu ändern."
 
-# How programs keep each other off the account file (docs/file-format.md, "Sharing").
+# How programs lock each other out of the account file (docs/file-format.md, "Sharing").
 LOCK_BYTE = 0x400000000000
 FIRST_USER_BYTE = 0x10000001
 
 
 def writing(file="twelve"):
-    """A journey on a copy of that file. It is given the account window and the rows by number, as they are at the
-    start, and changes them to what the file must hold at the end."""
+    """A journey on a copy of that file. It gets the account window and the rows by number as they are at the start,
+    and changes these rows to what the file must hold at the end."""
     def register(function):
         def journey(scene):
             with scene.tool(file) as tool:
@@ -49,7 +49,7 @@ def compare_rows(scene, tool, expected):
 
 
 def row_named(rows, name):
-    """By the name as it is shown, and so without one for the empty text."""
+    """The row whose name is shown as this; a row without a name is shown as the empty text."""
     return next(row for row in rows.values() if (row["BenKTO_Name"] or "") == name)
 
 
@@ -60,13 +60,13 @@ def add_row(rows, name, path, password=INITIAL, update=False):
 
 
 def change_row(row, **columns):
-    """What a save leaves: the path goes into the file as it is shown, without its trailing backslash."""
+    """Changes a row as a save does: the path is stored as it is shown, without its trailing backslash."""
     row["BenKTO_ServerPath"] = (row["BenKTO_ServerPath"] or "").removesuffix("\\")
     row.update({f"BenKTO_{name}": value for name, value in columns.items()})
 
 
 def save(accounts):
-    """Ctrl+S, after which the list shows the account, in view, and has the focus."""
+    """Presses Ctrl+S; afterwards the list has the focus, and shows the account in its visible part."""
     name = accounts.shown()[0]
     accounts.tool.key("ctrl+s")
     until(lambda: is_clean(accounts), "a clean button")
@@ -257,7 +257,7 @@ def a_reset_by_keyboard_and_four_more_enters_delete_nothing(scene, accounts, row
     row_named(rows, name)["BenKTO_Pass"] = INITIAL
 
 
-# Errors, and what others do meanwhile
+# Errors, and changes by others meanwhile
 
 @writing()
 def nobody_closes_the_window_while_a_box_is_open(scene, accounts, rows):
@@ -294,7 +294,7 @@ def nobody_closes_the_window_while_a_box_is_open(scene, accounts, rows):
     add_row(rows, "Neu", "C:\\Neu")
 
     equal(tool.session.ask("send", accounts.window, WM_QUERYENDSESSION), 1, "the answer without a box")
-    tool.session.ask("send", accounts.window, WM_ENDSESSION, 0)  # somebody else has held the session up
+    tool.session.ask("send", accounts.window, WM_ENDSESSION, 0)  # another program has stopped the end of the session
     tool.window(TITLE)
     tool.session.ask("send", accounts.window, WM_ENDSESSION, 1)
     tool.ended()
@@ -350,7 +350,7 @@ def names_given_meanwhile_are_taken_or_replaced(scene, accounts, rows):
 
 @contextlib.contextmanager
 def locked(path, byte):
-    """As another process would: the lock belongs to the open file."""
+    """Locks the byte as another process would: the lock belongs to the open file."""
     with open(path, "r+b") as file:
         fcntl.fcntl(file, fcntl.F_OFD_SETLK, struct.pack("hhqqi", fcntl.F_WRLCK, os.SEEK_SET, byte, 1, 0))
         yield
@@ -389,7 +389,7 @@ def a_locked_file_ends_the_program_and_nothing_is_written(scene):
     for what, by, prepare, words in (
             ("save", by_a_writer, _save_a_change, ["'-2147467259", "BenKTO.mdb", "wird bereits benutzt"]),
             ("delete", by_a_writer, _delete, ["'-2147467259", "BenKTO.mdb", "gesperrt"]),
-            # Others may read meanwhile: so it is only the write that fails, and before the account is announced.
+            # Others may still read, so only the write fails, and it fails before the account is announced.
             ("save", by_a_user_of_the_original_engine, _save_a_change, ["gesperrt", "Meier", "PC17"]),
             ("new", by_a_user_of_the_original_engine, _save_a_new_one, ["gesperrt", "Meier", "PC17"])):
         with scene.tool() as tool:

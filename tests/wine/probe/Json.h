@@ -7,7 +7,7 @@
 
 #include "base/Text.h"
 
-/// JSON on one line, written as it comes: the probe's answers are small trees without cycles.
+/// Writes JSON on one line, piece by piece: the probe's answers are small trees without cycles.
 namespace probe {
 
 class Json {
@@ -60,7 +60,7 @@ public:
     const std::string& text() const { return out_; }
 
 private:
-    /// A comma, unless a bracket has just opened or a key stands before.
+    /// Adds a comma, except after an opening bracket or a key.
     void separate() {
         if (!out_.empty() && std::string_view("{[:").find(out_.back()) == std::string_view::npos) out_ += ',';
     }

@@ -12,7 +12,7 @@ namespace {
 constexpr int kTextUnits = 600;
 using TextBuffer = std::array<wchar_t, kTextUnits>;
 
-/// Layout of the block in the other process: the record of the message, then the text it points to.
+/// Layout of the memory in the other process: the message's structure, then the text to which it points.
 constexpr std::size_t kTextOffset = 256;
 constexpr std::size_t kBlockBytes = kTextOffset + sizeof(TextBuffer);
 
@@ -23,7 +23,7 @@ std::wstring textIn(const RemoteMemory& memory) {
     return text.data();
 }
 
-/// Marks the buffer, so that a message that wrote nothing does not pass for an empty text.
+/// Marks the buffer, so that a message that wrote nothing is not taken for an empty text.
 void mark(RemoteMemory& memory) {
     TextBuffer text{};
     const std::wstring_view unread = L"<not read>";
@@ -74,7 +74,7 @@ void describeRows(Json& json, HWND list, int first, int count, int columns, Remo
     json.end(']');
 }
 
-/// The row's rectangle in screen coordinates; it may lie outside the list.
+/// The row's rectangle in screen coordinates; it may be outside the list.
 void describePlace(Json& json, HWND list, int row, RemoteMemory& memory) {
     RECT place{};
     place.left = LVIR_BOUNDS;

@@ -6,8 +6,8 @@
 
 namespace probe {
 
-/// A block of memory in the process that owns a window. Messages of the common controls that carry a pointer
-/// are not translated between processes: what they point to must lie where the control lives.
+/// A block of memory in the process that owns a window. The system does not translate pointers in messages of the
+/// common controls between processes: what they point to must be in the control's own process.
 class RemoteMemory {
 public:
     RemoteMemory(HWND window, std::size_t sizeBytes) {
@@ -25,10 +25,10 @@ public:
         if (process_ != nullptr) CloseHandle(process_);
     }
 
-    /// False when the process is gone or refuses.
+    /// False if the process has ended or refuses access.
     explicit operator bool() const { return address_ != nullptr; }
 
-    /// The address in the other process, as seen there.
+    /// The block's address in the other process.
     template <class T>
     T* at(std::size_t offsetBytes) const {
         return reinterpret_cast<T*>(static_cast<std::byte*>(address_) + offsetBytes);

@@ -79,7 +79,7 @@ BOOL CALLBACK describeIfOf(HWND window, LPARAM parameter) {
     return TRUE;
 }
 
-/// Colours of a rectangle of pixels, row by row, as 0x00RRGGBB. `paint` fills the memory device context.
+/// The colours of a rectangle of pixels, row by row, as 0x00RRGGBB. `paint` draws into the memory device context.
 template <class Paint>
 std::vector<std::uint32_t> pixels(int width, int height, Paint&& paint) {
     BITMAPINFO info{};
@@ -110,8 +110,7 @@ std::vector<std::uint32_t> screenPixels(const RECT& place) {
     });
 }
 
-/// The system icon whose picture stands at this place of the screen; an icon's handle means nothing in another
-/// process.
+/// Name of the system icon that is drawn at this place of the screen; an icon's handle is useless in another process.
 std::string_view iconShownAt(const RECT& place) {
     struct Candidate {
         std::string_view name;
@@ -125,7 +124,7 @@ std::string_view iconShownAt(const RECT& place) {
     if (side <= 0 || side > 256) return "none";
     const auto shown = screenPixels({place.left, place.top, place.left + side, place.top + side});
     std::string_view best = "other";
-    std::size_t fewest = shown.size() / 10;  // A tenth of the pixels may differ: edges are drawn half transparent.
+    std::size_t fewest = shown.size() / 10;  // a tenth of the pixels may differ: edges are drawn half transparent
     for (const Candidate& candidate : candidates) {
         const auto drawn = pixels(side, side, [&](HDC memory) {
             const RECT all = {0, 0, side, side};

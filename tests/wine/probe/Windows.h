@@ -5,24 +5,24 @@
 
 #include "tests/wine/probe/Json.h"
 
-/// Reading of another program's windows: nothing here sets a text, presses a button or selects a row.
+/// Reads another program's windows: nothing here sets a text, presses a button or selects a row.
 namespace probe {
 
 /// WM_GETTEXT across processes; empty if the window does not answer within a second.
 std::wstring textOf(HWND window);
 std::wstring classOf(HWND window);
 
-/// The visible top-level windows of every process that runs the exe of this name (without folder).
+/// The visible top-level windows of all processes that run the exe with this name (without folder).
 void describeWindows(Json& json, const std::wstring& exeName);
 
 /// One window: class, text, styles, rectangle on the screen, client area (place on the screen, width, height), focus,
 /// and its children in native order.
 void describeTree(Json& json, HWND window);
 
-/// How many different colours a rectangle of the screen has: one or two where a control is not painted.
+/// Number of different colours in a rectangle of the screen: one or two if a control has not been painted.
 std::size_t coloursIn(const RECT& place);
 
-/// A message box: text, buttons with their ids, owner, and which system icon its picture equals.
+/// A message box: text, buttons with their ids, owner, and the system icon that it shows.
 void describeBox(Json& json, HWND window);
 
 }  // namespace probe

@@ -1,8 +1,8 @@
 /// Reads and reports what another program's windows show, for the tests of the real windows.
 ///
-///   probe COMMAND...     one command, its answer as one line of JSON
-///   probe                commands from standard input, a line each with tabs between the words, answered in turn:
-///                        asking a running probe costs a millisecond, starting one a tenth of a second
+///   probe COMMAND...     runs one command and prints its answer as one line of JSON
+///   probe                reads commands from standard input, one on each line with tabs between the words, and answers
+///                        each in turn: asking a running probe takes a millisecond, starting one a tenth of a second
 ///
 /// Handles are decimal. Texts are UTF-8. Coordinates are those of the screen.
 #include <bit>
@@ -62,15 +62,16 @@ void colours(Json& json, const Words& words) {
         coloursIn({std::stoi(words.at(1)), std::stoi(words.at(2)), std::stoi(words.at(3)), std::stoi(words.at(4))}));
 }
 
-/// Gives the window another size, as a window manager does; its own smallest size holds. (Wine's display driver lets
-/// the display's window manager shrink a window below that, so a dragged frame shows nothing.)
+/// Gives the window another size, as a window manager does; the window's own smallest size is respected. (Wine's
+/// display driver lets the display's window manager shrink a window below it, so dragging the frame would prove
+/// nothing.)
 void resize(Json& json, const Words& words) {
     const BOOL done = SetWindowPos(windowOf(words.at(1)), nullptr, 0, 0, std::stoi(words.at(2)), std::stoi(words.at(3)),
                                    SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
     json.value(done != 0);
 }
 
-/// Tells the window that it now stands on a screen of another resolution, with its rectangle grown to match.
+/// Tells the window that it is now on a screen with another resolution, with its rectangle enlarged to match.
 void dpi(Json& json, const Words& words) {
     const HWND window = windowOf(words.at(1));
     const int from = std::stoi(words.at(2));
@@ -88,7 +89,7 @@ void dpi(Json& json, const Words& words) {
     json.value(sent);
 }
 
-/// A message from another program: WINDOW MESSAGE [WPARAM [LPARAM]], posted, or sent and answered.
+/// Sends a message from another program: WINDOW MESSAGE [WPARAM [LPARAM]]; posted, or sent and the result returned.
 template <bool kIsPosted>
 void message(Json& json, const Words& words) {
     const HWND window = windowOf(words.at(1));
@@ -102,7 +103,7 @@ void message(Json& json, const Words& words) {
     }
 }
 
-/// Characters that the keyboard's layout lacks, as real key events to the window in front.
+/// Types characters that the keyboard layout lacks, as real key events to the window in front.
 void type(Json& json, const Words& words) {
     std::vector<INPUT> inputs;
     for (const wchar_t unit : wide(words.at(1))) {
@@ -117,7 +118,7 @@ void type(Json& json, const Words& words) {
     json.value(SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT)));
 }
 
-/// The user's size of texts, in percent of 9 points. A program that runs already sees it only on Windows itself.
+/// Sets the user's text size, in percent of 9 points. A program that is already running sees it only on Windows itself.
 void textSize(Json& json, const Words& words) {
     NONCLIENTMETRICSW metrics{};
     metrics.cbSize = sizeof metrics;
@@ -126,7 +127,8 @@ void textSize(Json& json, const Words& words) {
     json.value(SystemParametersInfoW(SPI_SETNONCLIENTMETRICS, sizeof metrics, &metrics, 0) != 0);
 }
 
-/// What the exe with the double behind COM still holds of it (tests/comdouble/EngineThroughCom.cpp).
+/// How many of the double's objects the exe with the double behind COM still holds
+/// (tests/comdouble/EngineThroughCom.cpp).
 void held(Json& json, const Words& /*words*/) {
     const HWND window = FindWindowExW(HWND_MESSAGE, nullptr, L"comdouble", nullptr);
     if (window == nullptr) throw std::invalid_argument("nobody tells what is held");
