@@ -18,7 +18,7 @@ void KeyIndex::insert(std::uint32_t hash, Row row) {
     ++count_;
 }
 
-/// Rows after the gap move into it if they could not be found any more otherwise, up to the next free slot.
+/// A row after the gap moves into it if the gap would hide it from a search; this goes on up to the next free slot.
 void KeyIndex::erase(std::uint32_t hash, Row row) {
     std::size_t gap = homeOf(hash);
     while (slots_[gap].row != row) {
