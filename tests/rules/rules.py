@@ -52,7 +52,7 @@ for name, text in texts.items():
     for match in FORBIDDEN.finditer(text):
         faults["words"].append(f"{name} holds {match[0]}")
 if re.search(r'#\s*include\s+"(?!base/)', texts.get(FOR_EVERY_ROOM_OF_THE_TOOL, "")):
-    faults["includes"].append(f"{FOR_EVERY_ROOM_OF_THE_TOOL} is to hold forward declarations, and of includes those of base/ alone")
+    faults["includes"].append(f"{FOR_EVERY_ROOM_OF_THE_TOOL} may hold only forward declarations and includes of base/")
 
 
 def circle(start, trail):
