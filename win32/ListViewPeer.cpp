@@ -17,7 +17,7 @@ namespace win32 {
 namespace {
 
 bool looksAlike(COLORREF a, COLORREF b) {
-    constexpr int kVisibleDifference = 8;
+    constexpr int kVisibleDifference = 12;
     const auto isNear = [](BYTE x, BYTE y) { return std::abs(x - y) < kVisibleDifference; };
     return isNear(GetRValue(a), GetRValue(b)) && isNear(GetGValue(a), GetGValue(b)) &&
            isNear(GetBValue(a), GetBValue(b));
