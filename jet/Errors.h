@@ -9,7 +9,7 @@
 #include "base/Text.h"
 #include "jet/RowPointer.h"
 
-/// The failures of the engine, with the numbers and the German wording that users of the original engine know.
+/// The engine's failures, with the numbers and the German wording that users of the original engine know.
 namespace jet {
 
 /// Numbers of the original engine's provider; programs test for them.
@@ -23,7 +23,7 @@ enum class ErrorNumber : std::int32_t {
     FieldTooSmall = -2147217833,  ///< 80040E57
 };
 
-/// A name as the messages show it.
+/// A name as messages show it.
 base::Text quoted(base::TextView name);
 
 /// A failure without a number of its own.
@@ -31,7 +31,7 @@ base::RuntimeError failure(base::Text description);
 
 base::RuntimeError fileNotFound(base::TextView path);
 base::RuntimeError folderNotFound(base::TextView path);
-/// With the classic run time's number.
+/// With the number of the classic run time.
 base::RuntimeError fileExists(base::TextView path);
 base::RuntimeError fileInUse(base::TextView path);
 base::RuntimeError accessDenied(base::TextView path);
@@ -39,41 +39,41 @@ base::RuntimeError unknownFormat(base::TextView path);
 base::RuntimeError wrongPassword();
 base::RuntimeError tableNotFound(base::TextView name);
 
-/// Who writes: the same failure has one number for record sets and another one for statements.
+/// The kind of write: the same failure has one number for record sets and another for statements.
 enum class WriteKind { Recordset, Execute };
 
-/// @param user  who holds the file, where it is known; otherwise the text names the file
+/// @param user  the user who holds the file, if known; if empty, the text names the file instead
 base::RuntimeError lockedByUser(WriteKind kind, base::TextView path, base::TextView user, base::TextView computer);
 base::RuntimeError readOnly(WriteKind kind);
 base::RuntimeError fileTooLarge();
 base::RuntimeError diskFull();
 
-/// Somebody who may not write has found a journal: the file may be half written.
+/// A journal was found by somebody who may not write: the file may be half written.
 base::RuntimeError journalLeft(base::TextView path, base::TextView journalPath);
 
-/// A journal that must not be applied.
-/// @param why  goes on after "... das Journal '...' "
+/// The journal must not be applied.
+/// @param why  continues the sentence "... das Journal '...' "
 base::RuntimeError journalRefused(base::TextView path, base::TextView journalPath, base::TextView why);
 
-/// The file is whole, but its journal can be neither deleted nor emptied.
+/// The file is whole, but its journal can neither be deleted nor emptied.
 base::RuntimeError journalStays(base::TextView path, base::TextView journalPath);
 
-/// The disk or the network failed under way.
-/// @param systemError  the system's own number
+/// The disk or the network failed during the work.
+/// @param systemError  the error number of the operating system
 base::RuntimeError deviceFailed(base::TextView path, std::int64_t systemError);
 
-/// The file is not as its format wants it.
-/// @param found  a German sentence without its full stop, saying what stands there
+/// The file breaks the rules of its format.
+/// @param found  a German sentence without full stop that says what was found there
 base::RuntimeError damaged(PageNumber page, base::TextView found);
 
-/// The same for a row: the sentence names page and slot.
+/// The same for a row: the sentence names its page and slot.
 base::RuntimeError damagedRow(RowPointer row, base::TextView found);
 
-/// What a damage error says behind its opening words: "Seite 5, Zeile 3: ...".
+/// The text of a damage error after its opening words: "Seite 5, Zeile 3: ...".
 /// @return nothing if the error is of another kind (the disk, another program)
 std::optional<base::Text> damageOf(const base::RuntimeError& error);
 
-/// Runs a piece of decoding; a read outside of the bytes at hand becomes damage of that page.
+/// Runs a decoding step. A read outside the available bytes becomes damage of that page.
 template <typename Decode>
 decltype(auto) onPage(PageNumber page, Decode&& decode) {
     try {

@@ -5,7 +5,7 @@
 namespace jet {
 namespace {
 
-/// Rules of columns have one number for record sets and another one for statements.
+/// Violated column rules have one number for record sets and another for statements.
 base::RuntimeError failure(WriteKind kind, base::Text description) {
     const ErrorNumber number = kind == WriteKind::Recordset ? ErrorNumber::NotUpdated : ErrorNumber::Unspecified;
     return {static_cast<std::int32_t>(number), std::move(description)};

@@ -4,7 +4,7 @@
 #include "base/Text.h"
 #include "jet/Errors.h"
 
-/// What a change of rows can be refused for, with the original engine's words where it has some.
+/// The reasons for which a change of rows can be refused, in the original engine's words where it has some.
 namespace jet {
 
 base::RuntimeError duplicateKey();
@@ -13,35 +13,35 @@ base::RuntimeError keyTooLong(base::TextView index);
 
 base::RuntimeError nullInIndex();
 
-/// The text's key is not known for certain, so the index must not be written by it.
+/// It is not certain which key the original engine gives this text, so the index must not be written with ours.
 base::RuntimeError uncertainKey(base::TextView index);
 
-/// The keys that stand in the index are not those that this engine makes.
+/// The keys stored in the index differ from those that this engine makes.
 base::RuntimeError foreignKeys(base::TextView index);
 
-/// A value that its column cannot hold.
-/// @param kind  says which number the failure has, and for these two which text
+/// The column cannot hold the value.
+/// @param kind  determines the number of the failure, and for these two also the text
 base::RuntimeError valueTooLong(WriteKind kind);
 base::RuntimeError valueOfOtherType(WriteKind kind);
 
-/// Rules of columns.
+/// Violated rules of columns.
 /// @param column  as "Table.Column"
 base::RuntimeError nullNotAllowed(WriteKind kind, base::TextView column);
 base::RuntimeError emptyTextNotAllowed(WriteKind kind, base::TextView column);
 base::RuntimeError columnNotUpdatable(WriteKind kind, base::TextView column);
 
-/// @param text  what the database's author wants to be said; if empty, the engine says which rule it is
+/// @param text  the message that the database's author wrote; if empty, the engine names the rule
 /// @param owner  "Table.Column", or "Table" for the rule of a table
 base::RuntimeError ruleViolated(WriteKind kind, base::TextView text, base::TextView rule, base::TextView owner);
 
 base::RuntimeError autoNumbersUsedUp();
 
-/// Relationships: rows of `table` refer to the row, or there is no row of `table` to refer to.
+/// Relationships: rows of `table` refer to the row, or `table` lacks the row that is referred to.
 base::RuntimeError relatedRowsExist(base::TextView table);
 base::RuntimeError relatedRowMissing(base::TextView table);
 
-/// Somebody's table has something that the engine does not know how to keep.
-/// @param what  goes on after "... kann nicht geschrieben werden: "
+/// The table has a feature that the engine cannot keep correct.
+/// @param what  continues the sentence "... kann nicht geschrieben werden: "
 base::RuntimeError tableNotWritable(base::TextView table, base::TextView what);
 
 }  // namespace jet
