@@ -9,7 +9,7 @@ namespace jet {
 namespace {
 
 constexpr std::uint16_t kUnknownFlag = 0x2000;
-/// A row pointer has one byte for the slot.
+/// A row pointer has one byte for the slot number.
 constexpr std::size_t kMaxSlots = 256;
 
 constexpr std::size_t kStampOffset = 8;

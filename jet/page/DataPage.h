@@ -5,7 +5,7 @@
 
 #include "jet/page/PageSource.h"
 
-/// A page of rows: of a table, of long values, of usage maps.
+/// A page of rows. They are rows of a table, parts of long values, or usage maps.
 ///
 ///     offset size
 ///     0      1    1
@@ -16,7 +16,7 @@
 ///     12     2    number of slots n
 ///     14     2n   slots: 13 bits of offset, flags above
 ///
-/// Rows lie from the end of the page downwards: slot 0 ends at 4096, each other one where its predecessor begins.
+/// Rows fill the page from its end downwards: slot 0 ends at 4096, each other slot where the slot before it begins.
 /// See docs/file-format.md, "Data pages".
 namespace jet {
 
@@ -30,22 +30,22 @@ inline constexpr std::size_t kSlotCountOffset = 12;
 inline constexpr std::uint16_t kSlotStartMask = 0x1FFF;
 inline constexpr std::uint16_t kSlotStateMask = 0xC000;
 
-/// Where the word of a slot lies in its page.
+/// The offset of a slot's word in its page.
 constexpr std::size_t slotPlace(std::size_t index) {
     return kDataPageHeaderBytes + kSlotBytes * index;
 }
 
-/// More slots are never given to a page.
+/// The engine gives a page at most this many slots.
 inline constexpr std::size_t kMaxSlotsOfPage = 255;
 
-/// More pointers are not followed from a moved row. Real files have one; so a loop comes to an end.
+/// A moved row is followed over at most this many pointers, so a loop comes to an end. Real files have one pointer.
 inline constexpr std::size_t kMaxMoves = 16;
 
 enum class SlotState : std::uint16_t {
     Live = 0x0000,
     Moved = 0x4000,    ///< live; the row's first 4 bytes point to its data
-    Hidden = 0x8000,   ///< the data of one Moved slot; no row of its own
-    Deleted = 0xC000,  ///< keeps its slot so that the others keep theirs
+    Hidden = 0x8000,   ///< the data of one Moved slot; not a row of its own
+    Deleted = 0xC000,  ///< keeps its slot so that the other slots keep their numbers
 };
 
 struct Slot {
@@ -57,11 +57,11 @@ class DataPage {
 public:
     DataPage() = default;
 
-    /// Checks kind and all slots.
+    /// Checks the page kind and all slots.
     /// @throws RuntimeError (damage)
     explicit DataPage(PageView page);
 
-    /// @throws RuntimeError (damage) if it is no data page, or not one of this owner
+    /// @throws RuntimeError (damage) if it is not a data page, or belongs to another owner
     static DataPage read(PageSource& source, PageNumber number, std::uint32_t owner);
 
     PageNumber number() const { return page_.number; }
@@ -73,7 +73,7 @@ public:
     /// @throws RuntimeError (damage) if the page has no such slot
     Slot slot(std::size_t index) const;
 
-    /// Whether a slot is a row: live, wherever its data are.
+    /// Whether any slot is a live row, wherever its data is.
     bool hasLiveRows() const;
 
     /// The view that keeps the bytes of all slots alive.
@@ -84,7 +84,7 @@ private:
     std::size_t slotCount_ = 0;
 };
 
-/// Writes the beginning of an empty data page and zeros behind it.
+/// Makes the page an empty data page; the rest of its bytes becomes zero.
 void clearDataPage(std::span<std::uint8_t> page, std::uint32_t owner, std::uint32_t stamp = 0);
 
 /// Appends a row as a new slot.

@@ -11,7 +11,7 @@ namespace jet {
 DataPageEditor::DataPageEditor(PageStore& store, PageNumber number, std::uint32_t owner) : number_(number) {
     const std::size_t noted = DataPage::read(store, number, owner).freeBytes();
     bytes_ = store.change(number);
-    // Where the two differ rows may stand that the slots do not show.
+    // If the two numbers differ, the page may hold rows that no slot shows.
     if (noted != freeBytes()) throw damaged(number, u"Der freie Platz der Datenseite passt nicht zu ihren Zeilen");
 }
 
@@ -49,7 +49,7 @@ bool DataPageEditor::replace(std::size_t index, std::span<const std::uint8_t> ro
     const std::size_t start = end - row.size();
     std::memmove(page.data() + start - laterBytes, page.data() + lowest, laterBytes);
     std::copy(row.begin(), row.end(), page.begin() + static_cast<std::ptrdiff_t>(start));
-    // What the rows left behind when they moved up.
+    // The place that the moved rows have left.
     const std::size_t newLowest = start - laterBytes;
     if (newLowest > lowest) std::memset(page.data() + lowest, 0, newLowest - lowest);
     for (std::size_t i = index; i < count; ++i) {

@@ -8,24 +8,24 @@
 
 namespace jet {
 
-/// A data page being changed. It keeps the page's law: rows lie without gaps from the end downwards, slots keep their
-/// numbers for ever, and the free bytes are those between the slots and the lowest row.
+/// A data page being changed. The editor keeps three rules: rows lie without gaps at the end of the page, a slot never
+/// changes its number, and the free bytes are those between the slots and the lowest row.
 class DataPageEditor {
 public:
-    /// The page counts as changed from here on; who only looks takes a DataPage.
+    /// The page counts as changed as soon as an editor is made. To read a page, use DataPage.
     /// @param store  must outlive the editor
-    /// @throws RuntimeError (damage) if the page is no sound data page of this owner
+    /// @throws RuntimeError (damage) if the page is not a sound data page of this owner
     DataPageEditor(PageStore& store, PageNumber number, std::uint32_t owner);
 
     PageNumber number() const { return number_; }
     std::size_t slotCount() const { return word(kSlotCountOffset); }
     std::size_t freeBytes() const;
 
-    /// Valid until the next change of the page.
-    /// @throws RuntimeError (damage) if there is no such slot
+    /// The result is valid until the page changes again.
+    /// @throws RuntimeError (damage) if the slot does not exist
     Slot slot(std::size_t index) const;
 
-    /// Whether any slot is something other than deleted.
+    /// Whether any slot is not deleted.
     bool hasRows() const;
 
     /// @return slot number, or -1 and nothing changed if it does not fit
@@ -33,13 +33,13 @@ public:
         return appendRow(bytes_, row, state);
     }
 
-    /// Gives the slot other bytes, moving the later rows.
-    /// @return false, and nothing changed, if the page has no room for them
+    /// Replaces the bytes of the slot and moves the later rows.
+    /// @return false, and nothing changed, if the page has no room
     bool replace(std::size_t index, std::span<const std::uint8_t> row);
 
     void setState(std::size_t index, SlotState state);
 
-    /// Marks the slot as deleted and squeezes its bytes out.
+    /// Marks the slot as deleted and closes the gap that its bytes leave.
     void remove(std::size_t index);
 
 private:

@@ -39,7 +39,7 @@ void applyMask(std::span<std::uint8_t> page) {
     Rc4(kMaskKey).apply(page.subspan(kMaskOffset, kMaskBytes));
 }
 
-/// The number of the creation day, which masks the password.
+/// The whole days of the creation date, which mask the password.
 std::uint32_t passwordMask(base::Date created) {
     const double days = std::trunc(created.days);
     if (!(days >= -2147483648.0 && days <= 2147483647.0))
@@ -47,7 +47,7 @@ std::uint32_t passwordMask(base::Date created) {
     return static_cast<std::uint32_t>(static_cast<std::int32_t>(days));
 }
 
-/// The mask's half that lies over unit i.
+/// The half of the mask that applies to UTF-16 unit i.
 std::uint16_t maskUnit(std::uint32_t mask, std::size_t i) {
     return static_cast<std::uint16_t>(i % 2 == 0 ? mask : mask >> 16U);
 }

@@ -29,7 +29,7 @@
 ///     98     8    1620, "4.0" 0
 ///     E00    512  commit words of 256 users
 ///
-/// (Offsets hexadecimal.) Bytes that are not named are kept as they are. See docs/file-format.md, "Header".
+/// (Offsets are hexadecimal.) Bytes without a name keep their values. See docs/file-format.md, "Header".
 namespace jet {
 
 inline constexpr std::size_t kMaxPasswordUnits = 20;
@@ -38,14 +38,15 @@ inline constexpr std::size_t kCommitWordsBytes = 512;
 
 class Header {
 public:
-    /// Whether a file that begins with these bytes is one of Access 2000 to 2003; false for older and later formats.
+    /// Whether a file that begins with these bytes has the format of Access 2000 to 2003. False for older and later
+    /// formats.
     static bool isJet4(base::ByteView beginning);
 
     /// @param page  page 0 of a Jet 4 file
-    /// @throws RuntimeError (damage) if a field cannot be
+    /// @throws RuntimeError (damage) if a field has an impossible value
     static Header read(base::ByteView page);
 
-    /// A fresh file's header: no password, no encoding, nobody has written.
+    /// The header of a new file: no password, no encoding, no commits.
     static Header fresh(base::Date created);
 
     /// @param page  4096 bytes; all of them are written
@@ -56,7 +57,7 @@ public:
     std::array<PageNumber, 4> systemTables{2, 3, 4, 5};
     std::uint16_t codePage = 1252;
     std::uint32_t databaseKey = 0;
-    base::Text password;  ///< at most kMaxPasswordUnits, without zero units
+    base::Text password;  ///< at most kMaxPasswordUnits units, none of them zero
     std::uint32_t engineBuild = 9756;
     TextOrder textOrder;
     base::Date created;

@@ -11,7 +11,7 @@ namespace jet {
 namespace {
 
 constexpr PageNumber kExtentPages = 16;
-/// With extents of 64 KiB: at most 2 MiB, however large the file.
+/// An extent has 64 KiB. So the cache takes at most 2 MiB, however large the file is.
 constexpr std::size_t kCachedExtents = 32;
 
 }  // namespace
@@ -25,10 +25,10 @@ PageView pageOfKind(PageSource& source, PageNumber number, PageKind kind) {
     return view;
 }
 
-/// Sixteen neighbouring pages, of which some are at hand.
+/// Sixteen neighbouring pages, some of which have been read.
 struct PageFile::Extent {
     PageNumber index = 0;
-    std::uint16_t present = 0;  ///< bit i: page i is at hand, and its bytes change no more
+    std::uint16_t present = 0;  ///< bit i: page i has been read, and its bytes do not change any more
     std::array<std::uint8_t, kExtentPages * kPageSize> bytes;
 
     bool has(PageNumber place) const { return ((present >> place) & 1U) != 0; }
@@ -55,14 +55,14 @@ PageView PageFile::page(PageNumber number) {
 const std::shared_ptr<PageFile::Extent>& PageFile::extent(PageNumber index) {
     auto& place = cache_[index % kCachedExtents];
     if (place && place->index == index) return place;
-    // Somebody's view may still look at the old bytes; if not, their room is used again. It is not cleared.
+    // A view may still show the old bytes. If there is none, the memory is used again without clearing it.
     if (!place || place.use_count() > 1) place = std::make_shared_for_overwrite<Extent>();
     place->index = index;
     place->present = 0;
     return place;
 }
 
-/// As many pages as are at hand of the sixteen before this one, so that a scan soon reads whole extents.
+/// As many pages as were read of the sixteen before this one. So a scan soon reads whole extents.
 PageNumber PageFile::pagesToRead(const Extent& extent, PageNumber number) const {
     const PageNumber place = number % kExtentPages;
     std::uint32_t before = std::uint32_t{extent.present} << kExtentPages;

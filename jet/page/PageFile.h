@@ -10,20 +10,20 @@
 
 namespace jet {
 
-/// The file as pages: decoded where the file is encoded, kept in a bounded cache. A page here and there is read alone;
-/// the more pages of a neighbourhood are asked for, the more are read ahead, up to 64 KiB at once.
+/// Reads the file page by page, decodes encoded pages, and keeps them in a cache of limited size. Single pages are read
+/// alone. The more neighbouring pages are read, the more are read ahead, up to 64 KiB at once.
 ///
-/// Made afresh for each operation, since other programs announce no change.
+/// Each operation makes a new one, because other programs do not announce their changes.
 class PageFile : public PageSource {
 public:
     /// @param io           must outlive the page file
-    /// @param databaseKey  of the header; 0 = pages are not encoded
+    /// @param databaseKey  from the header; 0 = pages are not encoded
     PageFile(PageIo& io, std::uint32_t databaseKey);
 
     PageNumber pageCount() const override { return pageCount_; }
     PageView page(PageNumber number) override;
 
-    /// Pages read from the machine so far; a figure for tests and benchmarks.
+    /// Number of pages read from the file so far, for tests and benchmarks.
     std::size_t pagesRead() const { return pagesRead_; }
 
 private:
@@ -39,7 +39,7 @@ private:
     std::size_t pagesRead_ = 0;
 };
 
-/// Encodes or decodes (it is the same) one page in place. Page 0 is never encoded.
+/// Encodes or decodes one page in place (both are the same step). Page 0 is never encoded.
 void encodePage(std::span<std::uint8_t> page, PageNumber number, std::uint32_t databaseKey);
 
 }  // namespace jet

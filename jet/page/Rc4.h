@@ -6,13 +6,13 @@
 
 namespace jet {
 
-/// The RC4 stream cipher. The format uses it to mask the header and to encode pages; it protects nothing.
+/// The RC4 stream cipher. The format masks the header and encodes pages with it; that protects nothing.
 class Rc4 {
 public:
     /// @param key  1 to 256 bytes
     explicit Rc4(std::span<const std::uint8_t> key);
 
-    /// XORs the next bytes of the key stream onto `bytes`: encodes and decodes.
+    /// XORs the next bytes of the key stream with `bytes`. This both encodes and decodes.
     void apply(std::span<std::uint8_t> bytes);
 
 private:

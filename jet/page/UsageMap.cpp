@@ -55,7 +55,7 @@ std::optional<PageNumber> UsageMap::next(PageNumber from) const {
             if (rest != 0) {
                 const std::uint64_t page =
                     std::uint64_t{piece.firstPage} + 8 * byte + static_cast<unsigned>(std::countr_zero(rest));
-                // A page beyond the last number can be in no file; asking for the last one says so.
+                // No file has a page beyond the largest number. So reading that page gives the right error.
                 return static_cast<PageNumber>(std::min<std::uint64_t>(page, 0xFFFFFFFF));
             }
             bit = 0;

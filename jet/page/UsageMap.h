@@ -14,9 +14,9 @@
 ///     kind 1   u8 1, then u32 page numbers of bitmap pages; entry k covers the 32736 pages from k * 32736, 0 = none
 ///     bitmap   05 01 00 00, then 4092 bytes of bits
 ///
-/// Rows of kind 0 have any length: the engine extends them in place. Owned maps say which pages belong to a
-/// table, index or column; the global map is the other way round, a set bit is a free page. See
-/// docs/file-format.md, "Usage maps".
+/// Rows of kind 0 have any length, because the original engine makes them longer in place. Owned maps say which pages
+/// belong to a table, index or column. In the global map, however, a set bit is a free page. See docs/file-format.md,
+/// "Usage maps".
 namespace jet {
 
 inline constexpr std::uint8_t kInlineMap = 0;        ///< kind of row
@@ -24,12 +24,12 @@ inline constexpr std::uint8_t kReferenceMap = 1;     ///< kind of row
 inline constexpr std::size_t kInlineBitsOffset = 5;  ///< in a row of kind 0
 inline constexpr std::size_t kBitmapBitsOffset = 4;  ///< on a bitmap page
 inline constexpr std::size_t kUsageMapRowBytes = 69;
-inline constexpr std::size_t kMapRowStepBytes = 4;    ///< by which the original engine makes rows longer
+inline constexpr std::size_t kMapRowStepBytes = 4;    ///< the original engine makes rows longer by this much at a time
 inline constexpr std::uint32_t kBitmapPages = 32736;  ///< pages that one bitmap page covers
 
 inline constexpr PageNumber kGlobalMapPage = 1;
 
-/// What stands as the owner in the header of a page of maps.
+/// The owner that the header of a page of maps names.
 constexpr std::uint32_t mapOwner(PageNumber page) {
     return page == kGlobalMapPage ? kGlobalMapPage : 0;
 }
@@ -38,23 +38,23 @@ class UsageMap {
 public:
     UsageMap() = default;
 
-    /// @param row  the map's row; none gives the empty map
-    /// @throws RuntimeError (damage) if row or bitmap pages are not what they must be
+    /// @param row  the row of the map; the pointer "none" gives the empty map
+    /// @throws RuntimeError (damage) if the row or a bitmap page is not sound
     static UsageMap read(PageSource& source, RowPointer row);
 
     bool contains(PageNumber page) const;
 
-    /// The first page of the map that is not less than `from`.
+    /// The first page of the map whose number is at least `from`.
     std::optional<PageNumber> next(PageNumber from) const;
 
     bool empty() const { return !next(0).has_value(); }
 
-    /// A map's row of kind 0.
+    /// Makes the row of a map of kind 0.
     /// @param pages  all in [firstPage, firstPage + 8 * (rowBytes - 5)); firstPage a multiple of 8
     static base::Bytes inlineRow(PageNumber firstPage, std::span<const PageNumber> pages,
                                  std::size_t rowBytes = kUsageMapRowBytes);
 
-    /// A map's row of kind 1; entry k is the k-th bitmap page.
+    /// Makes the row of a map of kind 1; entry k is the k-th bitmap page.
     static base::Bytes referenceRow(std::span<const PageNumber> bitmapPages, std::size_t rowBytes = kUsageMapRowBytes);
 
 private:
@@ -65,12 +65,12 @@ private:
     std::vector<Piece> pieces_;  ///< ascending, without overlap
 };
 
-/// The length of a row that is made longer, in the usual steps, to have at least so many bytes.
+/// The new length, in the usual steps, of a row that must have at least `neededBytes`.
 std::size_t longerMapRow(std::size_t rowBytes, std::size_t neededBytes);
 
 /// Makes an empty bitmap page.
 /// @param page  4096 bytes
-/// @param fill  of its bits: 0 or 0xFF
+/// @param fill  value of each byte of bits: 0 or 0xFF
 void clearBitmapPage(std::span<std::uint8_t> page, std::uint8_t fill);
 
 }  // namespace jet
