@@ -9,7 +9,7 @@
 namespace jet {
 
 enum class ColumnType : std::uint8_t {
-    Boolean = 0x01,  ///< lives in the null mask alone
+    Boolean = 0x01,  ///< stored only in the null mask
     Byte = 0x02,
     Integer = 0x03,
     Long = 0x04,
@@ -23,10 +23,10 @@ enum class ColumnType : std::uint8_t {
     Memo = 0x0C,  ///< long value of text
     Guid = 0x0F,
     Numeric = 0x10,
-    Block = 0x11,  ///< 3992 bytes as they are, in one of Access's own tables
+    Block = 0x11,  ///< 3992 bytes without further structure, in one of Access's own tables
 };
 
-/// A column of a table, as its descriptor of 25 bytes holds it.
+/// A column of a table, and the fields of its descriptor of 25 bytes:
 ///
 ///     offset size
 ///     0      1    type
@@ -56,14 +56,14 @@ struct Column {
     std::uint16_t number = 0;
     std::uint16_t variableIndex = 0;
     std::uint16_t displayPosition = 0;
-    TextOrder textOrder;         ///< of all types but Numeric; matters for Text and Memo
+    TextOrder textOrder;         ///< of all types except Numeric; matters only for Text and Memo
     std::uint8_t precision = 0;  ///< Numeric
     std::uint8_t scale = 0;      ///< Numeric
     std::uint8_t flags = kFixed | kUpdatable;
     std::uint8_t extendedFlags = 0;
     std::uint16_t fixedOffset = 0;
     std::uint16_t lengthBytes = 0;
-    std::array<std::uint8_t, kDescriptorBytes> descriptor{};  ///< as read; carries what has no name above
+    std::array<std::uint8_t, kDescriptorBytes> descriptor{};  ///< as read; keeps the bytes that have no field above
 
     bool isFixed() const { return (flags & kFixed) != 0; }
     bool isAutoNumber() const { return (flags & kAutoNumber) != 0; }
@@ -72,7 +72,7 @@ struct Column {
     bool compresses() const { return (extendedFlags & kCompressed) != 0; }
 };
 
-/// Bytes of a value of this type; 0 for the types whose length varies, and for Boolean, which takes none.
+/// Bytes of a value of this type. 0 for types of varying length, and for Boolean, whose value is only in the null mask.
 std::size_t storedBytes(ColumnType type);
 
 }  // namespace jet

@@ -18,7 +18,7 @@ constexpr double kFirstDate = -657434;       // the year 100
 constexpr double kBehindLastDate = 2958466;  // the year 10000
 constexpr std::uint8_t kCurrencyScale = 4;
 
-/// A number to be converted: exact as long as it can be.
+/// A number to be converted. It is exact if possible.
 using Source = std::variant<ExactNumber, double>;
 
 std::optional<Source> sourceOf(const Value& value) {
@@ -81,7 +81,7 @@ private:
         if (const auto* given = std::get_if<base::Text>(&value)) {
             text = *given;
         } else {
-            // Numbers with a fraction, and dates, would need the user's notation.
+            // How numbers with a fraction and dates are written depends on the user's settings.
             const auto number = sourceOf(value);
             const auto* exact = number ? std::get_if<ExactNumber>(&*number) : nullptr;
             const auto whole = exact != nullptr ? exact->wholeText() : std::nullopt;

@@ -6,12 +6,12 @@
 
 namespace jet {
 
-/// The value as the column holds it: of the alternative that decodeValue gives for its type, within its range and
-/// length. Null stays null, but a yes/no column takes it for false; every number other than 0 is true there. Numbers
-/// round half to even; texts that are numbers in the notation of statements become numbers, and those in the
-/// form of a GUID become one.
-/// @param kind  says which of its numbers an error has: of the assignment to a record set's field, or of a statement
-/// @throws RuntimeError: text or bytes too long, number out of range, another type
+/// Converts a value to what the column holds: the alternative that decodeValue returns for its type, within range and
+/// length. Null stays null, except in a yes/no column, where it becomes false. In a yes/no column every number other
+/// than 0 is true. Numbers are rounded half to even. A text that is a number as statements write it becomes a number,
+/// and a text in the form of a GUID becomes a GUID.
+/// @param kind  determines the error number: the one of record set fields or the one of statements
+/// @throws RuntimeError if a text or bytes are too long, a number is out of range, or the type does not fit
 base::Value convertToColumn(const Column& column, const base::Value& value, WriteKind kind);
 
 }  // namespace jet

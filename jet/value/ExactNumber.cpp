@@ -10,14 +10,14 @@
 namespace jet {
 namespace {
 
-/// Beyond those of any double.
+/// No double has so large an exponent.
 constexpr int kMaxExponent = 400;
 
 bool isDigit(char unit) {
     return unit >= '0' && unit <= '9';
 }
 
-/// Digits of four words, the least significant first.
+/// The digits of a number in four words, the least significant word first.
 std::string digitsOf(std::array<std::uint32_t, 4> words) {
     std::string digits;
     while (std::any_of(words.begin(), words.end(), [](std::uint32_t word) { return word != 0; })) {
@@ -33,7 +33,7 @@ std::string digitsOf(std::array<std::uint32_t, 4> words) {
     return digits;
 }
 
-/// Of at most 38 digits, which four words hold.
+/// @param digits  at most 38, which four words hold
 std::array<std::uint32_t, 4> wordsOf(std::string_view digits) {
     std::array<std::uint32_t, 4> words{};
     for (const char digit : digits) {
@@ -103,7 +103,7 @@ std::optional<ExactNumber> ExactNumber::fromText(std::string_view text) {
 }
 
 std::optional<ExactNumber> ExactNumber::fromDouble(double value) {
-    // The fewest digits that give the number back. std::to_chars would bring 180 KB of tables into the program.
+    // The fewest digits that read as the same double. std::to_chars would add 180 KB of tables to the program.
     std::array<char, 40> text{};
     constexpr int kAlwaysKept = std::numeric_limits<double>::digits10;
     constexpr int kAlwaysEnough = std::numeric_limits<double>::max_digits10;
@@ -128,7 +128,7 @@ ExactNumber ExactNumber::rounded(int scale) const {
     const std::string tail = digits_.substr(digits_.size() - dropped);
     result.digits_.resize(digits_.size() - dropped);
     result.scale_ = scale;
-    const bool isHalf = tail[0] == '5' && tail.size() == 1;  // no zeros at the end, so more digits are more
+    const bool isHalf = tail[0] == '5' && tail.size() == 1;  // as digits_ does not end in zeros
     const bool isOdd = !result.digits_.empty() && (result.digits_.back() - '0') % 2 != 0;
     if (isHalf ? isOdd : tail[0] >= '5') {
         result.digits_.insert(result.digits_.begin(), '0');

@@ -13,7 +13,7 @@ void turnIntegers(std::array<std::uint8_t, 16>& bytes) {
     std::reverse(bytes.begin() + 6, bytes.begin() + 8);
 }
 
-/// @return -1 if it is no hexadecimal digit
+/// @return -1 if the unit is not a hexadecimal digit
 int digitOf(char16_t unit) {
     if (unit >= u'0' && unit <= u'9') return unit - u'0';
     if (unit >= u'a' && unit <= u'f') return unit - u'a' + 10;

@@ -9,10 +9,10 @@
 
 namespace jet {
 
-/// The sixteen bytes in the order in which a GUID is written down, and ordered: its three integers big-endian.
+/// The sixteen bytes in the order in which a GUID is written and sorted: its three integers are big-endian.
 std::array<std::uint8_t, 16> asWritten(const base::Guid& guid);
 
-/// "{6B29FC40-CA47-1067-B31D-00DD010662DA}", in capitals or not, with blanks around it.
+/// Reads "{6B29FC40-CA47-1067-B31D-00DD010662DA}", in upper or lower case, with or without blanks around it.
 /// @return nothing for any other text
 std::optional<base::Guid> guidFromText(base::TextView text);
 

@@ -9,15 +9,15 @@
 namespace jet {
 namespace {
 
-/// Units from `first` up to the next range's first have these weights.
+/// These weights apply to all units from `first` up to the next range.
 struct SortRange {
     std::uint16_t first;
-    std::uint16_t code;  ///< primary code; with Expands the index of the expansion
-    std::uint8_t value;  ///< letters and kana: accent byte; marks and accents: their value
+    std::uint16_t code;  ///< primary code; with Expands: the index of the expansion
+    std::uint8_t value;  ///< letters and kana: the accent byte; marks and accents: their value
     std::uint8_t kind;   ///< a UnitClass and the flags below
 };
 
-/// A unit that counts as two or three.
+/// A unit that counts as two or three letters.
 struct SortExpansion {
     std::uint8_t codeBytes;
     std::uint8_t weights;
@@ -45,10 +45,10 @@ constexpr std::uint8_t kKanaTail[] = {0xFF, 0x02, 0x80, 0xFF, 0x80};
 constexpr std::uint16_t kFrench = 0x040C;
 constexpr std::uint16_t kGeneral = 0x0409;
 constexpr char16_t kFirstSurrogate = 0xD800;
-/// Above every first byte of the table, so that surrogates stand behind all other characters.
+/// Greater than every first byte in the table, so that surrogates come after all other characters.
 constexpr std::uint8_t kSurrogateCode = 0xFF;
 
-/// The weights of one unit, its range's steps counted.
+/// The weights of one unit; in a range that counts up, its code is adjusted.
 constexpr SortRange weightsOf(char16_t unit) {
     const std::size_t page = unit >> 8U;
     const std::size_t begin = kFirstRangeOfPage[page];
@@ -85,7 +85,7 @@ base::TextView countingUnits(base::TextView text) {
     return text;
 }
 
-/// Room for one section of the key of a text of 255 units; nothing is cleared before use.
+/// Memory for one section of the key of a text of 255 units. It is not cleared before use.
 template <std::size_t Room>
 class Section {
 public:
@@ -107,7 +107,7 @@ private:
     std::size_t size_ = 0;
 };
 
-/// The sections of one key while its text is walked through.
+/// Collects the sections of one key, unit by unit.
 class KeyBuilder {
 public:
     KeyBuilder() { accents_.add(0); }
@@ -194,7 +194,7 @@ private:
         accents_.add(kNoAccent);
     }
 
-    /// An accent with no letter before it is a byte of its own in front of all others.
+    /// An accent without a letter before it becomes a byte of its own before all other accent bytes.
     void trimAccents(bool fromTheEnd) {
         if (fromTheEnd) std::reverse(accents_.begin() + 1, accents_.end());
         while (accents_.size() > 1 && accents_.back() <= kNoAccent)
@@ -226,7 +226,7 @@ private:
         }
     }
 
-    /// Three flags of two bits to a byte, from the left.
+    /// Puts three flags of two bits into each byte, the first flag in the highest place.
     void putKana(std::uint8_t*& place) {
         const auto flags = kana_.bytes();
         for (std::size_t i = 0; i < flags.size(); i += 3) {
@@ -241,7 +241,7 @@ private:
     static constexpr std::uint8_t kPlainKana = 3;
 
     Section<kSortKeyUnits * 4> codes_;
-    // One byte a letter, behind one that is kept for an accent before the first letter.
+    // One byte for each letter. The first byte is reserved for an accent before the first letter.
     Section<kSortKeyUnits * 3 + 1> accents_;
     Section<kSortKeyUnits * 4> marks_;
     Section<kSortKeyUnits> kana_;
@@ -249,7 +249,7 @@ private:
     bool hasKana_ = false;
 };
 
-/// No unit gives more than six bytes, so a short text needs no look at its key.
+/// No unit gives more than six bytes, so the key of so short a text is always short enough.
 constexpr std::size_t kUnitsOfShortText = 80;
 
 bool isKnown(TextOrder order) {

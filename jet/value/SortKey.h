@@ -7,17 +7,17 @@
 #include "base/Text.h"
 #include "base/Value.h"
 
-/// The order of text: a key of bytes for each text, so that comparing keys byte by byte is the database's
-/// own order (of an index, of ORDER BY) and equal keys are its `=`. Case does not count, "ß" is "ss", blanks
-/// at the end are nothing, accents count only between texts that are otherwise equal, and hyphens and
-/// apostrophes only after those.
+/// The order of text. Each text has a key of bytes. Comparing the keys byte by byte gives the database's own order (of
+/// an index, of ORDER BY); texts with equal keys are equal for `=`. Upper and lower case are the same, "ß" is "ss", and
+/// blanks at the end are ignored. Accents count only between texts that are otherwise equal, and hyphens and
+/// apostrophes only after accents.
 ///
-/// Neither the system's locale nor Unicode normalisation plays a part. Layout of the key and source of the
-/// weights: docs/file-format.md, "Order of text".
+/// The result does not depend on the system's locale or on Unicode normalisation. For the layout of the key and the
+/// source of the weights see docs/file-format.md, "Order of text".
 namespace jet {
 
-/// Sort order of a text column, as its descriptor holds it. General (0x0409 version 0) is what Access
-/// 2000 to 2003 gives every German or English file.
+/// The sort order of a text column, as stored in its descriptor. Access 2000 to 2003 gives every German or English file
+/// the order General (0x0409 version 0).
 struct TextOrder {
     std::uint16_t lcid = 0x0409;
     std::uint8_t version = 0;
@@ -25,27 +25,27 @@ struct TextOrder {
     friend bool operator==(const TextOrder&, const TextOrder&) = default;
 };
 
-/// UTF-16 units of a text that count for its key.
+/// At most so many UTF-16 units of a text count for its key.
 constexpr std::size_t kSortKeyUnits = 255;
 
-/// Longest key, its end byte included, of which it is known that the original engine stores it whole.
+/// The longest key, with its end byte, that the original engine is known to store unshortened.
 constexpr std::size_t kLongestCertainSortKey = 507;
 
-/// Appends the ascending key of the text: without flag byte, with its end byte 00.
+/// Appends the ascending key of the text, with its end byte 00 but without a flag byte.
 void appendSortKey(base::Bytes& key, base::TextView text, TextOrder order = {});
 
 base::Bytes sortKey(base::TextView text, TextOrder order = {});
 
-/// Whether the text has surrogates, whose keys are never certain.
+/// Whether the text has surrogates. Their keys are never certain.
 bool hasSurrogate(base::TextView text);
 
-/// Whether the key is known to be the one that the original engine stores. False for texts with surrogates,
-/// for keys that grow too long and for sort orders other than General and French: those keys still give
-/// one total, stable order, but an index must be neither searched nor written by them.
+/// Whether our key is known to be the one that the original engine stores. False for texts with surrogates, for keys
+/// that are too long and for sort orders other than General and French. Such keys still give one total, stable order,
+/// but an index must neither be searched with them nor store them.
 bool sortKeyIsCertain(base::TextView text, TextOrder order = {});
 
-/// The same without the text, for one of units below U+0100 alone.
-/// @return false also if that cannot be told without the text
+/// The same for a text whose units are all below U+0100, from its length alone.
+/// @return also false if the length does not decide it
 bool latinSortKeyIsCertain(std::size_t unitCount, TextOrder order);
 
 std::strong_ordering compareTexts(base::TextView a, base::TextView b, TextOrder order = {});

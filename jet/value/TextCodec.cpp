@@ -9,7 +9,7 @@
 namespace jet {
 namespace {
 
-constexpr char16_t kCompressedMark = 0xFEFF;  ///< as a unit, FF FE as bytes
+constexpr char16_t kCompressedMark = 0xFEFF;  ///< U+FEFF as a unit, FF FE as bytes
 constexpr std::size_t kFewestCompressedUnits = 3;
 
 bool isCompressed(std::span<const std::uint8_t> stored) {
@@ -31,14 +31,14 @@ bool decodePlain(std::span<const std::uint8_t> stored, base::Text& text) {
     return stored.size() % 2 == 0;
 }
 
-/// Every byte a unit of its own.
+/// Each byte becomes one unit.
 void appendWidened(std::span<const std::uint8_t> bytes, base::Text& text) {
     const std::size_t start = text.size();
     text.resize(start + bytes.size());
     std::copy(bytes.begin(), bytes.end(), text.begin() + static_cast<std::ptrdiff_t>(start));
 }
 
-/// All of them if there is none.
+/// The number of bytes before the first zero byte, or of all bytes if there is none.
 std::size_t bytesBeforeZero(std::span<const std::uint8_t> bytes) {
     if (bytes.empty()) return 0;
     const void* zero = std::memchr(bytes.data(), 0, bytes.size());
@@ -77,7 +77,7 @@ base::RuntimeError beginsWithMark() {
             u"Der Text kann nicht gespeichert werden; er beginnt mit dem Zeichen U+FEFF."};
 }
 
-/// Whether the original engine compresses this text where a column allows it.
+/// Whether the original engine compresses this text if the column allows it.
 bool isCompressible(base::TextView text) {
     return text.size() >= kFewestCompressedUnits && std::all_of(text.begin(), text.end(), isOneByte);
 }

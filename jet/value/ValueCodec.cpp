@@ -47,7 +47,7 @@ Bytes littleEndian(std::uint64_t value, std::size_t count) {
 }
 
 Bytes encodeColumnText(const Column& column, base::Text text) {
-    // Memos are compressed whatever their column says.
+    // Memos are always compressed, whatever the column says.
     if (!column.isFixed()) return encodeText(text, column.type == ColumnType::Memo || column.compresses());
     text.resize(column.lengthBytes / 2U, u' ');
     return encodePlainText(text);
