@@ -14,7 +14,7 @@ void IndexCursor::start() {
     path_.push_back(Level{IndexPage(source_.page(rootPage_), definitionPage_), 0, {}, {}});
 }
 
-/// To the child at the present position of the lowest node.
+/// Goes to the child at the present position of the lowest node.
 void IndexCursor::descend() {
     const Level& parent = path_.back();
     const IndexPage& node = parent.page;
@@ -23,7 +23,7 @@ void IndexCursor::descend() {
     const std::size_t i = parent.position;
     Level child{IndexPage(source_.page(childAt(node, i)), definitionPage_), 0, parent.after, parent.upTo};
     if (i > 0) node.copyEntry(i - 1, child.after);
-    // What is greater than the last entry of a node without tail belongs to its last child.
+    // In a node without tail, the last child also takes everything greater than the last entry.
     if (i + 1 < childCount(node)) node.copyEntry(i, child.upTo);
     checkBounds(child);
     path_.push_back(std::move(child));
@@ -70,11 +70,11 @@ bool IndexCursor::seek(std::span<const std::uint8_t> key) {
         descend();
     }
     leaf().position = leaf().page.lowerBound(key);
-    // A leaf may hold less than the entry that its node keeps for it: then the next one has the place.
+    // A leaf may end before the entry that its node names for it. Then the wanted place is in the next leaf.
     return arrive() || next();
 }
 
-/// Takes up the entry at the leaf's position, if there is one.
+/// Reads the entry at the leaf's position, if any.
 bool IndexCursor::arrive() {
     const Level& at = leaf();
     isAtEntry_ = at.position < at.page.size();
@@ -106,8 +106,8 @@ bool IndexCursor::previous() {
     return false;
 }
 
-/// To the next leaf (arriving at its first entry) or the one before (at its last).
-/// @return false, with no position left, if there is none
+/// Goes to the next leaf (to its first entry) or to the previous one (to its last entry).
+/// @return false, and no position is left, if there is no such leaf
 bool IndexCursor::toNeighbour(Edge arriveAt) {
     const bool forwards = arriveAt == Edge::First;
     const PageNumber from = leafPage();

@@ -10,18 +10,18 @@
 
 namespace jet {
 
-/// Walks over the entries of an index in their order, forwards or backwards, in a tree of any height.
+/// Walks through the entries of an index in order, forwards or backwards. The tree may have any height.
 ///
-/// It goes down through the nodes, and from leaf to leaf by way of the nodes too; the leaves' own links must
-/// say the same. So no leaf can be missing from the walk unnoticed. Each page must also keep to the bounds
-/// that its parent's entries set, hence entries ascend over the whole walk and no page comes twice. Whatever
-/// contradicts is damage: a RuntimeError that names the page.
+/// The cursor goes down through the nodes, and also finds the next leaf through the nodes. The links of the leaves must
+/// name the same leaf. So no leaf can be skipped unnoticed. The entries of each page must also keep to the bounds that
+/// its parent sets. So the entries ascend over the whole walk, and no page comes twice. Any contradiction is damage: a
+/// RuntimeError that names the page.
 ///
 ///     for (cursor.seek(key); cursor.isAtEntry() && cursor.keyStartsWith(key); cursor.next()) use(cursor.row());
 class IndexCursor {
 public:
     /// @param source          must outlive the cursor
-    /// @param definitionPage  of the table, which each page of the tree names
+    /// @param definitionPage  of the table; each page of the tree names it
     IndexCursor(PageSource& source, PageNumber definitionPage, PageNumber rootPage)
         : source_(source), definitionPage_(definitionPage), rootPage_(rootPage) {}
 
@@ -31,27 +31,27 @@ public:
     bool first();
     bool last();
 
-    /// To the first entry that is not less than the key, which may be the beginning of one.
+    /// Goes to the first entry that is not less than the key. `key` may be the beginning of a longer key.
     bool seek(std::span<const std::uint8_t> key);
 
     bool next();
     bool previous();
 
-    /// Of the present entry, without the row pointer.
+    /// The key of the present entry, without the row pointer.
     std::span<const std::uint8_t> key() const;
     bool keyStartsWith(std::span<const std::uint8_t> beginning) const;
     RowPointer row() const { return rowOfEntry(entry_); }
 
-    /// Page of the present leaf, for error messages.
+    /// The page of the present leaf, for error messages.
     PageNumber leafPage() const { return leaf().page.number(); }
 
 private:
-    /// A page of the path from the root to the present leaf, with the bounds of its entries.
+    /// One page of the path from the root to the present leaf, with the bounds for its entries.
     struct Level {
         IndexPage page;
         std::size_t position = 0;  ///< node: of the child that is next on the path; leaf: of the entry
-        base::Bytes after;         ///< entries are greater; empty for no bound
-        base::Bytes upTo;          ///< entries are not greater; empty for no bound
+        base::Bytes after;         ///< all entries are greater than this; empty for no bound
+        base::Bytes upTo;          ///< no entry is greater than this; empty for no bound
     };
     enum class Edge { First, Last };
 

@@ -8,8 +8,8 @@
 namespace jet {
 namespace {
 
-/// Of entries that ascend from the first to the last, all share what those two share. The last byte of a row pointer
-/// stays out of the prefix.
+/// The common prefix of the first and the last entry; all entries in between share it, because entries ascend. The last
+/// byte of a row pointer never belongs to the prefix.
 std::size_t prefixBytes(std::span<const std::uint8_t> first, std::span<const std::uint8_t> last) {
     const std::size_t most = std::min(first.size(), last.size()) - 1;
     return static_cast<std::size_t>(
@@ -85,12 +85,12 @@ bool IndexNode::add(std::span<const std::uint8_t> entry, PageNumber child) {
     return true;
 }
 
-/// Bytes of these entries without a prefix.
+/// Bytes that these entries take without a prefix.
 std::size_t IndexNode::wholeBytes(std::size_t begin, std::size_t end) const {
     return starts_[end] - starts_[begin] + (isLeaf_ ? 0 : kIndexChildBytes * (end - begin));
 }
 
-/// Bytes that these entries take on a page of their own, with the longest prefix.
+/// Bytes that these entries take on a page of their own, with the longest possible prefix.
 std::size_t IndexNode::storedBytes(std::size_t begin, std::size_t end) const {
     if (begin == end) return 0;
     return wholeBytes(begin, end) - (end - begin - 1) * prefixBytes(entry(begin), entry(end - 1));
@@ -161,7 +161,7 @@ void IndexNode::absorb(const IndexNode& before, std::span<const std::uint8_t> up
 void IndexNode::write(std::span<std::uint8_t> page, PageNumber definitionPage, std::uint8_t height) const {
     assert(fits());
     const std::size_t whole = wholeBytes(0, size());
-    // A page that is not full needs no prefix.
+    // A page with enough room needs no prefix.
     const std::size_t prefix = whole > kIndexEntriesBytes ? prefixBytes(entry(0), entry(size() - 1)) : 0;
     std::ranges::fill(page.first(kIndexEntriesOffset), std::uint8_t{0});
     page[0] = static_cast<std::uint8_t>(isLeaf_ ? PageKind::IndexLeaf : PageKind::IndexNode);

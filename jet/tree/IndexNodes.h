@@ -8,25 +8,25 @@
 
 namespace jet {
 
-/// The nodes of one index tree in memory, so that a transaction checks a page and takes it apart once, not with every
-/// entry. Whoever changes a node writes it to its page too: between two changes of the tree the pages are as the nodes,
-/// and all nodes may be forgotten.
+/// Keeps the nodes of one index tree in memory, so that a transaction checks and decodes each page once and not for
+/// every entry. A caller that changes a node must also write it to its page. So between two changes of the tree pages
+/// and nodes agree, and all nodes may be forgotten.
 class IndexNodes {
 public:
-    /// @param store  must outlive this; nobody else changes the pages of the tree meanwhile
+    /// @param store  must outlive this; no other code may change the pages of the tree meanwhile
     IndexNodes(PageStore& store, PageNumber definitionPage) : store_(store), definitionPage_(definitionPage) {}
 
-    /// The reference stays valid until the page is dropped, or until forgetIfMany().
+    /// The reference is valid until the page is dropped, or until forgetIfMany().
     /// @throws RuntimeError (damage) if the page is not a sound index page of the table
     IndexNode& at(PageNumber page);
 
     IndexNode& put(PageNumber page, IndexNode node);
 
-    /// The node lies on another page from now on.
+    /// Moves the node to another page.
     void move(PageNumber from, PageNumber to);
     void drop(PageNumber page) { nodes_.erase(page); }
 
-    /// Keeps the memory for them below some 20 MB, however large the tree.
+    /// Keeps the memory for nodes below about 20 MB, however large the tree is.
     void forgetIfMany();
 
 private:

@@ -56,7 +56,7 @@ void IndexPage::readMask() {
             starts_.push_back(static_cast<std::uint16_t>(end));
         }
     }
-    // Every writer keeps this field exact; it tells when the end of the last entry was lost.
+    // Every writer keeps this field exact. A wrong number shows that the end of the last entry was lost.
     if (page_.bytes.u16(2) != kIndexEntriesBytes - starts_.back()) {
         throw damaged(number(), u"Der freie Platz der Indexseite passt nicht zu ihren Einträgen");
     }

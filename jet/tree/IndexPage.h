@@ -11,8 +11,7 @@
 #include "base/Value.h"
 #include "jet/page/PageSource.h"
 
-/// One page of an index tree. It keeps the order law of the tree within itself: entries ascend strictly as
-/// byte strings, key and row pointer together.
+/// One page of an index tree. Its entries (key and row pointer together) must ascend strictly as byte strings.
 ///
 ///     offset size
 ///     0      1    3 node, 4 leaf
@@ -21,7 +20,7 @@
 ///     4      4    page of the table's definition
 ///     12     4    previous page of the same level, 0 for none
 ///     16     4    next page of the same level, 0 for none
-///     20     4    node: tail, the child behind the last entry, 0 for none
+///     20     4    node: tail, the child after the last entry, 0 for none
 ///     24     2    length of the prefix that all entries share
 ///     26     1    leaf 0, node its height above the leaves
 ///     27     453  entry mask: bit b set = an entry ends b bytes after offset 480
@@ -37,10 +36,10 @@ constexpr std::size_t kIndexEntriesBytes = 3616;
 constexpr std::size_t kIndexRowBytes = 4;
 constexpr std::size_t kIndexChildBytes = 4;
 
-/// A page holds at least seven of the longest entries; so many levels of them would be more than any file.
+/// A page holds at least seven of the longest entries, so no file has a tree with more levels.
 constexpr std::size_t kMaxIndexHeight = 16;
 
-/// The order of entries and keys: byte by byte, and what is the beginning of another comes before it.
+/// The order of entries and keys: byte by byte. A beginning of a longer entry comes before it.
 inline std::strong_ordering compareEntries(std::span<const std::uint8_t> a, std::span<const std::uint8_t> b) {
     const std::size_t count = std::min(a.size(), b.size());
     const int order = count == 0 ? 0 : std::memcmp(a.data(), b.data(), count);
@@ -50,7 +49,7 @@ inline std::strong_ordering compareEntries(std::span<const std::uint8_t> a, std:
 
 class IndexPage {
 public:
-    /// @param definitionPage  the table whose index it must be part of
+    /// @param definitionPage  of the table to which the index must belong
     /// @throws RuntimeError (damage) if the page is not a sound index page of that table
     IndexPage(PageView page, PageNumber definitionPage);
 
@@ -62,19 +61,19 @@ public:
 
     std::size_t size() const { return starts_.size() - 1; }
 
-    /// Key and row pointer of entry i (without the child), the prefix restored.
+    /// Copies key and row pointer of entry i, without the child. The prefix is restored.
     void copyEntry(std::size_t i, base::Bytes& entry) const;
     void appendEntry(std::size_t i, base::Bytes& bytes) const;
     base::Bytes entry(std::size_t i) const;
 
     PageNumber child(std::size_t i) const;
 
-    /// Index of the first entry that is not less than `wanted` (a key, or the beginning of one, with or
-    /// without row pointer); size() if all are less.
+    /// Index of the first entry that is not less than `wanted`; size() if all are less. `wanted` is a key or the
+    /// beginning of one, with or without row pointer.
     std::size_t lowerBound(std::span<const std::uint8_t> wanted) const;
 
 private:
-    /// Bytes of entry i as they lie in the page.
+    /// Bytes of entry i as stored in the page.
     std::span<const std::uint8_t> stored(std::size_t i) const;
     /// Key and row pointer of entry i without the common prefix.
     std::span<const std::uint8_t> suffix(std::size_t i) const;
@@ -88,13 +87,13 @@ private:
     PageNumber next_ = 0;
     PageNumber tail_ = 0;
     std::size_t prefixBytes_ = 0;
-    std::vector<std::uint16_t> starts_;  ///< of each entry behind offset 480, and the end of the last
+    std::vector<std::uint16_t> starts_;  ///< of each entry, counted from offset 480, and the end of the last
 };
 
-/// The row that an entry (without child) points to: its last four bytes.
+/// The row to which an entry points: its last four bytes, if the child is left out.
 RowPointer rowOfEntry(std::span<const std::uint8_t> entry);
 
-/// Makes an entry of a key.
+/// Appends the row pointer to a key, which makes it an entry.
 void appendRowPointer(base::Bytes& key, RowPointer row);
 
 }  // namespace jet
