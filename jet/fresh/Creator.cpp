@@ -22,7 +22,7 @@ Property yesOrNo(base::TextView name, bool value) {
     return property;
 }
 
-/// What the columns of a table keep to beyond their types.
+/// The properties of the columns that go beyond their types.
 PropertyBlob propertiesOf(const TableDesign& design) {
     PropertyBlob blob;
     for (const ColumnDesign& column : design.columns) {

@@ -15,25 +15,26 @@
 
 namespace jet {
 
-/// Makes a file from nothing: the system tables as the original engine makes them, and tables with their rows and
-/// indexes. The same calls give the same bytes everywhere; the creation date is always the same one.
+/// Makes a new file: the system tables as the original engine makes them, and tables with their rows and indexes. The
+/// same calls give the same bytes on every machine; the creation date is always the same.
 ///
 /// Pages: 0 header, 1 global map, 2 to 5 definitions of the system tables, 6 their maps, 7 to 13 roots of their
 /// indexes, 14 and 15 their rows, then the tables in order. See docs/file-format.md, "A fresh file".
 class Creator {
 public:
-    /// Gives the rows of a table one after the other, values by column number; false when there are no more.
+    /// Supplies the rows of a table one after the other, with values by column number. Returns false when there are no
+    /// more.
     using RowFeed = std::function<bool(std::vector<base::Value>& row)>;
 
-    /// @param io        an empty file; must outlive the creator. Nothing of it is sound before finish().
+    /// @param io        an empty file; must outlive the creator. The file is not sound before finish().
     /// @param password  at most 20 units; empty for none
-    /// @throws RuntimeError if the password is longer or holds a zero unit
+    /// @throws RuntimeError if the password is longer or contains a zero unit
     Creator(PageIo& io, base::Text password, CreationStamp stamp = knownCreationStamp());
 
-    /// @throws RuntimeError if rows are too long, or equal in a unique index
+    /// @throws RuntimeError if a row is too long, or two rows are equal in a unique index
     void addTable(const TableDesign& design, const RowFeed& nextRow);
 
-    /// Writes what is left and waits until all of it is on the disk.
+    /// Writes the rest and waits until everything is on the disk.
     void finish();
 
 private:

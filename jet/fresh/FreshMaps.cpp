@@ -12,7 +12,7 @@ namespace {
 
 constexpr PageNumber kInlinePages = 8 * (kUsageMapRowBytes - kInlineBitsOffset);
 constexpr std::size_t kRowsPerPage = (kPageSize - kDataPageHeaderBytes) / (kUsageMapRowBytes + kSlotBytes);
-/// The longest row beside the second global map on page 1.
+/// The longest row that fits on page 1 beside the second global map.
 constexpr std::size_t kLongestGlobalRow = 4009;
 
 base::Bytes emptyBitmap() {

@@ -8,23 +8,23 @@
 
 namespace jet {
 
-/// The usage maps of a file that is being made: each has its row from the start, its pages come at the end.
+/// The usage maps of a file that is being made. Each map gets its row at the start and its pages at the end.
 ///
-/// A map whose pages lie within 512 is inline, any other has bitmap pages of its own.
+/// A map is inline if its pages lie within a range of 512; otherwise it has its own bitmap pages.
 class FreshMaps {
 public:
     explicit FreshMaps(FreshPages& pages) : pages_(pages) {}
 
-    /// The next row for a map. Rows that are asked for together lie on one page as far as they fit.
+    /// Reserves the next row for a map. Rows that are reserved in sequence share a page as far as they fit.
     RowPointer reserve();
 
-    /// Lets the next map begin a new page.
+    /// The next map begins on a new page.
     void startPage() { free_ = 0; }
 
     /// @param pages  in ascending order
     void set(RowPointer map, std::span<const PageNumber> pages);
 
-    /// Writes the pages of rows.
+    /// Writes the pages that hold the rows.
     void finish();
 
 private:
@@ -37,12 +37,12 @@ private:
 
     FreshPages& pages_;
     std::vector<MapPage> mapPages_;
-    std::size_t free_ = 0;  ///< rows that the last page still takes
+    std::size_t free_ = 0;  ///< rows that still fit on the last page
 };
 
-/// Writes page 1 with the global map, in which a set bit is a free page: all pages handed out are in use. A small
-/// file has the usual row of 512 pages, a larger one a longer row, the largest ones bitmap pages, which are
-/// allocated here.
+/// Writes page 1 with the global map, in which a set bit is a free page. All pages handed out are in use. A small file
+/// has the usual row for 512 pages, a larger file has a longer row, and the largest files have bitmap pages, which this
+/// function allocates.
 void writeGlobalMap(FreshPages& pages);
 
 }  // namespace jet

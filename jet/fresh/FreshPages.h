@@ -10,7 +10,7 @@
 
 namespace jet {
 
-/// The pages of a file that is being made from nothing: handed out one after the other, written in any order.
+/// The pages of a new file: handed out in ascending order, written in any order.
 class FreshPages {
 public:
     /// @param io  an empty file; must outlive this
@@ -30,24 +30,24 @@ private:
     PageNumber written_ = 0;
 };
 
-/// Rows of one page kind that are appended to the last of a list of data pages, or to a new one.
+/// Appends rows of one kind to the last page of a list of data pages, or to a new page.
 class FreshRows {
 public:
     /// @param owner  page of the table's definition, or kLongValueOwner
     FreshRows(FreshPages& pages, std::uint32_t owner) : pages_(pages), owner_(owner) {}
 
-    /// @throws RuntimeError if the row is longer than a page takes
+    /// @throws RuntimeError if the row does not fit on a page
     RowPointer add(std::span<const std::uint8_t> row);
 
-    /// A row that shares its page with no other.
+    /// Adds a row that shares its page with no other row.
     RowPointer addAlone(std::span<const std::uint8_t> row);
 
-    /// Writes the page that is still open.
+    /// Writes the page that is not full yet.
     void finish();
 
     const std::vector<PageNumber>& numbers() const { return numbers_; }
 
-    /// The page that can take another row, or none.
+    /// The page that can still take a row, if any.
     std::vector<PageNumber> numbersWithSpace() const;
 
 private:

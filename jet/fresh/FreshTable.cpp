@@ -13,7 +13,7 @@
 namespace jet {
 namespace {
 
-/// Whether a value has a key that may be written.
+/// Whether it is certain which key the original engine gives the value. Only such a key may be written.
 bool keyIsCertain(const Column& column, const base::Value& value) {
     const auto* text = std::get_if<base::Text>(&value);
     return text == nullptr || sortKeyIsCertain(*text, column.textOrder);
@@ -72,7 +72,7 @@ void FreshTable::addRow(std::span<const base::Value> values) {
     addToIndexes(values, row);
 }
 
-/// What stands in the row.
+/// The bytes of the row for this long value.
 base::Bytes FreshTable::longValue(const Column& column, const base::Bytes& value) {
     if (value.size() <= kMaxInlineLongValueBytes) return inlineLongValue(value);
     return placeLongValue(longValues_.at(column.number), value);

@@ -12,20 +12,20 @@
 
 namespace jet {
 
-/// A table of a file that is being made: takes rows one after the other, then builds its indexes, fills in its
-/// maps and writes its definition.
+/// A table of a new file. It takes rows one after the other, then builds its indexes, fills in its maps and writes its
+/// definition.
 class FreshTable {
 public:
-    /// @param definitionPage  allocated before; a longer definition takes further pages
+    /// @param definitionPage  allocated before; a longer definition gets further pages
     FreshTable(FreshPages& pages, FreshMaps& maps, const TableDesign& design, PageNumber definitionPage);
 
     PageNumber page() const { return definition_.page; }
 
     /// @param values  by column number
-    /// @throws RuntimeError if the row is too long, or a key of it is one that must not be written (sortKeyIsCertain)
+    /// @throws RuntimeError if the row is too long, or one of its keys is not certain (sortKeyIsCertain)
     void addRow(std::span<const base::Value> values);
 
-    /// @throws RuntimeError if rows have equal keys in a unique index
+    /// @throws RuntimeError if two rows have equal keys in a unique index
     void finish();
 
 private:
@@ -42,7 +42,7 @@ private:
     TableDefinition definition_;
     FreshRows rows_;
     std::map<std::uint16_t, FreshRows> longValues_;  ///< by column number
-    std::vector<IndexEntries> entries_;              ///< an element an index
+    std::vector<IndexEntries> entries_;              ///< one element for each index
 };
 
 }  // namespace jet

@@ -9,7 +9,7 @@
 namespace jet {
 namespace {
 
-/// A page of the level below, and the last leaf entry under it.
+/// A page of the level below, and the last leaf entry below it.
 struct Child {
     base::Bytes last;
     PageNumber page;
@@ -36,8 +36,8 @@ public:
     }
 
 private:
-    /// Fills pages one after the other. Only where the second one begins does the first turn out not to be the root.
-    /// @param entryAt  entry i and its child
+    /// Fills pages one after the other. Only when a second page begins is it clear that the first is not the root.
+    /// @param entryAt  returns entry i and its child
     template <typename EntryAt>
     std::vector<Child> buildLevel(std::uint8_t height, std::size_t count, EntryAt entryAt, PageNumber tail) {
         std::vector<Child> level;

@@ -10,10 +10,10 @@
 
 namespace jet {
 
-/// The entries of an index, gathered in any order and then put in theirs.
+/// The entries of an index: collected in any order, then sorted.
 class IndexEntries {
 public:
-    /// @param hasNull  whether a part of the key is null: such keys may be equal in a unique index
+    /// @param hasNull  whether a part of the key is null. Such keys may be equal in a unique index.
     void add(std::span<const std::uint8_t> key, RowPointer row, bool hasNull = false);
     std::size_t size() const { return places_.size(); }
     void sort();
@@ -37,9 +37,9 @@ private:
     std::vector<Place> places_;
 };
 
-/// Builds a whole index tree of entries in their order: leaves are filled one after the other, then the levels of
-/// nodes above them, all linked with their neighbours. The root keeps its page. Only the nodes on the rightmost path
-/// have a tail; the others have an entry for every child.
+/// Builds a whole index tree from sorted entries: fills the leaves one after the other, then the levels of nodes above.
+/// All pages are linked with their neighbours. The root keeps its page. Only nodes on the rightmost path have a tail;
+/// all others have an entry for every child.
 ///
 /// @param root  allocated before
 /// @return all pages of the tree in ascending order

@@ -19,7 +19,7 @@ constexpr std::int16_t kDatabaseType = 2;
 constexpr std::int16_t kContainerType = 3;
 constexpr std::uint16_t kLongestText = 255;
 constexpr std::uint16_t kLongestBinary = 510;
-/// Set on the columns that hold an account's number.
+/// A flag of the columns that hold the number of an account.
 constexpr std::uint8_t kAccountColumn = 0x20;
 constexpr std::uint8_t kUniqueKey = IndexDefinition::kUnique;
 

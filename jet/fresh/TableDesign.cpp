@@ -14,7 +14,7 @@ bool isVariable(ColumnType type) {
 std::uint16_t lengthOf(const ColumnDesign& design) {
     switch (design.type) {
         case ColumnType::Boolean:
-            return 1;  // though it takes no room in the row
+            return 1;  // although it takes no space in the row
         case ColumnType::Text:
             return static_cast<std::uint16_t>(2 * design.maxUnits);
         case ColumnType::Binary:

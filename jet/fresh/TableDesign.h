@@ -7,7 +7,7 @@
 #include "jet/table/TableDefinition.h"
 #include "jet/value/Column.h"
 
-/// A table as somebody wants it made: no places yet. makeDefinition gives each column its number and place.
+/// The wanted design of a table, without places. makeDefinition gives each column its number and its place.
 namespace jet {
 
 struct ColumnDesign {
@@ -20,7 +20,7 @@ struct ColumnDesign {
     bool compresses = true;         ///< Text
     std::uint8_t furtherFlags = 0;  ///< of the descriptor
     std::uint8_t precision = 18;    ///< Numeric: digits, at most 28
-    std::uint8_t scale = 0;         ///< Numeric: of them behind the point
+    std::uint8_t scale = 0;         ///< Numeric: digits after the point
 };
 
 struct IndexColumnDesign {
@@ -42,8 +42,8 @@ struct TableDesign {
     bool isSystem = false;
 };
 
-/// The definition without any pages. Columns stand in order of their numbers, those of system tables in order of
-/// their names; logical indexes in order of their names.
+/// Makes the definition without any pages. Columns are in the order of their numbers, those of system tables in the
+/// order of their names. Logical indexes are in the order of their names.
 TableDefinition makeDefinition(const TableDesign& design);
 
 }  // namespace jet
