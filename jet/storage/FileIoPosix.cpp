@@ -26,11 +26,11 @@ short lockType(LockKind kind) {
 }
 
 bool isDiskFull(int systemError) {
-    // EFBIG: the largest size that the file system, or a limit set for the program, allows.
+    // EFBIG: the file would exceed the largest size that the file system or a limit of this process allows.
     return systemError == ENOSPC || systemError == EDQUOT || systemError == EFBIG;
 }
 
-/// The limit that is set for this program.
+/// The limit for files that this process writes.
 std::uint64_t largestFileBytes() {
     rlimit limit{};
     if (::getrlimit(RLIMIT_FSIZE, &limit) != 0) return RLIM_INFINITY;
@@ -63,7 +63,7 @@ public:
     }
 
     void write(std::uint64_t offset, std::span<const std::uint8_t> bytes) override {
-        // Written up to the limit, it would end within a sector, which a journal could not undo.
+        // A write up to the limit could end inside a sector, and a journal could not undo that.
         if (offset + bytes.size() > limitBytes_) throw diskFull();
         while (!bytes.empty()) {
             const ssize_t count = ::pwrite(descriptor_, bytes.data(), bytes.size(), static_cast<off_t>(offset));
@@ -77,7 +77,7 @@ public:
     }
 
     void sync() override {
-        // Bytes and length; when they were changed is written by the system some time later.
+        // Flushes the bytes and the length. The system may write the time of the change later.
         if (::fdatasync(descriptor_) != 0) fail();
     }
 
@@ -99,7 +99,8 @@ private:
         return lockUntil(deadline, [&] { return tryLock(offset, kind); });
     }
 
-    /// A lock of the open file, not of the process: two connections of one process exclude each other too.
+    /// The lock belongs to the open file, not to the process. So two connections of one process exclude each other,
+    /// too.
     bool tryLock(std::uint64_t offset, LockKind kind) {
         struct flock range {};
         range.l_type = lockType(kind);
@@ -107,7 +108,7 @@ private:
         range.l_start = static_cast<off_t>(offset);
         range.l_len = 1;
         if (::fcntl(descriptor_, F_OFD_SETLK, &range) == 0) return true;
-        // What cannot be given back goes with the open file.
+        // A lock that cannot be released ends when the file is closed.
         if (kind == LockKind::None || errno == EAGAIN || errno == EACCES || errno == EINTR) return false;
         fail();
     }
@@ -161,7 +162,7 @@ std::unique_ptr<PageIo> fileIo(int descriptor, const base::Text& path) {
 
 std::unique_ptr<PageIo> openFile(const base::Text& path, OpenMode mode) {
     const std::string nativePath = base::toUtf8(path);
-    // A pipe or device of this name must not keep the opening waiting.
+    // If the name belongs to a pipe or a device, opening it must not block.
     int flags = O_CLOEXEC | O_NONBLOCK | (mode == OpenMode::Read ? O_RDONLY : O_RDWR);
     if (mode == OpenMode::CreateNew) flags |= O_CREAT | O_EXCL;
     const int descriptor = ::open(nativePath.c_str(), flags, 0666);

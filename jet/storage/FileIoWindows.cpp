@@ -6,11 +6,11 @@
 namespace jet {
 namespace {
 
-/// The beginning of the path that lifts the old limit of 260 units.
+/// A path with this prefix may be longer than the old limit of 260 units.
 constexpr wchar_t kLongPath[] = L"\\\\?\\";
 constexpr std::size_t kOldPathUnits = 248;
 
-/// ERROR_DISK_RESOURCES_EXHAUSTED and ERROR_DISK_QUOTA_EXCEEDED, which not every set of headers has.
+/// ERROR_DISK_RESOURCES_EXHAUSTED and ERROR_DISK_QUOTA_EXCEEDED, which some sets of headers lack.
 constexpr DWORD kDiskResourcesExhausted = 314;
 constexpr DWORD kDiskQuotaExceeded = 1295;
 
@@ -60,7 +60,7 @@ public:
     }
 
     bool lock(LockKind kind, std::chrono::milliseconds wait) override {
-        // The system keeps locks of one handle side by side: the one held must go before another is taken.
+        // Windows does not change a lock of a handle but adds another one. So the old lock must be released first.
         if (isLocked_) unlock(kLockOffset);
         isLocked_ = false;
         if (kind == LockKind::None) return true;
@@ -72,7 +72,7 @@ public:
     }
 
 private:
-    /// What cannot be given back goes with the handle.
+    /// A lock that cannot be released ends when the handle is closed.
     void unlock(std::uint64_t offset) {
         OVERLAPPED place = at(offset);
         UnlockFileEx(handle_, 0, 1, 0, &place);
@@ -123,7 +123,7 @@ bool isDiskFull(DWORD systemError) {
         case ERROR_DISK_FULL:
         case ERROR_HANDLE_DISK_FULL:
         case kDiskQuotaExceeded:
-        case ERROR_NOT_ENOUGH_QUOTA:  // as some servers say it
+        case ERROR_NOT_ENOUGH_QUOTA:  // some servers report this
         case kDiskResourcesExhausted:
         case ERROR_FILE_TOO_LARGE:
             return true;

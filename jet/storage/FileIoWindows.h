@@ -8,25 +8,26 @@
 #include "base/RuntimeError.h"
 #include "jet/storage/PageIo.h"
 
-/// What the two sides of the door to the machine share.
+/// Shared by the two Windows parts of this room.
 namespace jet {
 
-/// The place in a file, for the calls that read, write and lock.
+/// The position in a file, for the calls that read, write and lock.
 OVERLAPPED at(std::uint64_t offset);
 
-/// Takes over an open handle.
-/// @throws RuntimeError if it is no ordinary file
+/// Takes ownership of an open handle.
+/// @throws RuntimeError if it is not an ordinary file
 std::unique_ptr<PageIo> fileIo(HANDLE handle, const base::Text& path);
 
-/// Whether there is no more room: on the disk, of the user's share of it, or in a file of the largest size.
+/// Whether there is no space left: on the disk, in the user's quota, or because the file has the largest possible size.
 bool isDiskFull(DWORD systemError);
 
-/// Why a file could not be opened, in the original engine's words.
+/// The reason why a file could not be opened, in the original engine's words.
 base::RuntimeError openingFailed(const base::Text& path, DWORD systemError);
 
-/// Tries the step again for half a second while it fails as with a virus scanner in the way: one that looks at a file
-/// keeps it from being renamed or deleted, and a deleted file keeps its name so long and denies everything.
-/// @return whether it succeeded in the end; if not, the system still has its error
+/// Repeats the step for up to half a second while a virus scanner may be the cause of its failure. A file that is being
+/// scanned cannot be renamed or deleted. If it was deleted, its name stays taken until the scan ends, and every access
+/// is denied.
+/// @return whether the step succeeded; if not, GetLastError() still has the error
 template <typename Step>
 bool insist(Step&& step) {
     constexpr int kTries = 50;
@@ -40,7 +41,7 @@ bool insist(Step&& step) {
     return true;
 }
 
-/// Long paths need the whole path in the system's plainest form; short ones stay as they are.
+/// A long path must be absolute and in the system's plainest form. Short paths stay as they are.
 std::wstring nativePath(const base::Text& path);
 
 }  // namespace jet

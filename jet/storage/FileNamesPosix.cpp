@@ -11,7 +11,7 @@ namespace {
 
 constexpr mode_t kForEverybody = 0666;
 
-/// Claims the name by an empty file, and renames over that one: for file systems that can do no better.
+/// Reserves the name with an empty file and renames over that file. For file systems that have no better way.
 bool renameOverClaim(const char* path, const char* newPath) {
     const int claim = ::open(newPath, O_CLOEXEC | O_CREAT | O_EXCL | O_WRONLY, kForEverybody);
     if (claim < 0) return false;
@@ -25,7 +25,7 @@ bool renameOverClaim(const char* path, const char* newPath) {
 
 }  // namespace
 
-/// Not every file system can rename without replacing, and not every one has second names for a file.
+/// Some file systems cannot rename without replacing, and some have no hard links.
 bool renameWithoutReplacing(const std::string& path, const std::string& newPath) {
     if (::renameat2(AT_FDCWD, path.c_str(), AT_FDCWD, newPath.c_str(), RENAME_NOREPLACE) == 0) return true;
     if (errno != EINVAL && errno != ENOSYS) return false;

@@ -4,9 +4,9 @@
 
 namespace jet {
 
-/// Gives a file that was just made, and is its maker's alone, to those for whom the file at `path` is: owner, group,
-/// mode and list of rights, as far as the system allows. Where it does not, fewer may use it, never more.
-/// @param made  its descriptor
+/// Gives a new file, which only its maker can use, the rights of the file at `path`: owner, group, mode and list of
+/// rights, as far as the system allows. If the system does not allow it all, fewer users have access, never more.
+/// @param made  descriptor of the new file
 void copyRights(const std::string& path, int made);
 
 }  // namespace jet

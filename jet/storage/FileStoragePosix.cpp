@@ -18,7 +18,7 @@
 namespace jet {
 namespace {
 
-/// A descriptor that is closed whatever happens; -1 for none.
+/// Closes its descriptor when it goes out of scope; -1 for none.
 class Descriptor {
 public:
     explicit Descriptor(int number) : number_(number) {}
@@ -36,7 +36,7 @@ private:
     int number_;
 };
 
-/// The one name under which everybody finds the file, whatever links lead to it.
+/// The one real path of the file, the same for all links to it.
 std::string wholePath(const std::string& path) {
     std::error_code error;
     const std::filesystem::path whole = std::filesystem::canonical(path, error);
@@ -51,7 +51,7 @@ bool isInUse(int systemError) {
     return systemError == EBUSY || systemError == ETXTBSY || systemError == EAGAIN;
 }
 
-/// Whether something of this name lies there, be it a link that leads nowhere.
+/// Whether the name exists, even as a link that leads nowhere.
 bool lies(const std::string& path) {
     struct stat status {};
     return ::lstat(path.c_str(), &status) == 0;
@@ -84,7 +84,7 @@ public:
 
     bool journalLies() override {
         if (lies(journal_)) return true;
-        // Where the file's own name leaves no room for the ending, no journal was ever made.
+        // If the file's name is too long for the journal's suffix, no journal was ever made.
         if (errno == ENOENT || errno == ENAMETOOLONG) return false;
         throw openingFailed(journalPath(), errno);
     }
@@ -121,7 +121,7 @@ public:
     std::optional<FileUser> originalUser() override {
         const Descriptor descriptor(::open(lockFilePath().c_str(), O_CLOEXEC | O_NONBLOCK | O_RDONLY));
         if (!descriptor.isOpen()) return errno == ENOENT ? std::nullopt : std::optional(FileUser{});
-        // Only asks, takes nothing.
+        // This only asks and takes no lock.
         struct flock range {};
         range.l_type = F_WRLCK;
         range.l_whence = SEEK_SET;
@@ -134,7 +134,7 @@ public:
     }
 
 private:
-    /// Of a call that has just failed.
+    /// The reason why the last call failed.
     static Refusal refusal(const base::Text& path) {
         if (isReadOnly(errno)) return Refusal::ReadOnly;
         if (isInUse(errno)) return Refusal::InUse;
@@ -142,7 +142,7 @@ private:
         throw openingFailed(path, errno);
     }
 
-    /// The folder as it is: its name need not be UTF-8.
+    /// The folder is kept as it is, since its name need not be UTF-8.
     std::string lockFilePath() const { return folderOf(file_) + base::toUtf8(jet::lockFilePath(fileName())); }
 
     static FileUser userOf(const Descriptor& descriptor, std::uint64_t slot) {

@@ -14,7 +14,7 @@ constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELE
 constexpr std::wstring_view kPlainPath = L"\\\\?\\";
 constexpr std::wstring_view kPlainNetworkPath = L"\\\\?\\UNC\\";
 
-/// A handle that is closed whatever happens.
+/// Closes its handle when it goes out of scope.
 class Handle {
 public:
     explicit Handle(HANDLE handle) : handle_(handle) {}
@@ -37,7 +37,7 @@ HANDLE open(const base::Text& path, DWORD access, DWORD share, DWORD disposition
                        nullptr);
 }
 
-/// @return false, with the system's error, if it is still there
+/// @return false, with the system's error, if the file still exists
 bool deleteFile(const base::Text& path) {
     const auto deleted = [native = nativePath(path)] {
         return DeleteFileW(native.c_str()) != 0 || GetLastError() == ERROR_FILE_NOT_FOUND;
@@ -45,7 +45,7 @@ bool deleteFile(const base::Text& path) {
     return insist(deleted);
 }
 
-/// A folder, or something that stands for a file elsewhere.
+/// A folder, or a link or placeholder for a file elsewhere.
 bool isNoOrdinaryFile(DWORD attributes) {
     return (attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT)) != 0;
 }
@@ -55,7 +55,7 @@ bool isOrdinaryFile(const Handle& handle) {
     return GetFileInformationByHandle(handle.get(), &information) && !isNoOrdinaryFile(information.dwFileAttributes);
 }
 
-/// The one name under which everybody finds the file, whatever short name, drive or link leads to it.
+/// The one real path of the file, the same for every short name, drive or link that leads to it.
 base::Text wholePath(const base::Text& path) {
     const Handle handle(open(path, FILE_READ_ATTRIBUTES, kShareAll, OPEN_EXISTING));
     if (!handle.isOpen()) return path;
@@ -107,7 +107,7 @@ public:
         return fileIo(handle.release(), journal_);
     }
 
-    /// It has the rights that the folder gives.
+    /// The journal inherits the rights of the folder.
     OpenedFile createJournal() override {
         HANDLE handle = INVALID_HANDLE_VALUE;
         insist([&] {
@@ -138,7 +138,8 @@ public:
         if (!handle.isOpen()) {
             return GetLastError() == ERROR_FILE_NOT_FOUND ? std::nullopt : std::optional(FileUser{});
         }
-        // All at once: whoever comes in this moment cannot open the file itself, which is denied to him already.
+        // One lock over all bytes is enough: a user who comes now cannot open the file itself, because it is denied
+        // already.
         if (isFree(handle, 0, kUserLocks)) return std::nullopt;
         for (std::uint64_t slot = 0; slot < kUserLocks; ++slot) {
             if (!isFree(handle, slot, 1)) return userOf(handle, slot);
@@ -147,13 +148,13 @@ public:
     }
 
 private:
-    /// @param handle  as the opening gave it, with its error still to be asked for
+    /// @param handle  as opened; if that failed, GetLastError() must still have the error
     static OpenedFile opened(HANDLE handle, const base::Text& path) {
         if (handle == INVALID_HANDLE_VALUE) return {nullptr, refusal(path)};
         return {fileIo(handle, path), Refusal::None};
     }
 
-    /// Of a call that has just failed.
+    /// The reason why the last call failed.
     static Refusal refusal(const base::Text& path) {
         switch (const DWORD systemError = GetLastError()) {
             case ERROR_SHARING_VIOLATION:

@@ -6,15 +6,14 @@
 #include "base/Text.h"
 #include "jet/storage/Storage.h"
 
-/// The lock file of the original engine: the file's name with the ending .ldb. It has a slot of 64 bytes for each of
-/// 255 users:
+/// The lock file of the original engine. Its name is that of the file with the ending .ldb. It has a slot of 64 bytes
+/// for each of 255 users:
 ///
-///     0   32  computer, code page 1252, filled up with zeros or blanks
+///     0   32  computer, code page 1252, padded with zeros or blanks
 ///     32  32  user
 ///
-/// The user of slot n has byte 0x10000001 + n of it locked as long as he has the file open. A slot stays when its user
-/// leaves, and the file stays when a program was killed: only the locks say who is there. See docs/file-format.md,
-/// "Sharing".
+/// The user of slot n locks byte 0x10000001 + n while he has the file open. His slot stays when he leaves, and the lock
+/// file stays when a program is killed. So only the locks show who uses the file. See docs/file-format.md, "Sharing".
 namespace jet {
 
 inline constexpr std::uint64_t kUserLocksOffset = 0x1000'0001;

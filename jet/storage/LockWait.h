@@ -5,9 +5,9 @@
 
 namespace jet {
 
-/// How the machine's doors wait for a lock: they try, since not every system can wait for only so long.
+/// Waits for a lock by trying again and again, because not every system can wait with a time limit.
 /// @param tryLock  takes the lock if it is free
-/// @return false if it was not free until then
+/// @return false if the lock was not free before the deadline
 template <typename TryLock>
 bool lockUntil(std::chrono::steady_clock::time_point deadline, TryLock&& tryLock) {
     constexpr std::chrono::milliseconds kPause{10};

@@ -5,7 +5,7 @@
 
 namespace jet {
 
-/// A file that lies in memory. Nobody else can have it open, so its lock is always free.
+/// A file in memory. No other program can open it, so its lock is always free.
 class MemoryIo : public PageIo {
 public:
     explicit MemoryIo(base::Bytes bytes = {}) : bytes_(std::move(bytes)) {}

@@ -8,7 +8,7 @@ namespace jet {
 namespace {
 
 constexpr base::TextView kNeighbourSuffix = u"-neu-";
-/// More than a few never lie there. With its number the suffix is no longer than that of a journal.
+/// There are never more than a few. A suffix with a number up to this is no longer than the suffix of a journal.
 constexpr int kMostNeighbours = 999;
 
 base::RuntimeError journalInTheWay(base::TextView path, base::TextView journalPath) {
@@ -24,7 +24,7 @@ NewFile::NewFile(const base::Text& path) : NewFile(fileStorage(path)) {
     if (storage_->journalLies()) throw journalInTheWay(path, storage_->journalPath());
 }
 
-/// Takes the next number where a neighbour lies: somebody may be writing it.
+/// If a temporary file of this name exists, somebody may be writing it: so the next number is used.
 NewFile::NewFile(std::unique_ptr<Storage> storage) : storage_(std::move(storage)) {
     const base::Text& path = storage_->path();
     if (machine::fileIsThere(path)) throw fileExists(path);

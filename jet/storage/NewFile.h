@@ -8,51 +8,52 @@
 
 namespace jet {
 
-/// A file in the making. It is written under a name beside its own ("NAME-neu-1") and gets its own name when all of it
-/// is on the disk, so nobody ever finds half a file under that name, and a file that exists is never written over. What
-/// is not published goes with this object; a program that is killed leaves at most the neighbour.
+/// A new file that is being made. It is written under a temporary name in the same folder ("NAME-neu-1") and gets its
+/// own name when all of it is on the disk. So nobody ever finds half a file under the final name, and an existing file
+/// is never overwritten. The destructor deletes a file that was not published. If the program is killed, at most the
+/// temporary file remains.
 class NewFile {
 public:
-    /// @throws RuntimeError with the errors of openFile(), fileExists(), or if a journal of its name lies there, by
-    /// which the new file would be taken for the half-written one
+    /// @throws RuntimeError with the errors of openFile() and fileExists(). Also if a journal of its name exists: the
+    /// new file would be mistaken for the half-written file of that journal.
     explicit NewFile(const base::Text& path);
     ~NewFile();
     NewFile(const NewFile&) = delete;
     NewFile& operator=(const NewFile&) = delete;
 
-    /// Empty at first. Until publish().
+    /// Empty at first. Must not be used after publish().
     PageIo& io() { return *io_; }
 
-    /// Returns when the file lies on the disk under its name.
-    /// @throws RuntimeError  fileExists() if somebody else has made one meanwhile; then, as after every failure,
-    /// nothing is left
+    /// Returns when the file is on the disk under its final name.
+    /// @throws RuntimeError  fileExists() if somebody else has made such a file meanwhile. After this and any other
+    /// failure nothing is left.
     void publish();
 
 private:
     explicit NewFile(std::unique_ptr<Storage> storage);
 
     std::unique_ptr<Storage> storage_;
-    base::Text name_;  ///< that it has now; empty if it is not to be removed
+    base::Text name_;  ///< its present name; empty if it must not be deleted
     std::unique_ptr<PageIo> io_;
 };
 
-/// What a file in the making wants of the machine.
+/// The operations of the machine that a new file needs.
 namespace machine {
 
 bool fileIsThere(const base::Text& path);
 
-/// @param shownPath  for the messages
+/// @param shownPath  the path for messages
 /// @return nothing if the name is taken
 std::unique_ptr<PageIo> createFile(const base::Text& path, const base::Text& shownPath);
 
-/// Renames a file that is not open; never over another one.
+/// Renames a file that is not open. Never replaces another file.
 /// @throws RuntimeError  fileExists(newPath)
 void renameFile(const base::Text& path, const base::Text& newPath);
 
-/// Returns when the names in the file's folder are on the disk.
+/// Returns when the names in the folder of the file are on the disk.
 void syncFolder(const base::Text& path);
 
-/// As far as it can be done.
+/// Deletes the file if possible.
 void removeFile(const base::Text& path) noexcept;
 
 }  // namespace machine

@@ -23,7 +23,7 @@ void renameFile(const base::Text& path, const base::Text& newPath) {
 }
 
 void syncFolder(const base::Text& /*path*/) {
-    // The renaming was written through.
+    // The renaming has already been flushed.
 }
 
 void removeFile(const base::Text& path) noexcept {

@@ -11,8 +11,8 @@ namespace jet {
 
 enum class LockKind { None, Shared, Exclusive };
 
-/// The door to the machine: the bytes of one file, and the lock by which several programs of this engine take
-/// turns. It knows nothing of pages.
+/// The bytes of one file of the machine, and the lock by which several programs of this engine take turns. This
+/// interface knows nothing of pages.
 ///
 /// All methods throw a RuntimeError when the machine fails.
 class PageIo {
@@ -23,18 +23,18 @@ public:
 
     virtual std::uint64_t sizeBytes() = 0;
 
-    /// Fills `bytes` whole; a file that ends before is a failure.
+    /// Fills all of `bytes`. Fails if the file ends before.
     virtual void read(std::uint64_t offset, std::span<std::uint8_t> bytes) = 0;
     virtual void write(std::uint64_t offset, std::span<const std::uint8_t> bytes) = 0;
 
-    /// Returns when everything written is on the disk.
+    /// Returns when all written bytes are on the disk.
     virtual void sync() = 0;
     virtual void resize(std::uint64_t sizeBytes) = 0;
 
-    /// Takes, changes or gives back the one lock of this file; it lies far behind the data and hinders no other
-    /// program's reading. Shared needs no right to write; giving back never fails.
+    /// Takes, changes or releases the one lock of this file. It lies far beyond the data, so other programs can still
+    /// read. A shared lock needs no right to write. Releasing the lock never fails.
     /// @param wait  how long to try
-    /// @return false if somebody else kept it locked for so long; then nothing is locked
+    /// @return false if somebody else held the lock for all that time; then nothing is locked
     virtual bool lock(LockKind kind, std::chrono::milliseconds wait) = 0;
 
 protected:
@@ -44,11 +44,11 @@ protected:
 /// How long an operation waits for another program of this engine.
 inline constexpr std::chrono::milliseconds kLockWait{2000};
 
-/// Where the lock lies; no file of this format reaches so far.
+/// Offset of the locked byte; no file of this format is so long.
 inline constexpr std::uint64_t kLockOffset = 0x4000'0000'0000;
 
-/// The turn: whoever waits for the lock holds this byte, shared or exclusively like it. So readers who come one after
-/// the other cannot keep a waiting writer out, nor writers a waiting reader.
+/// A program that waits for the lock also holds this byte, shared or exclusive like the lock itself. So readers that
+/// follow one another cannot keep a waiting writer out, and writers cannot keep out a waiting reader.
 inline constexpr std::uint64_t kTurnOffset = kLockOffset + 1;
 
 enum class OpenMode {
@@ -57,8 +57,8 @@ enum class OpenMode {
     CreateNew,  ///< for reading and writing; fails if the file exists
 };
 
-/// Opens a file that others may have open for reading and writing too.
-/// @throws RuntimeError with the original engine's words: file or folder missing, in use, no permission
+/// Opens a file that other programs may have open for reading and writing, too.
+/// @throws RuntimeError in the original engine's words: file or folder missing, in use, no permission
 std::unique_ptr<PageIo> openFile(const base::Text& path, OpenMode mode);
 
 }  // namespace jet
