@@ -30,7 +30,7 @@ PageNumber PageAllocator::allocate() {
     return *free;
 }
 
-/// A page that this engine has freed shows it by its first bytes; any other one still looks like what it was.
+/// The first bytes of a page that this engine freed are zero. Any other free page still looks like what it was.
 void PageAllocator::requireUnused(PageNumber page) {
     if (page >= kFixedPages) {
         if (store_.page(page).bytes.u8(0) == 0) return;
@@ -51,7 +51,8 @@ void PageAllocator::free(PageNumber page) {
         throw damaged(page, u"Eine Seite, die frei wird, ist es schon oder darf es nicht werden");
     }
     base::putU32(store_.change(page), 0, 0);
-    // Bitmap pages would make the file grow for what is given back: the page stays unused until others ask for them.
+    // Bitmap pages would make the file grow when a page is freed. So the page stays unused until the map has them
+    // anyway.
     if (!map_.covers(page) && (map_.isReference() || !widenRow(page))) return;
     map_.put(page, true);
     lowestFree_ = std::min(lowestFree_, page);
@@ -67,9 +68,9 @@ void PageAllocator::markUsed(PageNumber page) {
     map_.put(page, false);
 }
 
-/// Gives an inline row a bit for the page, at its beginning or its end. What comes in between is used as far as the
-/// file has it.
-/// @return false if page 1 has no room for so long a row
+/// Gives an inline row a bit for the page, at its beginning or its end. Pages in between count as used if the file has
+/// them.
+/// @return false if page 1 has no room for a row of this length
 bool PageAllocator::widenRow(PageNumber page) {
     const base::Bytes row = map_.bytes();
     const PageNumber oldFirst = base::ByteView{row}.u32(1);
@@ -88,7 +89,7 @@ bool PageAllocator::widenRow(PageNumber page) {
     return map_.replace(UsageMap::inlineRow(first, free, rowBytes));
 }
 
-/// @param page  for which there must be a bit afterwards
+/// @param page  must have a bit afterwards
 void PageAllocator::turnIntoReferences(PageNumber page) {
     std::vector<PageNumber> free;
     for (auto next = map_.next(0); next && *next < store_.pageCount(); next = map_.next(*next + 1))
@@ -104,7 +105,7 @@ void PageAllocator::turnIntoReferences(PageNumber page) {
         map_.put(number, true);
 }
 
-/// The pages that the file has count as used.
+/// Existing pages of the file count as used.
 void PageAllocator::addBitmap(std::size_t entry) {
     if (entry >= map_.entryCount()) throw damaged(kGlobalMap.page, u"Die Belegungskarte der Datei ist zu kurz");
     const PageNumber bitmap = store_.append();
@@ -116,7 +117,7 @@ void PageAllocator::addBitmap(std::size_t entry) {
         byte = static_cast<std::uint8_t>(byte & ~(1U << (number % 8)));
     }
     map_.setBitmapPage(entry, bitmap);
-    // The bitmap page itself may be the first one of the next bitmap.
+    // The bitmap page itself may be the first page that the next bitmap covers.
     if (bitmap / kBitmapPages != entry) markUsed(bitmap);
 }
 

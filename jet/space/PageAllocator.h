@@ -8,27 +8,27 @@
 
 namespace jet {
 
-/// Hands out pages and takes them back: the keeper of the global map, in which a set bit is a free page.
+/// Allocates and frees pages. It keeps the global map, in which a set bit is a free page.
 ///
-/// Law: no page of the file is in use while its bit is set; where a damaged map breaks it, the page is refused. Where
-/// the map is silent (before its first page, or behind its end) the pages that the file has already count as used,
-/// since nobody says to whom they belong; those that it does not have yet count as free. The map grows with the file
-/// and with the pages that become free: its row on page 1 begins earlier or becomes longer as long as there is room.
-/// After that a growing file gets references to bitmap pages; a page that becomes free does not, and is lost until
-/// then. See docs/file-format.md, "Usage maps".
+/// The rule: while a page is in use, its bit is not set. If a damaged map breaks the rule, the page is refused. Before
+/// its first page and after its end the map says nothing. There, existing pages of the file count as used, because
+/// their owner is unknown; pages beyond the end of the file count as free. The map grows with the file and with the
+/// pages that become free: as long as page 1 has room, its row begins earlier or becomes longer. After that, a growing
+/// file gets references to bitmap pages. A freed page does not; it is lost until the file has grown that far. See
+/// docs/file-format.md, "Usage maps".
 class PageAllocator {
 public:
     /// @param store  must outlive the allocator
-    /// @throws RuntimeError (damage) if there is no sound global map
+    /// @throws RuntimeError (damage) if the global map is not sound
     explicit PageAllocator(PageStore& store);
 
-    /// The lowest free page, all zero, or a further one at the end of the file.
+    /// The lowest free page, all zero, or a new page at the end of the file.
     /// @throws RuntimeError if the file would be larger than the format allows; (damage) if a table refers to the page
     PageNumber allocate();
 
-    /// Nothing may refer to the page any more. Its first four bytes are cleared, so that nobody takes it for what it
-    /// was.
-    /// @throws RuntimeError (damage) if it is free already or belongs to no one but the file itself
+    /// Frees a page to which nothing refers any more. Clears its first four bytes, so that nobody mistakes it for what
+    /// it was.
+    /// @throws RuntimeError (damage) if the page is free already, or must never be free
     void free(PageNumber page);
 
 private:
@@ -41,7 +41,7 @@ private:
 
     PageStore& store_;
     UsageMapRow map_;
-    PageNumber lowestFree_ = 0;        ///< no page before it is free
+    PageNumber lowestFree_ = 0;        ///< all pages before it are in use
     std::optional<PagesInUse> inUse_;  ///< made when needed
 };
 

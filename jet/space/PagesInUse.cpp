@@ -22,14 +22,14 @@ void PagesInUse::addTable(const TableDefinition& definition) {
         addMap(index.usageMap);
     }
     for (const LongValueMaps& maps : definition.longValueMaps) {
-        // The entries of deleted columns stay behind.
+        // The entries of deleted columns remain in the definition.
         if (definition.columnNumbered(maps.columnNumber) == nullptr) continue;
         addMap(maps.owned);
         addPage(maps.free.page);
     }
 }
 
-/// Its row's page, its bitmap pages, and the pages that it names.
+/// Adds the page of the map's row, its bitmap pages, and the pages that it names.
 void PagesInUse::addMap(RowPointer row) {
     if (row.isNone()) return;
     const UsageMapRow map(store_, row);

@@ -7,11 +7,11 @@
 
 namespace jet {
 
-/// The pages that the file's tables refer to, whatever its global map says of them: definitions, usage maps, rows, long
-/// values, indexes. Pages that belong to nobody are not in it.
+/// The pages to which the tables of the file refer, whatever the global map says: definitions, usage maps, rows, long
+/// values, indexes. Pages without an owner are not in this set.
 class PagesInUse {
 public:
-    /// Looks at all tables, once.
+    /// Goes through all tables once.
     /// @throws RuntimeError (damage)
     explicit PagesInUse(PageStore& store);
 
@@ -23,7 +23,7 @@ private:
     void addPage(PageNumber page);
 
     PageStore& store_;
-    std::vector<bool> isUsed_;  ///< by page
+    std::vector<bool> isUsed_;  ///< by page number
 };
 
 }  // namespace jet

@@ -9,32 +9,33 @@
 
 namespace jet {
 
-/// The data pages of one owner, a table or a column of long values, with rows put on them and taken off.
+/// The data pages of one owner (a table or a column of long values). Rows are added to them and removed.
 ///
-/// Two maps keep the books: of all pages, and of those that may have room. A page leaves the second one when a row
-/// does not fit, and comes back when a row of it goes; so each page is tried in vain only once. A page whose last row
-/// goes is free for everybody. Slots of deleted rows are never given again. See docs/file-format.md, "Data pages".
+/// Two maps record the pages: one has all pages, the other those that may have room. A page leaves the second map when
+/// a row does not fit, and returns when one of its rows is removed. So no page is tried in vain twice. A page becomes
+/// free when its last row is removed. Slots of deleted rows are never used again. See docs/file-format.md, "Data
+/// pages".
 class RowPages {
 public:
-    /// @param owner  what stands in the pages' header: a definition's page, or kLongValueOwner
-    /// @throws RuntimeError (damage) if there are no sound maps
+    /// @param owner  the owner named in the headers of the pages: a definition's page, or kLongValueOwner
+    /// @throws RuntimeError (damage) if the maps are not sound
     RowPages(PageStore& store, PageAllocator& allocator, RowPointer ownedMap, RowPointer mapOfRoom,
              std::uint32_t owner);
 
-    /// On any page with room, or a further one.
+    /// Adds a row to any page with room, or to a new page.
     /// @param row  at most kMaxRowBytes
     /// @throws RuntimeError if the file is full
     RowPointer add(std::span<const std::uint8_t> row, SlotState state = SlotState::Live);
 
-    /// On a page of its own, where no other row will come.
+    /// Adds a row to a page of its own, to which no other row will be added.
     RowPointer addAlone(std::span<const std::uint8_t> row);
 
     void remove(RowPointer row);
 
-    /// Says that the page may have room again.
+    /// Records that the page may have room again.
     void offer(PageNumber page);
 
-    /// @throws RuntimeError (damage) if the page is not one of these
+    /// @throws RuntimeError (damage) if the page is not one of this owner
     DataPageEditor edit(PageNumber page);
     DataPage read(PageNumber page) const;
 

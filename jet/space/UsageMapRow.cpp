@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t kEntryBytes = 4;
 
-/// The first set bit that is not before bit `from`.
+/// The first set bit at or after bit `from`.
 std::optional<std::size_t> nextBit(std::span<const std::uint8_t> bits, std::size_t from) {
     for (std::size_t byte = from / 8; byte < bits.size(); ++byte) {
         const unsigned rest = bits[byte] & (byte == from / 8 ? (0xFFU << (from % 8)) & 0xFFU : 0xFFU);

@@ -10,37 +10,36 @@
 
 namespace jet {
 
-/// A usage map as it lies in its row, with its bits changed in place. It knows both kinds of row, but neither what a
-/// bit means nor where further bits come from: those are decided by PageAllocator for the global map and by
-/// UsageMapWriter for all others.
+/// A usage map whose bits are changed in place, in its row. It knows both kinds of row. It does not know what a bit
+/// means or how the map grows: PageAllocator decides that for the global map, UsageMapWriter for all others.
 class UsageMapRow {
 public:
     /// @param store  must outlive this
-    /// @param row    not none
-    /// @throws RuntimeError (damage) if there is no sound map
+    /// @param row    not the pointer "none"
+    /// @throws RuntimeError (damage) if the map is not sound
     UsageMapRow(PageStore& store, RowPointer row);
 
     bool isReference() const;
 
-    /// Whether the page has a bit: in the range of an inline row, on a bitmap page that there is.
+    /// Whether the map has a bit for the page: in the range of an inline row, or on an existing bitmap page.
     bool covers(PageNumber page) const { return placeOf(page).has_value(); }
 
     /// False for a page without a bit.
     bool contains(PageNumber page) const;
 
-    /// @param page  one that has a bit
+    /// @param page  must have a bit
     void put(PageNumber page, bool isSet);
 
-    /// The first page with a set bit that is not less than `from`.
+    /// The first page with a set bit whose number is at least `from`.
     std::optional<PageNumber> next(PageNumber from) const;
 
     base::Bytes bytes() const;
 
-    /// Gives the row another length or kind.
-    /// @return false, and nothing changed, if its page has no room for it
+    /// Replaces the bytes of the row; its length and kind may change.
+    /// @return false, and nothing changed, if the page of the row has no room
     bool replace(std::span<const std::uint8_t> row);
 
-    /// Reference: number of entries, and the bitmap page of each, 0 for none.
+    /// Kind 1: the number of entries, and the bitmap page of each entry, 0 for none.
     std::size_t entryCount() const;
     PageNumber bitmapPage(std::size_t entry) const;
     void setBitmapPage(std::size_t entry, PageNumber page);

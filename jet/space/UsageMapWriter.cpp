@@ -39,8 +39,8 @@ void UsageMapWriter::clear(PageNumber page) {
     if (contains(page)) map_->put(page, false);
 }
 
-/// Lets an inline row begin with its lowest page and makes it as long as its highest one needs.
-/// @return false, and nothing changed, if the row's page has no room for that
+/// Lets an inline row begin at its lowest page, and makes it long enough for its highest page.
+/// @return false, and nothing changed, if the page of the row has no room
 bool UsageMapWriter::widen(PageNumber page) {
     std::vector<PageNumber> pages = pagesOf(*map_, store_.pageCount());
     const std::size_t rowBytes = map_->bytes().size();

@@ -8,15 +8,14 @@
 
 namespace jet {
 
-/// The map of a table, index or column being changed: which pages it owns, or which of them have room.
+/// Changes the map of a table, index or column: the pages that it owns, or those of them that have room.
 ///
-/// When a page has no bit, the row is moved to begin with another page, made longer, or turned into references, in
-/// this order: whatever comes first that does. A map that is none (there are columns without a map of pages with room)
-/// stays empty.
+/// If a page has no bit, the row gets another first page, or becomes longer, or is turned into references. The first of
+/// these that works is done. Some columns have no map of pages with room: such a map stays empty.
 class UsageMapWriter {
 public:
     /// @param store, allocator  must outlive the writer
-    /// @throws RuntimeError (damage) if there is no sound map
+    /// @throws RuntimeError (damage) if the map is not sound
     UsageMapWriter(PageStore& store, PageAllocator& allocator, RowPointer row);
 
     bool contains(PageNumber page) const { return map_ && map_->contains(page); }
