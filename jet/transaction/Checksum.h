@@ -7,7 +7,7 @@
 namespace jet {
 
 /// The 64-bit cyclic redundancy check with the reflected polynomial C96C5795D7870F42. Two different sectors have the
-/// same one once in 2^64 cases; against purpose it protects nothing.
+/// same checksum once in 2^64 cases. It does not protect against changes made on purpose.
 inline std::uint64_t checksum(std::span<const std::uint8_t> bytes) {
     static constexpr auto kTable = [] {
         std::array<std::uint64_t, 256> table{};

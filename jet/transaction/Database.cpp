@@ -8,7 +8,7 @@
 namespace jet {
 namespace {
 
-/// Several writers in a row may die; more than a few do not.
+/// A few writers may die one after the other, but not more.
 constexpr int kRollBacks = 5;
 
 }  // namespace

@@ -13,34 +13,36 @@ namespace jet {
 
 class ReadOperation;
 
-/// What an operation that reads does about a journal that a dead writer left.
+/// What a reading operation does if it finds a journal that a dead writer left.
 enum class LeftJournalRule {
-    Refuse,    ///< for those who must not write: an error that says so
-    RollBack,  ///< for those who may write
-    Ignore,    ///< for who reports the journal himself, and shows the file as it lies there
+    Refuse,    ///< for callers that must not write: an error says so
+    RollBack,  ///< for callers that may write
+    Ignore,    ///< for callers that report the journal themselves, and show the file as it is
 };
 
-/// An open file. Nothing read from it is kept between operations: other programs announce no change.
+/// An open file. Nothing that was read is kept between operations, because other programs do not announce their
+/// changes.
 /// Opening, reading and closing change no byte of the file.
 class Database {
 public:
     /// Checks format and password.
-    /// @param password     ignored by a file that has none; case counts
-    /// @throws RuntimeError: the file cannot be opened; unknown format (no database, an older or a later one), wrong
-    ///         password; a journal lies there
+    /// @param password     ignored if the file has none; case-sensitive
+    /// @throws RuntimeError if the file cannot be opened, its format is unknown (no database, an older or a later one),
+    /// the password is wrong, or there is a journal that must not be rolled back
     static Database open(std::unique_ptr<Storage> storage, base::TextView password,
                          LeftJournalRule rule = LeftJournalRule::Refuse);
 
-    /// The same for bytes that lie nowhere: they can be read only.
+    /// The same for bytes that are in no file; they can only be read.
     /// @param displayPath  for error messages
-    /// @param password     ignored by a file that has none; case counts
-    /// @throws RuntimeError: unknown format (no database, an older or a later one), wrong password
+    /// @param password     ignored if the bytes have none; case-sensitive
+    /// @throws RuntimeError if the format is unknown (no database, an older or a later one) or the password is wrong
     static Database open(std::unique_ptr<PageIo> io, base::Text displayPath, base::TextView password);
 
     const base::Text& path() const { return path_; }
 
-    /// A view of the file as it is now, steady until the operation ends. The database must outlive it. One at a time.
-    /// @throws RuntimeError if somebody keeps the file locked, or a journal lies there that is not rolled back
+    /// A view of the file as it is now. It does not change until the operation ends. The database must outlive it. Only
+    /// one operation at a time.
+    /// @throws RuntimeError if somebody keeps the file locked, or there is a journal that is not rolled back
     ReadOperation beginRead();
 
 private:
@@ -51,16 +53,16 @@ private:
     void checkPassword(base::TextView password);
     bool journalLies() const;
 
-    std::unique_ptr<Storage> storage_;  ///< none for bytes that lie nowhere
+    std::unique_ptr<Storage> storage_;  ///< null if the bytes are in no file
     std::unique_ptr<PageIo> io_;
     base::Text path_;
     LeftJournalRule rule_ = LeftJournalRule::Ignore;
 };
 
-/// @throws RuntimeError if this is no database of the format
+/// @throws RuntimeError if this is not a database of this format
 Header readHeader(PageIo& io, const base::Text& path);
 
-/// The file during one operation: takes the shared lock and starts with nothing cached.
+/// The file during one reading operation. It takes the shared lock and starts with an empty cache.
 ///
 ///     auto operation = database.beginRead();
 ///     auto table = openTable(operation, u"Benutzerkonto");
@@ -73,16 +75,16 @@ public:
 
     const Header& header() const { return header_; }
     const PageFile& pages() const { return *pages_; }
-    /// Of the file, a last page that is cut short included.
+    /// The size of the file, including an incomplete last page.
     std::uint64_t sizeBytes() const { return database_.io_->sizeBytes(); }
 
-    /// The journal that lies beside the file. While an operation reads nobody writes, so an interrupted writer left it;
-    /// there can be one only where the database ignores it.
+    /// The journal beside the file, if any. Nobody writes during a reading operation, so an interrupted writer left it.
+    /// There can be one only if the database ignores journals.
     std::optional<base::Text> leftJournal() const;
 
 private:
-    /// Gives the lock back also when the beginning of an operation fails. No journal lies there while it is held,
-    /// unless the database ignores it.
+    /// Releases the lock even if the beginning of the operation fails. While it is held there is no journal, unless the
+    /// database ignores journals.
     class SharedLock {
     public:
         explicit SharedLock(Database& database);
@@ -91,7 +93,7 @@ private:
         SharedLock& operator=(const SharedLock&) = delete;
 
     private:
-        /// From here on the destructor gives back whatever was taken.
+        /// From now on the destructor releases whatever lock was taken.
         explicit SharedLock(PageIo& io) : io_(io) {}
 
         PageIo& io_;

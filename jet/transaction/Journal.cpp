@@ -12,7 +12,7 @@ namespace {
 constexpr std::uint64_t kCreationDateOffset = 0x72;
 constexpr std::size_t kChunkBytes = std::size_t{1} << 20U;
 
-/// Gathers small pieces, so that the journal is written in few calls and large ones never lie in memory twice.
+/// Collects small pieces, so that the journal is written in few calls. Large pieces are not copied.
 class Appender {
 public:
     explicit Appender(PageIo& io) : io_(io) {}
@@ -35,7 +35,7 @@ private:
     std::uint64_t offset_ = 0;
 };
 
-/// Takes a journal that did not get its final name away again: the file has not been touched yet.
+/// Deletes a journal that did not get its final name. The file has not been touched yet.
 class Unfinished {
 public:
     explicit Unfinished(Storage& storage) : storage_(storage) {}
@@ -47,7 +47,7 @@ private:
     Storage& storage_;
 };
 
-/// The bytes at `offset`; fewer if the file ends before.
+/// The bytes at `offset`; fewer if the file ends earlier.
 base::Bytes readAtMost(PageIo& io, std::uint64_t offset, std::size_t count) {
     const std::uint64_t size = io.sizeBytes();
     const std::uint64_t there = size > offset ? std::min<std::uint64_t>(size - offset, count) : 0;
@@ -65,20 +65,21 @@ FileIdentity identityOf(Storage& storage, PageIo& file) {
     return {storage.fileName(), date.size() == 8 ? base::ByteView(date).u64(0) : 0};
 }
 
-/// The original engine changes them with each of its commits; this one never does.
+/// The original engine changes these words with each of its commits; this engine never does.
 std::uint64_t commitWordsOf(PageIo& file) {
     return checksum(readAtMost(file, kCommitWordsOffset, kCommitWordsBytes));
 }
 
-/// What a page or the whole file is, seen from a journal: as before the write, as after it, or partly neither.
+/// The state of a page or of the whole file, compared with a journal: old (before the write), new (after it), or
+/// foreign, if a part is neither.
 struct State {
     bool isOld = true;
     bool isNew = true;
     bool isForeign = false;
 };
 
-/// @param page    shorter than a page where the file ends
-/// @param before  the image
+/// @param page    shorter than a page at the end of the file
+/// @param before  the old bytes from the journal
 State stateOf(const JournalEntry& entry, const base::Bytes& page, const base::Bytes& before) {
     State state;
     for (std::size_t offset = 0; offset < kPageSize; offset += kSectorBytes) {
@@ -94,7 +95,7 @@ State stateOf(const JournalEntry& entry, const base::Bytes& page, const base::By
     return state;
 }
 
-/// A journal that is whole, as it lies there.
+/// A complete journal, read in place.
 struct WholeJournal {
     PageIo& io;
     JournalHeader header;
@@ -103,7 +104,7 @@ struct WholeJournal {
     base::Bytes image(std::size_t i) const { return readAtMost(io, header.imageOffset(i), kPageSize); }
 };
 
-/// @return nothing if it cannot be read to its end
+/// @return nothing if the journal cannot be read to its end
 std::optional<WholeJournal> readToItsEnd(PageIo& io, const JournalHeader& header) {
     if (io.sizeBytes() != header.sizeBytes()) return std::nullopt;
     auto entries = header.decodeIndex(base::ByteView(readAtMost(io, kSectorBytes, header.indexBytes())));
@@ -115,7 +116,7 @@ std::optional<WholeJournal> readToItsEnd(PageIo& io, const JournalHeader& header
     return journal;
 }
 
-/// How a file stands to the journal beside it.
+/// The state of the file, compared with the journal beside it.
 State stateOf(PageIo& file, const WholeJournal& journal) {
     const JournalHeader& header = journal.header;
     const std::uint64_t length = file.sizeBytes();
@@ -126,7 +127,7 @@ State stateOf(PageIo& file, const WholeJournal& journal) {
         const base::Bytes before = entry.isAppended ? base::Bytes(kPageSize) : journal.image(i);
         const State page = stateOf(entry, readPage(file, entry.number), before);
         state.isNew = state.isNew && page.isNew;
-        // A rollback cuts appended pages off, whatever lies in them.
+        // A rollback removes appended pages, whatever they contain.
         if (entry.isAppended) continue;
         state.isOld = state.isOld && page.isOld;
         state.isForeign = state.isForeign || page.isForeign;
@@ -175,8 +176,9 @@ void Journal::settle(PageIo& file, PageIo& journal, Cause cause) {
     if (!whole) refuse(u"ist beschädigt");
     const State state = stateOf(file, *whole);
     if (state.isForeign) refuse(u"passt nicht mehr zu ihr, sie wurde seither von anderer Seite geändert");
-    // Every page, also one that looks as it should: after a failed flush the disk may hold another one. If only a write
-    // has failed, nothing is flushed yet, and where there is no room a page that is old cannot be written either.
+    // Every page is written, even if it looks right: after a failed flush the disk may have other bytes than memory. If
+    // only a write has failed, nothing was flushed, so old pages are left alone: without free space even they could not
+    // be written.
     if (state.isNew && cause == Cause::Left) {
         for (const JournalEntry& entry : whole->entries)
             rewrite(file, entry, readPage(file, entry.number));

@@ -11,7 +11,7 @@
 #include "base/Value.h"
 #include "jet/page/PageSource.h"
 
-/// The bytes of a journal. It knows pages only as they lie in the file (encoded, where the file is).
+/// The bytes of a journal. Pages have the form that they have in the file (encoded, if the file is).
 ///
 ///     header   512 bytes, one sector
 ///     index    80 bytes a page, filled up with zeros to whole sectors
@@ -37,7 +37,7 @@ namespace jet {
 inline constexpr std::size_t kSectorBytes = 512;
 inline constexpr std::size_t kSectorsPerPage = kPageSize / kSectorBytes;
 
-/// A page of a commit as it lies in the file; the bytes are somebody else's.
+/// One page of a commit in the form that it has in the file. The bytes belong to the caller.
 struct PageChange {
     PageNumber number = 0;
     std::span<const std::uint8_t> before;  ///< empty for an appended page
@@ -47,7 +47,7 @@ struct PageChange {
 /// Which file a journal belongs to.
 struct FileIdentity {
     base::Text name;
-    std::uint64_t creationDate = 0;  ///< the bytes in its header
+    std::uint64_t creationDate = 0;  ///< its bytes in the header
 
     bool operator==(const FileIdentity& other) const;
 };
@@ -61,10 +61,10 @@ struct JournalEntry {
     bool operator==(const JournalEntry&) const = default;
 };
 
-/// What a journal says apart from the images.
+/// The contents of a journal, without the images.
 struct JournalRecord {
     FileIdentity file;
-    std::uint64_t commitWords = 0;  ///< the checksum of them
+    std::uint64_t commitWords = 0;  ///< a checksum of these words
     std::uint64_t oldLength = 0;
     std::uint64_t newLength = 0;
     std::vector<JournalEntry> entries;
@@ -76,7 +76,7 @@ struct JournalRecord {
     base::Bytes encodeIndex() const;
 };
 
-/// A header that was read, and what follows from it for the rest.
+/// A header that was read, and the positions that follow from it.
 struct JournalHeader {
     FileIdentity file;
     std::uint64_t oldLength = 0;
@@ -86,14 +86,14 @@ struct JournalHeader {
     std::uint64_t indexChecksum = 0;
     std::uint64_t commitWords = 0;
 
-    /// @return nothing if the sector is not the one that was written, or names lengths that no file has
+    /// @return nothing if the sector is damaged, or names lengths that no file has
     static std::optional<JournalHeader> decode(base::ByteView sector);
 
     std::size_t indexBytes() const;
     std::uint64_t imageOffset(std::size_t image) const;
     std::uint64_t sizeBytes() const { return imageOffset(entryCount - appendedCount); }
 
-    /// @return nothing if these are not the index's bytes, or not ones that we write
+    /// @return nothing if the bytes are damaged, or are not an index as we write it
     std::optional<std::vector<JournalEntry>> decodeIndex(base::ByteView bytes) const;
 };
 

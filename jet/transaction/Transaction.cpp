@@ -13,7 +13,7 @@ Storage& writableStorage(const std::unique_ptr<Storage>& storage, WriteKind kind
 
 }  // namespace
 
-/// A page in memory: what it was and what it is to be.
+/// A page in memory, with its old and its new bytes.
 struct Transaction::ChangedPage {
     base::Bytes before;  ///< empty for an appended page
     base::Bytes after;
@@ -58,7 +58,8 @@ PageNumber Transaction::append() {
     return pageCount_++;
 }
 
-/// What there is to write, as it is to lie in the file. Encodes in place: nobody reads the pages any more.
+/// The pages to be written, in the form that they have in the file. They are encoded in place, because nobody reads
+/// them any more.
 std::vector<PageChange> Transaction::changes() {
     std::vector<PageChange> changes;
     for (const auto& [number, page] : changed_) {
@@ -102,7 +103,7 @@ void Transaction::write(const std::vector<PageChange>& changes) {
     pagesWritten_ = changes.size();
 }
 
-/// Appended pages go first: if the disk is full, nothing old has been touched.
+/// Appended pages are written first. If the disk is full, no old page has been touched.
 void Transaction::writePages(const std::vector<PageChange>& changes) {
     const auto firstAppended =
         std::find_if(changes.begin(), changes.end(), [](const PageChange& change) { return change.before.empty(); });
@@ -116,7 +117,7 @@ void Transaction::writePages(const std::vector<PageChange>& changes) {
     io.sync();
 }
 
-/// The first failure is the one to report; if this fails too, the journal stays for the next opener.
+/// Only the first failure is reported. If this step fails, too, the journal stays for the next opener.
 void Transaction::undo(Journal& journal) {
     try {
         journal.recover(access_->io(), isFlushing_ ? Journal::Cause::FailedFlush : Journal::Cause::FailedWrite);

@@ -14,8 +14,8 @@
 
 namespace jet {
 
-/// All changes of one `Update` or one statement: they gather here as pages in memory and reach the file whole or not
-/// at all. Others read and write again as soon as it is over.
+/// All changes of one `Update` or one statement. The changed pages stay in memory and reach the file all at once or not
+/// at all. As soon as the transaction is over, others can read and write again.
 ///
 ///     Transaction transaction(database, WriteKind::Execute);
 ///     ... openTable(transaction, ...), transaction.change(page), ...
@@ -31,22 +31,22 @@ namespace jet {
 ///         v                     Failed
 ///       Dropped
 ///
-///     Open       we alone may write; the file is untouched; changed pages lie in memory
-///     Writing    the journal is being made, then the file
+///     Open       only this transaction may write; the file is untouched; changed pages are in memory
+///     Writing    first the journal is being made, then the file is written
 ///     Committed  the file is the new one and on the disk
-///     Failed     the file is the old one again, or its journal lies there and the next opener for writing sees to it
+///     Failed     the file is the old one again, or its journal exists for the next opener to recover from
 ///     Dropped    the file is untouched
 ///
-/// In all states but Open and Writing file, lock and memory are given back, and nothing may be asked any more: the next
-/// operation reads the file afresh.
+/// In all states but Open and Writing, file, lock and memory are released, and the pages must not be used any more: the
+/// next operation reads the file again.
 class Transaction final : public PageStore {
 public:
     enum class State { Open, Writing, Committed, Failed, Dropped };
 
-    /// Begins: denies others the writing, looks for users of the original engine, takes the lock (waits at most
-    /// kLockWait for all of it), rolls back what an interrupted writer left, and reads the file afresh. No operation of
-    /// the same database may be under way.
-    /// @throws RuntimeError with the numbers of `kind`: in use, read-only; and those of WriteAccess
+    /// Begins: keeps others from writing, looks for users of the original engine, takes the lock (all this waits at
+    /// most kLockWait), rolls back the work of an interrupted writer, and reads the file again. No other operation of
+    /// the same database may be running.
+    /// @throws RuntimeError with the numbers of `kind`: in use, read-only; and the errors of WriteAccess
     Transaction(Database& database, WriteKind kind);
     ~Transaction() override;
     Transaction(const Transaction&) = delete;
@@ -60,14 +60,14 @@ public:
     const Header& header() const { return header_; }
     State state() const { return state_; }
 
-    /// Writes the changed pages. Ends the transaction in any case.
-    /// @throws RuntimeError if it failed; then the state is Failed
+    /// Writes the changed pages. The transaction ends in any case.
+    /// @throws RuntimeError if the commit failed; then the state is Failed
     void commit();
 
-    /// Ends the transaction without a trace.
+    /// Ends the transaction; the file stays as it was.
     void drop();
 
-    /// Pages that the commit wrote: a figure for tests and benchmarks.
+    /// Number of pages that the commit wrote, for tests and benchmarks.
     std::size_t pagesWritten() const { return pagesWritten_; }
 
 private:

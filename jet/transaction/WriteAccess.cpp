@@ -29,7 +29,7 @@ WriteAccess::WriteAccess(Storage& storage) {
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
     if (opened.io && !opened.io->lock(LockKind::Exclusive, std::max(left, std::chrono::milliseconds{0})))
         refusal_ = Refusal::InUse;
-    // After the wait, during which the user may have come where the opening does not keep him out.
+    // Looks after the wait: where opening the file does not keep a user out, he may have come during the wait.
     holder_ = storage.originalUser();
     if (holder_) refusal_ = Refusal::InUse;
     if (refusal_ != Refusal::None) return;

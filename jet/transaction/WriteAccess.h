@@ -8,18 +8,18 @@
 
 namespace jet {
 
-/// The right to write a file, held while it lives: the file opened so that others cannot write (Windows), our lock, and
-/// nobody in the file through the original engine. In this order, so that the last look is not older than the wait.
-/// Whatever an interrupted writer left is rolled back before anybody gets to see the file.
+/// The right to write a file, as long as this object lives: the file is open so that others cannot write (Windows), our
+/// lock is held, and nobody uses the file through the original engine. The last point is checked after the wait for the
+/// lock. The work of an interrupted writer is rolled back before anybody sees the file.
 class WriteAccess {
 public:
-    /// Waits at most kLockWait for all of it.
-    /// @throws RuntimeError with the numbers of `kind`: in use, read-only; the journal that lies there must not be
-    ///         applied
+    /// Waits at most kLockWait in all.
+    /// @throws RuntimeError with the numbers of `kind`: in use, read-only. Also if there is a journal that must not be
+    /// applied.
     WriteAccess(Storage& storage, WriteKind kind);
 
-    /// Only to roll back what an interrupted writer left.
-    /// @throws RuntimeError (journal left) if we may not write, or the journal must not be applied
+    /// Only rolls back the work of an interrupted writer.
+    /// @throws RuntimeError (journal left) if we may not write, or if the journal must not be applied
     static void rollBack(Storage& storage);
 
     PageIo& io() { return *io_; }
@@ -29,7 +29,7 @@ private:
 
     std::unique_ptr<PageIo> io_;
     Refusal refusal_ = Refusal::None;
-    std::optional<FileUser> holder_;  ///< of the original engine, if refused
+    std::optional<FileUser> holder_;  ///< a user of the original engine, if that is why the access is refused
 };
 
 }  // namespace jet
