@@ -34,7 +34,7 @@ void invertFrom(Bytes& key, std::size_t start) {
         key[i] = static_cast<std::uint8_t>(~key[i]);
 }
 
-/// @param bits  two's complement; the sign bit is turned so that negative numbers come first
+/// @param bits  two's complement; the sign bit is inverted, so that negative numbers come first
 void appendWhole(Bytes& key, std::uint64_t bits, unsigned bytes) {
     appendBigEndian(key, bits ^ (std::uint64_t{1} << (8 * bytes - 1)), bytes);
 }
@@ -44,7 +44,7 @@ void appendReal(Bytes& key, std::uint64_t bits, unsigned bytes) {
     appendBigEndian(key, (bits & sign) != 0 ? ~bits : bits ^ sign, bytes);
 }
 
-/// The groups' data and the last count are inverted in a descending key, the counts in between are not.
+/// In a descending key the data of the groups and the last count are inverted. The counts in between are not.
 void appendGroups(Bytes& key, std::span<const std::uint8_t> bytes, bool ascending) {
     for (std::size_t at = 0; at < bytes.size(); at += kGroupBytes) {
         const std::size_t start = key.size();
@@ -67,7 +67,7 @@ void appendDecimal(Bytes& key, const base::Decimal& value, bool ascending) {
     if (value.negative == ascending) invertFrom(key, start);
 }
 
-/// Appends a value's bytes in their final form.
+/// Appends the bytes of one value to a key.
 class ValueAppender {
 public:
     ValueAppender(Bytes& key, const Column& column, bool ascending)
@@ -105,7 +105,7 @@ public:
     void operator()(const base::Decimal& value) const { appendDecimal(key_, value, ascending_); }
 
 private:
-    /// Most values are inverted as a whole in a descending key.
+    /// In a descending key most values are completely inverted.
     template <typename Append>
     void simple(Append append) const {
         const std::size_t start = key_.size();
@@ -118,7 +118,7 @@ private:
     bool ascending_;
 };
 
-/// The number times 10^scale, from any alternative of exact numbers; nothing if that is no whole number.
+/// The number times 10^scale, for any exact number; nothing if the result is not a whole number.
 std::optional<std::int64_t> scaledFrom(const Value& value, int scale) {
     if (const auto* byte = std::get_if<std::uint8_t>(&value)) return ExactNumber(*byte).scaledTo(scale);
     if (const auto* integer = std::get_if<std::int16_t>(&value)) return ExactNumber(*integer).scaledTo(scale);
@@ -158,7 +158,7 @@ std::optional<Value> asDecimal(const Column& column, const Value& value) {
     return *held;
 }
 
-/// The value as the column would hold it.
+/// The value in the form that the column would hold.
 std::optional<Value> asHeldBy(const Column& column, const Value& value) {
     if (base::isNull(value)) return value;
     switch (column.type) {
@@ -192,10 +192,10 @@ std::optional<Value> asHeldBy(const Column& column, const Value& value) {
     }
 }
 
-/// Whether all values that are equal have the same key.
+/// Whether all equal values have the same key.
 bool hasOneKey(const Column& column, const Value& held) {
     switch (column.type) {
-        // A zero may have a sign, and of memos only the beginning is in the key.
+        // Zero may have a sign, and a key contains only the beginning of a memo.
         case ColumnType::Single:
         case ColumnType::Double:
         case ColumnType::Numeric:

@@ -14,8 +14,8 @@ namespace {
 constexpr std::size_t kPreviousOffset = 12;
 constexpr std::size_t kNextOffset = 16;
 
-/// Neighbours that take no more together become one. Half a page, so that neither the next entry splits them again nor
-/// the next removal finds another one to join.
+/// Two neighbours that together take no more than this become one page. It is half a page, so that the next entry does
+/// not split the page again, and the next removal does not join it again.
 constexpr std::size_t kJoinedBytes = kIndexEntriesBytes / 2;
 
 bool isLess(std::span<const std::uint8_t> a, std::span<const std::uint8_t> b) {
@@ -58,7 +58,7 @@ bool IndexWriter::hasKey(std::span<const std::uint8_t> key) {
         if (leaf.entry(i).size() == key.size() + kIndexRowBytes) return true;
     }
     if (i < leaf.size() || leaf.next == 0) return false;
-    // What begins with the key may go on in the next leaf.
+    // Keys with this beginning may continue in the next leaf.
     IndexCursor cursor(store_, table_.page, table_.indexes[indexNumber_].rootPage);
     for (bool there = cursor.seek(key); there && cursor.keyStartsWith(key); there = cursor.next()) {
         if (cursor.key().size() == key.size()) return true;
@@ -121,7 +121,7 @@ void IndexWriter::removeEntryOf(RowPointer row) {
     throw damagedRow(row, u"Die Zeile fehlt im Index '" + table_.indexes[indexNumber_].name + u"'");
 }
 
-/// Reads the path to the leaf where the entry is or would be.
+/// Reads the path to the leaf that has the entry or would get it.
 void IndexWriter::descend(std::span<const std::uint8_t> entry) {
     path_.clear();
     nodes_.forgetIfMany();
@@ -160,8 +160,8 @@ IndexNode& IndexWriter::nodeAt(PageNumber page, std::span<const std::uint8_t> af
     return node;
 }
 
-/// The last entry of a page has changed: the node above whose entry tells of it is changed too. Nodes in which the path
-/// goes through the tail have no such entry.
+/// After a change of a page's last entry: updates the entry of the node above that repeats it. If the path goes through
+/// a node's tail, that node has no such entry.
 void IndexWriter::lastChanged(std::size_t level) {
     const auto entry = path_[level].node->entry(path_[level].node->size() - 1);
     const base::Bytes last(entry.begin(), entry.end());
@@ -170,18 +170,18 @@ void IndexWriter::lastChanged(std::size_t level) {
         if (parent.position == parent.node->size()) continue;
         parent.node->replaceEntry(parent.position, last);
         parent.isChanged = true;
-        // Of what lies above, only the entry of a subtree's last child tells.
+        // Only the entry of a subtree's last child is repeated further up.
         if (parent.position + 1 < parent.node->childCount()) return;
     }
 }
 
-/// Splits what has become too large and writes what has changed, from the leaf upwards.
+/// Splits pages that are too large and writes changed pages, from the leaf upwards.
 void IndexWriter::settle(Place place) {
     for (std::size_t level = path_.size(); level > 0; --level) {
         if (!path_[level - 1].isChanged) continue;
         if (level == 1 && !path_[0].node->fits()) {
             raise();
-            ++level;  // the same node, with a parent now
+            ++level;  // the same node, which has a parent now
         }
         Level& at = path_[level - 1];
         while (!at.node->fits())
@@ -190,7 +190,7 @@ void IndexWriter::settle(Place place) {
     }
 }
 
-/// Moves the root's contents to a new page, the only child of the root then.
+/// Moves the contents of the root to a new page. This page is then the only child of the root.
 void IndexWriter::raise() {
     if (path_.size() >= kMaxIndexHeight) throw damaged(path_[0].page, u"Der Index hat zu viele Ebenen");
     const PageNumber rootPage = path_[0].page;
@@ -201,8 +201,9 @@ void IndexWriter::raise() {
     path_.insert(path_.begin(), {rootPage, &root, 0, true, static_cast<std::uint8_t>(path_[0].height + 1)});
 }
 
-/// Cuts a page in two; its parent gets an entry for the first part. The first part goes to a new page and what refers
-/// to the page stays right, except at the end of all entries: there the page stays, full, and the new page is the end.
+/// Cuts a page in two; its parent gets an entry for the first part. The first part goes to a new page, so references to
+/// the old page stay right. At the end of all entries it is the other way round: the old page stays, full, and the new
+/// page becomes the last one.
 void IndexWriter::split(std::size_t level, Place place) {
     Level& at = path_[level];
     Level& parent = path_[level - 1];
@@ -222,7 +223,7 @@ void IndexWriter::split(std::size_t level, Place place) {
     at.node->previous = frontPage;
     if (!isEnd) relink(front.previous, at.page, frontPage, true);
     if (isEnd) relink(at.node->next, frontPage, at.page, false);
-    // Entries of our own are never so long.
+    // Entries that this engine writes are never so long.
     if (!front.fits()) throw keyTooLong(name);
     front.write(store_.change(frontPage), table_.page, path_[level].height);
     parent.node->setChildAt(parent.position, at.page);
@@ -232,9 +233,9 @@ void IndexWriter::split(std::size_t level, Place place) {
     parent.isChanged = true;
 }
 
-/// Where to cut a page on the first or last path, so that what entries in their order leave behind is full: the edge
-/// gets no more than must be.
-/// @return 0 if the page lies elsewhere
+/// Where to cut a page on the first or last path. Sorted entries shall leave full pages, so the part at the edge gets
+/// as little as possible.
+/// @return 0 if the page is not on such a path
 std::size_t IndexWriter::cutAtEdge(std::size_t level, Place place) const {
     const IndexNode& node = *path_[level].node;
     const std::size_t fewest = node.isLeaf() ? 1 : 2;
@@ -247,10 +248,10 @@ std::size_t IndexWriter::cutAtEdge(std::size_t level, Place place) const {
     return node.fitsCutAt(cut) ? cut : 0;
 }
 
-/// Takes a page without children or entries out of the tree; parents that become empty too follow it.
+/// Removes a page without children or entries from the tree, and then parents that become empty.
 void IndexWriter::dropEmpty(std::size_t level) {
     if (level == 0) {
-        // An empty tree is an empty leaf.
+        // An empty tree is one empty leaf.
         const PageNumber root = path_[0].page;
         path_ = {{root, &nodes_.put(root, IndexNode(true)), 0, true, 0}};
         return;
@@ -278,7 +279,7 @@ void IndexWriter::dropEmpty(std::size_t level) {
         dropEmpty(level - 1);
         return;
     }
-    // The last entry's child becomes the tail; its entry goes up as the last one of the subtree.
+    // The last entry's child becomes the tail. Its entry goes up as the last entry of the subtree.
     const std::size_t last = parent.node->size() - 1;
     parent.position = last;
     lastChanged(level - 1);
@@ -286,8 +287,8 @@ void IndexWriter::dropEmpty(std::size_t level) {
     parent.node->erase(last);
 }
 
-/// Joins a page that has become small with a neighbour under the same parent. A node with one child is joined even if
-/// that is too much for a page: the split that follows gives both of them several.
+/// Joins a small page with a neighbour under the same parent. A node with one child is joined even if the result does
+/// not fit on a page; the split that follows gives each part several children.
 void IndexWriter::joinSmall(std::size_t level) {
     const IndexNode& node = *path_[level].node;
     const Level& parent = path_[level - 1];
@@ -297,8 +298,8 @@ void IndexWriter::joinSmall(std::size_t level) {
     if (parent.position + 1 < parent.node->childCount()) join(level, false);
 }
 
-/// The second one of two neighbours takes over the contents of the first, whose page becomes free.
-/// @return false, and nothing changed, if they take too much together
+/// The second of two neighbours takes over the contents of the first, whose page is freed.
+/// @return false, and nothing changed, if together they are too large
 bool IndexWriter::join(std::size_t level, bool withPrevious) {
     Level& at = path_[level];
     Level& parent = path_[level - 1];
@@ -336,7 +337,7 @@ bool IndexWriter::join(std::size_t level, bool withPrevious) {
     return true;
 }
 
-/// A root with one child takes over its contents.
+/// A root with only one child takes over its contents.
 void IndexWriter::lower() {
     const PageNumber rootPage = table_.indexes[indexNumber_].rootPage;
     for (std::size_t i = 0; i < kMaxIndexHeight; ++i) {
@@ -355,9 +356,9 @@ void IndexWriter::lower() {
     }
 }
 
-/// Lets the link of a neighbour point to another page.
+/// Changes a link of a neighbour to another page.
 /// @param page  the neighbour, or 0
-/// @param isNext  its link forwards, else the one backwards
+/// @param isNext  true: the forward link, false: the backward link
 void IndexWriter::relink(PageNumber page, PageNumber from, PageNumber to, bool isNext) {
     if (page == 0) return;
     IndexNode& neighbour = nodes_.at(page);

@@ -12,41 +12,40 @@
 
 namespace jet {
 
-/// Changes an index tree of any height, entry by entry.
+/// Changes an index tree of any height, one entry at a time.
 ///
-/// Laws, kept by each change:
+/// Rules that every change keeps:
 /// - An entry of a node is the last leaf entry under its child.
 /// - The root keeps its page. The tree becomes higher when the root is full, and lower when it has only one child left.
-/// - Leaves are linked with their neighbours over the whole index, and so are the nodes of each level, unless the file
-///   came without: a link of a node may be 0. No leaf or node but the root is empty.
-/// - The index's map holds the pages of the tree and no others; what leaves the tree is free.
+/// - Leaves are linked with their neighbours over the whole index. So are the nodes of each level, unless the file came
+///   without these links: a link of a node may be 0. No page but the root is empty.
+/// - The map of the index holds exactly the pages of the tree. A page that leaves the tree is freed.
 ///
-/// Entries that come in their order, ascending or descending, leave full pages behind; what comes in any other order
-/// cuts full pages in the middle. A page that a removal leaves small joins a neighbour under the same parent where half
-/// a page takes both.
+/// Sorted entries, ascending or descending, leave full pages. Entries in any other order cut full pages in the middle.
+/// When a removal makes a page small, the page joins a neighbour under the same parent if both fit into half a page.
 ///
-/// A node that comes to be has a tail only on the rightmost path. Nodes of other writers may have tails elsewhere, or
-/// none: both are understood, and stay as they are.
+/// A new node has a tail only on the rightmost path. Nodes of other writers may have tails elsewhere, or none. Both are
+/// understood, and stay as they are.
 class IndexWriter {
 public:
     /// @param indexNumber  position in table.indexes
-    /// All arguments must outlive the writer; as long as it is used, nobody else changes the tree.
-    /// @throws RuntimeError (damage) if the index has no sound map
+    /// All arguments must outlive the writer. While it is used, no other code may change the tree.
+    /// @throws RuntimeError (damage) if the map of the index is not sound
     IndexWriter(PageStore& store, PageAllocator& allocator, const TableDefinition& table, std::size_t indexNumber);
 
     /// Whether any row has exactly this key.
     bool hasKey(std::span<const std::uint8_t> key);
 
-    /// Adds an entry, and counts it in the definition if its key is new.
-    /// @param hasNull  whether a part of the key is null: such keys may be equal in a unique index
-    /// @throws RuntimeError if the key is too long, or there in a unique index; damage if the entry is there already
+    /// Adds an entry. If its key is new, increases the number of distinct keys in the definition.
+    /// @param hasNull  whether a part of the key is null. Such keys may be equal in a unique index.
+    /// @throws RuntimeError if the key is too long, or exists in a unique index; (damage) if the entry exists already
     void insert(std::span<const std::uint8_t> key, RowPointer row, bool hasNull = false);
 
     /// @throws RuntimeError (damage) if there is no such entry
     void remove(std::span<const std::uint8_t> key, RowPointer row);
 
-    /// Removes the entry of a row whose key cannot be made again (see keyOfRowIsCertain), by going through all entries.
-    /// @throws RuntimeError (damage) if there is none
+    /// Removes the entry of a row whose key cannot be made again (see keyOfRowIsCertain). Goes through all entries.
+    /// @throws RuntimeError (damage) if the row has no entry
     void removeEntryOf(RowPointer row);
 
 private:
@@ -58,7 +57,7 @@ private:
         std::uint8_t height;  ///< above the leaves
     };
 
-    /// Where an entry came among all others: it decides where a full page is cut.
+    /// Where an entry was added among all others. This decides where a full page is cut.
     enum class Place { First, Between, Last };
 
     void descend(std::span<const std::uint8_t> entry);

@@ -5,8 +5,8 @@
 
 namespace jet {
 
-/// The row of the cursor's present entry.
-/// @throws RuntimeError (damage) if it is not there, or if the entry's key is not that of the row
+/// The row to which the cursor's present entry points.
+/// @throws RuntimeError (damage) if the row does not exist, or has another key than the entry
 Row rowAtEntry(const Table& table, const IndexDefinition& index, const IndexCursor& cursor);
 
 }  // namespace jet
