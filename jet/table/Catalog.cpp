@@ -7,7 +7,7 @@
 namespace jet {
 namespace {
 
-/// Reads columns of a system table by name, each with the type that the format gives it.
+/// Finds the columns of a system table by name, and checks that each has the type that the format demands.
 class SystemTable {
 public:
     explicit SystemTable(const Table& table) : table_(table) {}

@@ -14,12 +14,12 @@ namespace jet {
 struct CatalogEntry {
     static constexpr std::int16_t kLocalTable = 1;
     static constexpr std::int16_t kRelationship = 8;
-    static constexpr std::int16_t kCheckConstraint = 9;  ///< a condition over a whole table
+    static constexpr std::int16_t kCheckConstraint = 9;  ///< a condition for a whole table
     static constexpr std::uint32_t kTablesContainer = 0x0F000001;
     static constexpr std::uint32_t kRelationshipsContainer = 0x0F000003;
-    static constexpr std::uint32_t kSystemFlags = 0x80000002;  ///< system, or hidden as such
+    static constexpr std::uint32_t kSystemFlags = 0x80000002;  ///< a system object, or hidden like one
 
-    std::uint32_t id = 0;  ///< local tables: page of the definition
+    std::uint32_t id = 0;  ///< local tables: first page of the definition
     std::uint32_t parentId = 0;
     base::Text name;
     std::int16_t type = 0;
@@ -30,12 +30,12 @@ struct CatalogEntry {
     bool isSystem() const { return (flags & kSystemFlags) != 0; }
 };
 
-/// What lies in the file: the rows of MSysObjects (definition on page 2), read once.
+/// The objects of the file: the rows of MSysObjects (whose definition is page 2), read once.
 class Catalog {
 public:
     static constexpr PageNumber kDefinitionPage = 2;
 
-    /// The entry by which MSysObjects itself is opened.
+    /// The entry that opens MSysObjects itself.
     static CatalogEntry ownEntry();
 
     /// @throws RuntimeError (damage)
@@ -43,9 +43,9 @@ public:
 
     const std::vector<CatalogEntry>& entries() const { return entries_; }
 
-    /// Local tables, system tables included, by name.
+    /// Finds a local table by name, system tables included.
     /// @return null if there is none
-    /// @throws RuntimeError (damage) if two have this name
+    /// @throws RuntimeError (damage) if two tables have this name
     const CatalogEntry* table(base::TextView name) const;
 
 private:

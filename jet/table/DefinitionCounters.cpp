@@ -40,8 +40,8 @@ std::uint32_t DefinitionCounters::distinctKeys(std::size_t index) const {
     return distinctPlace(index) + 4 <= kPageSize ? read(distinctPlace(index)) : 0;
 }
 
-/// A definition with more indexes than the original engine makes may have further ones on its second page; their
-/// counts stay as they are.
+/// A definition may have more indexes than the original engine makes. The counts of those that are on its second page
+/// stay as they are.
 void DefinitionCounters::setDistinctKeys(std::size_t index, std::uint32_t count) {
     if (distinctPlace(index) + 4 <= kPageSize) write(distinctPlace(index), count);
 }

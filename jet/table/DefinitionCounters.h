@@ -5,10 +5,10 @@
 
 namespace jet {
 
-/// The counts in a table's definition, changed where they stand in its pages.
+/// The counters in a table's definition, changed in place in its pages.
 class DefinitionCounters {
 public:
-    /// @param definition  as read through this store; both must outlive this
+    /// @param definition  must have been read through this store; both must outlive this object
     DefinitionCounters(PageStore& store, const TableDefinition& definition) : store_(store), definition_(definition) {}
 
     std::uint32_t rowCount() const;
@@ -16,7 +16,7 @@ public:
     void setRowCount(std::uint32_t count);
     void setLastAutoNumber(std::uint32_t number);
 
-    /// Of the index at this position of TableDefinition::indexes; a hint that never goes down.
+    /// For the index at this position of TableDefinition::indexes. The number is only a hint, and never goes down.
     std::uint32_t distinctKeys(std::size_t index) const;
     void setDistinctKeys(std::size_t index, std::uint32_t count);
 

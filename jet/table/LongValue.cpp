@@ -15,7 +15,7 @@ void append(base::Bytes& value, std::span<const std::uint8_t> bytes) {
     value.insert(value.end(), bytes.begin(), bytes.end());
 }
 
-/// The page must outlive the bytes.
+/// The bytes are valid only as long as the page.
 std::span<const std::uint8_t> partAt(const DataPage& page, RowPointer part) {
     const Slot slot = page.slot(part.slot);
     if (slot.state != SlotState::Live) throw damagedRow(part, u"Der Teil eines langen Werts ist gelöscht");
@@ -24,7 +24,7 @@ std::span<const std::uint8_t> partAt(const DataPage& page, RowPointer part) {
 
 base::Bytes readChain(PageSource& source, const LongValueReference& reference, RowPointer place) {
     base::Bytes value;
-    // Each part adds at least one byte and none may go beyond the length: so a loop comes to an end.
+    // Each part adds at least one byte, and the sum must not exceed the length. So a loop comes to an end.
     for (RowPointer part = reference.first; !part.isNone();) {
         const DataPage page = DataPage::read(source, part.page, kLongValueOwner);
         const auto bytes = partAt(page, part);

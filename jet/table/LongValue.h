@@ -7,7 +7,7 @@
 #include "jet/WriteErrors.h"
 #include "jet/page/PageSource.h"
 
-/// Values of Memo and OLE columns. In the row lies a reference of 12 bytes:
+/// Values of Memo and OLE columns. The row holds a reference of 12 bytes:
 ///
 ///     0   4   length of the stored bytes (30 bits), kind in the top 2 bits
 ///     4   4   row pointer of the first part
@@ -20,10 +20,10 @@ namespace jet {
 
 inline constexpr std::size_t kLongValueReferenceBytes = 12;
 inline constexpr std::size_t kMaxInlineLongValueBytes = 64;
-inline constexpr std::size_t kLongValuePartBytes = 4072;  ///< of data in a full part of a chain
+inline constexpr std::size_t kLongValuePartBytes = 4072;  ///< data in a full part of a chain
 inline constexpr std::size_t kMaxLongValueRowBytes = 4076;
 inline constexpr std::size_t kMaxLongValueBytes = 0x3FFFFFFF;
-inline constexpr std::size_t kNextPartBytes = 4;  ///< of the pointer before a part's data
+inline constexpr std::size_t kNextPartBytes = 4;  ///< the pointer before the data of a part
 
 enum class LongValueKind : std::uint32_t { Chain = 0, SingleRow = 0x40000000, Inline = 0x80000000 };
 
@@ -33,23 +33,23 @@ struct LongValueReference {
     RowPointer first;
     std::uint32_t stamp = 0;
 
-    /// @param stored  from the row, at least 12 bytes
+    /// @param stored  the bytes in the row, at least 12
     /// @param place   the row, for error messages
     static LongValueReference read(std::span<const std::uint8_t> stored, RowPointer place);
     void append(base::Bytes& bytes) const;
 };
 
-/// All bytes of a long value. Never more than the file can hold.
-/// @param stored  the column's bytes in the row; none at all is the empty value
-/// @throws RuntimeError (damage) if a part is missing, shared with itself, too long or too short
+/// Reads all bytes of a long value; there are never more than the file can hold.
+/// @param stored  the column's bytes in the row; if empty, the value is empty
+/// @throws RuntimeError (damage) if a part is missing, used twice, too long or too short
 base::Bytes readLongValue(PageSource& source, std::span<const std::uint8_t> stored, RowPointer place);
 
-/// The column's bytes in the row for a value that stays in it, however long.
+/// The column's bytes in the row for a value that is stored in the row, whatever its length.
 base::Bytes inlineLongValue(std::span<const std::uint8_t> value);
 
-/// Puts a value on pages: in one row where it fits, else in a chain whose parts are full but for the last. The last
-/// part goes first, since each one knows the next.
-/// @param rows  has add() for a row and addAlone() for one that shares its page with no other
+/// Stores a value on pages: in one row if it fits, otherwise in a chain in which only the last part is not full. The
+/// last part is written first, because each part points to the next one.
+/// @param rows  has add() for a row, and addAlone() for a row that shares its page with no other
 /// @return the column's bytes in the row
 /// @throws RuntimeError if the value is longer than the format allows
 template <typename Rows>

@@ -11,7 +11,7 @@
 /// Properties of a table and its columns (LvProp of the catalog).
 ///
 ///     "MR2" 0, then chunks: u32 size (with these 6 bytes), u16 kind, body
-///     kind 80   first: names, each u16 byte length, UTF-16LE; a property's name is its place in this list
+///     kind 80   first: names, each u16 byte length, UTF-16LE; values name a property by its position in this list
 ///     kind 0    of the object: u32 size of the owner block, u16 name length, owner's name; then values
 ///     kind 1    of one column, likewise
 ///     value     u16 size (with itself), u8 design flag, u8 type, u16 name number, u16 data length, data
@@ -25,9 +25,9 @@ struct Property {
     std::uint8_t type = 0;  ///< code of a column type
     base::Bytes data;
 
-    /// Data as it stands: any byte not 0.
+    /// The data as a boolean: true if any byte is not 0.
     bool asBoolean() const;
-    /// Data as UTF-16LE.
+    /// The data as UTF-16LE text.
     base::Text asText() const;
 };
 
@@ -52,15 +52,15 @@ public:
         std::uint16_t kind = 0;
         base::Bytes body;
     };
-    std::vector<Chunk> unknownChunks;  ///< carried through, behind the owners
+    std::vector<Chunk> unknownChunks;  ///< kept, and written after the owners
 
     /// @param column  empty for the object itself
     /// @return null if there is no such property
     const Property* find(base::TextView column, base::TextView name) const;
 
-    /// What a value of this column must keep to, as far as properties say so.
+    /// What this column requires of its values, as far as properties say so.
     bool isRequired(base::TextView column) const;
-    bool allowsZeroLength(base::TextView column) const;  ///< false where nothing is said
+    bool allowsZeroLength(base::TextView column) const;  ///< false if no property says so
 };
 
 }  // namespace jet

@@ -10,7 +10,7 @@ namespace jet {
 namespace {
 
 constexpr std::size_t kCountBytes = 2;
-/// A row must be able to become a pointer to where it was moved.
+/// If the row moves, its old place must hold a pointer of 4 bytes.
 constexpr std::size_t kShortestRowBytes = 4;
 
 std::uint16_t u16At(std::span<const std::uint8_t> bytes, std::size_t offset) {

@@ -10,7 +10,7 @@
 namespace jet {
 namespace {
 
-/// @return 0 if all entries lead to owned pages
+/// @return 0 if all entries point to pages that the table owns
 PageNumber strangePageOf(PageSource& source, const TableDefinition& definition, const IndexDefinition& index,
                          const UsageMap& owned) {
     IndexCursor cursor(source, definition.page, index.rootPage);
@@ -69,7 +69,7 @@ Row Table::follow(RowPointer pointer, RowPointer target) const {
 
 void Table::requireAllMet(std::size_t rowsMet) const {
     if (rowsMet >= definition_.rowCount) return;
-    // Whoever writes while he scans has another count and another map by now.
+    // A caller that writes during its own scan has changed the count and the map by now.
     const TableDefinition now = TableDefinition::read(*source_, definition_.page);
     if (rowsMet >= now.rowCount) return;
     const UsageMap owned = UsageMap::read(*source_, now.ownedPages);

@@ -15,17 +15,17 @@
 
 namespace jet {
 
-/// A row where it lies, with its page kept alive.
+/// A row at its place in the file. Keeps its page in memory.
 struct Row {
-    RowPointer pointer;  ///< its identity, also when its data was moved elsewhere
+    RowPointer pointer;  ///< its identity, even if its data was moved elsewhere
     RowView view;
     PageView page;
 };
 
-/// A table as one operation sees it. Holds no lock and no pages of its own.
+/// A table as one operation sees it. It keeps no lock and no pages.
 class Table {
 public:
-    /// @param source  must outlive the table, as must the table its rows
+    /// @param source  must outlive the table; the table must outlive its rows
     /// @throws RuntimeError (damage)
     Table(PageSource& source, CatalogEntry entry);
 
@@ -34,23 +34,24 @@ public:
     const TableDefinition& definition() const { return definition_; }
     PageSource& source() const { return *source_; }
 
-    /// Pages that hold the table's rows.
+    /// The pages that hold the table's rows.
     const UsageMap& ownedPages() const { return ownedPages_; }
 
-    /// The live row at this place, its data followed to where they lie.
-    /// @throws RuntimeError (damage) if there is none: whoever asks got the place from the file
+    /// The live row at this place; its data may have moved.
+    /// @throws RuntimeError (damage) if there is no such row, because the place was read from the file
     Row rowAt(RowPointer pointer) const;
 
-    /// The row's column as a value; null, long values read whole.
+    /// The value of a column in the row. It may be null. Long values are read completely.
     base::Value value(const RowView& row, const Column& column) const;
 
-    /// Properties of the table and its columns; read at each call.
+    /// The properties of the table and its columns. Every call reads them again.
     PropertyBlob properties() const;
 
-    /// Looks for rows that a scan has not met because the map of owned pages lacks theirs. Costs nothing where the scan
-    /// met as many rows as are counted; else an index tells, or, without one, the pages that name this table.
-    /// @param rowsMet  in a scan to the end
-    /// @throws RuntimeError (damage) if there are such rows
+    /// Looks for rows that a scan has missed because the map of owned pages lacks their page. If the scan met as many
+    /// rows as the definition counts, this costs nothing. Otherwise it goes through an index, or, without an index,
+    /// through all pages that name this table as their owner.
+    /// @param rowsMet  number of rows in a scan up to the end
+    /// @throws RuntimeError (damage) if there are missed rows
     void requireAllMet(std::size_t rowsMet) const;
 
 private:
@@ -64,7 +65,7 @@ private:
     UsageMap ownedPages_;
 };
 
-/// All live rows of a table in the order in which they lie: pages ascending, slots ascending.
+/// All live rows of a table in the order of their places: pages ascending, then slots ascending.
 ///
 ///     for (RowCursor cursor(table); cursor.next();) use(cursor.row());
 class RowCursor {
@@ -72,8 +73,8 @@ public:
     /// The table must outlive the cursor.
     explicit RowCursor(const Table& table) : table_(table) {}
 
-    /// @return false behind the last row
-    /// @throws RuntimeError (damage), also behind the last row if others are known to be lost
+    /// @return false after the last row
+    /// @throws RuntimeError (damage), also after the last row if rows are known to be lost
     bool next();
 
     const Row& row() const { return row_; }
@@ -88,13 +89,13 @@ private:
     DataPage page_;
     std::size_t nextSlot_ = 0;
     Row row_;
-    std::unordered_set<std::uint32_t> movedTo_;  ///< data of moved rows seen so far: each belongs to one
+    std::unordered_set<std::uint32_t> movedTo_;  ///< data of moved rows met so far: each belongs to one row
 };
 
 /// @return nothing if the catalog has no such table
 std::optional<Table> openTable(PageSource& source, base::TextView name);
 
-/// A value of any column; long values are read whole.
+/// The value of any column; long values are read completely.
 base::Value valueOf(PageSource& source, const RowView& row, const Column& column);
 
 }  // namespace jet

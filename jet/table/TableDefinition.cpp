@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t kPageHeaderBytes = 8;
 constexpr std::size_t kNextPageOffset = 4;
-/// 255 columns and 32 indexes with the longest names take less; a longer chain is a damaged one.
+/// Even 255 columns and 32 indexes with the longest names need less. A longer chain is damage.
 constexpr std::size_t kMaxChainPages = 64;
 
 constexpr std::size_t kLengthOffset = 8;
@@ -33,7 +33,7 @@ constexpr std::uint32_t kMark = 1625;
 constexpr std::uint32_t kIndexMark = 1923;
 constexpr std::uint16_t kNone = 0xFFFF;
 
-/// Reads the joined bytes from front to back.
+/// Reads the joined bytes from beginning to end.
 class Reader {
 public:
     Reader(base::ByteView bytes, PageNumber page) : bytes_(bytes), page_(page) {}
@@ -127,7 +127,7 @@ void checkColumn(const Column& column, const TableDefinition& definition) {
     }
 }
 
-/// Numbers, places in the offset table and names belong to one column each.
+/// Each number, each place in the offset table and each name must belong to one column only.
 void checkColumnsDiffer(const TableDefinition& definition) {
     std::set<std::uint16_t> numbers;
     std::set<std::uint16_t> places;
@@ -141,7 +141,7 @@ void checkColumnsDiffer(const TableDefinition& definition) {
     }
 }
 
-/// Two columns in the same bytes of a row: at least one of them is misread.
+/// If two columns use the same bytes of a row, at least one of them would be misread.
 void checkFixedColumnsApart(const TableDefinition& definition) {
     std::vector<const Column*> fixed;
     for (const Column& column : definition.columns) {
@@ -261,7 +261,7 @@ void readAll(base::ByteView joined, TableDefinition& definition) {
     readLongValueMaps(reader, definition);
 }
 
-/// Appends to the joined bytes.
+/// Appends to the joined bytes of a definition.
 class Writer {
 public:
     explicit Writer(base::Bytes& bytes) : bytes_(bytes) {}

@@ -8,16 +8,17 @@
 #include "jet/page/PageSource.h"
 #include "jet/value/Column.h"
 
-/// The definition of a table: one page, or a chain of pages whose bytes from 8 on are appended to the first.
+/// The definition of a table: one page, or a chain of pages. The bytes of the further pages, from 8 on, are
+/// appended to the first page.
 ///
 ///     page     0 kind 2, 1; 2 free bytes less 8; 4 next page of the chain, 0 for none
 ///     offset size (in the joined bytes)
-///     8      4    length of the whole, with the first page's 8 bytes and the end mark
+///     8      4    length of the joined bytes, with the first page's 8 bytes and the end mark
 ///     12     4    1625
 ///     16     4    number of rows; may be out of date
 ///     20     4    last auto number given
 ///     24     1    1
-///     25     15   anything
+///     25     15   of unknown meaning
 ///     40     1    'N' user table, 'S' one of the four system tables
 ///     41     2    columns ever added; the column count of new rows
 ///     43     2    variable columns ever added
@@ -33,7 +34,8 @@
 ///                 for each column of long values: u16 number, row of its owned map, row of its free map
 ///                 FF FF
 ///
-/// Names: u16 byte length, UTF-16LE. See docs/file-format.md, "Table definitions".
+/// Names: u16 byte length, UTF-16LE. For the index data blocks and the logical indexes see docs/file-format.md, "Table
+/// definitions".
 namespace jet {
 
 inline constexpr std::size_t kMaxColumns = 255;
@@ -44,14 +46,14 @@ struct IndexColumn {
     bool ascending = true;
 };
 
-/// Where the counts stand in the joined bytes.
+/// Offsets of the counters in the joined bytes.
 inline constexpr std::size_t kRowCountOffset = 16;
 inline constexpr std::size_t kAutoNumberOffset = 20;
 inline constexpr std::size_t kStatisticsOffset = 63;
 inline constexpr std::size_t kStatisticsBytes = 12;  ///< of one index
-inline constexpr std::size_t kDistinctOffset = 4;    ///< in the statistics of one index
+inline constexpr std::size_t kDistinctOffset = 4;    ///< inside the statistics of one index
 
-/// An index data block: the tree, its columns and rules.
+/// An index data block: the tree, its columns and its rules.
 struct IndexDefinition {
     static constexpr std::size_t kBytes = 52;
     static constexpr std::uint8_t kUnique = 0x01;
@@ -67,7 +69,7 @@ struct IndexDefinition {
     std::array<std::uint8_t, kStatisticsBytes> statistics{};  ///< as read
     std::array<std::uint8_t, kBytes> block{};                 ///< as read
 
-    base::Text name;  ///< of the primary key, else of the first ordinary logical index that it backs
+    base::Text name;  ///< of the primary key, otherwise of the first ordinary logical index of this block
     bool isPrimary = false;
 
     bool isUnique() const { return (flags & kUnique) != 0; }
@@ -75,15 +77,14 @@ struct IndexDefinition {
     bool isRequired() const { return (flags & kRequired) != 0; }
 };
 
-/// A name under which an index data block is known: ordinary index, primary key, or one side of an enforced
-/// relationship.
+/// A name of an index data block: an ordinary index, the primary key, or one side of an enforced relationship.
 struct LogicalIndex {
     static constexpr std::size_t kBytes = 28;
     enum class Kind : std::uint8_t { Ordinary = 0, PrimaryKey = 1, ForeignKey = 2 };
     enum class Side : std::uint8_t { None = 0, Referenced = 1, Referencing = 2 };
 
     base::Text name;
-    std::uint32_t number = 0;     ///< unique in the table; not the position
+    std::uint32_t number = 0;     ///< unique in the table; not its position
     std::uint32_t dataBlock = 0;  ///< position in TableDefinition::indexes
     Kind kind = Kind::Ordinary;
     Side side = Side::None;
@@ -102,7 +103,7 @@ struct LongValueMaps {
 
 class TableDefinition {
 public:
-    /// @param page  the first page of the chain: the table's identity
+    /// @param page  the first page of the chain, which identifies the table
     /// @throws RuntimeError (damage)
     static TableDefinition read(PageSource& source, PageNumber page);
 
@@ -129,14 +130,14 @@ public:
     /// Bytes of the fixed area of a row.
     std::size_t fixedAreaBytes() const;
 
-    /// The columns in the order in which SELECT * lists them.
+    /// The columns in the order of SELECT *.
     std::vector<const Column*> columnsForDisplay() const;
 
     /// @return null if there is none; names are compared as the database compares text
     const Column* column(base::TextView name) const;
     const Column* columnNumbered(std::uint16_t number) const;
 
-    /// The column of one of this table's own indexes; there always is one, decoding refuses others.
+    /// The column of a part of one of this table's own indexes. It always exists, since reading refuses other indexes.
     const Column& columnOf(const IndexColumn& part) const { return *columnNumbered(part.columnNumber); }
 };
 
