@@ -9,7 +9,7 @@
 namespace jet {
 namespace {
 
-/// The root of all objects, which has no row of its own.
+/// The root of all objects; it has no row of its own.
 constexpr std::uint32_t kRootObject = 0x0F000000;
 
 std::unordered_set<std::uint32_t> idsOf(const std::vector<CatalogEntry>& entries) {
@@ -23,7 +23,7 @@ bool hasHalfCharacter(base::TextView name) {
     return base::fromUtf8(base::toUtf8(name)) != name;
 }
 
-/// The number of a local table is its page; all other numbers lie beyond the last page that a file can have.
+/// The number of a local table is a page. All other numbers are greater than the last page that a file can have.
 bool fitsItsKind(const CatalogEntry& entry) {
     return entry.isLocalTable() || entry.id >= kMaxPages;
 }

@@ -7,14 +7,14 @@
 
 namespace jet {
 
-/// The catalog's rows that can be read, with a fault for those that lack what each must have; other damage is
-/// reported with the table MSysObjects.
+/// Reads the rows of the catalog. Reports a fault for each row that lacks a necessary value. Other damage is reported
+/// when the table MSysObjects is checked.
 std::vector<CatalogEntry> readCatalog(PageSource& source, Findings& findings);
 
-/// Checks the catalog in itself: parents, kinds, doubled numbers, names.
+/// Checks the catalog itself: parents, kinds, duplicate numbers, names.
 void checkCatalog(const CheckContext& context, const std::vector<CatalogEntry>& entries);
 
-/// Checks that rights are rights to something that is there.
+/// Checks that each row of rights names an existing object.
 void checkRights(const CheckContext& context, const std::vector<CatalogEntry>& entries);
 
 }  // namespace jet

@@ -45,7 +45,7 @@ void checkHeader(PageSource& source, Findings& findings) {
     });
 }
 
-/// All tables: those of the catalog, and the four system tables, listed or not.
+/// All tables: those of the catalog and the four system tables, even if the catalog lacks them.
 std::vector<CatalogEntry> tablesToCheck(const std::vector<CatalogEntry>& entries) {
     std::vector<CatalogEntry> tables;
     for (const PageNumber page : kSystemTables) {
@@ -65,7 +65,7 @@ std::vector<CatalogEntry> tablesToCheck(const std::vector<CatalogEntry>& entries
     return tables;
 }
 
-/// The engine asks for the columns of the system tables by name.
+/// The engine finds the columns of the system tables by name.
 void checkSystemColumns(const std::vector<CheckedTable>& tables, Findings& findings) {
     const auto designs = systemTableDesigns();
     for (const CheckedTable& table : tables) {

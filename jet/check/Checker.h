@@ -7,7 +7,7 @@
 
 namespace jet {
 
-/// What the checker has looked at.
+/// How much the checker has looked at.
 struct CheckCounts {
     std::size_t pages = 0;
     std::size_t tables = 0;
@@ -24,23 +24,25 @@ struct CheckResult {
     bool isSound() const { return findings.faultCount() == 0; }
 };
 
-/// Says whether a file is sound: every structure, and each against the others in both directions. It goes on behind
-/// a fault, so that one run names all of them; what can be reached only through a damaged page is not looked at.
+/// Checks whether a file is sound: every structure by itself, and each against the others in both directions. The check
+/// continues after a fault, so that one run names all faults. What can be reached only through a damaged page is not
+/// checked.
 ///
-/// - header, global map: each page belongs to one owner or to none; none that is owned is free
+/// - header, global map: each page has at most one owner; no page with an owner is free
 /// - definitions: chains, lengths, marks, free bytes
-/// - data pages: slots, free bytes, owner; rows: every value of every column; moved rows and their data, one to one
-/// - long values: each part used once, chains, the maps of their columns
-/// - indexes: a sorted, linked tree with every live row once and under its own key; the map has the tree's pages
+/// - data pages: slots, free bytes, owner; rows: every value of every column; each moved row and its data belong
+///   together
+/// - long values: no part is used twice; chains; the maps of their columns
+/// - indexes: a sorted, linked tree that has every live row once, under its own key; the map has the pages of the tree
 /// - catalog, rights and relationships, which must agree with the definitions
 ///
-/// What is a fault and what a note: docs/file-format.md, "Faults and notes". Memory grows with the file's pages and
-/// with the rows of one table (8 bytes a row), time with the file's size; neither with what a damaged file claims to
-/// hold. Changes nothing.
+/// For the difference between a fault and a note see docs/file-format.md, "Faults and notes". Memory grows with the
+/// pages of the file and with the rows of one table (8 bytes per row), time with the size of the file. Neither depends
+/// on numbers that a damaged file may invent. Nothing is changed.
 ///
-/// @param source     steady until the checker returns; page 0 must be one that Header::isJet4 knows
+/// @param source     must not change before the checker returns; Header::isJet4 must accept its page 0
 /// @param sizeBytes  of the file
-/// @throws RuntimeError only if the file cannot be read, never for damage
+/// @throws RuntimeError only if the file cannot be read, never because of damage
 CheckResult checkDatabase(PageSource& source, std::uint64_t sizeBytes);
 
 }  // namespace jet

@@ -21,7 +21,7 @@ base::Bytes joined(PageSource& source, const std::vector<PageNumber>& chain) {
     return bytes;
 }
 
-/// The pages' own fields, as a writer of this definition would fill them.
+/// The pages' own fields must be as a writer of this definition would fill them.
 void checkPages(const CheckContext& context, const TableDefinition& definition, const base::Bytes& stored,
                 std::size_t length, const Place& place) {
     const std::size_t needed = definitionPageCount(length);
@@ -43,7 +43,7 @@ void checkPages(const CheckContext& context, const TableDefinition& definition, 
     }
 }
 
-/// What was read, written down again, must be what stands there: marks, lengths, order.
+/// The definition is encoded again and must give the stored bytes: marks, lengths, order.
 void checkBytes(const CheckContext& context, const TableDefinition& definition, const Place& place) {
     const base::Bytes stored = joined(context.source, definition.chain);
     const std::size_t length = base::ByteView{stored}.u32(kPageHeaderBytes);
@@ -77,7 +77,7 @@ void checkLogicalIndexes(const CheckContext& context, const TableDefinition& def
         if (index.kind == LogicalIndex::Kind::PrimaryKey && ++primaryKeys > 1)
             context.findings.fault(at, u"Die Tabelle hat mehr als einen Primärschlüssel.");
         const bool isOrdinary = index.kind != LogicalIndex::Kind::ForeignKey;
-        // Some writers leave 0 for 4 here, and everybody reads it.
+        // Some writers store 0 instead of 4 here, and all readers accept it.
         const auto isRule = [](std::uint8_t rule) { return rule == kOrdinaryRule || rule == 0; };
         if (isOrdinary && (index.side != LogicalIndex::Side::None || index.partnerTable != 0 ||
                            !isRule(index.updateRule) || !isRule(index.deleteRule))) {
@@ -105,7 +105,7 @@ void checkColumns(const CheckContext& context, const TableDefinition& definition
     }
 }
 
-/// Only deleted columns leave gaps: places are given one after the other and never again.
+/// Places are given in sequence and never again. So only deleted columns leave gaps.
 void checkPlaces(const CheckContext& context, const TableDefinition& definition, const Place& place) {
     if (definition.columns.size() != definition.columnsEver) return;
     std::size_t fixedBytes = 0;

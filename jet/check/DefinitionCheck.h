@@ -4,8 +4,8 @@
 
 namespace jet {
 
-/// Checks what the reading of a definition does not: lengths, marks and free bytes of its pages, and that its parts
-/// fit together. Partners of relationships are checked with the catalog.
+/// Checks what reading a definition does not check: lengths, marks and free bytes of its pages, and whether its parts
+/// fit together. The partners of relationships are checked with the catalog.
 void checkDefinition(const CheckContext& context, const TableDefinition& definition, const Place& place);
 
 }  // namespace jet

@@ -8,16 +8,16 @@
 namespace jet {
 namespace {
 
-/// Words that are no key's.
+/// Words with a special meaning; no key has one of these.
 constexpr std::uint64_t kNoEntry = 0;
 constexpr std::uint64_t kMet = 1;
-constexpr std::uint64_t kAnyKey = 2;  ///< the row's key is not known for certain
+constexpr std::uint64_t kAnyKey = 2;  ///< it is not certain which key the row has
 constexpr std::uint64_t kFirstKey = 3;
 
 constexpr std::size_t kMaxReported = 20;
 constexpr std::size_t kShownBytes = 12;
 
-/// FNV-1a: a damaged key goes unseen once in 2^64.
+/// FNV-1a. A damaged key has the same word, and so goes unnoticed, once in 2^64 cases.
 std::uint64_t wordOf(std::span<const std::uint8_t> key) {
     std::uint64_t word = 0xCBF29CE484222325;
     for (const std::uint8_t byte : key)
@@ -25,7 +25,7 @@ std::uint64_t wordOf(std::span<const std::uint8_t> key) {
     return std::max(word, kFirstKey);
 }
 
-/// Whether a key that is not certain as a whole is so in its beginning.
+/// Whether at least the beginning of an uncertain key is certain.
 bool isOnlyTooLong(base::TextView text, const Column& column) {
     return !hasSurrogate(text) && sortKeyIsCertain({}, column.textOrder);
 }

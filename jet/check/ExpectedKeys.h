@@ -9,21 +9,22 @@
 
 namespace jet {
 
-/// What an index must hold: a word for each row of its table, made from the row's key. The index's entries, in
-/// whatever order they come, are crossed off.
+/// The expected contents of an index: for each row of the table, a word made from the key of the row. The entries of
+/// the index may come in any order; each is crossed off.
 class ExpectedKeys {
 public:
     /// Computes the keys of all rows.
     ExpectedKeys(const TableRows& rows, const IndexDefinition& index, Findings& findings, Place place);
 
-    /// An entry of the index.
-    /// @param at  its page
+    /// Crosses off an entry of the index.
+    /// @param at  the page of the entry
     void meet(RowPointer row, std::span<const std::uint8_t> key, const Place& at);
 
-    /// Whether a column of the row's key is null.
+    /// Whether the row's key contains a null.
     bool hasNull(RowPointer row) const;
 
-    /// @param walkIsWhole  false if parts of the tree could not be read: then one sentence is enough
+    /// @param walkIsWhole  false if parts of the tree could not be read; then all missing rows are reported in one
+    /// sentence
     void reportUnmet(bool walkIsWhole);
 
 private:
@@ -31,7 +32,7 @@ private:
     struct RowKey {
         base::Bytes bytes;
         bool isIn = true;                       ///< the index has an entry for the row
-        std::size_t certainBytes = kAllOfThem;  ///< so many at the beginning are known to be the right ones
+        std::size_t certainBytes = kAllOfThem;  ///< only so many bytes at the beginning are known to be right
         bool hasNull = false;
     };
     bool computeKey(const RowView& row, RowKey& key) const;

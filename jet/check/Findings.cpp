@@ -3,7 +3,7 @@
 namespace jet {
 namespace {
 
-/// Longest name that a finding shows; a damaged definition may hold much longer ones.
+/// The longest name that a finding shows. A damaged definition may have much longer ones.
 constexpr std::size_t kMaxNameUnits = 64;
 
 void append(base::Text& text, base::TextView label, base::TextView part) {
@@ -69,10 +69,10 @@ void Findings::add(Finding::Kind kind, base::Text where, base::Text what) {
     if (++count <= kMaxKept) kept_.push_back({kind, std::move(where), std::move(what)});
 }
 
-/// The error names page and row itself; of the place it wants table, index and column.
+/// The error itself names page and row; only table, index and column are taken from the place.
 void Findings::addDamage(const Place& place, const base::RuntimeError& error) {
     const auto damage = damageOf(error);
-    if (!damage) throw;  // the handler of guard() is still at it
+    if (!damage) throw;  // the error that guard() is handling
     const base::TextView whole = *damage;
     Place known = place;
     known.page.reset();

@@ -10,13 +10,13 @@
 #include "jet/Errors.h"
 #include "jet/RowPointer.h"
 
-/// What the checker finds, in a list that cannot grow without end.
+/// The findings of the checker, in a list of limited length.
 namespace jet {
 
 struct Finding {
     enum class Kind {
-        Fault,  ///< can make a reader lose or misread a row, or a writer break the file
-        Note,   ///< what other writers are known to leave behind
+        Fault,  ///< a reader may lose or misread a row, or a writer may break the file
+        Note,   ///< known leftovers of other writers
     };
     Kind kind = Kind::Fault;
     base::Text where;  ///< "Tabelle 'Benutzerkonto', Index 'PrimaryKey', Seite 5, Zeile 3"
@@ -25,7 +25,7 @@ struct Finding {
     base::Text line() const;
 };
 
-/// Where something was found; empty parts are left out.
+/// The place of a finding; empty parts are left out.
 struct Place {
     base::Text table;
     base::Text index;
@@ -43,14 +43,14 @@ struct Place {
 
 class Findings {
 public:
-    /// So many are kept of each kind; the rest is counted only.
+    /// Of each kind so many findings are kept. The rest is only counted.
     static constexpr std::size_t kMaxKept = 1000;
 
     void fault(const Place& place, base::Text what) { add(Finding::Kind::Fault, place.text(), std::move(what)); }
     void note(const Place& place, base::Text what) { add(Finding::Kind::Note, place.text(), std::move(what)); }
 
-    /// Runs a step that reads the file. Damage that ends it becomes a fault; other failures pass.
-    /// @return whether the step ended well
+    /// Runs a step that reads the file. Damage that ends the step becomes a fault. Other errors are passed on.
+    /// @return whether the step ended without damage
     template <typename Step>
     bool guard(const Place& place, Step&& step) {
         try {
@@ -75,14 +75,14 @@ private:
     std::size_t noteCount_ = 0;
 };
 
-/// Runs a step and passes over damage, where it has been reported before.
+/// Runs a step and ignores damage that is reported elsewhere.
 template <typename Step>
 void passingOverDamage(Step&& step) {
     Findings unheeded;
     unheeded.guard({}, std::forward<Step>(step));
 }
 
-/// A count for a message.
+/// A count in a message.
 inline base::Text countText(std::size_t count) {
     return base::decimal(static_cast<std::int64_t>(count));
 }

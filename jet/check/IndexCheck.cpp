@@ -36,14 +36,14 @@ public:
     bool isWhole() const { return isWhole_; }
 
 private:
-    /// The pages of one level, as far as they were met.
+    /// The pages of one level that the walk has met.
     struct Chain {
         PageNumber last = 0;
-        PageNumber next = 0;  ///< the last one's link
-        bool isKnown = true;  ///< no page was left out since the last one
+        PageNumber next = 0;  ///< the link of the last page
+        bool isKnown = true;  ///< no page has been left out since the last page
     };
 
-    /// @return whether all below the page was walked over
+    /// @return whether everything below the page could be read
     bool visit(PageNumber number, std::size_t depth) {
         if (depth >= kMaxIndexHeight) {
             findings_.fault(place_.onPage(number), u"Der Index hat zu viele Ebenen.");
@@ -84,7 +84,8 @@ private:
         return isWhole;
     }
 
-    /// A node's entry is the last leaf entry below its child; a greater one still leads to the right places.
+    /// The entry of a node should be the last leaf entry below its child. With a greater one, searches still find
+    /// everything.
     void checkSeparator(const IndexPage& node, std::size_t i) {
         const base::Bytes separator = node.entry(i);
         if (separator == last_) return;
@@ -111,7 +112,7 @@ private:
         }
     }
 
-    /// Nodes need not be linked: not every writer does that.
+    /// The links of nodes may be missing: not every writer sets them.
     void checkLinks(const IndexPage& page, Chain& chain) {
         const auto differs = [&](PageNumber link, PageNumber neighbour) {
             return link != neighbour && (link != 0 || page.isLeaf());
@@ -155,7 +156,7 @@ private:
         std::set_difference(map->pages.begin(), map->pages.end(), pages_.begin(), pages_.end(),
                             std::back_inserter(strangers));
         if (strangers.empty()) return;
-        // Pages below a damaged one are the index's own, though not reached.
+        // If the tree was not fully read, the pages below the damaged one also belong to the index.
         if (isWhole_) {
             findings_.fault(place_.onPage(strangers[0]), u"Die Karte des Indexes nennt " + countText(strangers.size()) +
                                                              u" Seiten, die nicht in seinem Baum sind.");
@@ -173,8 +174,8 @@ private:
     PageNumber definitionPage_ = 0;
     std::vector<PageNumber> pages_;
     base::Bytes entry_;
-    base::Bytes last_;                               ///< entries that follow are greater
-    std::array<Chain, kMaxIndexHeight + 1> chains_;  ///< of nodes by their depth, and of all leaves
+    base::Bytes last_;                               ///< all later entries are greater
+    std::array<Chain, kMaxIndexHeight + 1> chains_;  ///< of nodes, by their depth; the last one is of all leaves
     bool isWhole_ = true;
 };
 

@@ -8,7 +8,7 @@ LongValueCheck::LongValueCheck(const CheckContext& context, const TableDefinitio
 void LongValueCheck::claimPages() {
     for (const LongValueMaps& maps : definition_.longValueMaps) {
         const Column* column = definition_.columnNumbered(maps.columnNumber);
-        // The entries of deleted columns stay behind.
+        // The entries of deleted columns remain in the definition.
         if (column != nullptr && column->isLongValue()) claimColumn(*column, maps);
     }
 }
@@ -49,7 +49,7 @@ void LongValueCheck::checkValue(const Column& column, std::span<const std::uint8
     if (found == columns_.end() || stored.empty()) return;
     const auto reference = LongValueReference::read(stored, row);
     if (reference.kind == LongValueKind::SingleRow) use(found->second, reference.first, row);
-    // What the chain itself is damaged by is told when the value is read.
+    // Damage of the chain itself is reported when the value is read.
     if (reference.kind == LongValueKind::Chain) passingOverDamage([&] { checkChain(found->second, reference, row); });
 }
 
@@ -71,7 +71,7 @@ void LongValueCheck::checkChain(ColumnPages& pages, const LongValueReference& re
     }
 }
 
-/// @return whether the part was free for this value
+/// @return whether no other value uses the part
 bool LongValueCheck::use(ColumnPages& pages, RowPointer part, RowPointer row) {
     if (!pages.owned.contains(part.page)) {
         context_.findings.fault(pages.place.atRow(row), u"Ein Teil des langen Werts steht in " + rowText(part) +

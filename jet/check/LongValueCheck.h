@@ -9,27 +9,27 @@
 
 namespace jet {
 
-/// The long values of a table: each part of them belongs to one value, and lies on a page of the value's column.
-/// That their lengths add up is checked by the reading of the value.
+/// Checks the long values of a table: each part belongs to one value, and is on a page of the value's column. Whether
+/// the lengths add up is checked when the value is read.
 class LongValueCheck {
 public:
     LongValueCheck(const CheckContext& context, const TableDefinition& definition, Place place);
 
-    /// First: the pages of all columns.
+    /// The first step: claims the pages of all columns.
     void claimPages();
 
-    /// Then: each value.
+    /// The second step, for each value.
     /// @param stored  the column's bytes in the row
     void checkValue(const Column& column, std::span<const std::uint8_t> stored, RowPointer row);
 
-    /// At last: parts that no value uses.
+    /// The last step: reports parts that no value uses.
     void checkUnused();
 
 private:
     struct ColumnPages {
         CheckedMap owned;
         CheckedMap free;
-        std::unordered_set<std::uint32_t> used;  ///< parts
+        std::unordered_set<std::uint32_t> used;  ///< row pointers of the parts
         Place place;
     };
 

@@ -7,7 +7,7 @@
 namespace jet {
 namespace {
 
-/// Of a dropped table, the rows of its maps are deleted or somebody else's by now.
+/// If the table was dropped, the rows of its maps are deleted or belong to another owner by now.
 void checkDefinitionPage(const CheckContext& context, PageNumber page) {
     const TableDefinition definition = TableDefinition::read(context.source, page);
     if (definition.ownedPages.isNone() || context.owners.isMapInUse(definition.ownedPages)) return;
@@ -33,7 +33,7 @@ void checkDataPage(const CheckContext& context, const std::vector<CheckedTable>&
 void checkLostPages(const CheckContext& context, const std::vector<CheckedTable>& tables,
                     std::span<const PageNumber> pages) {
     for (const PageNumber number : pages) {
-        // What cannot be read is a leftover.
+        // A page that cannot be read is a leftover.
         passingOverDamage([&] {
             const PageView page = context.source.page(number);
             if (page.kind() == PageKind::TableDefinition) checkDefinitionPage(context, number);

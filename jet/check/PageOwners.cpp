@@ -5,10 +5,10 @@
 namespace jet {
 namespace {
 
-/// The file's own, empty in all files.
+/// The second map of the file itself, which is empty in all files.
 constexpr RowPointer kSecondGlobalMap{kGlobalMapPage, 1};
 
-/// Pages that a map can speak of; those outside of the map of free pages are free.
+/// The pages for which a map has bits. Pages outside the map of free pages count as free.
 struct Range {
     std::uint64_t begin = 0;
     std::uint64_t end = 0;
@@ -84,7 +84,7 @@ bool PageOwners::claim(PageNumber page, Owner owner, const Place& place) {
     return true;
 }
 
-/// Several maps share a page; it is looked at when the first one is read.
+/// Several maps share a page. The page is checked when the first of them is read.
 bool PageOwners::claimMapPage(PageNumber page, const Place& place) {
     if (page < owners_.size() && owners_[page] == mapOwner_) return true;
     if (!claim(page, mapOwner_, place)) return false;

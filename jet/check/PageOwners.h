@@ -11,40 +11,40 @@
 
 namespace jet {
 
-/// The pages that a usage map names, those inside the file.
+/// The pages inside the file that a usage map names.
 struct CheckedMap {
-    std::vector<PageNumber> pages;  ///< ascending
+    std::vector<PageNumber> pages;  ///< in ascending order
 
     bool contains(PageNumber page) const { return std::binary_search(pages.begin(), pages.end(), page); }
 };
 
-/// Who owns which page: the checker's ledger. Each page can be claimed once; in the end it is held against the map
-/// of free pages.
+/// Records which page belongs to whom. Each page can be claimed once. At the end the record is compared with the map of
+/// free pages.
 class PageOwners {
 public:
     using Owner = std::uint32_t;
 
-    /// Both must outlive the ledger.
+    /// Source and findings must outlive this object.
     PageOwners(PageSource& source, Findings& findings);
 
     Owner addOwner(base::Text name);
 
-    /// @return false, with a fault, if the file has no such page or somebody owns it already
+    /// @return false, with a fault, if the file does not have the page or the page has an owner already
     bool claim(PageNumber page, Owner owner, const Place& place);
 
     /// Reads a usage map, and claims the page of its row and its bitmap pages.
-    /// @return nothing, with a fault, if it cannot be read or serves somebody else
+    /// @return nothing, with a fault, if the map cannot be read or already belongs to another owner
     std::optional<CheckedMap> readMap(RowPointer row, const Place& place);
 
-    /// The map of pages with room must keep to the map of owned pages.
+    /// Checks the map of pages with room. It must not name pages that the map of owned pages lacks.
     /// @return the map, if it can be read
     std::optional<CheckedMap> checkFreeMap(RowPointer row, const CheckedMap& owned, const Place& place);
 
-    /// Claims nothing further: compares the ledger with the map of free pages.
-    /// @return pages that nobody owns and the map does not call free
+    /// Compares the claimed pages with the map of free pages. To be called after all claims.
+    /// @return the pages that have no owner, although the map does not call them free
     std::vector<PageNumber> checkFreePages(RowPointer freeMap);
 
-    /// Whether a structure that was read so far has its map there.
+    /// Whether one of the structures read so far has its map there.
     bool isMapInUse(RowPointer row) const { return mapRows_.contains(row.packed()); }
 
 private:
@@ -54,12 +54,12 @@ private:
     PageSource& source_;
     Findings& findings_;
     std::vector<base::Text> names_;
-    std::vector<Owner> owners_;  ///< by page; 0 = nobody
+    std::vector<Owner> owners_;  ///< by page; 0 = no owner
     std::unordered_set<std::uint32_t> mapRows_;
     Owner mapOwner_;
 };
 
-/// The free-bytes field of a data page, which every writer keeps exact.
+/// Checks the field for free bytes on a data page. Every writer keeps it exact.
 void checkFreeBytes(const DataPage& page, Findings& findings, const Place& place);
 
 }  // namespace jet

@@ -77,7 +77,7 @@ private:
         return found == all.end() ? nullptr : &*found;
     }
 
-    /// A pair of records must name each other and agree.
+    /// Two records that form a pair must name each other and agree.
     void checkIndex(const CheckedTable& table, const LogicalIndex& index) {
         const Place at = Place::ofTable(table.name).withIndex(index.name).onPage(table.definition.page);
         const CheckedTable* other = tableOn(index.partnerTable);
@@ -118,7 +118,8 @@ private:
         const CheckedTable* table = tableNamed(relationship.table);
         const CheckedTable* referenced = tableNamed(relationship.referencedTable);
         if (table == nullptr || referenced == nullptr) {
-            // What enforces a relationship stands in the tables' definitions; those of linked tables lie elsewhere.
+            // A relationship is enforced by the definitions of its tables. The definition of a linked table is in
+            // another file.
             findings_.note(at, subject + u"nennt eine Tabelle, die nicht in dieser Datei liegt.");
             return;
         }
@@ -155,7 +156,7 @@ private:
     void checkColumns(const Relationship& relationship, const CheckedTable& table, const LogicalIndex& index,
                       const CheckedTable& referenced, const Place& at, const base::Text& subject) {
         const LogicalIndex* partner = partnerOf(referenced, index);
-        if (partner == nullptr) return;  // reported with the index
+        if (partner == nullptr) return;  // reported when the index is checked
         const auto columns = columnsOf(table, index);
         const auto referencedColumns = columnsOf(referenced, *partner);
         if (columns.size() != referencedColumns.size()) return;

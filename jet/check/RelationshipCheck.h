@@ -15,14 +15,14 @@ struct Relationship {
 
     base::Text name;
     std::uint32_t flags = 0;
-    base::Text table;  ///< the referencing one
+    base::Text table;  ///< the referencing table
     base::Text referencedTable;
     std::vector<base::Text> columns;
-    std::vector<base::Text> referencedColumns;  ///< pair by pair
+    std::vector<base::Text> referencedColumns;  ///< in pairs with the columns above
 };
 
-/// Checks relationships: each side's index names the other one, and what enforces a relationship is what
-/// MSysRelationships says of it, in both directions.
+/// Checks relationships: the index of each side must name that of the other side, and the enforcing records must agree
+/// with MSysRelationships, in both directions.
 void checkRelationships(const CheckContext& context, const std::vector<CatalogEntry>& entries,
                         const std::vector<CheckedTable>& tables);
 

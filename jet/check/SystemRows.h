@@ -9,7 +9,7 @@
 
 namespace jet {
 
-/// A row of a system table, asked by column name; nothing where the value is null, damaged or of another type.
+/// A row of a system table, read by column names. A value that is null, damaged or of another type gives nothing.
 class SystemRow {
 public:
     SystemRow(const Table& table, RowPointer pointer, const RowView& view)
@@ -42,7 +42,7 @@ private:
     const RowView& view_;
 };
 
-/// Calls visit(SystemRow) for each row that can be read. Damage is passed over: the table itself is checked elsewhere.
+/// Calls visit(SystemRow) for each readable row. Damage is ignored here, because the table itself is checked elsewhere.
 template <typename Visit>
 void eachSystemRow(PageSource& source, const CatalogEntry& entry, Visit&& visit) {
     passingOverDamage([&] {

@@ -13,7 +13,7 @@
 namespace jet {
 namespace {
 
-/// A damaged definition may claim thousands of trees; the format has 32.
+/// A damaged definition may claim to have thousands of trees. The format allows 32.
 constexpr std::size_t kMaxIndexes = 255;
 constexpr std::uint16_t kColumnProperties = 1;  ///< PropertyOwner::kind
 
@@ -109,7 +109,7 @@ private:
             findings_.guard(place_.atRow(row.place()), [&] { checkValue(row, column); });
     }
 
-    /// The bits behind the last column are clear in all rows.
+    /// In all rows the bits after the last column are 0.
     void checkNullMask(const RowView& row) {
         const unsigned columns = base::ByteView{row.bytes()}.u16(0);
         if (columns % 8 != 0 && (row.bytes().back() >> (columns % 8)) != 0) {
@@ -140,7 +140,7 @@ private:
             u"Der Wert hat " + countText(bytes) + u" Bytes, erlaubt sind " + countText(column.lengthBytes) + u".");
     }
 
-    /// Other writers leave data of moved rows behind; where the table counts more rows than it has, one of them was
+    /// Other writers leave data of moved rows. But if the table counts more rows than were found, some of this data was
     /// a row.
     void checkHiddenRows() {
         for (const RowPointer row : hidden_) {
@@ -167,7 +167,7 @@ private:
         }
     }
 
-    /// A name that was changed leaves the properties of the old one, and a column without any.
+    /// If a name was damaged, there are properties of the old name and a column without properties.
     void checkProperties(const PropertyBlob& properties) {
         const auto hasColumn = [&](const PropertyOwner& owner) {
             return owner.kind != kColumnProperties || definition_.column(owner.name) != nullptr;
@@ -213,7 +213,7 @@ std::optional<CheckedTable> checkTable(const CheckContext& context, const Catalo
         isOwn = context.owners.claim(page, owner, place) && isOwn;
     if (!isOwn) return std::nullopt;
     checkDefinition(context, checked->definition, place);
-    // The table reads its map of owned pages; that it cannot is told with the map.
+    // If the map of owned pages cannot be read, the table cannot either. That is reported with the map.
     std::optional<Table> table;
     passingOverDamage([&] { table.emplace(context.source, entry); });
     if (table)

@@ -9,7 +9,7 @@
 
 namespace jet {
 
-/// What all parts of the checker work with.
+/// The data that all parts of the checker share.
 struct CheckContext {
     PageSource& source;
     Findings& findings;
@@ -22,12 +22,12 @@ struct CheckedTable {
     TableDefinition definition;
     std::size_t rowCount = 0;  ///< rows found
 
-    /// A count may be out of date; with a sign of a lost row beside it, it is none.
+    /// A row count may be out of date. Only together with a sign of a lost row is it a fault.
     bool countsMoreThanFound() const { return definition.rowCount > rowCount; }
 };
 
-/// Checks a table with all that belongs to it: definition, maps, data pages, rows, long values, indexes.
-/// @return nothing if its definition cannot be read
+/// Checks a table with everything that belongs to it: definition, maps, data pages, rows, long values, indexes.
+/// @return nothing if the definition cannot be read
 std::optional<CheckedTable> checkTable(const CheckContext& context, const CatalogEntry& entry);
 
 }  // namespace jet

@@ -8,15 +8,15 @@
 
 namespace jet {
 
-/// The live rows of a table as the checker goes over them again and again: damaged ones, reported once, are passed
-/// over. Every slot has a number from 0, so that what is known of the rows fits into plain arrays.
+/// The live rows of a table. The checker goes over them several times; damaged rows are reported once and then skipped.
+/// Every slot has a number, counted from 0, so that facts about rows fit into plain arrays.
 class TableRows {
 public:
     explicit TableRows(const Table& table) : table_(table) {}
 
     const Table& table() const { return table_; }
 
-    /// Takes in a sound data page; in ascending order.
+    /// Adds a sound data page. Pages must be added in ascending order.
     void addPage(PageNumber page, std::size_t slotCount) {
         pages_.push_back({page, slotCount_});
         slotCount_ += slotCount;
@@ -27,7 +27,7 @@ public:
     std::optional<std::size_t> slotNumber(RowPointer row) const;
     RowPointer rowAt(std::size_t slotNumber) const;
 
-    /// Calls visit(slot number, pointer, view) for each live row; view is null where the row cannot be read.
+    /// Calls visit(slot number, pointer, view) for each live row. The view is null if the row cannot be read.
     template <typename Visit>
     void each(Visit&& visit) const {
         for (const Page& known : pages_) {
