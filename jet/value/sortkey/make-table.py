@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Makes SortKeyTable.inc, the weights of all UTF-16 units, from weights.txt.
+"""Makes SortKeyTable.inc, the table of the weights of all UTF-16 units, from weights.txt.
 
     make-table.py            writes the table beside this script
-    make-table.py --check    exit code 1 if the table there is not the one that would be written
+    make-table.py --check    exit code 1 if the existing table differs from the one that would be written
 """
 
 import os
@@ -123,7 +123,7 @@ def rows(cells):
 
 def text_of(table):
     ranges = ["{0x%04X, 0x%X, %d, 0x%02X}" % r for r in table.ranges]
-    # For each 256 units the range that holds the first of them.
+    # For each block of 256 units: the range of its first unit.
     pages, at = [], 0
     for page in range(256):
         while at + 1 < len(table.ranges) and table.ranges[at + 1][0] <= page * 256:
