@@ -26,7 +26,7 @@
 ///     CrashSweep.EveryCutLeavesTheOldFileOrTheNewOne
 ///  2. The journal is deleted only after all pages are on the disk. After a failed flush, memory may hold bytes that
 ///     are not on the disk. So recovery writes every page once more before it flushes.
-///     FailingMachine.PutsOnTheDiskWhatTheNextOneSees
+///     FailingMachine.TheNextOpenerFlushesWhatItSees
 ///  3. A commit that has returned is permanent, even if the deletion of its journal is lost: a left journal whose pages
 ///     are all new in the file is dropped, not applied.   CrashSweep.AnAcknowledgedCommitStays
 ///  4. A left journal is applied only if every page that it names is old, new or torn in the file, if the file's length
@@ -36,7 +36,7 @@
 ///  6. A journal of another file, or a file that is not a journal, is never applied.
 ///     LeftJournal.OfAnotherFileIsNeverApplied
 ///  7. If 4, 5 or 6 refuses, nothing is changed: neither the file nor the journal.   The same three tests
-///  8. A rollback that is interrupted can be repeated.   CrashSweep.ARollbackCanBeCutToo
+///  8. A rollback that is interrupted can be repeated.   CrashSweep.AnInterruptedRollbackCanBeRepeated
 ///  9. If a write fails while its program goes on, the file is the old one again, or the journal stays for the next
 ///     opener.   FailingMachine.LeavesTheOldFileAndSaysWhy
 ///

@@ -44,7 +44,7 @@ protected:
         rows.Fields().Item(field).setValue(value);
     }
 
-    /// "1 Müller|2 Meier|", as the file has it now.
+    /// "1 Müller|2 Meier|": the names that the file has now.
     std::string names() {
         std::string all;
         for (auto rows = open(u"ORDER BY Nr"); !rows->isEOF(); rows->MoveNext()) {
@@ -140,7 +140,7 @@ TEST_F(Embedded, AChangedRowShowsInItsOwnRecordSetAndInLaterOnesOnly) {
     EXPECT_EQ(rows->RecordCount(), 2);
     before->MoveNext();
     EXPECT_EQ(get(*before, u"Name"), Value(Text(u"Müller")));
-    // Once more, against the row as it has stored it itself.
+    // Once more: the record set compares the row with what it has just stored.
     set(*rows, u"Notiz", Text(u"kurz"));
     rows->MoveNext();
     EXPECT_TRUE(rows->isEOF());
@@ -181,7 +181,7 @@ TEST_F(Embedded, WhatCannotBeWrittenIsRefusedAtAddNew) {
     }
     EXPECT_EQ(machine.file(), before);
     EXPECT_EQ(machine.journal(), std::nullopt);
-    // Nothing is pending, and reading goes on.
+    // Nothing is pending, and reading still works.
     EXPECT_EQ(get(*rows, u"Nr"), Value(1));
     rows->Close();
 }

@@ -28,7 +28,7 @@ TEST(FullFile, RefusesWhatItHasNoPageForBeforeTheFirstWrite) {
     constexpr std::uint64_t kLongest = std::uint64_t{kMaxPages} * kPageSize;
     test::SparseFile file(notes(), kLongest - 50 * kPageSize);
     Database database = Database::open(file.storage(), {}, LeftJournalRule::RollBack);
-    // Each note takes twenty pages. The map of a fresh file offers some hundred, then the file grows.
+    // Each note takes twenty pages. The map of a new file has a few hundred free pages, then the file grows.
     const Text insert = u"INSERT INTO Notizen (Text) VALUES ('" + Text(40'000, u'Ω') + u"')";
     int added = 0;
     std::string refusal;
@@ -45,7 +45,7 @@ TEST(FullFile, RefusesWhatItHasNoPageForBeforeTheFirstWrite) {
     }
     EXPECT_GT(file.sizeBytes(), kLongest - 50 * kPageSize);
     EXPECT_EQ(refusal, "-2147467259: Ungültiges Argument.");
-    // What needs no further page goes on, and what was freed is used again.
+    // Statements that need no new page still work, and freed pages are used again.
     EXPECT_EQ(sql::execute(database, u"INSERT INTO Notizen (Text) VALUES ('kurz')"), 1);
     EXPECT_EQ(sql::execute(database, u"DELETE FROM Notizen WHERE Nr = 1"), 1);
     EXPECT_EQ(sql::execute(database, insert), 1);

@@ -23,7 +23,7 @@ namespace {
 using base::Text;
 using base::Value;
 
-using Row = std::vector<Value>;  ///< by the place of the column in the definition
+using Row = std::vector<Value>;  ///< by the position of the column in the definition
 using Rows = std::map<std::int32_t, Row>;
 using Changes = std::map<std::size_t, Value>;
 using Numbers = std::vector<std::int32_t>;
@@ -36,7 +36,7 @@ bool isLess(const Value& a, const Value& b) {
             using Held = std::decay_t<decltype(left)>;
             const auto& right = std::get<Held>(b);
             if constexpr (std::is_same_v<Held, bool>)
-                return left && !right;  // as -1 and 0
+                return left && !right;  // true is -1, false is 0
             else if constexpr (std::is_arithmetic_v<Held> || std::is_same_v<Held, base::Bytes>)
                 return left < right;
             else if constexpr (std::is_same_v<Held, Text>)
@@ -58,7 +58,7 @@ bool isLess(const Value& a, const Value& b) {
         a);
 }
 
-/// A table at work, and beside it what it must hold. Its rows have an auto number.
+/// A table to work on, and its expected rows. Its rows have an auto number.
 class RandomWork {
 public:
     RandomWork(const base::Bytes& file, Text table, test::Writers writers, std::uint32_t seed)
@@ -111,7 +111,7 @@ public:
         EXPECT_EQ(test::faultsIn(machine_.file(), jet::kSeedPassword, writers_), "");
     }
 
-    /// No page of a row or of a long value outlives them.
+    /// When all rows are deleted, no page of a row or of a long value remains.
     void clear() {
         connection_->Execute(u"DELETE FROM [" + name_ + u"]");
         EXPECT_EQ(test::faultsIn(machine_.file(), jet::kSeedPassword), "");
@@ -167,7 +167,7 @@ private:
 
     std::size_t somePlace() { return values_.below(definition_.columns.size()); }
 
-    /// @param inStatement  the value is to have a form in statements: neither bytes nor a negative zero
+    /// @param inStatement  true: the value must have a form in statements, so neither bytes nor a negative zero
     Value someValue(std::size_t place, bool inStatement) {
         while (true) {
             Value value = values_.value(column(place));
@@ -194,7 +194,7 @@ private:
         return row;
     }
 
-    /// Whether the table's rules take the row, which is or will be one of `rows`.
+    /// Whether the table's rules accept the row, which is or will be one of `rows`.
     bool isPermitted(const Row& row, const Rows& rows) const {
         for (std::size_t place = 0; place < row.size(); ++place)
             if (base::isNull(row[place]) && properties_.isRequired(column(place).name)) return false;
@@ -208,7 +208,7 @@ private:
         });
     }
 
-    /// @return nothing if a part is null
+    /// @return nothing if a part of the key is null
     std::optional<base::Bytes> keyOf(const Row& row, const jet::IndexDefinition& index) const {
         base::Bytes key;
         for (const jet::IndexColumn& part : index.columns) {
@@ -219,7 +219,7 @@ private:
         return key;
     }
 
-    /// Does the work, and takes over what it must end in, if the rules permit that.
+    /// Runs `work`. If the rules permit it, `after` becomes the expected state.
     void attempt(const Rows& after, const Numbers& changed, const auto& work) {
         const bool permitted =
             std::ranges::all_of(changed, [&](std::int32_t number) { return isPermitted(after.at(number), after); });
@@ -233,7 +233,7 @@ private:
         if (permitted) expected_ = after;
     }
 
-    /// A GUID may also stand as a text.
+    /// A GUID may also be written as a text.
     Text literal(const Value& value) {
         Text form = *test::literalOf(value);
         if (!std::holds_alternative<base::Guid>(value) || values_.below(2) == 0) return form;
@@ -245,7 +245,7 @@ private:
     }
     Text isNumber(std::int32_t number) const { return u"WHERE " + nameOf(key_) + u" = " + base::decimal(number); }
 
-    /// A new row whose number is taken, whatever becomes of it.
+    /// Begins a new row. Its number is used up, even if the row is not added.
     std::unique_ptr<ado::Recordset> started() {
         auto rows = open(isNumber(0));
         rows->AddNew();
@@ -294,7 +294,7 @@ private:
         attempt(after, {chosen->first}, [&] { assign(*rows, changes); });
     }
 
-    /// @param further  numbers behind the first one that are changed too
+    /// @param further  how many of the following numbers are changed, too
     void update(std::uint32_t further) {
         const std::int32_t first = someRow()->first;
         const std::int32_t last = first + static_cast<std::int32_t>(further);
@@ -323,12 +323,12 @@ private:
                                  base::decimal(first->first) + u" AND " + nameOf(key_) + u" <= " + base::decimal(end));
             expected_.erase(first, expected_.upper_bound(end));
         } catch (const base::RuntimeError& error) {
-            // Rows of other tables of the file refer to one of them: then all stay.
+            // Rows of other tables in the file refer to one of these rows. Then none of them is deleted.
             if (error.description().find(u"in Beziehung stehende") == Text::npos) throw;
         }
     }
 
-    /// An index finds what a walk over all rows finds.
+    /// An index must find the same rows as a scan of the table.
     void search() {
         const std::size_t place = somePlace();
         const auto chosen = someRow();
@@ -367,7 +367,7 @@ private:
     Text name_;
     jet::TableDefinition definition_;
     jet::PropertyBlob properties_;
-    std::size_t key_ = 0;  ///< place of the auto number
+    std::size_t key_ = 0;  ///< position of the auto number column
     Rows expected_;
     Row defaults_;
     std::int32_t lastNumber_ = 0;
@@ -393,8 +393,8 @@ std::vector<TableFile> tableFiles() {
     return all;
 }
 
-/// TOLV_OPERATIONS and TOLV_RANDOM_SEED make longer runs, and the same ones again.
-TEST(RandomWork, EndsWhereAMapEndsInASoundFile) {
+/// TOLV_OPERATIONS gives longer runs, TOLV_RANDOM_SEED repeats a run.
+TEST(RandomWork, GivesTheExpectedRowsInASoundFile) {
     constexpr std::uint32_t kBatch = 100;
     const std::uint32_t operations = test::environmentNumber("TOLV_OPERATIONS", 400);
     const std::uint32_t seed = test::environmentNumber("TOLV_RANDOM_SEED", std::random_device{}());

@@ -23,8 +23,8 @@ using test::Machine;
 
 constexpr std::int32_t kAccounts = 120;
 
-/// Accounts with a long name each, whose index has several leaves, and memos of every kind; beside them sessions, which
-/// go with their account.
+/// Accounts with long names, whose index has several leaves, and with memos of every kind. Sessions, too: they are
+/// deleted together with their account.
 base::Bytes accountFile() {
     using jet::ColumnType;
     constexpr std::uint8_t kKey = jet::IndexDefinition::kUnique | jet::IndexDefinition::kRequired;
@@ -52,7 +52,7 @@ base::Bytes accountFile() {
     return store.file();
 }
 
-/// One or more transactions on an open connection; tells when each has been acknowledged.
+/// One or more transactions on an open connection. Tells when each of them has been committed.
 struct Work {
     const char* name;
     std::function<void(ado::Connection&, const std::function<void()>& acknowledged)> run;
@@ -108,7 +108,7 @@ const std::vector<Work>& works() {
 }
 
 /// Does the work on this machine.
-/// @return how many of its transactions were acknowledged before the machine failed
+/// @return how many of its transactions were committed before the machine failed
 std::size_t workOn(
     const Machine& machine, const Work& work, const std::function<void()>& acknowledged = [] {}) {
     std::size_t count = 0;
@@ -127,8 +127,8 @@ std::size_t workOn(
     return count;
 }
 
-/// Each work, by turns on a plain and an encoded file.
-/// @param step  told the file before the work and after each of its transactions, all of them sound
+/// Each work, alternately on a plain and an encoded file.
+/// @param step  gets the file before the work and after each of its transactions, all of them sound
 void forEachWork(const std::function<void(const Work&, const std::vector<base::Bytes>& states)>& step) {
     const base::Bytes plain = accountFile();
     const base::Bytes encoded = test::encoded(plain, 0xA1B2C3D4U);
@@ -148,8 +148,9 @@ void forEachWork(const std::function<void(const Work&, const std::vector<base::B
     }
 }
 
-/// What lies on the disk afterwards is the file before or after the transaction that was cut, byte for byte, and all
-/// that was acknowledged before. TOLV_CRASH_TRIES lets the disk's choice be left to chance more often.
+/// Afterwards the disk has the file from before or after the interrupted transaction, byte for byte, and all
+/// transactions that were committed before. With TOLV_CRASH_TRIES the random choice of what reaches the disk is
+/// repeated more often.
 TEST(StatementCrash, EveryCutLeavesWhatWasBeforeOrAfterItsTransaction) {
     const std::uint32_t tries = test::environmentNumber("TOLV_CRASH_TRIES", 2);
     std::size_t cuts = 0, disks = 0;
@@ -178,7 +179,7 @@ TEST(StatementCrash, EveryCutLeavesWhatWasBeforeOrAfterItsTransaction) {
     std::cout << cuts << " cuts, " << disks << " disks\n";
 }
 
-/// A device that fails once leaves a file on which the same work succeeds.
+/// A device fails once. Afterwards the same work succeeds on the file.
 TEST(StatementCrash, AfterAFailureTheWorkCanBeDoneAgain) {
     forEachWork([](const Work& work, const std::vector<base::Bytes>& states) {
         bool isPast = false;

@@ -33,7 +33,7 @@ RowPointer rowNumber(FileAtHand& file, base::TextView tableName, std::size_t num
     return cursor.row().pointer;
 }
 
-/// Where the bytes of a column lie in the file.
+/// The bytes of a column, in place in the file.
 std::span<std::uint8_t> stored(FileAtHand& file, base::TextView tableName, RowPointer pointer, base::TextView column) {
     const Table table = *openTable(file, tableName);
     const Row row = table.rowAt(pointer);
@@ -57,7 +57,7 @@ const IndexDefinition& indexNamed(const TableDefinition& definition, base::TextV
                          [&](const IndexDefinition& index) { return index.name == name; });
 }
 
-/// Of an index of the account table; the one of the names is a node.
+/// The root of an index of the account table. For the index of names this is a node.
 PageNumber rootOf(FileAtHand& file, base::TextView index) {
     return indexNamed(definitionOf(file, u"Konten"), index).rootPage;
 }
@@ -77,7 +77,7 @@ void flipMapBit(FileAtHand& file, RowPointer map, PageNumber page) {
     row[5 + bit / 8] ^= static_cast<std::uint8_t>(1U << (bit % 8));
 }
 
-/// Flips bits in a row of the account table, from its end if the offset is negative.
+/// Flips bits in a row of the account table. A negative offset counts from the end of the row.
 std::function<base::Text(FileAtHand&)> inRow(std::ptrdiff_t offset, std::uint8_t bits) {
     return [=](FileAtHand& file) {
         const RowPointer row = rowNumber(file, u"Konten", 7);
@@ -96,7 +96,7 @@ std::function<base::Text(FileAtHand&)> inHeader(std::size_t offset, std::uint8_t
     };
 }
 
-/// Changes the reference of a memo.
+/// Flips bits in the reference of a memo.
 std::function<base::Text(FileAtHand&)> inMemo(std::size_t row, std::size_t offset, std::uint8_t bits) {
     return [=](FileAtHand& file) {
         const RowPointer pointer = rowNumber(file, u"Konten", row);

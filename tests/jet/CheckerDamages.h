@@ -9,7 +9,7 @@
 
 namespace jet {
 
-/// A file in memory, to be read by the engine and changed byte by byte.
+/// A file in memory. The engine reads it, and the test changes it byte by byte.
 class FileAtHand : public PageSource {
 public:
     explicit FileAtHand(base::Bytes file) : bytes(std::move(file)) {}
@@ -24,17 +24,17 @@ public:
     base::Bytes bytes;
 };
 
-/// Something done to a sound file, and what the checker must then say.
+/// Damage to a sound file, and what the checker must report.
 struct Damage {
     std::string name;
-    std::function<base::Text(FileAtHand&)> apply;  ///< returns a part of the finding that is wanted
+    std::function<base::Text(FileAtHand&)> apply;  ///< returns a part of the expected finding
 };
 
-/// A sound file with an account table (its name index has several leaves; memos of all kinds), and a second table with
-/// a moved row.
+/// A sound file with two tables. The account table has an index of names with several leaves, and memos of all kinds.
+/// The second table has a moved row.
 base::Bytes fileToDamage();
 
-/// For each structure of the format at least two.
+/// At least two damages for each structure of the format.
 std::vector<Damage> damages();
 
 }  // namespace jet

@@ -26,7 +26,7 @@ TableDesign accounts() {
                         {.name = u"Merkmal", .columns = {{u"Merkmal"}}, .flags = IndexDefinition::kIgnoreNulls}}};
 }
 
-/// Memos by row: none, in the row, in one row, in a chain of three, and so on.
+/// The memo of row i: none, in the row, in one row of a page, in a chain of three parts, and so on.
 base::Value memoOf(std::int32_t i) {
     constexpr std::size_t kUnits[] = {0, 20, 300, 10000, 200};
     if (i == 0 || i >= static_cast<std::int32_t>(std::size(kUnits))) return base::Null{};
@@ -60,7 +60,7 @@ Creator::RowFeed secondRows() {
     };
 }
 
-/// Puts a row's data elsewhere, as a row that has grown is put.
+/// Moves a row's data to another page, as for a row that has grown.
 void moveRow(FileAtHand& file) {
     const PageNumber page = *openTable(file, u"Zweite")->ownedPages().next(0);
     const auto bytes = DataPage(file.page(page)).slot(kMovedSlot).bytes;

@@ -12,17 +12,17 @@
 namespace jet {
 namespace {
 
-/// Bytes of a page that are in use.
+/// The bytes of a page that are in use.
 struct Area {
     PageNumber page;
     std::size_t from;
     std::size_t to;
-    base::Text owner;           ///< table
-    std::uint8_t bits = 0xFF;   ///< that may be changed
-    bool isNoteEnough = false;  ///< for what leads to the right places yet
+    base::Text owner;           ///< name of the table
+    std::uint8_t bits = 0xFF;   ///< the bits that may be changed
+    bool isNoteEnough = false;  ///< where searches still find everything after a change
 };
 
-/// What somebody sees of a table who asks for all of it, but for values and the columns' order.
+/// What a program that reads a whole table sees of it, except for the values and the order of the columns.
 struct Answer {
     bool isError = false;
     std::set<base::Bytes> columns;
@@ -60,13 +60,13 @@ Area rowArea(FileAtHand& file, RowPointer row, const base::Text& owner) {
     return {row.page, from, from + bytes.size(), owner};
 }
 
-/// The head of a data page but for the stamp.
+/// The header of a data page without the stamp.
 void addHead(std::vector<Area>& areas, PageNumber page, std::size_t slots, const base::Text& owner) {
     areas.push_back({page, 0, 8, owner});
     areas.push_back({page, kSlotCountOffset, slotPlace(slots), owner});
 }
 
-/// A map, the head of the page on which it lies, and the heads of the pages that it names.
+/// A map, the header of its page, and the headers of the pages that it names.
 void addMap(std::vector<Area>& areas, FileAtHand& file, RowPointer map, const base::Text& owner) {
     const auto pages = pagesOf(UsageMap::read(file, map));
     if (!pages.empty()) areas.push_back(rowArea(file, map, owner));
@@ -76,7 +76,7 @@ void addMap(std::vector<Area>& areas, FileAtHand& file, RowPointer map, const ba
             addHead(areas, page, DataPage(file.page(page)).slotCount(), owner);
 }
 
-/// All of the catalog's pages and the definitions.
+/// The pages of the catalog and of all definitions.
 std::vector<Area> catalogAndDefinitions(FileAtHand& file) {
     std::vector<Area> areas;
     const Catalog catalog(file);
@@ -91,7 +91,7 @@ std::vector<Area> catalogAndDefinitions(FileAtHand& file) {
     return areas;
 }
 
-/// Every change of them is a fault: the fields of a definition that say where something is.
+/// The fields of a definition that say where something is. Every change of them is a fault.
 void addPlaces(std::vector<Area>& areas, const Area& whole, const TableDefinition& definition) {
     const auto add = [&](std::size_t from, std::size_t to, std::uint8_t bits = 0xFF) {
         areas.push_back({whole.page, from, to, whole.owner, bits});
@@ -111,7 +111,7 @@ void addPlaces(std::vector<Area>& areas, const Area& whole, const TableDefinitio
     for (const LogicalIndex& index : definition.logicalIndexes) {
         const bool isSide = index.kind == LogicalIndex::Kind::ForeignKey;
         add(at, at + (isSide ? 24 : 4));
-        // What the sides of a relationship share keeps its name when one of them leaves it.
+        // A tree that a relationship shares with an index keeps its name even if one of them no longer refers to it.
         if (!isSide && index.kind != LogicalIndex::Kind::PrimaryKey) add(at + 8, at + 13);
         at += LogicalIndex::kBytes;
     }
@@ -128,7 +128,7 @@ void addIndexPages(std::vector<Area>& areas, FileAtHand& file, const TableDefini
             const IndexPage entries(file.page(page), definition.page);
             const bool isLeaf = entries.isLeaf();
             areas.push_back({page, 0, 8, owner});
-            // One entry alone has no use for a prefix.
+            // A single entry needs no prefix.
             areas.push_back({page, isLeaf ? 12U : 20U, entries.size() < 2 ? 24U : 26U, owner});
             areas.push_back({page, 27, 480U + 3616U - file.u16(page, 2), owner, 0xFF, !isLeaf});
         }
@@ -151,7 +151,7 @@ std::vector<Area> placesAndIndexes(FileAtHand& file) {
 
 class CheckerSweep : public testing::Test {
 protected:
-    /// Changes bytes of the areas, one at a time and at random: TOLV_SWEEP * samples, or all in all ways if it is 0.
+    /// Changes single bytes of the areas at random: TOLV_SWEEP * samples times, or every byte in every way if it is 0.
     template <typename Visit>
     void sweep(const std::vector<Area>& areas, std::size_t samples, Visit&& visit) {
         samples *= test::environmentNumber("TOLV_SWEEP", 1);
@@ -218,11 +218,11 @@ TEST_F(CheckerSweep, WhateverChangesWhatATableShowsIsAFault) {
     EXPECT_GT(changed, 10U);
 }
 
-TEST_F(CheckerSweep, EveryPlaceAndEveryEntryIsBound) {
+TEST_F(CheckerSweep, EveryChangedPlaceOrIndexEntryIsReported) {
     sweep(placesAndIndexes(file_), 60, [&](const Area& area) { EXPECT_TRUE(isTold(area)); });
 }
 
-/// A map that has lost its pages, or names others.
+/// The map has lost pages, or names wrong ones.
 TEST_F(CheckerSweep, ADamagedMapDoesNotMakeATableShorter) {
     for (const base::TextView name : {u"Konten", u"Zweite", u"MSysObjects"}) {
         const base::TextView asked = name == u"Zweite" ? u"Zweite" : u"Konten";

@@ -35,7 +35,7 @@ TEST(Checker, FindsNothingInSoundFiles) {
     EXPECT_EQ(result.counts.tables, 6U);
     EXPECT_EQ(result.counts.longValues, 4U + 2U) << "memos, and the properties of two tables";
     for (const Seed& seed : seeds()) {
-        if (seed.name.find('.') != std::string::npos) continue;  // made by others
+        if (seed.name.find('.') != std::string::npos) continue;  // made by other programs
         FileAtHand other(seed.file);
         EXPECT_EQ(linesOf(check(other)), "") << seed.name;
     }
@@ -55,9 +55,9 @@ TEST(Checker, FindsEachDamageAndNamesItsPlace) {
     }
 }
 
-TEST(Checker, GoesOnBehindAFault) {
+TEST(Checker, GoesOnAfterAFault) {
     FileAtHand file(fileToDamage());
-    // Each lies in another structure.
+    // Each damage is in another structure.
     std::vector<base::Text> wanted;
     for (const Damage& damage : damages()) {
         if (damage.name == "a commit word of 0" || damage.name == "a separator that is too small" ||
@@ -71,19 +71,19 @@ TEST(Checker, GoesOnBehindAFault) {
         EXPECT_TRUE(hasFault(result, each)) << base::toUtf8(each) << "\n" << linesOf(result);
 }
 
-/// What other writers leave behind. Each is told, and none is a fault.
-TEST(Checker, TakesHarmlessOdditiesForNotes) {
+/// Known leftovers of other writers. Each is reported, and none is a fault.
+TEST(Checker, ReportsHarmlessOdditiesAsNotes) {
     FileAtHand file(fileToDamage());
     const PageNumber konten = openTable(file, u"Konten")->definition().page;
     base::putU32(file.at(konten), 16, 402);
-    base::putU32(file.at(konten), 20, 17);  // auto number
+    base::putU32(file.at(konten), 20, 17);  // last auto number
     base::putU32(file.at(3), 16, 1);        // row count of a system table
-    // The data of a moved row that nobody points to.
+    // The data of a moved row to which no row points.
     const PageNumber page = *openTable(file, u"Zweite")->ownedPages().next(0);
     const base::Bytes row(DataPage(file.page(page)).slot(0).bytes.begin(),
                           DataPage(file.page(page)).slot(0).bytes.end());
     appendRow(file.at(page), row, SlotState::Hidden);
-    // The map of free pages ends before page 8, and behind the first page that is used by nothing.
+    // The map of free pages begins only at page 8. It calls the last page used, although nothing uses it.
     file.bytes.resize(file.bytes.size() + kPageSize);
     const auto map = DataPage(file.page(1)).slot(0).bytes;
     const auto bits = file.bytes.begin() + (map.data() - file.bytes.data()) + 5;

@@ -13,8 +13,8 @@
 #include "jet/tree/IndexCursor.h"
 #include "tests/jet/Hex.h"
 
-/// Files that other programs wrote, in the folder TOLV_CORPUS: the keys that we would write must be the ones that
-/// are there, byte for byte.
+/// Files by other programs, in the folder TOLV_CORPUS: the keys that we would write must be equal to the stored ones,
+/// byte for byte.
 namespace jet {
 namespace {
 
@@ -51,7 +51,7 @@ void compareIndex(const std::string& file, const Table& table, const IndexDefini
     counts.entries += static_cast<int>(stored.size());
     ASSERT_EQ(stored.size(), expected.size()) << file << ", " << base::toUtf8(table.name() + u"." + index.name);
     for (std::size_t i = 0; i < stored.size(); ++i) {
-        // One key of that file was written by a library that counts an eszett as one letter.
+        // One key of that file was written by a library that treats an eszett as one letter.
         if (file == "testUnicodeCompV2003.mdb" && expected[i].second == RowPointer{55, 7}) continue;
         EXPECT_EQ(expected[i].second, stored[i].second) << file << ", " << base::toUtf8(table.name());
         EXPECT_EQ(toHex(expected[i].first), toHex(stored[i].first)) << file << ", " << base::toUtf8(table.name());

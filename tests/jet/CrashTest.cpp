@@ -13,7 +13,7 @@ namespace {
 using test::Loss;
 using test::Machine;
 
-/// What a transaction does to the file's pages.
+/// The changes that a transaction makes to the pages of the file.
 struct Pattern {
     const char* name;
     std::function<void(Transaction&)> change;
@@ -49,7 +49,7 @@ base::Bytes sampleBytes(std::uint32_t databaseKey) {
     return databaseKey == 0 ? test::sampleFile({}) : test::encoded(test::sampleFile({}), databaseKey);
 }
 
-/// @return whether the commit was acknowledged
+/// @return whether the commit returned without an error
 bool commitOn(const Machine& machine, const Pattern& pattern) {
     Database database = Database::open(machine.storage(), {}, LeftJournalRule::RollBack);
     Transaction transaction(database, WriteKind::Execute);
@@ -70,7 +70,7 @@ base::Bytes fileAfter(const base::Bytes& old, const Pattern& pattern) {
     return machine.file();
 }
 
-/// Each pattern on a plain and an encoded file, with its state before and after.
+/// Each pattern on a plain and an encoded file, with the bytes of the file before and after.
 void forEachPattern(const std::function<void(const Pattern&, const base::Bytes& old, const base::Bytes& fresh)>& step) {
     for (const std::uint32_t key : {0U, 0xA1B2C3D4U}) {
         for (const Pattern& pattern : patterns()) {
@@ -83,18 +83,18 @@ void forEachPattern(const std::function<void(const Pattern&, const base::Bytes& 
     }
 }
 
-/// The file when the machine is switched off now.
+/// The bytes of the file if the machine is switched off now.
 base::Bytes onDisk(const Machine& machine) {
     return machine.afterStop(Loss::All, 0).file();
 }
 
-/// How often the disk's choice is left to chance.
+/// How many times the random choice of what reaches the disk is repeated.
 int tries(Loss loss) {
     return loss == Loss::Some ? 25 : 1;
 }
 
-/// Stops the commit at every step and gives the machine as it starts again.
-/// @param step  told the machine and whether the commit had been acknowledged
+/// Stops the commit at every step, and passes on the machine as it starts again.
+/// @param step  gets the machine, and whether the commit had returned without an error
 void forEachStop(const Pattern& pattern, const base::Bytes& old,
                  const std::function<void(const Machine&, bool isAcknowledged)>& step) {
     bool isPast = false;
@@ -117,7 +117,7 @@ TEST(CrashSweep, EveryCutLeavesTheOldFileOrTheNewOne) {
     int refusals = 0;
     forEachPattern([&](const Pattern& pattern, const base::Bytes& old, const base::Bytes& fresh) {
         forEachStop(pattern, old, [&](const Machine& machine, bool) {
-            // Whoever only reads sees a whole file or none.
+            // A program that may only read sees a whole file or an error.
             try {
                 Database::open(machine.storage(), {}, LeftJournalRule::Refuse);
                 EXPECT_TRUE(machine.file() == old || machine.file() == fresh);
@@ -134,7 +134,7 @@ TEST(CrashSweep, EveryCutLeavesTheOldFileOrTheNewOne) {
     EXPECT_GT(refusals, 0);
 }
 
-/// Damages of one sector: a bit turned, the sector emptied, the rest cut off.
+/// Damages one sector: one bit is flipped, the sector is zeroed, or the file is cut off there.
 std::vector<base::Bytes> damagesAt(const base::Bytes& journal, std::size_t sector) {
     const auto begin = static_cast<std::ptrdiff_t>(sector * kSectorBytes);
     base::Bytes turned = journal, emptied = journal;
@@ -182,7 +182,7 @@ TEST(CrashSweep, AnAcknowledgedCommitStays) {
     EXPECT_GT(acknowledged, 0);
 }
 
-TEST(CrashSweep, ARollbackCanBeCutToo) {
+TEST(CrashSweep, AnInterruptedRollbackCanBeRepeated) {
     const Pattern& pattern = patterns().back();
     const base::Bytes old = sampleBytes(0);
     const base::Bytes fresh = fileAfter(old, pattern);
@@ -226,7 +226,7 @@ TEST(FailingMachine, LeavesTheOldFileAndSaysWhy) {
             EXPECT_TRUE(machine.file() == (isAcknowledged ? fresh : old));
             EXPECT_TRUE(onDisk(machine) == machine.file());
             machine.goOn();
-            // The next one finds nothing that hinders him.
+            // The next writer finds nothing in its way.
             EXPECT_TRUE(commitOn(machine, pattern));
             EXPECT_FALSE(machine.journal().has_value());
             EXPECT_TRUE(isAcknowledged || machine.file() == fresh);
@@ -234,8 +234,8 @@ TEST(FailingMachine, LeavesTheOldFileAndSaysWhy) {
     });
 }
 
-/// A step fails, and the program ends with it: the next one finds in memory what the disk may not have.
-TEST(FailingMachine, PutsOnTheDiskWhatTheNextOneSees) {
+/// A step fails, and the program ends. The next program may find bytes in memory that are not on the disk.
+TEST(FailingMachine, TheNextOpenerFlushesWhatItSees) {
     forEachPattern([](const Pattern& pattern, const base::Bytes& old, const base::Bytes& fresh) {
         bool isPast = false;
         for (int step = 1; !isPast; ++step) {

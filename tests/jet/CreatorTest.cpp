@@ -68,7 +68,7 @@ Rows everyTypeRows(std::size_t count) {
                                   base::Bytes(i * 211, byte),
                                   base::Guid{{byte, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15}},
                                   base::Text(u"Ł")};
-        // Every column but the number is null somewhere; a flag never is.
+        // Every column except the number is null in some rows. A flag is never null.
         if (i % 5 == 4) row[2 + i % 12] = base::Null{};
         rows.push_back(std::move(row));
     }
@@ -126,7 +126,7 @@ TEST(Creator, RefusesWhatWouldMakeAnUnsoundFile) {
     EXPECT_NO_THROW(fileWith(design, {{base::Text(u"Strasse")}, {base::Text(u"Straße 2")}}, u"zwanzig Zeichen lang"));
 }
 
-/// A flipped bit in an index may go unnoticed only if the walk still gives every row in the same order.
+/// A flipped bit in an index may stay unnoticed only if the walk still gives every row in the same order.
 TEST(Creator, NoFlippedBitOfAnIndexLosesARow) {
     TableDesign design;
     design.name = u"T";

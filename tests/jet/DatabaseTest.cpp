@@ -26,7 +26,7 @@ TEST(Database, OpensOnlyJet4FilesAndSaysSo) {
         EXPECT_EQ(errorOf([&] { open(file, kPassword); }),
                   "-2147467259: Nicht erkennbares Datenbankformat 'C:\\konten.mdb'.");
     };
-    // An older and two later formats, and signs of none at all.
+    // An older and two later formats, and bytes that are no database.
     for (const auto& [offset, value] : std::initializer_list<std::pair<std::size_t, std::uint8_t>>{
              {0x14, 0}, {0x14, 2}, {0x17, 1}, {0x05, 's'}, {0x13, ' '}, {0x00, 1}}) {
         base::Bytes changed = sound;
@@ -38,7 +38,7 @@ TEST(Database, OpensOnlyJet4FilesAndSaysSo) {
         expectRefused(file);
 }
 
-TEST(Database, WantsThePasswordToTheLetter) {
+TEST(Database, RequiresTheExactPassword) {
     for (const base::TextView wrong : {u"", u"geheim", u"Geheim ", u"Gehei", u"GeheimX"})
         EXPECT_EQ(errorOf([&] { open(test::sampleFile({}, base::Text(kPassword)), wrong); }),
                   "-2147217843: Kein zulässiges Kennwort.");
@@ -46,7 +46,7 @@ TEST(Database, WantsThePasswordToTheLetter) {
     EXPECT_EQ(errorOf([&] { open(test::sampleFile({}), u"irgendeins"); }), "no error");
 }
 
-/// A file of this test alone.
+/// Each test has its own file.
 class FileTest : public testing::Test {
 protected:
     FileTest() {

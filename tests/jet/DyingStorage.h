@@ -9,8 +9,8 @@
 
 namespace test {
 
-/// Real files, in a process that ends at a given step, as if it were killed: without giving anything back. A step is
-/// whatever changes something; a write gets as far as its first half.
+/// Real files. The process ends at a given step as if it were killed: it releases nothing. Everything that changes
+/// something is a step. A write at that step writes only its first half.
 class DyingStorage final : public jet::Storage {
 public:
     DyingStorage(std::unique_ptr<jet::Storage> storage, int lastStep)

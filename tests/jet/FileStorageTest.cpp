@@ -41,7 +41,7 @@ void store(const fs::path& path, const base::Bytes& bytes) {
     std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), std::ssize(bytes));
 }
 
-/// A file of this test alone, and programs that use it.
+/// Each test has its own file, and other programs that use it.
 class FileStorageTest : public testing::Test {
 protected:
     FileStorageTest() {
@@ -70,7 +70,7 @@ protected:
 
     OtherProcess start(const std::string& role, int number = 0) const { return {folder_, role, number}; }
 
-    /// One that holds what its role says until `release` ends it.
+    /// Starts a program that holds what its role says, until `release` ends it.
     OtherProcess startHolder(const std::string& role, int number = 0) const {
         OtherProcess holder = start(role, number);
         test::waitForMarker(folder_, "ready");
@@ -230,7 +230,7 @@ TEST_F(FileStorageTest, IsNotWrittenWhileTheOriginalEngineHasItOpen) {
     EXPECT_EQ(contents(lockFile), slots);
 }
 
-/// Whatever has a journal's name and is no ordinary file: it is refused, and neither followed nor replaced.
+/// Something that is not an ordinary file has the journal's name. It is refused, and neither followed nor replaced.
 TEST_F(FileStorageTest, IsNotWrittenWhereSomethingElseHasTheJournalsName) {
     const fs::path victim = folder_ / "fremd";
     store(victim, old_);
@@ -270,7 +270,7 @@ TEST_F(FileStorageTest, IsNotWrittenIfTheOriginalEngineOpensItWhileTheWriterWait
 
 #ifdef _WIN32
 
-/// A handle as another program would have it.
+/// A handle of another program.
 class Foreign {
 public:
     Foreign(const fs::path& path, int access, int share) : file_(_wsopen(path.c_str(), access | _O_BINARY, share)) {}
@@ -334,8 +334,8 @@ TEST_F(FileStorageTest, IsReadAsFarAsOtherProgramsLetIt) {
 
 constexpr fs::perms kWrite = fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
 
-/// For the administrator nothing is read-only, so an ordinary user tries, in another process.
-/// @return whether all came out as he expects
+/// Nothing is read-only for the administrator, so another process tries this as an ordinary user.
+/// @return whether everything ended as expected
 bool asOrdinaryUser(const std::function<bool()>& attempt) {
     const pid_t child = ::fork();
     if (child == 0) {
@@ -361,7 +361,7 @@ TEST_F(FileStorageTest, IsReadButNotWrittenWhereItMayNotBe) {
     EXPECT_FALSE(fs::exists(journal_));
 }
 
-/// Mode, owner and group of the file's journal if whoever runs this makes it.
+/// Mode, owner and group of the file's journal if the present user makes it.
 struct stat journalOf(const fs::path& file) {
     const auto storage = fileStorage(file.u16string());
     EXPECT_TRUE(storage->createJournal().io);
@@ -385,7 +385,7 @@ TEST_F(FileStorageTest, HasAJournalForThoseWhoMayUseTheFileAndNobodyElse) {
     ::umask(mask);
     if (!isAdministrator) return;
     fs::permissions(folder_, fs::perms::all);
-    // Another user's journal cannot have the file's group: those in it are anybody to the journal.
+    // A journal by another user cannot get the file's group. For the journal, members of that group are then "others".
     const auto isMadeWith = [this](mode_t mode) { return (journalOf(file_).st_mode & 0777U) == mode; };
     for (const auto& [mode, expected] : {std::pair(0666U, 0666U), {0606U, 0600U}, {0646U, 0644U}}) {
         fs::permissions(file_, static_cast<fs::perms>(mode));

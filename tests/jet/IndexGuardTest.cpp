@@ -13,7 +13,7 @@ namespace {
 const base::Text kLongText(255, u'ß');
 const base::Text kSurrogates = u"Smiley \U0001F600";
 
-/// Texts in an index of two columns, numbers in another one.
+/// Texts in an index of two columns, numbers in another index.
 test::SampleTable sampleTable(const std::vector<base::Value>& texts, bool indexesTexts) {
     test::SampleTable table;
     table.design.name = u"Probe";
@@ -43,7 +43,7 @@ struct Sample {
         ASSERT_TRUE(first ? cursor.first() : cursor.last());
         const PageNumber page = cursor.leafPage();
         IndexNode leaf(IndexPage(store.page(page), table.definition().page));
-        // Without the common beginning of the others, not all of them have room.
+        // Without their common prefix, not all of the other entries fit on the page.
         while (leaf.size() > 2)
             leaf.erase(1);
         const std::size_t at = first ? 0 : leaf.size() - 1;
@@ -53,7 +53,7 @@ struct Sample {
         leaf.write(store.change(page), table.definition().page, 0);
     }
 
-    /// The first row's key in an index of texts that the file does not have.
+    /// The first row's key in an index of texts that is not part of the file.
     IndexEntryKey textKey(std::uint8_t flags) {
         IndexDefinition texts;
         texts.name = u"ITexte";
@@ -84,7 +84,7 @@ TEST(IndexGuard, FindsForeignKeysAtBothEndsOfAnIndexOfTexts) {
         sample.forge(u"ITexte", first);
         const std::string error = errorOf([&] { requireOwnKeys(sample.table, sample.index(u"ITexte")); });
         EXPECT_NE(error.find("'ITexte'"), std::string::npos) << "first: " << first;
-        // The keys of numbers are certain: whoever forged them damaged the file, and the checker says so.
+        // The keys of numbers are certain. A wrong one is damage, which the checker reports.
         sample.forge(u"IZahl", first);
         EXPECT_NO_THROW(requireOwnKeys(sample.table, sample.index(u"IZahl")));
     }
@@ -95,7 +95,7 @@ TEST(IndexGuard, RefusesKeysThatAnIndexMustNotTake) {
     const struct {
         const char* what;
         base::Value text;
-        std::string error;  ///< part of it
+        std::string error;  ///< a part of the message
         std::uint8_t flags;
         bool hasEntry = true;
     } cases[] = {

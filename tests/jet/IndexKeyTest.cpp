@@ -35,7 +35,7 @@ TEST(IndexKey, EachTypeHasItsBytes) {
         {ColumnType::Long, base::Null{}, "00", "FF"},
         {ColumnType::Boolean, true, "7F 00", "80 FF"},
         {ColumnType::Boolean, false, "7F FF", "80 00"},
-        {ColumnType::Boolean, base::Null{}, "7F FF", "80 00"},  // a missing flag is no null
+        {ColumnType::Boolean, base::Null{}, "7F FF", "80 00"},  // a missing flag is not null
         {ColumnType::Byte, std::uint8_t{7}, "7F 07", "80 F8"},
         {ColumnType::Integer, std::int16_t{-2}, "7F 7F FE", "80 80 01"},
         {ColumnType::Long, std::int32_t{1}, "7F 80 00 00 01", "80 7F FF FF FE"},
@@ -48,7 +48,7 @@ TEST(IndexKey, EachTypeHasItsBytes) {
         {ColumnType::Text, base::Text(u"ü"), "7F 6F 01 13 00", "80 90 FE EC FF 00"},
         {ColumnType::Text, base::Text(), "7F 01 00", "80 FE FF 00"},
         {ColumnType::Binary, base::Bytes{1, 2}, "7F 01 02 00 00 00 00 00 00 02", "80 FE FD FF FF FF FF FF FF FD"},
-        // Eight bytes are one whole group; of two groups' counts only the last one is inverted.
+        // Eight bytes are one full group. With two groups, only the last count is inverted.
         {ColumnType::Binary, base::Bytes(8, 1), "7F 01 01 01 01 01 01 01 01 08", "80 FE FE FE FE FE FE FE FE F7"},
         {ColumnType::Guid, guid, "7F 12 34 56 78 9A BC DE F0 09 01 02 03 04 05 06 07 08 08",
          "80 ED CB A9 87 65 43 21 0F 09 FE FD FC FB FA F9 F8 F7 F7"},
@@ -95,7 +95,7 @@ TEST(IndexKey, ASearchIsAnsweredOnlyWhereTheKeyIsSure) {
         {base::Text(u"Müller"), ColumnType::Text, true},
         {base::Text{u'a', 0xD83D}, ColumnType::Text, false},
         {std::int32_t{1}, ColumnType::Text, false},
-        {0.0, ColumnType::Double, false},  // -0.0 is equal and has other bytes
+        {0.0, ColumnType::Double, false},  // -0.0 is equal but has other bytes
         {base::Text(u"a"), ColumnType::Memo, false},
     };
     for (const auto& c : cases)

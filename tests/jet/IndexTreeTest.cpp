@@ -18,15 +18,15 @@ namespace {
 
 constexpr PageNumber kTablePage = 2;
 
-/// An index in a file of its own, and what it must hold.
+/// An index in its own file, and its expected entries.
 struct Tree {
     base::Bytes file;
     TableDefinition table;
     IndexDefinition index;
     std::vector<PageNumber> pages;
-    std::map<base::Bytes, RowPointer> expected;  ///< by key; keys are all different
+    std::map<base::Bytes, RowPointer> expected;  ///< by key; all keys are different
 
-    /// @param keyBytes  length of the keys, hence how many fit on a page
+    /// @param keyBytes  length of the keys, which decides how many fit on a page
     Tree(std::size_t count, std::size_t keyBytes) {
         table.page = kTablePage;
         MemoryIo io;
@@ -36,7 +36,7 @@ struct Tree {
         index.rootPage = fresh.allocate();
         IndexEntries entries;
         for (std::size_t i = 0; i < count; ++i) {
-            // In the order of the numbers, but added in another one.
+            // The order of the numbers is the order of the keys, but they are added in another order.
             const std::size_t number = i * 7919 % count * 2 + 1;
             const RowPointer row{static_cast<PageNumber>(number + 3), static_cast<std::uint8_t>(number % 50)};
             entries.add(key(number, keyBytes), row);
@@ -143,7 +143,7 @@ TEST(IndexTree, ANodeWithoutTailIsReadToo) {
     for (std::size_t i = 0; i < root.size(); ++i)
         node.add(root.entry(i), root.child(i));
     const IndexPage lastLeaf(source.page(root.tail()), kTablePage);
-    // Its entry is not its last one: appending may leave it behind.
+    // The node names the first entry of the leaf, not the last. This happens when other writers append entries.
     node.add(lastLeaf.entry(0), root.tail());
     node.write(std::span(tree.file).subspan(root.number() * kPageSize, kPageSize), kTablePage, 1);
     EXPECT_EQ(walk(tree, true).size(), 40U);

@@ -28,7 +28,7 @@ base::Bytes emptyTable(bool isUnique) {
     return test::sampleFile({{design, {}}});
 }
 
-/// An index without a table's rows, and what it must hold. The writer does not ask what keys mean.
+/// An index without the rows of a table, and its expected entries. The writer does not look at the meaning of keys.
 class Tree {
 public:
     explicit Tree(bool isUnique)
@@ -58,7 +58,7 @@ public:
         return entries;
     }
 
-    /// Holds the tree against its laws: entries of nodes are exact, the map has its pages, no page is lost.
+    /// Checks the rules of the tree: entries of nodes are exact, the map has exactly its pages, no page is lost.
     void check() {
         EXPECT_EQ(read(), expected);
         pages.clear();
@@ -77,7 +77,7 @@ public:
             EXPECT_NE(global.contains(page), pages.contains(page)) << page;
     }
 
-    /// Lets nodes have the shape that other writers give them: a tail everywhere, or nowhere, and no links.
+    /// Gives nodes the shape that other writers use: a tail in every node or in none, and no links.
     void reshape(bool tails) {
         for (const PageNumber page : pages) {
             IndexNode node = nodeAt(page);
@@ -98,7 +98,7 @@ public:
         writer.emplace(store, allocator, definition, 0);
     }
 
-    /// The last leaf comes below a node of its own, as its tail.
+    /// Puts the last leaf below a new node, as its tail.
     void moveLastLeaf() {
         PageNumber parentPage = definition.indexes[0].rootPage;
         const auto lastChild = [&] { return nodeAt(parentPage).childAt(nodeAt(parentPage).childCount() - 1); };
@@ -123,7 +123,7 @@ public:
         writer.emplace(store, allocator, definition, 0);
     }
 
-    /// Takes the last entry out of each leaf but the last, and the nodes keep theirs.
+    /// Removes the last entry of each leaf except the last leaf. The nodes keep these entries.
     Entries takeLastOfLeaves() {
         Entries taken;
         for (const PageNumber page : pages) {
@@ -164,11 +164,11 @@ public:
 private:
     struct Chain {
         PageNumber last = 0;
-        PageNumber next = 0;  ///< the last one's link
+        PageNumber next = 0;  ///< the link of the last page
     };
     std::map<int, Chain> chains;  ///< by height, filled by check()
 
-    /// A page's links name its neighbours; those of nodes may be missing where another writer has been.
+    /// A page's links name its neighbours. Links of nodes may be missing if another writer made them.
     void checkLinks(const IndexPage& page, Chain& chain) {
         const bool mayMiss = !page.isLeaf() && !areNodesLinked;
         EXPECT_TRUE(page.previous() == chain.last || (mayMiss && page.previous() == 0)) << page.number();
@@ -201,7 +201,7 @@ private:
     }
 };
 
-/// Keys share beginnings of any length, so that prefixes come and go.
+/// Keys share beginnings of various lengths, so that prefixes appear and disappear.
 base::Bytes randomKey(std::mt19937& random, std::size_t bytes) {
     base::Bytes key(bytes, 0x40);
     for (std::size_t i = 0; i < 6; ++i)
@@ -235,7 +235,7 @@ TEST(IndexWriter, HoldsAnySetOfEntriesWhileItGrowsAndShrinks) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         Tree tree(false);
-        // Of three entries that take more than a page, one may come to stand alone.
+        // If three entries take more than a page, one of them may end up alone.
         if (c.longest > 1000) tree.fewestChildren = 1;
         const auto add = [&] {
             tree.insert(randomKey(random, c.shortest + random() % (c.longest - c.shortest)), randomRow(random));
@@ -247,7 +247,7 @@ TEST(IndexWriter, HoldsAnySetOfEntriesWhileItGrowsAndShrinks) {
             tree.remove(entry.first, entry.second);
         };
         for (int batch = 0; batch < 12; ++batch) {
-            // Up, around, down to nothing, and up again.
+            // The tree grows, stays about equal, shrinks to nothing, and grows again.
             const int goal = batch == 8 ? 0 : batch < 8 || batch == 11 ? c.entries : c.entries / 8;
             for (int i = 0; i < c.entries / 5 && !tree.expected.empty(); ++i) {
                 take();
@@ -266,7 +266,7 @@ TEST(IndexWriter, HoldsAnySetOfEntriesWhileItGrowsAndShrinks) {
     }
 }
 
-TEST(IndexWriter, EntriesInTheirOrderLeaveFullPagesBehind) {
+TEST(IndexWriter, SortedEntriesLeaveFullPages) {
     for (const bool ascending : {true, false}) {
         SCOPED_TRACE(ascending ? "ascending" : "descending");
         Tree tree(true);
@@ -275,17 +275,17 @@ TEST(IndexWriter, EntriesInTheirOrderLeaveFullPagesBehind) {
             const std::uint32_t n = ascending ? i : 2000 - i;
             for (unsigned byte = 0; byte < 4; ++byte)
                 key[100 + byte] = static_cast<std::uint8_t>(n >> (24 - 8 * byte));
-            // A common prefix would make leaves of thousands.
+            // Without this, a common prefix would let thousands of entries fit on a leaf.
             key[0] = static_cast<std::uint8_t>(n / 8);
             tree.insert(key, {3 + n, 0});
         }
         tree.check();
-        // Eleven such entries fit on a page, more with a prefix. Nodes of the same fill.
+        // Eleven such entries fit on a page, more with a prefix. Nodes are equally full.
         EXPECT_LE(tree.pages.size(), 2000 / 11 + 2000 / 121 + 2000 / 1331 + 8U);
         EXPECT_EQ(tree.height, 3);
         EXPECT_EQ(DefinitionCounters(tree.store, tree.definition).distinctKeys(0), 2000U);
 
-        // The last leaf below a node that has nothing else goes, and the node with it.
+        // The last leaf is the only child of its node. When the leaf is removed, so is the node.
         for (std::uint32_t n = 2000; tree.entriesOfLastLeaf() > 1; ++n)
             tree.insert(base::Bytes(300, 0xFF), {3 + n, 0}, true);
         tree.moveLastLeaf();
@@ -316,7 +316,7 @@ TEST(IndexWriter, AKeyIsUniqueAcrossTheLeavesUnlessItHoldsNull) {
     for (std::uint8_t i = 1; i < 40; ++i)
         tree.insert(base::Bytes(400, i), {100U + i, 1});
     for (std::uint8_t i = 1; i < 40; ++i) {
-        // Lower and higher row pointers: the equal key is on the left, on the right, in another leaf.
+        // With lower and higher row pointers, the equal key is on the left, on the right, or in another leaf.
         for (const RowPointer row : {RowPointer{3, 0}, RowPointer{9999, 0}}) {
             EXPECT_THROW(tree.writer->insert(base::Bytes(400, i), row), base::RuntimeError);
         }
@@ -332,7 +332,7 @@ TEST(IndexWriter, AKeyIsUniqueAcrossTheLeavesUnlessItHoldsNull) {
     tree.check();
     EXPECT_EQ(DefinitionCounters(tree.store, tree.definition).distinctKeys(0), 40U);
 
-    // Where a node's entry is one that is gone, the same key with a higher row stands in the next leaf.
+    // A node may name an entry that was removed. The same key with a higher row is then in the next leaf.
     const Entries taken = tree.takeLastOfLeaves();
     EXPECT_GE(taken.size(), 3U);
     for (const auto& [key, row] : taken) {
@@ -342,8 +342,8 @@ TEST(IndexWriter, AKeyIsUniqueAcrossTheLeavesUnlessItHoldsNull) {
     tree.check();
 }
 
-/// A tree of three levels in which one thing is wrong cannot be emptied.
-TEST(IndexWriter, JoinsNoPagesThatAreNoNeighbours) {
+/// A tree of three levels with one wrong field. It must not be possible to empty it.
+TEST(IndexWriter, JoinsOnlyPagesThatAreNeighbours) {
     const struct {
         const char* what;
         std::function<void(IndexNode& node, IndexNode& leaf, const base::Bytes& end)> damage;

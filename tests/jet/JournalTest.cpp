@@ -15,7 +15,7 @@ using test::Machine;
 constexpr PageNumber kFirst = 3;
 constexpr PageNumber kSecond = 8;
 
-/// Pages kFirst and kSecond in all their sectors, and one page more.
+/// Changes the pages kFirst and kSecond in all their sectors, and appends one page.
 void change(const Machine& machine) {
     Database database = Database::open(machine.storage(), {});
     Transaction transaction(database, WriteKind::Execute);
@@ -26,9 +26,9 @@ void change(const Machine& machine) {
     transaction.commit();
 }
 
-/// Stopped in the middle of the second page: journal complete, file half written.
+/// A machine stopped in the middle of the second page: the journal is complete, the file half written.
 Machine halfWritten(const base::Bytes& old) {
-    // Make, write, flush, rename, flush the name; appended page, first page, second page.
+    // Make, write, flush and rename the journal, flush its name; then appended page, first page, second page.
     constexpr int kMiddleOfSecondPage = 8;
     Machine machine(old);
     machine.stopAt(kMiddleOfSecondPage);
@@ -52,7 +52,7 @@ protected:
     Machine half_ = halfWritten(old_);
 };
 
-TEST_F(LeftJournal, BringsBackTheOldFileWhateverLiesBehindItsEnd) {
+TEST_F(LeftJournal, RestoresTheOldFileWhateverFollowsItsEnd) {
     ASSERT_NE(half_.file(), old_);
     base::Bytes garbage = half_.file();
     ASSERT_GT(garbage.size(), old_.size());

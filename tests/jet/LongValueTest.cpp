@@ -13,7 +13,7 @@ base::Bytes reference(LongValueKind kind, std::uint32_t lengthBytes, RowPointer 
     return bytes;
 }
 
-/// A part of a chain: pointer to the next, then data.
+/// A part of a chain: a pointer to the next part, then data.
 base::Bytes part(RowPointer next, std::size_t dataBytes) {
     base::Bytes bytes(4 + dataBytes, 0x5A);
     base::putU32(bytes, 0, next.packed());
@@ -36,7 +36,7 @@ TEST(LongValue, ReadsAllThreeKinds) {
               base::Bytes(kLongValuePartBytes + 10, 0x5A));
 }
 
-TEST(LongValue, ReportsValuesThatCannotBe) {
+TEST(LongValue, ReportsImpossibleValues) {
     PagesInMemory source;
     const PageNumber shared = source.addDataPage(kLongValueOwner, {fromHex("01 02 03")});
     const PageNumber table = source.addDataPage(2, {fromHex("01 02 03")});

@@ -52,13 +52,13 @@ Database open(jet::LeftJournalRule rule) {
     return Database::open(jet::fileStorage(fileIn(folder()).u16string()), {}, rule);
 }
 
-/// Whether the failure is one that a busy file explains: waited in vain, or met what a dead one has left.
+/// Whether a busy file explains the failure: the wait was too long, or a program died and left a journal.
 bool isBusy(const base::RuntimeError& error) {
     const auto says = [&error](base::TextView words) { return error.description().find(words) != base::Text::npos; };
     return says(u"gesperrt") || says(u"bereits benutzt") || says(u"unterbrochen");
 }
 
-/// Tries until it has not met a busy file.
+/// Repeats the step as long as the file is busy.
 void insist(const std::function<void()>& step) {
     while (true) {
         try {
@@ -69,7 +69,7 @@ void insist(const std::function<void()>& step) {
     }
 }
 
-/// Adds 1 as often, and only counts what was acknowledged.
+/// Adds 1 `rounds` times. Counts only commits that returned without an error.
 int count(int rounds) {
     for (int round = 0; round < rounds; ++round) {
         insist([] {
@@ -80,7 +80,7 @@ int count(int rounds) {
     return OtherProcess::kDone;
 }
 
-/// Reads until it is told to go: what it sees is whole and does not go back.
+/// Reads until the marker "go" exists. The number must be whole and never decrease.
 int read(jet::LeftJournalRule rule) {
     std::uint32_t last = 0, reads = 0;
     while (!fs::exists(folder() / "go")) {
@@ -98,7 +98,7 @@ int read(jet::LeftJournalRule rule) {
     return OtherProcess::kDone;
 }
 
-/// Adds 1 and dies at this step of it, counted from 1.
+/// Adds 1, but dies at this step, counted from 1.
 int die(int step) {
     insist([step] {
         auto storage = dyingStorage(fileIn(folder()).u16string(), step);
@@ -114,7 +114,7 @@ int die(int step) {
     std::_Exit(OtherProcess::kDied);
 }
 
-/// In the middle of a change.
+/// Stops in the middle of a change.
 int holdTransaction(int) {
     Database database = open(jet::LeftJournalRule::RollBack);
     jet::Transaction transaction(database, jet::WriteKind::Execute);
@@ -122,7 +122,7 @@ int holdTransaction(int) {
     holdUntilTold();
 }
 
-/// As one who has the file open through the original engine, in this slot of its lock file.
+/// Acts like a user who has the file open through the original engine, with this slot of the lock file.
 int holdUserSlot(int slot) {
     const fs::path path = jet::lockFilePath(fileIn(folder()).u16string());
     const auto offset = static_cast<long>(jet::kUserLocksOffset) + slot;

@@ -6,10 +6,11 @@
 
 #include "jet/transaction/Database.h"
 
-/// Other programs that have the same file open: this test program once more, playing a role (OtherProcess.cpp).
+/// Other programs that have the same file open: further processes of this test program, each in a role
+/// (OtherProcess.cpp).
 namespace test {
 
-/// What the roles write: one number that lies on several pages, so that half a write shows.
+/// What the roles write: one number, stored on several pages, so that half a write shows.
 namespace counter {
 
 /// A file whose number is 0.
@@ -25,7 +26,7 @@ std::uint32_t read(jet::Database& database);
 
 class OtherProcess {
 public:
-    /// @param folder  where the file lies, and where the markers are made
+    /// @param folder  the folder of the file, and of the markers
     OtherProcess(const std::filesystem::path& folder, const std::string& role, int number = 0);
     ~OtherProcess();
     OtherProcess(OtherProcess&& other) noexcept;
@@ -33,12 +34,12 @@ public:
     OtherProcess& operator=(const OtherProcess&) = delete;
     OtherProcess& operator=(OtherProcess&&) = delete;
 
-    /// @return its exit code
+    /// @return the exit code of the process
     int wait();
 
     static constexpr int kDone = 0;
-    static constexpr int kFault = 1;  ///< has said what on standard error
-    static constexpr int kDied = 9;   ///< where it was told to
+    static constexpr int kFault = 1;  ///< the message is on standard error
+    static constexpr int kDied = 9;   ///< at the step where it had to die
 
 private:
     std::intptr_t id_ = 0;
@@ -46,8 +47,8 @@ private:
 
 std::filesystem::path fileIn(const std::filesystem::path& folder);
 
-/// A role that holds something says that it does by the marker "ready", and ends without giving anything back as soon
-/// as the marker "go" lies there.
+/// A role that holds something makes the marker "ready" when it does. As soon as the marker "go" exists, it ends
+/// without releasing anything.
 void setMarker(const std::filesystem::path& folder, const std::string& name);
 void waitForMarker(const std::filesystem::path& folder, const std::string& name);
 

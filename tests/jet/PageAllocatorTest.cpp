@@ -14,7 +14,7 @@ namespace {
 
 constexpr RowPointer kGlobalMap{1, 0};
 
-/// A file of no tables with further pages, all of them in use.
+/// A file without tables, with further pages that are all in use.
 test::MemoryPageStore fileOf(PageNumber pages, std::size_t rowBytes = 0, PageNumber maxPages = 524'288) {
     test::MemoryPageStore store(test::sampleFile({}), maxPages);
     store.extendTo(pages);
@@ -75,7 +75,7 @@ TEST(PageAllocator, TakesNoPageThatATableRefersTo) {
     EXPECT_EQ(PageAllocator(store).allocate(), count) << "one that somebody freed, and a map that names no page";
 }
 
-/// Over each boundary of the map: longer rows, the end of page 1, one and two bitmap pages more.
+/// The map grows past each of its limits: longer rows, the end of page 1, one and two more bitmap pages.
 TEST(PageAllocator, TheMapGrowsWithTheFile) {
     const struct {
         const char* what;
@@ -108,7 +108,7 @@ TEST(PageAllocator, TheMapGrowsWithTheFile) {
 
 TEST(PageAllocator, PagesOfWhichTheMapSaysNothingAreNeverTaken) {
     test::MemoryPageStore store = fileOf(700);
-    // A window, as other programs leave it: pages before and behind belong to somebody.
+    // The map covers only a window, as some programs write it. Pages before and after the window may belong to a table.
     const std::vector<PageNumber> free = {130, 140};
     UsageMapRow(store, kGlobalMap).replace(UsageMap::inlineRow(128, free, 69));
     PageAllocator allocator(store);
@@ -117,7 +117,7 @@ TEST(PageAllocator, PagesOfWhichTheMapSaysNothingAreNeverTaken) {
     EXPECT_EQ(UsageMap::read(store, kGlobalMap).next(0), std::optional<PageNumber>(702));
 }
 
-/// Before and behind the window of a row, wherever the row can be made to reach; pages in between stay used.
+/// Pages before and after the window of a row, as far as the row can reach. Pages in between stay used.
 TEST(PageAllocator, APageFreedOutsideOfTheMapIsTakenAgain) {
     const struct {
         PageNumber first;
@@ -154,7 +154,7 @@ TEST(PageAllocator, AFileOfTwoGigabytesGrowsNoFurther) {
     EXPECT_EQ(allocator.allocate(), 39'000U) << "what is free can still be taken";
 }
 
-/// Maps are changed at random and held against a plain set; the rows share one page, which becomes full.
+/// Maps are changed at random and compared with a std::set. Their rows share one page, which becomes full.
 TEST(UsageMapWriter, HoldsAnySetOfPages) {
     const unsigned seed = std::random_device{}();
     SCOPED_TRACE(seed);
@@ -169,7 +169,7 @@ TEST(UsageMapWriter, HoldsAnySetOfPages) {
         appendRow(store.change(page), UsageMap::inlineRow(0, {}));
     for (int step = 0; step < 3000; ++step) {
         const std::size_t i = random() % kMaps;
-        // Each map lives in a wider part of the file than the one before.
+        // Each map uses a wider part of the file than the one before.
         const PageNumber number = static_cast<PageNumber>(20'000 + random() % (100U << i)) % 70'000;
         UsageMapWriter map(store, allocator, {page, static_cast<std::uint8_t>(i)});
         ASSERT_EQ(map.contains(number), expected[i].contains(number)) << step;

@@ -10,8 +10,8 @@
 
 namespace jet {
 
-/// Pages that a test lays down one by one. Pages 0 and 1, which have a meaning of their own, are there from the start
-/// and all zero, unless the pages are those of a file.
+/// Pages that a test makes one by one. Pages 0 and 1 have a special meaning: they exist from the start and are all
+/// zero, unless the pages come from a file.
 class PagesInMemory : public test::MemoryPageStore {
 public:
     explicit PagesInMemory(const base::Bytes& file = base::Bytes(2 * kPageSize)) : MemoryPageStore(file) {}
@@ -22,7 +22,7 @@ public:
         return number;
     }
 
-    /// A data page with these rows.
+    /// Adds a data page with these rows.
     PageNumber addDataPage(std::uint32_t owner, const std::vector<base::Bytes>& rows) {
         const PageNumber number = add();
         clearDataPage(change(number), owner);
@@ -32,7 +32,7 @@ public:
     }
 };
 
-/// The description of the RuntimeError that the step ends with; "no error" if it ends well.
+/// The description of the RuntimeError that the step throws; "no error" if it throws none.
 template <typename Step>
 std::string errorOf(Step&& step) {
     try {

@@ -7,7 +7,7 @@
 namespace jet {
 namespace {
 
-/// "AccessVersion" as text 08.50 and "Build" 6620 of the object itself.
+/// The object itself has "AccessVersion", a text 08.50, and "Build" 6620.
 constexpr const char* kSample =
     "4D 52 32 00"
     " 2E 00 00 00 80 00 1A 00 41 00 63 00 63 00 65 00 73 00 73 00 56 00 65 00 72 00 73 00 69 00 6F 00 6E 00"
@@ -34,17 +34,17 @@ TEST(PropertyBlob, ReadsAndWritesTheSameBytes) {
     EXPECT_TRUE(PropertyBlob::read({}, {}).owners.empty());
 }
 
-TEST(PropertyBlob, ReportsBytesThatCannotBe) {
+TEST(PropertyBlob, ReportsImpossibleBytes) {
     const base::Bytes sound = fromHex(kSample);
     for (std::size_t count = 1; count < sound.size(); ++count) {
-        if (count == 4 || count == 50) continue;  // ends between two chunks
+        if (count == 4 || count == 50) continue;  // these cuts are between two chunks
         EXPECT_THROW(PropertyBlob::read(std::span(sound).first(count), {}), base::RuntimeError) << count;
     }
     for (const std::size_t offset : {0U, 4U, 50U, 56U, 62U, 66U, 68U}) {
         base::Bytes harmed = sound;
         harmed[offset] = 0xFF;
         EXPECT_THROW(PropertyBlob::read(harmed, {}), base::RuntimeError) << offset;
-        harmed[offset] = 0;  // sizes of nothing must not stand still
+        harmed[offset] = 0;  // a size of 0 must not cause an endless loop
         errorOf([&] { PropertyBlob::read(harmed, {}); });
     }
 }

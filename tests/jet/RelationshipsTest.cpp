@@ -28,7 +28,7 @@ void relate(WrittenFile& file, base::TextView table, base::TextView referenced, 
     test::relate(file.store, table, u"Zu", referenced, u"Nr", updateRule, deleteRule);
 }
 
-/// Families: 1 has children 11 and 12, 11 has 111; 2 has none.
+/// Families: 1 has the children 11 and 12, 11 has the child 111, 2 has no children.
 WrittenFile families() {
     const base::Value note = Text(5000, u'n');
     return WrittenFile({tableOf(u"A", {{1, Null{}, note}, {2, Null{}, note}}),
@@ -80,7 +80,7 @@ TEST(Relationships, HoldBetweenColumnsOfAnyType) {
         {ColumnType::Text, Text(u"Müller"), Text(u"Muller")},
         {ColumnType::Guid, guid, base::Guid{}},
         {ColumnType::Numeric, base::Decimal{true, 0, {5, 0, 0, 0}}, base::Decimal{false, 0, {5, 0, 0, 0}}},
-        // Its key begins those of all others.
+        // The key of this value is the beginning of all other keys.
         {ColumnType::Binary, base::Bytes{}, base::Bytes(8, 1)},
     };
     for (const auto& c : cases) {
@@ -105,7 +105,7 @@ TEST(Relationships, HoldBetweenColumnsOfAnyType) {
     }
 }
 
-TEST(Relationships, ADamagedCounterpartIsNoMissingOne) {
+TEST(Relationships, ADamagedCounterpartIsNotTakenForAMissingOne) {
     const auto change = [](WrittenFile& file, const auto& edit) {
         TableDefinition definition = openTable(file.store, u"A")->definition();
         edit(definition,
@@ -134,7 +134,7 @@ TEST(Relationships, ADamagedCounterpartIsNoMissingOne) {
     }
 }
 
-TEST(Relationships, ARowWithOthersBehindItStaysAsItIs) {
+TEST(Relationships, ARowThatOthersReferToIsNotChanged) {
     struct Case {
         std::uint8_t updateRule;
         std::uint8_t deleteRule;
@@ -161,7 +161,7 @@ TEST(Relationships, ARowWithOthersBehindItStaysAsItIs) {
     }
 }
 
-TEST(Relationships, DeletesAlongOverSeveralTables) {
+TEST(Relationships, DeletionsCascadeOverSeveralTables) {
     WrittenFile file = families();
     relate(file, u"B", u"A", 0, kCascade);
     relate(file, u"C", u"B", 0, kCascade);

@@ -27,7 +27,7 @@ Column variableColumn(std::uint16_t number, std::uint16_t index) {
     return column;
 }
 
-/// Long 0, Boolean 1, variable 2, variable 3 deleted, variable 4, Integer 5.
+/// Columns: Long 0, Boolean 1, variable 2, variable 3 (deleted), variable 4, Integer 5.
 TableDefinition sampleDefinition() {
     TableDefinition definition;
     definition.columns = {fixedColumn(0, ColumnType::Long, 0), fixedColumn(1, ColumnType::Boolean, 0),
@@ -54,7 +54,7 @@ TEST(RowCodec, MakesRowsWithAPlaceForDeletedColumns) {
     EXPECT_EQ(toHex(encodeRow(onlyFixed, std::vector<Cell>{base::Bytes{1}})), "01 00 00 01");
 }
 
-/// The columns of a row as text: "-" null, else the bytes.
+/// The columns of a row as text: "-" for null, otherwise the bytes.
 std::string show(const RowView& row) {
     std::string shown;
     for (const Column& column : row.definition().columns) {
@@ -96,7 +96,7 @@ TEST(RowCodec, ReadsRowsOfAnyAge) {
     }
 }
 
-TEST(RowCodec, ReportsRowsThatCannotBe) {
+TEST(RowCodec, ReportsImpossibleRows) {
     const StoredRow cases[] = {
         {"empty", "", "0 Bytes"},
         {"no columns", "00 00 00 00 00 00 00 00", "hat 0 Spalten"},

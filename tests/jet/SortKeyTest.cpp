@@ -30,7 +30,7 @@ TEST(SortKey, IsTheKeyThatTheOriginalEngineStores) {
                 u"Jack's New England Clam Chowder",
                 "5B 4A 4D 5C 6B 07 62 51 73 07 51 62 55 5E 4A 62 4F 07 4D 5E 4A 60 07 4D 57 64 73 4F 51 69 01 01 01 01 "
                 "80 17 06 80 00"},
-            // An eszett is two letters in everything that follows it.
+            // After an eszett, everything is counted as after two letters.
             Case{
                 u"NuNuCa Nuß-Nougat-Creme",
                 "62 6F 62 6F 4D 4A 07 62 6F 6B 6B 62 64 6F 55 4A 6D 4D 69 51 60 51 01 01 01 01 80 33 06 82 80 4B 06 82 "
@@ -47,9 +47,9 @@ TEST(SortKey, IsTheKeyThatTheOriginalEngineStores) {
                  "C0 B6 AC AC A0 0D A5 47 9F BE 7F 13 7F 43 B6 F6 01 02 02 02 02 02 03 01 01 FF 02 80 FF 80 00"},
             Case{u"Müller", "60 6F 5E 5E 51 69 01 02 13 00"},
             Case{u"O'Brien", "64 4C 69 59 51 62 01 01 01 01 80 0B 06 80 00"},
-            // Small kana have a flag, plain ones only between small ones; marks come behind them.
+            // Small kana have a flag, plain ones only between small ones. Marks come after the kana.
             Case{u"\u3041\u3042\u3041-", "7F 02 7F 02 7F 02 01 01 01 AE FF 02 80 FF 80 FF 01 80 13 06 82 00"},
-            // An accent with no letter before it stands in front and moves no mark.
+            // An accent without a letter before it comes first and does not move any mark.
             Case{u"\u0308-a", "4A 01 11 01 01 01 80 07 06 82 00"},
         }) {
         EXPECT_EQ(toHex(sortKey(c.text)), c.key) << base::toUtf8(c.text);
@@ -76,7 +76,7 @@ TEST(SortKey, EqualTextsAreThoseThatTheDatabaseCannotTellApart) {
         {u"\uFF21", u"a"},
         {u"\u01C4", u"d\u017E"},
         {Text(255, u'x'), Text(255, u'x') + u"tail"},
-        // The cut comes first, so the blank at its end goes too.
+        // The text is cut first. Then the blank that is now at its end is removed, too.
         {Text(254, u'x') + u" y", Text(254, u'x')},
     };
     for (const auto& c : equal)
@@ -93,7 +93,7 @@ TEST(SortKey, EqualTextsAreThoseThatTheDatabaseCannotTellApart) {
         EXPECT_FALSE(textsAreEqual(c.a, c.b)) << base::toUtf8(c.a) << " / " << base::toUtf8(c.b);
 }
 
-TEST(SortKey, TextsStandInDictionaryOrder) {
+TEST(SortKey, TextsAreInDictionaryOrder) {
     const std::vector<Text> ordered = {u"",
                                        u"1",
                                        u"10",
@@ -120,27 +120,27 @@ TEST(SortKey, TextsStandInDictionaryOrder) {
                                        Text{0xD83D, 0xDE01}};
     for (std::size_t i = 1; i < ordered.size(); ++i)
         EXPECT_EQ(compareTexts(ordered[i - 1], ordered[i]), std::strong_ordering::less) << base::toUtf8(ordered[i]);
-    // French weighs the accents from the end.
+    // French compares the accents from the end.
     EXPECT_EQ(compareTexts(u"coté", u"côte"), std::strong_ordering::less);
     EXPECT_EQ(compareTexts(u"coté", u"côte", {0x040C, 0}), std::strong_ordering::greater);
 }
 
 TEST(SortKey, CertainIsOnlyWhatTheOriginalEngineIsKnownToStore) {
     EXPECT_TRUE(sortKeyIsCertain(u"Straße-Müller"));
-    EXPECT_TRUE(sortKeyIsCertain(Text(255, u'x') + Text{0xD83D}));  // a unit that does not count
+    EXPECT_TRUE(sortKeyIsCertain(Text(255, u'x') + Text{0xD83D}));  // this unit does not count
     EXPECT_FALSE(sortKeyIsCertain(Text{u'a', 0xDE00}));
     EXPECT_FALSE(sortKeyIsCertain(Text(255, u'ü')));  // 512 bytes
     EXPECT_FALSE(sortKeyIsCertain(Text(200, u'-')));
     EXPECT_TRUE(sortKeyIsCertain(u"a", {0x040C, 0}));
     EXPECT_FALSE(sortKeyIsCertain(u"a", {0x0407, 0}));
     EXPECT_FALSE(sortKeyIsCertain(u"a", {0x0409, 1}));
-    // The key that needs the most room there is, three letters a unit and nothing but marks.
+    // The longest possible keys: three letters per unit, and nothing but marks.
     EXPECT_EQ(sortKey(Text(255, u'\uFB03')).size(), 255U * 3 + 2);
     EXPECT_EQ(sortKey(Text(255, u'-')).size(), 4U + 255 * 4 + 1);
 }
 
-TEST(SortKey, EveryUnitHasAKeyOfItsOwnKind) {
-    // No unit of the 65,536 makes a key with the end byte inside, which would break the order of longer texts.
+TEST(SortKey, NoUnitPutsAnEndByteIntoAKey) {
+    // The key of no unit may contain the end byte, which would break the order of longer texts.
     for (unsigned unit = 0; unit < 0x10000; ++unit) {
         const base::Bytes key = sortKey(Text{u'a', static_cast<char16_t>(unit), u'a'});
         ASSERT_EQ(std::find(key.begin(), key.end(), 0), key.end() - 1) << unit;

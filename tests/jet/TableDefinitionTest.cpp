@@ -8,7 +8,7 @@
 namespace jet {
 namespace {
 
-/// Columns enough for several pages.
+/// A definition with enough columns for several pages.
 TableDefinition bigDefinition() {
     TableDefinition definition;
     definition.rowCount = 7;
@@ -57,7 +57,7 @@ std::vector<PageNumber> store(PagesInMemory& source, const base::Bytes& joined) 
     return chain;
 }
 
-TEST(TableDefinition, ComesBackFromSeveralPagesWithAllThatHasNoName) {
+TEST(TableDefinition, KeepsItsUnknownBytesAndMaySpanSeveralPages) {
     PagesInMemory source;
     const base::Bytes joined = bigDefinition().encode();
     const auto chain = store(source, joined);
@@ -73,7 +73,7 @@ TEST(TableDefinition, ComesBackFromSeveralPagesWithAllThatHasNoName) {
     EXPECT_EQ(read.fixedAreaBytes(), 118U * 2 + 4);
 }
 
-TEST(TableDefinition, ReportsDefinitionsThatCannotBe) {
+TEST(TableDefinition, ReportsImpossibleDefinitions) {
     constexpr std::size_t kColumnsStart = 63 + 12;
     struct Case {
         const char* what;

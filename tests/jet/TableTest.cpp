@@ -15,7 +15,7 @@ namespace {
 
 constexpr base::TextView kName = u"Straße";
 
-/// A table with rows 1 to `count`, each with a text that fills part of a page.
+/// A table with rows 1 to `count`. Each has a text that fills part of a page.
 base::Bytes sampleFile(std::int32_t count) {
     test::SampleTable table;
     table.design.name = base::Text(kName);
@@ -34,7 +34,7 @@ public:
         definitionPage = table.definition().page;
     }
 
-    /// Sets a slot's flags and keeps its place.
+    /// Sets the flags of a slot. Its offset stays.
     void setState(RowPointer row, SlotState state) {
         const auto bytes = pages.change(row.page);
         const std::size_t place = kDataPageHeaderBytes + kSlotBytes * row.slot;
@@ -42,7 +42,7 @@ public:
         base::putU16(bytes, place, static_cast<std::uint16_t>(offset | static_cast<std::uint16_t>(state)));
     }
 
-    /// Makes the row a pointer.
+    /// Turns the row into a pointer.
     void pointTo(RowPointer row, RowPointer target) {
         setState(row, SlotState::Moved);
         const auto bytes = pages.change(row.page);
@@ -70,8 +70,8 @@ public:
 TEST(Table, IsScannedInTheOrderOfItsSlotsWhereverTheRowsWereMoved) {
     SampleTable sample(30);
     ASSERT_EQ(sample.dataPages.size(), 3U);
-    const std::int32_t secondPage = 13;  // 12 rows of some 320 bytes fill a page
-    // Row 2 lies in the slot of row 14, and row 3, after two moves, in that of row 15; row 4 is gone.
+    const std::int32_t secondPage = 13;  // 12 rows of about 320 bytes fill a page
+    // The data of row 2 is in the slot of row 14. The data of row 3 moved twice, to that of row 15. Row 4 is deleted.
     sample.pointTo(sample.row(0, 1), sample.row(1, 1));
     sample.setState(sample.row(1, 1), SlotState::Hidden);
     sample.pointTo(sample.row(0, 2), sample.row(0, 3));
@@ -167,7 +167,7 @@ TEST(Table, IsNotReadAsShorterWhenTheFileWasCut) {
     for (std::size_t sizeBytes = 0; sizeBytes < file.size(); sizeBytes += 1000) {
         base::Bytes cut = file;
         cut.resize(sizeBytes);
-        // The last pages are not needed for reading; without them the rows are all there.
+        // Reading does not need the last pages. Without them all rows are still there.
         int rows = 30;
         const std::string error = errorOf([&] { rows = count(cut); });
         EXPECT_EQ(rows, 30) << sizeBytes;

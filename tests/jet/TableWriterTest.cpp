@@ -34,7 +34,7 @@ test::SampleTable stock(bool isRequired = false) {
     return {design, {}};
 }
 
-/// Puts properties into the catalog, as a designer would.
+/// Puts properties into the catalog, as the designer of a database does.
 void setProperty(WrittenFile& file, base::TextView column, base::TextView name, base::TextView value) {
     const Table table = *openTable(file.store, kTable);
     PropertyBlob properties = table.properties();
@@ -188,7 +188,7 @@ TEST(TableWriter, NewRowsHaveTheirDefaults) {
     file.writer(kTable).insert({{{kNote, Text(u"C")}}});
 }
 
-TEST(TableWriter, WhatRefusesEveryNewRowRefusesItBeforeItsNumberIsTaken) {
+TEST(TableWriter, NoNumberIsTakenIfEveryNewRowWouldBeRefused) {
     const auto setting = [](base::TextView column, base::TextView name, base::TextView value) {
         return [=](WrittenFile& file) { setProperty(file, column, name, value); };
     };

@@ -8,21 +8,21 @@ namespace {
 
 struct StoredText {
     base::Text text;
-    std::string plain;       ///< bytes where the column does not compress
-    std::string compressed;  ///< bytes where it does
+    std::string plain;       ///< bytes if the column does not compress
+    std::string compressed;  ///< bytes if the column compresses
 };
 
 TEST(TextCodec, StoresTextAsTheOriginalEngineDoes) {
     const StoredText cases[] = {
         {u"", "", ""},
-        {u"ab", "61 00 62 00", "61 00 62 00"},  // two units save nothing
+        {u"ab", "61 00 62 00", "61 00 62 00"},  // compressing two units would save nothing
         {u"abc", "61 00 62 00 63 00", "FF FE 61 62 63"},
         {u"Größe", "47 00 72 00 F6 00 DF 00 65 00", "FF FE 47 72 F6 DF 65"},
         {u"abcŁ", "61 00 62 00 63 00 41 01", "61 00 62 00 63 00 41 01"},
         {u"a\u4E00bc", "61 00 00 4E 62 00 63 00", "61 00 00 4E 62 00 63 00"},
         {base::Text(u"a\0bc", 4), "61 00 00 00 62 00 63 00", "61 00 00 00 62 00 63 00"},
         {base::Text(1, u'\xD800'), "00 D8", "00 D8"},
-        // Plain, it would read as the mark of compressed text.
+        // The plain form would look like the mark of compressed text.
         {u"\uFEFFab\u0141", "FF FE 00 FF FE 00 61 62 00 41 01", "FF FE 00 FF FE 00 61 62 00 41 01"},
     };
     for (const StoredText& each : cases) {
@@ -36,7 +36,7 @@ TEST(TextCodec, StoresTextAsTheOriginalEngineDoes) {
     }
 }
 
-TEST(TextCodec, ReadsTextThatChangesItsModeAndTellsWhatIsHalf) {
+TEST(TextCodec, ReadsTextThatSwitchesItsModeAndReportsHalfUnits) {
     base::Text text;
     EXPECT_TRUE(decodeText(fromHex("FF FE 76 2E 20 00 7F 62 8D 8A"), text));
     EXPECT_EQ(text, u"v. \u627F\u8A8D");

@@ -54,7 +54,8 @@ TEST(Transaction, CostsTwoFlushesAndNothingWithoutAChange) {
         transaction.change(page)[7] ^= 1U;
     transaction.commit();
     EXPECT_EQ(machine.flushes(), 2);
-    // Journal made, written, flushed, renamed, its name flushed; three pages, flushed; journal gone.
+    // The journal is made, written, flushed and renamed, its name is flushed; three pages, a flush; the journal is
+    // deleted.
     EXPECT_EQ(machine.steps(), 10);
 }
 

@@ -28,7 +28,7 @@ TEST(UsageMap, ReadsReferencesToBitmapPages) {
     EXPECT_TRUE(UsageMap::read(source, {}).empty()) << "no map at all";
 }
 
-TEST(UsageMap, ReportsMapsThatCannotBe) {
+TEST(UsageMap, ReportsImpossibleMaps) {
     PagesInMemory source;
     const PageNumber page = source.addDataPage(
         0, {fromHex("02 00 00 00 00"), fromHex("00 00"), UsageMap::referenceRow(std::vector<PageNumber>{77}), {}});

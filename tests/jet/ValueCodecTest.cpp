@@ -38,7 +38,7 @@ TEST(ValueCodec, ReadsAndWritesEveryTypeOfValue) {
         {ColumnType::Memo, "FF FE 41 42 43", base::Text(u"ABC")},
         {ColumnType::Guid, "01 02 03 04 05 06 07 08 09 0A 0B 0C 0D 0E 0F 10",
          base::Guid{{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16}}},
-        // Sign, then four words with the highest first.
+        // A sign, then four words, the highest first.
         {ColumnType::Numeric, "80 00 00 00 00 00 00 00 00 01 00 00 00 02 00 00 00",
          base::Decimal{true, 2, {2, 1, 0, 0}}},
     };
@@ -68,7 +68,7 @@ TEST(ValueCodec, FillsValuesOfAFixedLengthAndNeverCompressesThem) {
     EXPECT_EQ(toHex(encodeValue(fixed, base::Bytes{1, 2, 3})), "01 02 03 00 00 00 00 00");
 }
 
-TEST(ColumnConversion, TakesWhatHasTheValueAndRefusesTheRest) {
+TEST(ColumnConversion, ConvertsWhatFitsAndRefusesTheRest) {
     const base::Decimal decimal{true, 1, {125, 0, 0, 0}};  // -12.5
     const base::Decimal long38{false, 0, {0xFFFFFFFF, 0xFFFFFFFF, 0, 0}};
     const base::Text written = u" {04030201-0605-0807-090a-0B0C0D0E0F10}";
@@ -77,7 +77,7 @@ TEST(ColumnConversion, TakesWhatHasTheValueAndRefusesTheRest) {
     const struct {
         ColumnType type;
         base::Value value;
-        base::Value held;  ///< null: refused
+        base::Value held;  ///< null: the value is refused
     } cases[] = {
         {ColumnType::Boolean, base::Currency{1}, true},
         {ColumnType::Boolean, -0.0, false},

@@ -11,7 +11,7 @@
 
 namespace jet {
 
-/// Understands what tests write in properties: "7" is a default, "*" none, ">0" a rule.
+/// Understands the expressions that tests use in properties: "7" is a default, "*" means none, ">0" is a rule.
 class FewExpressions final : public ExpressionReader {
 public:
     std::optional<base::Value> defaultValue(base::TextView expression) const override {
@@ -40,7 +40,7 @@ private:
     };
 };
 
-/// A file of tables in memory with one transaction after the other over it.
+/// A file of tables in memory, changed by one transaction after the other.
 class WrittenFile {
 public:
     explicit WrittenFile(const std::vector<test::SampleTable>& tables) : store(test::sampleFile(tables)) {}
@@ -50,7 +50,7 @@ public:
         return {store, table, kind, expressions};
     }
 
-    /// The table's rows by the value of its first column, which is a Long.
+    /// The rows of the table by the value of the first column, which is a Long.
     std::map<std::int32_t, std::vector<base::Value>> rows(base::TextView name) {
         std::map<std::int32_t, std::vector<base::Value>> found;
         const Table table = *openTable(store, name);
