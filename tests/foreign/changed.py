@@ -1,10 +1,10 @@
 #!/usr/bin/python3
-"""Files after random statements of kontodb: the readers of compare.py agree on them, indexes.py finds their indexes
-right, and account files hold what a dictionary says.
+"""Changes files by random statements of kontodb. Afterwards the readers of compare.py must agree, indexes.py must find
+no fault, and account files must have the contents of a dictionary that was changed in the same way.
 
 usage: tests/foreign/changed.py FOLDER-OF-MODULES [STATEMENTS [SEED]]
-With TOLV_CORPUS set to a folder, copies of its Jet 4 files are worked on too, all tables in turn; there a statement may
-be refused.
+With TOLV_CORPUS set to a folder, copies of its Jet 4 files are changed, too, one table after the other. For these,
+kontodb may refuse a statement.
 """
 import os
 import pathlib
@@ -36,7 +36,7 @@ def literal(value):
 
 
 def written(path, password, statement):
-    """Whether kontodb has done it; else it must have refused it in order."""
+    """Whether kontodb has run the statement. If not, it must have refused it with a proper error."""
     done = subprocess.run([KONTODB, "exec", path, statement, *(["--password", password] if password else [])],
                           capture_output=True, text=True, stdin=subprocess.DEVNULL, timeout=60)
     if done.returncode != 0 and not (done.returncode == 2 and done.stderr.startswith("kontodb: -")):
@@ -51,7 +51,7 @@ def report(label, path, password):
 
 
 def accountStatement(rows, last):
-    """A statement that must succeed, done to the rows by number as well. @return it and the last number given"""
+    """Makes a statement that must succeed, and changes `rows` in the same way. @return it and the last number given"""
     values = [f"{text(30)}#{random.random()}", random.choice([None, text(64)]), random.choice([None, text(255)]), random.random() < 0.5]
     forms = [plain(value, kind) for value, kind in zip(values, COLUMNS.values())]
     chosen, kind = random.choice(list(rows) or [0]), random.randrange(8) if rows else 0
@@ -86,7 +86,7 @@ def someValue(kind):
 
 
 def corpusStatement(table, names, kinds, rows):
-    """None if the table has no columns for it. Without a row to name, one is added."""
+    """Makes a statement; None if no column of the table fits. If no condition can name a row, it adds one."""
     places = [i for i, kind in enumerate(kinds) if someValue(kind) is not None]
     keys = [(i, row[i]) for row in random.sample(rows, min(len(rows), 5)) for i, kind in enumerate(kinds)
             if kind in ("long", "integer", "text") and row[i] != NULL and row[i].isprintable() and "'" not in row[i]]

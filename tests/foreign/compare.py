@@ -1,9 +1,9 @@
 #!/usr/bin/python3
-"""Fresh files and their encoded copies, read row by row by kontodb, mdb-export and mdb-reader: all three say the same.
+"""Reads new files and their encoded copies with kontodb, mdb-export and mdb-reader. All three must give the same rows.
 
 usage: tests/foreign/compare.py FOLDER-OF-MODULES
-With TOLV_CORPUS set to a folder, every Jet 4 file there is compared too, table by table; what is no Jet 4 file must be
-refused. Rows are compared as a set: mdb-export and the others list rows that have moved in different places.
+With TOLV_CORPUS set to a folder, every Jet 4 file there is compared, too, table by table. Other files must be refused.
+The order of rows does not count, because mdb-export lists moved rows in another place than the others.
 """
 import csv
 import decimal
@@ -35,7 +35,7 @@ def run(*command):
 
 
 def plain(value, kind):
-    """One form for one value, whoever printed it."""
+    """The same form for a value from any of the readers."""
     if value is None:
         return NULL
     if kind == "boolean":
@@ -50,8 +50,8 @@ def plain(value, kind):
 
 
 def lossy(text, kind):
-    """What mdb-export is known to lose: it does not tell an empty text from none, ends a text at its first zero
-    character and bytes at the first zero byte."""
+    """The value as far as mdb-export can give it: an empty text becomes null, a text ends at its first zero character,
+    bytes end at the first zero byte."""
     if kind in ("binary", "ole"):
         pairs = [text[i:i + 2] for i in range(0, len(text), 2)]
         text = "".join(pairs[:pairs.index("00")]) if "00" in pairs and text != NULL else text

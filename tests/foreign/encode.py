@@ -1,9 +1,9 @@
 #!/usr/bin/python3
 """Writes an encoded copy of an account file: encode.py SOURCE TARGET KEY (hexadecimal).
 
-This is a writer of its own on purpose: it shares no line with the engine whose reading it tests. An encoded file
-differs from the plain one in two things. The header names a key, inside the part that a fixed stream covers, and
-every page but the first is covered by a stream that its own number and that key begin.
+It shares no code with the engine, on purpose, because it tests how the engine reads such files. An encoded file differs
+from the plain one in two points. Its header has a key, in the part that is masked with a fixed stream. And every page
+except the first is masked with a stream that depends on the page number and this key.
 """
 import pathlib
 import sys
@@ -14,7 +14,7 @@ KEY_OFFSET = 0x3E
 
 
 def covered(key, data):
-    """RC4. The stream is its own inverse."""
+    """RC4. The same call encodes and decodes."""
     box, swap = list(range(256)), 0
     for index in range(256):
         swap = (swap + box[index] + key[index % len(key)]) % 256

@@ -1,10 +1,10 @@
 #!/usr/bin/python3
-"""Holds every index of account files against the rows of its table: indexes.py FILE...
+"""Compares every index of account files with the rows of its table: indexes.py FILE...
 
-A reader of its own on purpose: it shares no line with the engine that wrote the files, only weights.txt, the weights of
-the sort order. Of each index: entries ascend, links and nodes lead to the same leaves, its map names just these pages,
-and the entries are those that the rows make, byte for byte. Not compared: keys with surrogates, of more than 507 bytes
-or in another sort order than the two known ones, and indexes over memos.
+It shares no code with the engine that wrote the files, on purpose, but only weights.txt, the weights of the sort order.
+In each index the entries must ascend, links and nodes must lead to the same leaves, the map must name exactly these
+pages, and the entries must be those that follow from the rows, byte for byte. Not compared: keys with surrogates, keys
+of more than 507 bytes, keys in other sort orders than the two known ones, and indexes of memos.
 """
 import pathlib
 import re
@@ -23,7 +23,7 @@ inverted = lambda data: bytes(byte ^ 0xFF for byte in data)
 
 
 def readWeights():
-    """Unit to (section, codes, accents or value, kana)."""
+    """Maps each unit to (section, codes, accents or value, kana)."""
     weights, section = {}, None
     entries = []
     for line in WEIGHTS.read_text("ascii").splitlines():
@@ -55,7 +55,7 @@ ALL_WEIGHTS = readWeights()
 
 
 def textKey(units, lcid):
-    """None if the key is not known."""
+    """The key; None if it is not known for certain."""
     units = units[:255]
     while units and units[-1] == 0x20:
         units.pop()
@@ -108,7 +108,7 @@ def decodedUnits(data):
 
 
 def grouped(data, ascending):
-    """Groups of 8 bytes with a count behind each."""
+    """Groups of 8 bytes, each followed by a count."""
     key, turn = b"", (lambda part: part) if ascending else inverted
     for at in range(0, len(data), 8):
         part, isLast = data[at:at + 8], at + 8 >= len(data)
@@ -117,7 +117,7 @@ def grouped(data, ascending):
 
 
 def columnKey(column, data, ascending):
-    """@param data  None for null; of a Boolean whether it is set"""
+    """@param data  None for null; for a Boolean: whether it is set"""
     kind = column["type"]
     if kind == BOOLEAN:
         key = b"\0" if data else b"\xff"
@@ -190,7 +190,7 @@ class File:
                 "columns": {column["number"]: column for column in columns}, "indexes": indexes}
 
     def rows(self, table):
-        """Row pointer to the bytes of each live row."""
+        """Maps the row pointer of each live row to its bytes."""
         for page in sorted(self.map(table["owned"])):
             for row in range(U16(self.pages[page], 12)):
                 flags, data = self.slot(page << 8 | row)
@@ -211,7 +211,7 @@ class File:
 
 
 def valueOf(table, column, row):
-    """A value's bytes, or None; of a Boolean whether it is set."""
+    """The bytes of a value, or None for null; for a Boolean: whether it is set."""
     count, number = U16(row, 0), column["number"]
     mask = row[-((count + 7) // 8):]
     isSet = number < count and mask[number >> 3] >> (number & 7) & 1
@@ -229,7 +229,7 @@ def valueOf(table, column, row):
 
 
 def entriesOf(page, tail):
-    """Each entry of an index page, whole, as (key and row, what stands behind)."""
+    """Each entry of an index page, without prefix compression, as (key and row, the bytes after them)."""
     mask, prefix, first, start, entries = page[27:480], U16(page, 24), b"", 0, []
     for bit in range(len(mask) * 8):
         if mask[bit >> 3] >> (bit & 7) & 1:
@@ -241,7 +241,7 @@ def entriesOf(page, tail):
 
 
 def leavesBelow(file, number, pages):
-    """Leaf pages from left to right; nodes are held against what lies below them."""
+    """The leaf pages from left to right. Also compares nodes with the pages below them."""
     pages.append(number)
     page = file.pages[number]
     if page[0] == 4:
@@ -284,7 +284,7 @@ def indexFault(file, table, index, rows):
 
 
 def faultsOf(path):
-    """@return faults, and how many entries have been compared"""
+    """@return the faults, and how many entries were compared"""
     file, faults, count = File(pathlib.Path(path)), [], 0
     for name, table in file.tables():
         rows = list(file.rows(table))

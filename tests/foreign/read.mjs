@@ -1,4 +1,4 @@
-// Prints every user table of an Access file as mdb-reader sees it: one JSON object a table, with its columns and rows.
+// Prints every user table of an Access file as mdb-reader reads it: one JSON object per table, with columns and rows.
 // usage: node read.mjs FOLDER-OF-MODULES FILE [PASSWORD]
 import { readFileSync } from "node:fs";
 import { createRequire } from "node:module";

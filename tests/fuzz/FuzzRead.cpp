@@ -6,9 +6,9 @@
 #include "tests/fuzz/ReadEverything.h"
 #include "tests/fuzz/Seeds.h"
 
-// Entries of the coverage-guided fuzzer: tests/fuzz/run.sh builds and starts it.
+// Entry points for the coverage-guided fuzzer, which tests/fuzz/run.sh builds and starts.
 
-/// Lays the seeds where run.sh lets the fuzzer look for them.
+/// Writes the seeds to the folder in which run.sh makes the fuzzer look for them.
 extern "C" int LLVMFuzzerInitialize(int* /*count*/, char*** /*arguments*/) {
     const std::filesystem::path folder = "seeds";
     for (const jet::Seed& seed : jet::seeds()) {

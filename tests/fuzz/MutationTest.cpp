@@ -18,9 +18,9 @@ TEST(DamagedFiles, SoundSeedsAreReadWithoutDamage) {
     }
 }
 
-/// Whatever is done to a file, reading it ends, in values or in run-time errors: no crash, no endless loop, no
-/// memory beyond measure. A fault of the engine ends this program under the sanitizers or at the time limit.
-/// TOLV_MUTATIONS and TOLV_RANDOM_SEED make longer and other runs.
+/// Reading any damaged file must give values or run-time errors: no crash, no endless loop, no excessive memory. A
+/// fault of the engine ends this program through the sanitizers or the time limit. TOLV_MUTATIONS gives longer runs,
+/// TOLV_RANDOM_SEED other ones.
 TEST(DamagedFiles, EndInValuesOrInRunTimeErrors) {
     const std::vector<Seed> all = seeds();
     const std::uint32_t count = test::environmentNumber("TOLV_MUTATIONS", 6000);
@@ -33,7 +33,7 @@ TEST(DamagedFiles, EndInValuesOrInRunTimeErrors) {
         SCOPED_TRACE(seed.name + ", random seed " + std::to_string(randomSeed) + ", mutation " + std::to_string(i));
         ASSERT_NO_THROW(damaged += readEverything(file, kSeedPassword).damageCount > 0 ? 1 : 0);
     }
-    // Most changes hit something that counts; if not, the damage goes unseen.
+    // Most changes hit something that counts. Otherwise this test would not notice damage.
     EXPECT_GT(damaged, count / 4);
 }
 

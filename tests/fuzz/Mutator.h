@@ -10,11 +10,11 @@
 
 namespace jet {
 
-/// Numbers that offsets, counts, lengths and page numbers do not expect.
+/// Extreme numbers for offsets, counts, lengths and page numbers.
 inline constexpr std::uint32_t kExtremes[] = {0,      1,      0xFF,    0x1FFF,     0x7FFF,
                                               0x8000, 0xFFFF, 0x10000, 0x7FFFFFFF, 0xFFFFFFFF};
 
-/// Changes files at random, a byte, a number or a page here and there.
+/// Changes files at random: a byte, a number or a page in various places.
 class Mutator {
 public:
     explicit Mutator(std::uint32_t randomSeed) : random_(randomSeed) {}
@@ -31,7 +31,7 @@ public:
     std::uint32_t below(std::size_t limit) { return static_cast<std::uint32_t>(random_() % limit); }
 
 private:
-    /// Half of the places lie at the beginning of a page, where its structure stands.
+    /// Half of the places are at the beginning of a page, where its header is.
     std::size_t place(const base::Bytes& file) {
         if (below(2) == 0) return below(file.size());
         const std::size_t pageStart = below((file.size() + 4095) / 4096) * std::size_t{4096};

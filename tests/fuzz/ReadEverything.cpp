@@ -16,12 +16,12 @@
 namespace jet {
 namespace {
 
-/// Damage ends the step, not the whole reading: what lies behind a broken table is to be read as well.
+/// Damage ends the step, but not the whole reading: what follows a broken table must be read, too.
 void countingDamage(ReadEverythingResult& result, const std::function<void()>& step) {
     try {
         step();
     } catch (const base::RuntimeError& error) {
-        // The boundary of the tool shows the description, so it must be there.
+        // The tool shows the description to the user, so it must not be empty.
         if (error.description().empty()) throw std::logic_error("a run-time error without description");
         if (result.damageCount++ == 0) result.firstDamage = base::toUtf8(error.description());
     }
@@ -53,7 +53,7 @@ void readTable(PageSource& source, const CatalogEntry& entry, ReadEverythingResu
     }
 }
 
-/// The checker reports damage and does not end by it.
+/// The checker must report damage and not throw because of it.
 std::size_t faultsOf(PageSource& source, std::uint64_t sizeBytes) {
     try {
         return checkDatabase(source, sizeBytes).findings.faultCount();

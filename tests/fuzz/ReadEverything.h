@@ -6,13 +6,14 @@
 
 namespace jet {
 
-/// Checks a file and reads all that it holds: every table of the catalog, row by row and column by column, properties
-/// and relationships, and each index from end to end.
+/// Checks a file and reads everything in it: every table of the catalog, row by row and column by column, properties
+/// and relationships, and each index from beginning to end.
 ///
-/// Damage of the file, a RuntimeError, ends the reading of the table at hand and is counted; anything else that
-/// escapes is a fault of the engine. So is damage of which the checker says nothing.
+/// Damage of the file (a RuntimeError) ends the reading of one table and is counted. Any other exception is a fault of
+/// the engine. It is also a fault if the checker does not report the damage.
 /// @param password  of the file
-/// @return what was read, so that no reading can be left out as unused, and how often damage was met
+/// @return a value made from everything that was read (so that no reading can be optimised away), and the number of
+/// damages
 struct ReadEverythingResult {
     std::size_t valueCount = 0;
     std::size_t damageCount = 0;

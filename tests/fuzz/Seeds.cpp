@@ -16,7 +16,7 @@ namespace {
 
 using base::Value;
 
-/// Long names, so that few rows already fill several leaves.
+/// Long names, so that a few rows already fill several leaves.
 base::Text longName(std::int32_t i) {
     return u"Müller-Straßenbäcker & Söhne, Niederlassung Nr. " + base::decimal((i * 7919) % 10007) + u" (Außenstelle)";
 }
@@ -110,7 +110,7 @@ Seed make(std::string name, base::Text password, const auto& fill) {
     return {std::move(name), io.bytes()};
 }
 
-/// Two tables of which one refers to the other, with long values of every kind.
+/// Two tables, one of which refers to the other, with long values of every kind.
 Seed related() {
     static constexpr std::size_t kNoteUnits[] = {20, 300, 4500, 2500};
     const auto rows = [](std::int32_t count) {

@@ -12,8 +12,8 @@ struct Seed {
     base::Bytes file;
 };
 
-/// Small sound files of several shapes, made by the Creator; further ones from the folder that the environment
-/// variable TOLV_CORPUS names, if it is set.
+/// Small sound files of several shapes, made by the Creator. If the environment variable TOLV_CORPUS names a folder,
+/// the files in it are added.
 std::vector<Seed> seeds();
 
 /// Password of the seeds that have one.

@@ -25,7 +25,7 @@ namespace {
 
 using base::Text;
 
-/// A table that statements can be made for.
+/// A table, with what is needed to make statements for it.
 struct Target {
     Text name;
     std::vector<Column> columns;
@@ -43,7 +43,7 @@ std::vector<Target> targetsOf(const Seed& seed) {
     return targets;
 }
 
-/// Statements for a table at random.
+/// Makes random statements for a table.
 class Statements {
 public:
     Statements(Mutator& random, const Target& target) : random_(random), target_(target) {}
@@ -83,7 +83,7 @@ private:
         return test::literalOf(test::RandomValues(random_.engine()).value(column)).value_or(u"NULL");
     }
 
-    /// One row, several, or all.
+    /// A condition for one row, for several, or for all.
     Text condition() {
         const auto number = std::ranges::find(target_.columns, ColumnType::Long, &Column::type);
         if (number == target_.columns.end() || random_.below(8) == 0) return {};
@@ -96,7 +96,7 @@ private:
     const Target& target_;
 };
 
-/// A new row, as a record set adds one: its number first.
+/// Adds a row as a record set does: first its number is taken.
 void addRow(Database& database, base::TextView table) {
     const sql::TableExpressions expressions;
     RowOfValues row;
@@ -115,8 +115,8 @@ struct Counts {
     std::size_t statements = 0, done = 0, shared = 0, unreadable = 0;
 };
 
-/// Changes at random seldom hit the maps, and what a map says wrongly is the worst damage for a writer: bits are turned
-/// in maps of whatever kind, and pages in use are called free. Only of files that are not encoded.
+/// Random changes seldom hit the maps, but a wrong map is the worst damage for a writer. So this flips bits in maps of
+/// all kinds, and calls pages in use free. Only for files that are not encoded.
 void changeMaps(base::Bytes& file, Mutator& random) {
     if (Header::read(base::ByteView(file)).databaseKey != 0) return;
     std::vector<RowPointer> maps;
@@ -137,8 +137,8 @@ void changeMaps(base::Bytes& file, Mutator& random) {
     file = store.file();
 }
 
-/// Changes at random hit leftovers and texts more often than what holds a file together: bytes are changed of
-/// definitions, and of index pages down to the last entry, every second one in their heads, where the links are.
+/// Random changes hit leftovers and texts more often than the structure of a file. So this changes bytes of
+/// definitions, and of index pages up to the last entry. Half of the changes are in page headers, where the links are.
 void changeStructure(base::Bytes& file, Mutator& random) {
     if (Header::read(base::ByteView(file)).databaseKey != 0) return;
     constexpr std::size_t kPageHead = 27;
@@ -153,26 +153,26 @@ void changeStructure(base::Bytes& file, Mutator& random) {
     }
 }
 
-/// Two structures share a page, or will when the file has grown, or one leads to a page or row that others may be
-/// given: then a change of another one can be a new fault of the first.
+/// Two structures share a page, or will do so when the file has grown, or one structure refers to a page or row that
+/// another may be given. Then a change of one can cause a new fault of the other.
 bool sharesPages(const std::string& faults) {
     const auto has = [&](const char* part) { return faults.find(part) != std::string::npos; };
     return has(" und auch ") || has(" schon ") || has("die Seite gehört der Spalte nicht") ||
            has("fehlt in seiner Karte") || has(", die Datei hat nur ") || has(" gibt es nicht.");
 }
 
-/// A damaged file and what statements make of it.
+/// A damaged file, on which statements are tried.
 class Trial {
 public:
-    /// @throws RuntimeError if the file cannot be opened or checked at all
+    /// @throws RuntimeError if the file cannot even be opened or checked
     Trial(const base::Bytes& file, Counts& counts)
         : machine_(file),
           counts_(counts),
           database_(Database::open(machine_.storage(), kSeedPassword, LeftJournalRule::RollBack)),
           faults_(check()) {}
 
-    /// @return what is wrong; empty if the statement ended in an error that changed nothing, or left a file with no
-    ///         more faults than before
+    /// @return what is wrong. Empty if the statement ended in an error and changed nothing, or left a file with no more
+    /// faults than before.
     std::string run(const Target& target, Mutator& random) {
         const bool isRow = random.below(6) == 0;
         const Text statement = isRow ? u"AddNew " + target.name : Statements(random, target).next();
@@ -214,11 +214,11 @@ private:
     Counts& counts_;
     Database database_;
     std::string faults_;
-    bool hasSharedPages_ = false;  ///< now or before: a page that one of two owners gives up stays in question
+    bool hasSharedPages_ = false;  ///< now or before: a shared page stays in question even if one owner gives it up
     base::Bytes old_;
 };
 
-/// @return as Trial::run
+/// @return as for Trial::run
 std::string writeInto(const base::Bytes& file, const std::vector<Target>& targets, Mutator& random, Counts& counts) {
     constexpr int kStatements = 4;
     std::string fault;
@@ -232,8 +232,8 @@ std::string writeInto(const base::Bytes& file, const std::vector<Target>& target
     return fault;
 }
 
-/// Statements over a damaged file end in an error that changes nothing, or in a file that is no worse.
-/// TOLV_WRITE_MUTATIONS and TOLV_RANDOM_SEED make longer and other runs.
+/// Statements on a damaged file end in an error that changes nothing, or in a file with no more faults than before.
+/// TOLV_WRITE_MUTATIONS gives longer runs, TOLV_RANDOM_SEED other ones.
 TEST(DamagedFiles, AreNotMadeWorseByStatements) {
     const std::vector<Seed> all = seeds();
     const std::uint32_t count = test::environmentNumber("TOLV_WRITE_MUTATIONS", 400);

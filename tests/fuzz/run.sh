@@ -1,6 +1,6 @@
 #!/bin/bash
 # Coverage-guided fuzzing of the engine's reading: tests/fuzz/run.sh [SECONDS] [FOLDER OF MORE SEED FILES]
-# It begins with the seeds of the mutation test: from nothing the fuzzer does not find its way past the header.
+# It starts with the seeds of the mutation test, because without them the fuzzer does not get past the header.
 # Needs clang with its fuzzer run time (Debian: clang, libclang-rt-14-dev). Findings are left in out/fuzz.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
