@@ -90,8 +90,8 @@ struct LogicalIndex {
     Side side = Side::None;
     std::uint32_t partnerNumber = 0xFFFFFFFF;   ///< foreign keys: index number in the other table
     PageNumber partnerTable = 0;                ///< foreign keys: definition of the other table
-    std::uint8_t updateRule = 4;                ///< foreign keys: 1 = cascade; else 4
-    std::uint8_t deleteRule = 4;                ///< foreign keys: bit 1 cascade, bit 2 set null; else 4
+    std::uint8_t updateRule = 4;                ///< foreign keys: 1 = cascade, 0 = not; other indexes: 4
+    std::uint8_t deleteRule = 4;                ///< foreign keys: 1 cascade, 2 set null; other indexes: 4
     std::array<std::uint8_t, kBytes> record{};  ///< as read
 };
 
