@@ -32,7 +32,7 @@ private:
     struct RowKey {
         base::Bytes bytes;
         bool isIn = true;                       ///< the index has an entry for the row
-        std::size_t certainBytes = kAllOfThem;  ///< only so many bytes at the beginning are known to be right
+        std::size_t certainBytes = kAllOfThem;  ///< number of bytes at the beginning that are certain
         bool hasNull = false;
     };
     bool computeKey(const RowView& row, RowKey& key) const;

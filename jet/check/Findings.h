@@ -43,7 +43,7 @@ struct Place {
 
 class Findings {
 public:
-    /// Of each kind so many findings are kept. The rest is only counted.
+    /// The number of findings of each kind that are kept. The rest is only counted.
     static constexpr std::size_t kMaxKept = 1000;
 
     void fault(const Place& place, base::Text what) { add(Finding::Kind::Fault, place.text(), std::move(what)); }

@@ -10,7 +10,7 @@ namespace jet {
 
 /// The usage maps of a file that is being made. Each map gets its row at the start and its pages at the end.
 ///
-/// A map is inline if its pages lie within a range of 512; otherwise it has its own bitmap pages.
+/// A map is inline if its pages are within a range of 512; otherwise it has its own bitmap pages.
 class FreshMaps {
 public:
     explicit FreshMaps(FreshPages& pages) : pages_(pages) {}

@@ -17,7 +17,7 @@ struct IndexEntryKey {
     bool hasNull = false;  ///< one of its columns is null in the row
 };
 
-/// Makes the key of a row that is to be written.
+/// Makes the key of a new or changed row before it is written.
 /// @throws RuntimeError if the key of one of its texts is not certain (sortKeyIsCertain), if the key is too long, or if
 /// it contains null although the index requires values
 IndexEntryKey keyToWrite(PageSource& source, const IndexDefinition& index, const RowView& row);

@@ -223,7 +223,7 @@ void IndexWriter::split(std::size_t level, Place place) {
     at.node->previous = frontPage;
     if (!isEnd) relink(front.previous, at.page, frontPage, true);
     if (isEnd) relink(at.node->next, frontPage, at.page, false);
-    // Entries that this engine writes are never so long.
+    // Entries that this engine writes are never that long.
     if (!front.fits()) throw keyTooLong(name);
     front.write(store_.change(frontPage), table_.page, path_[level].height);
     parent.node->setChildAt(parent.position, at.page);

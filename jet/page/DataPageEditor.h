@@ -8,7 +8,7 @@
 
 namespace jet {
 
-/// A data page being changed. The editor keeps three rules: rows lie without gaps at the end of the page, a slot never
+/// A data page being changed. The editor keeps three rules: rows fill the end of the page without gaps, a slot never
 /// changes its number, and the free bytes are those between the slots and the lowest row.
 class DataPageEditor {
 public:

@@ -12,7 +12,7 @@ namespace jet {
 /// The data pages of one owner (a table or a column of long values). Rows are added to them and removed.
 ///
 /// Two maps record the pages: one has all pages, the other those that may have room. A page leaves the second map when
-/// a row does not fit, and returns when one of its rows is removed. So no page is tried in vain twice. A page becomes
+/// a row does not fit, and returns when one of its rows is removed. So no full page is tried twice. A page becomes
 /// free when its last row is removed. Slots of deleted rows are never used again. See docs/file-format.md, "Data
 /// pages".
 class RowPages {

@@ -31,7 +31,7 @@ public:
     virtual void sync() = 0;
     virtual void resize(std::uint64_t sizeBytes) = 0;
 
-    /// Takes, changes or releases the one lock of this file. It lies far beyond the data, so other programs can still
+    /// Takes, changes or releases the one lock of this file. It is far beyond the data, so other programs can still
     /// read. A shared lock needs no right to write. Releasing the lock never fails.
     /// @param wait  how long to try
     /// @return false if somebody else held the lock for all that time; then nothing is locked
@@ -44,7 +44,7 @@ protected:
 /// How long an operation waits for another program of this engine.
 inline constexpr std::chrono::milliseconds kLockWait{2000};
 
-/// Offset of the locked byte; no file of this format is so long.
+/// Offset of the locked byte; no file of this format is that long.
 inline constexpr std::uint64_t kLockOffset = 0x4000'0000'0000;
 
 /// A program that waits for the lock also holds this byte, shared or exclusive like the lock itself. So readers that

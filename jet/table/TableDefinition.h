@@ -141,7 +141,7 @@ public:
     const Column& columnOf(const IndexColumn& part) const { return *columnNumbered(part.columnNumber); }
 };
 
-/// Pages that a definition of so many joined bytes takes.
+/// Number of pages for a definition of `joinedBytes` bytes.
 std::size_t definitionPageCount(std::size_t joinedBytes);
 
 /// Cuts joined bytes into whole pages.

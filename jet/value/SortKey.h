@@ -25,7 +25,7 @@ struct TextOrder {
     friend bool operator==(const TextOrder&, const TextOrder&) = default;
 };
 
-/// At most so many UTF-16 units of a text count for its key.
+/// The maximum number of UTF-16 units of a text that count for its key.
 constexpr std::size_t kSortKeyUnits = 255;
 
 /// The longest key, with its end byte, that the original engine is known to store unshortened.
