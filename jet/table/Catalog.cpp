@@ -7,7 +7,7 @@
 namespace jet {
 namespace {
 
-/// Finds the columns of a system table by name, and checks that each has the type that the format demands.
+/// Reads columns of a system table by name. A value of another type than the format demands is damage.
 class SystemTable {
 public:
     explicit SystemTable(const Table& table) : table_(table) {}
