@@ -10,6 +10,7 @@
 #include "jet/fresh/IndexTreeBuilder.h"
 #include "jet/page/PageFile.h"
 #include "jet/storage/MemoryIo.h"
+#include "jet/table/TableDefinition.h"
 #include "jet/tree/IndexCursor.h"
 #include "jet/tree/IndexNode.h"
 
