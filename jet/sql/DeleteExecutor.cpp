@@ -3,8 +3,8 @@
 #include <vector>
 
 #include "jet/change/TableWriter.h"
+#include "jet/expression/TableColumns.h"
 #include "jet/sql/RowSearch.h"
-#include "jet/sql/TableColumns.h"
 #include "jet/sql/TableExpressions.h"
 
 namespace jet::sql {

@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "jet/change/TableWriter.h"
+#include "jet/expression/TableColumns.h"
 #include "jet/sql/RowAssignments.h"
 #include "jet/sql/SqlError.h"
-#include "jet/sql/TableColumns.h"
 #include "jet/sql/TableExpressions.h"
 
 namespace jet::sql {

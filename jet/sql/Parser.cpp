@@ -4,9 +4,10 @@
 #include <optional>
 #include <utility>
 
-#include "jet/sql/ExpressionParser.h"
+#include "jet/expression/ExpressionErrors.h"
+#include "jet/expression/ExpressionParser.h"
+#include "jet/expression/TokenReader.h"
 #include "jet/sql/SqlError.h"
-#include "jet/sql/TokenReader.h"
 
 namespace jet::sql {
 

@@ -14,7 +14,7 @@ inline constexpr std::size_t kMaxStatementLength = 64000;
 ///
 /// The first fault from the left decides the error: in 'O'Neil' the missing operator is met before the text
 /// that is left open.
-/// @throws base::RuntimeError as SqlError.h lists them
+/// @throws base::RuntimeError as SqlError.h and ExpressionErrors.h list them
 Statement parse(base::TextView statement);
 
 }  // namespace jet::sql

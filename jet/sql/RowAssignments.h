@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "jet/change/TableWriter.h"
-#include "jet/sql/BoundExpression.h"
+#include "jet/expression/BoundExpression.h"
 #include "jet/value/Column.h"
 
 namespace jet::sql {

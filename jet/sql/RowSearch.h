@@ -3,9 +3,9 @@
 #include <functional>
 #include <optional>
 
-#include "jet/sql/BoundExpression.h"
+#include "jet/expression/BoundExpression.h"
+#include "jet/expression/TableColumns.h"
 #include "jet/sql/Statement.h"
-#include "jet/sql/TableColumns.h"
 #include "jet/table/Table.h"
 
 namespace jet::sql {

@@ -5,13 +5,14 @@
 #include <utility>
 
 #include "jet/Errors.h"
+#include "jet/expression/ExpressionErrors.h"
+#include "jet/expression/TableColumns.h"
 #include "jet/index/IndexKey.h"
 #include "jet/page/DataPage.h"
 #include "jet/sql/Parser.h"
 #include "jet/sql/RowOrder.h"
 #include "jet/sql/RowSearch.h"
 #include "jet/sql/SqlError.h"
-#include "jet/sql/TableColumns.h"
 
 namespace jet::sql {
 

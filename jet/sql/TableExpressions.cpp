@@ -6,9 +6,9 @@
 #include <utility>
 
 #include "base/RuntimeError.h"
-#include "jet/sql/ExpressionParser.h"
-#include "jet/sql/TableColumns.h"
-#include "jet/sql/TokenReader.h"
+#include "jet/expression/ExpressionParser.h"
+#include "jet/expression/TableColumns.h"
+#include "jet/expression/TokenReader.h"
 
 namespace jet::sql {
 

@@ -3,10 +3,10 @@
 #include <vector>
 
 #include "jet/change/TableWriter.h"
+#include "jet/expression/ExpressionErrors.h"
+#include "jet/expression/TableColumns.h"
 #include "jet/sql/RowAssignments.h"
 #include "jet/sql/RowSearch.h"
-#include "jet/sql/SqlError.h"
-#include "jet/sql/TableColumns.h"
 #include "jet/sql/TableExpressions.h"
 
 namespace jet::sql {

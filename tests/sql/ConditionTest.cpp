@@ -3,9 +3,9 @@
 #include <gmock/gmock.h>
 #include <random>
 
-#include "jet/sql/Lexer.h"
-#include "jet/sql/LikePattern.h"
-#include "jet/sql/Number.h"
+#include "jet/expression/Lexer.h"
+#include "jet/expression/LikePattern.h"
+#include "jet/expression/Number.h"
 #include "jet/sql/SelectExecutor.h"
 #include "tests/support/RandomValues.h"
 #include "tests/support/SampleFile.h"

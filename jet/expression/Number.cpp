@@ -1,4 +1,4 @@
-#include "jet/sql/Number.h"
+#include "jet/expression/Number.h"
 
 #include <array>
 #include <cstddef>
@@ -6,7 +6,7 @@
 
 #include "jet/value/ExactNumber.h"
 
-namespace jet::sql {
+namespace jet {
 
 namespace {
 
@@ -127,4 +127,4 @@ base::Decimal Number::toDecimal() const {
     return decimal;
 }
 
-}  // namespace jet::sql
+}  // namespace jet

@@ -5,7 +5,7 @@
 #include "base/Text.h"
 #include "base/Value.h"
 
-namespace jet::sql {
+namespace jet {
 
 enum class TokenKind {
     End,
@@ -56,4 +56,4 @@ private:
     std::size_t place_;
 };
 
-}  // namespace jet::sql
+}  // namespace jet

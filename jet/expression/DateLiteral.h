@@ -5,7 +5,7 @@
 #include "base/Text.h"
 #include "base/Value.h"
 
-namespace jet::sql {
+namespace jet {
 
 /// The point in time between the number signs of a date literal: "month/day/year" or "year-month-day", a
 /// time "hour:minute[:second] [AM|PM]", or both. The parts of a date may be joined by "/" or "-".
@@ -15,4 +15,4 @@ namespace jet::sql {
 /// @return nothing if the text is no such point in time between the years 100 and 9999
 std::optional<base::Date> dateFromLiteral(base::TextView text);
 
-}  // namespace jet::sql
+}  // namespace jet

@@ -1,13 +1,13 @@
-#include "jet/sql/ExpressionParser.h"
+#include "jet/expression/ExpressionParser.h"
 
 #include <array>
 #include <cstdint>
 #include <optional>
 #include <utility>
 
-#include "jet/sql/SqlError.h"
+#include "jet/expression/ExpressionErrors.h"
 
-namespace jet::sql {
+namespace jet {
 
 namespace {
 
@@ -245,4 +245,4 @@ base::TextView ExpressionParser::wholeExpression() const {
     return reader_.statement().substr(begin_, end - begin_);
 }
 
-}  // namespace jet::sql
+}  // namespace jet

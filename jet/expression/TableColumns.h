@@ -4,11 +4,11 @@
 #include <optional>
 #include <vector>
 
-#include "jet/sql/BoundExpression.h"
+#include "jet/expression/BoundExpression.h"
 #include "jet/table/Table.h"
 #include "jet/table/TableDefinition.h"
 
-namespace jet::sql {
+namespace jet {
 
 /// The columns of a table as statements know them: at their places in SELECT *.
 class TableColumns {
@@ -39,4 +39,4 @@ private:
     const Row& row_;
 };
 
-}  // namespace jet::sql
+}  // namespace jet

@@ -7,10 +7,10 @@
 
 #include "base/Text.h"
 #include "base/Value.h"
-#include "jet/sql/Statement.h"
+#include "jet/expression/Expression.h"
 #include "jet/value/SortKey.h"
 
-namespace jet::sql {
+namespace jet {
 
 /// What can be compared with each other.
 enum class ValueClass { Number, Text, Bytes, Guid };
@@ -76,4 +76,4 @@ std::optional<std::size_t> findColumn(const std::vector<ExpressionColumn>& colum
 /// Whether two names of tables or columns are the same for the engine.
 bool namesAreEqual(base::TextView a, base::TextView b);
 
-}  // namespace jet::sql
+}  // namespace jet

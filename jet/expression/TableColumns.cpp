@@ -1,6 +1,6 @@
-#include "jet/sql/TableColumns.h"
+#include "jet/expression/TableColumns.h"
 
-namespace jet::sql {
+namespace jet {
 
 namespace {
 
@@ -27,4 +27,4 @@ TableColumns::TableColumns(const TableDefinition& definition) : columns_(definit
         names_.push_back({column->name, classOf(column->type), column->textOrder});
 }
 
-}  // namespace jet::sql
+}  // namespace jet

@@ -5,7 +5,7 @@
 #include "base/Text.h"
 #include "jet/value/SortKey.h"
 
-namespace jet::sql {
+namespace jet {
 
 /// The pattern of LIKE: "%" stands for any run of units, "_" for one unit, "[a-cx]" for one out of a list,
 /// "[!a-cx]" for one that is not in it; within a list the wildcards stand for themselves. A bracket that is
@@ -39,4 +39,4 @@ private:
     TextOrder order_;
 };
 
-}  // namespace jet::sql
+}  // namespace jet

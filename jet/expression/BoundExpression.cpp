@@ -1,16 +1,16 @@
-#include "jet/sql/BoundExpression.h"
+#include "jet/expression/BoundExpression.h"
 
 #include <algorithm>
 #include <compare>
 #include <type_traits>
 #include <utility>
 
-#include "jet/sql/LikePattern.h"
-#include "jet/sql/Number.h"
-#include "jet/sql/SqlError.h"
+#include "jet/expression/ExpressionErrors.h"
+#include "jet/expression/LikePattern.h"
+#include "jet/expression/Number.h"
 #include "jet/value/GuidText.h"
 
-namespace jet::sql {
+namespace jet {
 
 namespace {
 
@@ -356,4 +356,4 @@ std::optional<std::size_t> findColumn(const std::vector<ExpressionColumn>& colum
     return std::nullopt;
 }
 
-}  // namespace jet::sql
+}  // namespace jet

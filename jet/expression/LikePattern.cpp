@@ -1,11 +1,11 @@
-#include "jet/sql/LikePattern.h"
+#include "jet/expression/LikePattern.h"
 
 #include <algorithm>
 #include <compare>
 #include <cstddef>
 #include <utility>
 
-namespace jet::sql {
+namespace jet {
 
 namespace {
 
@@ -109,4 +109,4 @@ bool LikePattern::isInRange(const Range& range, char16_t unit) const {
            std::is_lteq(compareTexts(text, {&range.last, 1}, order_));
 }
 
-}  // namespace jet::sql
+}  // namespace jet

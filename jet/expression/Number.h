@@ -7,7 +7,7 @@
 
 #include "base/Value.h"
 
-namespace jet::sql {
+namespace jet {
 
 /// A number as statements compare it: by its value, whatever type it comes from. Yes/no counts as -1 and 0,
 /// a date as its days.
@@ -35,4 +35,4 @@ private:
     Form form_;
 };
 
-}  // namespace jet::sql
+}  // namespace jet

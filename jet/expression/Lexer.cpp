@@ -1,4 +1,4 @@
-#include "jet/sql/Lexer.h"
+#include "jet/expression/Lexer.h"
 
 #include <algorithm>
 #include <cmath>
@@ -6,11 +6,11 @@
 #include <optional>
 #include <string>
 
-#include "jet/sql/DateLiteral.h"
+#include "jet/expression/DateLiteral.h"
 #include "jet/value/ExactNumber.h"
 #include "jet/value/GuidText.h"
 
-namespace jet::sql {
+namespace jet {
 
 namespace {
 
@@ -173,4 +173,4 @@ void Lexer::scanSymbol(Token& token) {
     place_ += token.text.size();
 }
 
-}  // namespace jet::sql
+}  // namespace jet

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "jet/sql/Lexer.h"
+#include "jet/expression/Lexer.h"
 
-namespace jet::sql {
+namespace jet {
 
 /// The statement's tokens with the present one in view; what the parsers share.
 class TokenReader {
@@ -42,4 +42,4 @@ private:
 /// Whether the token can be the name of a table or column: keywords can only in brackets.
 bool isName(const Token& token);
 
-}  // namespace jet::sql
+}  // namespace jet

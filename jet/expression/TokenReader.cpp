@@ -1,8 +1,8 @@
-#include "jet/sql/TokenReader.h"
+#include "jet/expression/TokenReader.h"
 
 #include <array>
 
-namespace jet::sql {
+namespace jet {
 
 bool isName(const Token& token) {
     // Words that are no names unless they stand in brackets.
@@ -17,4 +17,4 @@ bool isName(const Token& token) {
     return true;
 }
 
-}  // namespace jet::sql
+}  // namespace jet

@@ -1,10 +1,10 @@
-#include "jet/sql/DateLiteral.h"
+#include "jet/expression/DateLiteral.h"
 
 #include <chrono>
 #include <cstddef>
 #include <utility>
 
-namespace jet::sql {
+namespace jet {
 
 namespace {
 
@@ -115,4 +115,4 @@ std::optional<base::Date> dateFromLiteral(base::TextView text) {
     return base::Date{day < 0 ? day - *time : day + *time};
 }
 
-}  // namespace jet::sql
+}  // namespace jet

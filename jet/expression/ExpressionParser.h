@@ -4,10 +4,10 @@
 
 #include "base/Text.h"
 #include "base/Value.h"
-#include "jet/sql/Statement.h"
-#include "jet/sql/TokenReader.h"
+#include "jet/expression/Expression.h"
+#include "jet/expression/TokenReader.h"
 
-namespace jet::sql {
+namespace jet {
 
 /// Brackets and NOTs inside one another, and comparisons in one row.
 inline constexpr std::size_t kMaxExpressionDepth = 100;
@@ -55,4 +55,4 @@ private:
     std::size_t depth_ = 0;
 };
 
-}  // namespace jet::sql
+}  // namespace jet

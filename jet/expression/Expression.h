@@ -1,0 +1,37 @@
+#pragma once
+
+#include <vector>
+
+#include "base/Text.h"
+#include "base/Value.h"
+
+namespace jet {
+
+enum class Comparison { Equal, NotEqual, Less, LessOrEqual, Greater, GreaterOrEqual };
+
+/// One node of an expression as it was written, before any name is looked up in a table. Which members count, the kind
+/// says; operands stand in the order of writing.
+struct Expression {
+    enum class Kind {
+        Literal,  ///< value
+        Name,     ///< table (may be empty), name
+        And,      ///< two or more operands
+        Or,       ///< two or more operands
+        Not,      ///< one operand
+        Compare,  ///< comparison, two operands
+        IsNull,   ///< negated, one operand
+        Between,  ///< negated; the value, the lower and the upper bound
+        In,       ///< negated; the value, then the list
+        Like,     ///< negated; the value, the pattern
+    };
+
+    Kind kind = Kind::Literal;
+    Comparison comparison = Comparison::Equal;
+    bool negated = false;
+    base::Value value;
+    base::Text table;
+    base::Text name;
+    std::vector<Expression> operands;
+};
+
+}  // namespace jet
