@@ -10,7 +10,6 @@
 #include "bench/CountingStorage.h"
 #include "jet/change/TableWriter.h"
 #include "jet/sql/Execution.h"
-#include "jet/sql/TableExpressions.h"
 #include "jet/transaction/Database.h"
 #include "jet/transaction/Transaction.h"
 
@@ -74,9 +73,8 @@ public:
     /// Adds accounts in one transaction, which is not committed. @return microseconds of processor time for each
     /// account
     double insert(const std::vector<std::uint32_t>& names) {
-        const jet::sql::TableExpressions expressions;
         jet::Transaction transaction(database_, jet::WriteKind::Execute);
-        jet::TableWriter writer(transaction, kTable, jet::WriteKind::Execute, expressions);
+        jet::TableWriter writer(transaction, kTable, jet::WriteKind::Execute);
         const auto column = writer.table().definition().column(u"BenKTO_Name")->number;
         const std::clock_t start = std::clock();
         for (const std::uint32_t name : names) {

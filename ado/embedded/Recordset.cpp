@@ -9,7 +9,6 @@
 #include "jet/sql/Parser.h"
 #include "jet/sql/SelectExecutor.h"
 #include "jet/sql/SqlError.h"
-#include "jet/sql/TableExpressions.h"
 #include "jet/transaction/Transaction.h"
 #include "jet/value/ColumnConversion.h"
 
@@ -18,11 +17,6 @@ namespace ado::embedded {
 namespace {
 
 constexpr auto kKind = jet::WriteKind::Recordset;
-
-const jet::sql::TableExpressions& expressions() {
-    static const jet::sql::TableExpressions reader;
-    return reader;
-}
 
 bool isSameColumn(const jet::Column& a, const jet::Column& b) {
     return a.number == b.number && a.type == b.type && a.name == b.name && a.lengthBytes == b.lengthBytes;
@@ -71,7 +65,7 @@ void Recordset::AddNew() {
     if (pending_) Update();
     const auto database = openDatabase();
     jet::Transaction transaction(*database, kKind);
-    jet::TableWriter writer(transaction, table_, kKind, expressions());
+    jet::TableWriter writer(transaction, table_, kKind);
     requireSameColumns(writer.table().definition());
     jet::RowOfValues started = writer.startRow();
     transaction.commit();
@@ -83,7 +77,7 @@ void Recordset::Update() {
     if (!pending_) return;
     const auto database = openDatabase();
     jet::Transaction transaction(*database, kKind);
-    jet::TableWriter writer(transaction, table_, kKind, expressions());
+    jet::TableWriter writer(transaction, table_, kKind);
     requireSameColumns(writer.table().definition());
     const jet::RowPointer place = store(writer);
     // Read before the commit, because the transaction's view of the file ends with it.

@@ -1,6 +1,8 @@
 #include "jet/change/ColumnRules.h"
 
+#include "base/RuntimeError.h"
 #include "jet/WriteErrors.h"
+#include "jet/expression/DefaultValue.h"
 #include "jet/value/ColumnConversion.h"
 
 namespace jet {
@@ -8,8 +10,8 @@ namespace jet {
 using base::Text;
 using base::TextView;
 
-ColumnRules::ColumnRules(const Table& table, const ExpressionReader& expressions, WriteKind kind)
-    : table_(table), expressions_(expressions), kind_(kind), properties_(table.properties()) {}
+ColumnRules::ColumnRules(const Table& table, WriteKind kind)
+    : table_(table), kind_(kind), properties_(table.properties()) {}
 
 /// Nothing for a property that is not there or says nothing.
 std::optional<Text> ColumnRules::textOf(const Column* column, TextView property) const {
@@ -31,12 +33,18 @@ base::Value ColumnRules::defaultOf(const Column& column) const {
                                u"Werte, die sich die Spalte '" + column.name + u"' selbst gibt, kennt das Modul nicht");
     }
     if (!expression) return convertToColumn(column, base::Null{}, kind_);
-    const auto value = expressions_.defaultValue(*expression);
-    if (!value || column.isAutoNumber()) {
-        throw tableNotWritable(table_.name(), u"Den Standardwert '" + *expression + u"' der Spalte '" + column.name +
-                                                  u"' kennt das Modul nicht");
+    return convertToColumn(column, readDefault(column, *expression), kind_);
+}
+
+/// @throws RuntimeError if it is not understood, or the column counts by itself
+base::Value ColumnRules::readDefault(const Column& column, const Text& expression) const {
+    try {
+        if (!column.isAutoNumber()) return defaultValue(expression);
+    } catch (const base::RuntimeError&) {
+        // The expression's own error would speak of a statement that nobody wrote.
     }
-    return convertToColumn(column, *value, kind_);
+    throw tableNotWritable(table_.name(), u"Den Standardwert '" + expression + u"' der Spalte '" + column.name +
+                                              u"' kennt das Modul nicht");
 }
 
 void ColumnRules::check(const RowValues& row, const std::vector<const Column*>& assigned, bool isNew) {
@@ -68,27 +76,27 @@ void ColumnRules::requireUnderstood() {
 }
 
 /// @throws RuntimeError if there is one that is not understood
-const std::optional<ColumnRules::Rule>& ColumnRules::ruleOf(const Column* column) {
-    const auto known = rules_.try_emplace(column);
-    std::optional<Rule>& rule = known.first->second;
-    if (known.second) {
-        const auto text = textOf(column, u"ValidationRule");
-        if (text) {
-            const Text message = textOf(column, u"ValidationText").value_or(Text());
-            rule.emplace(
-                Rule{*text, message, nameOf(column), expressions_.validationRule(*text, table_.definition(), column)});
-        }
-    }
-    if (rule && !rule->rule) {
-        throw tableNotWritable(table_.name(), u"Die Gültigkeitsregel '" + rule->text + u"' für '" + rule->owner +
+std::optional<ColumnRules::Rule> ColumnRules::readRule(const Column* column) const {
+    const auto text = textOf(column, u"ValidationRule");
+    if (!text) return std::nullopt;
+    const Text message = textOf(column, u"ValidationText").value_or(Text());
+    try {
+        return Rule{*text, message, nameOf(column), ValidationRule(*text, table_.definition(), column)};
+    } catch (const base::RuntimeError&) {
+        throw tableNotWritable(table_.name(), u"Die Gültigkeitsregel '" + *text + u"' für '" + nameOf(column) +
                                                   u"' kennt das Modul nicht");
     }
-    return rule;
+}
+
+/// @throws RuntimeError as readRule(), each time
+const std::optional<ColumnRules::Rule>& ColumnRules::ruleOf(const Column* column) {
+    const auto known = rules_.find(column);
+    return known != rules_.end() ? known->second : rules_.emplace(column, readRule(column)).first->second;
 }
 
 void ColumnRules::checkRule(const RowValues& row, const Column* column) {
     const std::optional<Rule>& rule = ruleOf(column);
-    if (rule && !rule->rule->permits(row)) throw ruleViolated(kind_, rule->message, rule->text, rule->owner);
+    if (rule && !rule->rule.permits(row)) throw ruleViolated(kind_, rule->message, rule->text, rule->owner);
 }
 
 }  // namespace jet

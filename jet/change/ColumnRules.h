@@ -1,14 +1,13 @@
 #pragma once
 
 #include <map>
-#include <memory>
 #include <optional>
 #include <vector>
 
 #include "base/Text.h"
 #include "base/Value.h"
 #include "jet/Errors.h"
-#include "jet/change/ExpressionReader.h"
+#include "jet/expression/ValidationRule.h"
 #include "jet/table/PropertyBlob.h"
 #include "jet/table/Table.h"
 
@@ -18,8 +17,8 @@ namespace jet {
 /// not understand it refuses when it would matter, naming it.
 class ColumnRules {
 public:
-    /// @param table, expressions  must outlive the rules
-    ColumnRules(const Table& table, const ExpressionReader& expressions, WriteKind kind);
+    /// @param table  must outlive the rules
+    ColumnRules(const Table& table, WriteKind kind);
 
     /// What a new row has in the column if nobody assigns anything; of an auto number null.
     /// @throws RuntimeError if the default is not understood, or the column assigns its own values
@@ -40,16 +39,17 @@ private:
         base::Text text;
         base::Text message;
         base::Text owner;
-        std::unique_ptr<ValidationRule> rule;
+        ValidationRule rule;
     };
     void checkValue(const Column& column, const base::Value& value) const;
+    base::Value readDefault(const Column& column, const base::Text& expression) const;
+    std::optional<Rule> readRule(const Column* column) const;
     const std::optional<Rule>& ruleOf(const Column* column);
     void checkRule(const RowValues& row, const Column* column);
     std::optional<base::Text> textOf(const Column* column, base::TextView property) const;
     base::Text nameOf(const Column* column) const;
 
     const Table& table_;
-    const ExpressionReader& expressions_;
     WriteKind kind_;
     PropertyBlob properties_;
     std::map<const Column*, std::optional<Rule>> rules_;  ///< as far as they were asked for; the table's under null

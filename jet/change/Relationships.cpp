@@ -15,17 +15,6 @@ namespace {
 constexpr std::uint8_t kCascade = 0x01;
 constexpr std::uint8_t kSetNull = 0x02;
 
-/// The values of a row as it lies in the file.
-class StoredValues final : public RowValues {
-public:
-    StoredValues(PageSource& source, RowView row) : source_(source), row_(row) {}
-    base::Value valueOf(const Column& column) const override { return jet::valueOf(source_, row_, column); }
-
-private:
-    PageSource& source_;
-    RowView row_;
-};
-
 bool anyColumnChanged(const TableDefinition& table, const IndexDefinition& index, const RowDraft& draft) {
     return std::ranges::any_of(index.columns,
                                [&](const IndexColumn& part) { return draft.isChanged(table.columnOf(part)); });

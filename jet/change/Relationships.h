@@ -4,10 +4,10 @@
 #include <vector>
 
 #include "base/Value.h"
-#include "jet/change/ExpressionReader.h"
 #include "jet/change/RowDraft.h"
 #include "jet/change/TableSet.h"
 #include "jet/change/WritableTable.h"
+#include "jet/expression/RowValues.h"
 
 namespace jet {
 

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "base/Value.h"
-#include "jet/change/ExpressionReader.h"
 #include "jet/change/LongValueStore.h"
+#include "jet/expression/RowValues.h"
 #include "jet/page/PageSource.h"
 #include "jet/table/RowCodec.h"
 

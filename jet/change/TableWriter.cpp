@@ -16,11 +16,11 @@
 namespace jet {
 class TableWriter::Impl {
 public:
-    Impl(PageStore& store, base::TextView tableName, WriteKind kind, const ExpressionReader& expressions)
+    Impl(PageStore& store, base::TextView tableName, WriteKind kind)
         : tables_(store),
           table_(tables_.named(tableName)),
           kind_(kind),
-          rules_(table_.table(), expressions, kind),
+          rules_(table_.table(), kind),
           relationships_(tables_) {
         const auto& entries = tables_.catalog().entries();
         if (std::ranges::any_of(entries,
@@ -149,9 +149,8 @@ void TableWriter::Impl::remove(RowPointer row) {
         each.table->remove(each.removal);
 }
 
-TableWriter::TableWriter(PageStore& store, base::TextView tableName, WriteKind kind,
-                         const ExpressionReader& expressions)
-    : impl_(std::make_unique<Impl>(store, tableName, kind, expressions)) {}
+TableWriter::TableWriter(PageStore& store, base::TextView tableName, WriteKind kind)
+    : impl_(std::make_unique<Impl>(store, tableName, kind)) {}
 
 TableWriter::~TableWriter() = default;
 

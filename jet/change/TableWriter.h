@@ -9,7 +9,6 @@
 #include "base/Text.h"
 #include "base/Value.h"
 #include "jet/Errors.h"
-#include "jet/change/ExpressionReader.h"
 #include "jet/page/PageStore.h"
 #include "jet/table/Table.h"
 
@@ -28,7 +27,7 @@ using RowOfValues = std::vector<base::Value>;
 /// long values, all indexes, counters, and the rows of other tables that relationships delete along.
 ///
 ///     Transaction transaction(database, WriteKind::Execute);
-///     TableWriter writer(transaction, u"Benutzerkonto", WriteKind::Execute, expressions);
+///     TableWriter writer(transaction, u"Benutzerkonto", WriteKind::Execute);
 ///     writer.update(row, {{{column->number, base::Text(u"Meier")}}});
 ///     transaction.commit();
 ///
@@ -38,9 +37,9 @@ using RowOfValues = std::vector<base::Value>;
 class TableWriter {
 public:
     /// Reads what decides how the table is written; changes nothing.
-    /// @param store        a transaction; must outlive the writer, as must the expressions
+    /// @param store  a transaction; must outlive the writer
     /// @throws RuntimeError: no such table, a system table, a table with replication or of a later version, damage
-    TableWriter(PageStore& store, base::TextView tableName, WriteKind kind, const ExpressionReader& expressions);
+    TableWriter(PageStore& store, base::TextView tableName, WriteKind kind);
     ~TableWriter();
     TableWriter(const TableWriter&) = delete;
     TableWriter& operator=(const TableWriter&) = delete;

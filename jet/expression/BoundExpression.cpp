@@ -9,8 +9,12 @@
 #include "jet/expression/LikePattern.h"
 #include "jet/expression/Number.h"
 #include "jet/value/GuidText.h"
+#include "jet/value/SortKey.h"
 
 namespace jet {
+
+/// What can be compared with each other.
+enum class ValueClass { Number, Text, Bytes, Guid };
 
 namespace {
 
@@ -87,6 +91,22 @@ std::optional<ValueClass> classOf(const base::Value& value) {
     return ValueClass::Number;
 }
 
+ValueClass classOf(ColumnType type) {
+    switch (type) {
+        case ColumnType::Text:
+        case ColumnType::Memo:
+            return ValueClass::Text;
+        case ColumnType::Binary:
+        case ColumnType::Ole:
+        case ColumnType::Block:
+            return ValueClass::Bytes;
+        case ColumnType::Guid:
+            return ValueClass::Guid;
+        default:
+            return ValueClass::Number;
+    }
+}
+
 /// Text that LIKE looks at; nothing for what has no such text.
 std::optional<base::Text> textForLike(const base::Value& value) {
     return std::visit(
@@ -107,7 +127,7 @@ struct BoundExpression::Node {
     Kind kind = Kind::Literal;
     Comparison comparison = Comparison::Equal;
     bool isNegated = false;
-    std::size_t column = 0;
+    const Column* column = nullptr;
     std::optional<ValueClass> valueClass;  ///< nothing for the literal null
     TextOrder order;                       ///< by which the operands are compared
     base::Value value;
@@ -115,31 +135,31 @@ struct BoundExpression::Node {
     std::optional<LikePattern> pattern;
     std::vector<Node> operands;
 
-    base::Value valueFor(const ColumnValues& row) const;
-    Comparable comparableFor(const ColumnValues& row, TextOrder textOrder) const;
-    Truth truthFor(const ColumnValues& row) const;
-    Truth combine(const ColumnValues& row) const;
-    Truth isBetween(const ColumnValues& row) const;
-    Truth isIn(const ColumnValues& row) const;
-    Truth isLike(const ColumnValues& row) const;
+    base::Value valueFor(const RowValues& row) const;
+    Comparable comparableFor(const RowValues& row, TextOrder textOrder) const;
+    Truth truthFor(const RowValues& row) const;
+    Truth combine(const RowValues& row) const;
+    Truth isBetween(const RowValues& row) const;
+    Truth isIn(const RowValues& row) const;
+    Truth isLike(const RowValues& row) const;
 
     bool isColumn() const { return kind == Kind::Name; }
     bool isLiteral() const { return kind == Kind::Literal; }
 };
 
-base::Value BoundExpression::Node::valueFor(const ColumnValues& row) const {
+base::Value BoundExpression::Node::valueFor(const RowValues& row) const {
     if (isLiteral()) return value;
-    if (isColumn()) return row.value(column);
+    if (isColumn()) return row.valueOf(*column);
     const Truth truth = truthFor(row);
     if (truth == Truth::Unknown) return base::Null{};
     return truth == Truth::True;
 }
 
-Comparable BoundExpression::Node::comparableFor(const ColumnValues& row, TextOrder textOrder) const {
+Comparable BoundExpression::Node::comparableFor(const RowValues& row, TextOrder textOrder) const {
     return isLiteral() ? comparable : comparableOf(valueFor(row), textOrder);
 }
 
-Truth BoundExpression::Node::truthFor(const ColumnValues& row) const {
+Truth BoundExpression::Node::truthFor(const RowValues& row) const {
     switch (kind) {
         case Kind::Literal:
         case Kind::Name: {
@@ -165,7 +185,7 @@ Truth BoundExpression::Node::truthFor(const ColumnValues& row) const {
     return Truth::Unknown;
 }
 
-Truth BoundExpression::Node::combine(const ColumnValues& row) const {
+Truth BoundExpression::Node::combine(const RowValues& row) const {
     const Truth decided = kind == Kind::And ? Truth::False : Truth::True;
     Truth truth = negated(decided);
     for (const Node& operand : operands) {
@@ -176,7 +196,7 @@ Truth BoundExpression::Node::combine(const ColumnValues& row) const {
     return truth;
 }
 
-Truth BoundExpression::Node::isBetween(const ColumnValues& row) const {
+Truth BoundExpression::Node::isBetween(const RowValues& row) const {
     const Comparable tested = operands[0].comparableFor(row, order);
     const Comparable first = operands[1].comparableFor(row, order);
     const Comparable second = operands[2].comparableFor(row, order);
@@ -187,7 +207,7 @@ Truth BoundExpression::Node::isBetween(const ColumnValues& row) const {
     return either(lies(first, second), lies(second, first));
 }
 
-Truth BoundExpression::Node::isIn(const ColumnValues& row) const {
+Truth BoundExpression::Node::isIn(const RowValues& row) const {
     const Comparable tested = operands[0].comparableFor(row, order);
     Truth truth = Truth::False;
     for (std::size_t i = 1; i < operands.size() && truth != Truth::True; ++i)
@@ -195,7 +215,7 @@ Truth BoundExpression::Node::isIn(const ColumnValues& row) const {
     return truth;
 }
 
-Truth BoundExpression::Node::isLike(const ColumnValues& row) const {
+Truth BoundExpression::Node::isLike(const RowValues& row) const {
     const base::Value tested = operands[0].valueFor(row);
     if (base::isNull(tested)) return Truth::Unknown;
     const auto text = textForLike(tested);
@@ -209,7 +229,7 @@ Truth BoundExpression::Node::isLike(const ColumnValues& row) const {
 /// Binds an expression to the columns of one table, and checks that what is compared can be.
 class BoundExpression::Binder {
 public:
-    Binder(base::TextView table, const std::vector<ExpressionColumn>& columns) : table_(table), columns_(columns) {}
+    Binder(base::TextView table, const std::vector<const Column*>& columns) : table_(table), columns_(columns) {}
 
     Node bind(const Expression& expression) const {
         Node node;
@@ -238,9 +258,9 @@ private:
         const auto column = findColumn(columns_, expression.name);
         const bool qualified = expression.table.empty() || namesAreEqual(expression.table, table_);
         if (!column || !qualified) throw missingParameter();
-        node.column = *column;
-        node.valueClass = columns_[*column].valueClass;
-        node.order = columns_[*column].order;
+        node.column = columns_[*column];
+        node.valueClass = classOf(node.column->type);
+        node.order = node.column->textOrder;
     }
 
     static void prepareOperands(Node& node) {
@@ -308,11 +328,11 @@ private:
     }
 
     base::TextView table_;
-    const std::vector<ExpressionColumn>& columns_;
+    const std::vector<const Column*>& columns_;
 };
 
 BoundExpression::BoundExpression(const Expression& expression, base::TextView table,
-                                 const std::vector<ExpressionColumn>& columns)
+                                 const std::vector<const Column*>& columns)
     : root_(std::make_unique<const Node>(Binder(table, columns).bind(expression))) {}
 
 BoundExpression::BoundExpression(BoundExpression&&) noexcept = default;
@@ -323,11 +343,11 @@ void BoundExpression::expectCondition() const {
     Binder::expectTruth(*root_);
 }
 
-bool BoundExpression::holds(const ColumnValues& row) const {
+bool BoundExpression::holds(const RowValues& row) const {
     return root_->truthFor(row) == Truth::True;
 }
 
-base::Value BoundExpression::valueFor(const ColumnValues& row) const {
+base::Value BoundExpression::valueFor(const RowValues& row) const {
     return root_->valueFor(row);
 }
 
@@ -350,9 +370,9 @@ bool namesAreEqual(base::TextView a, base::TextView b) {
     return base::equalsIgnoringAsciiCase(a, b) || (sortKeyIsCertain(a) && sortKeyIsCertain(b) && textsAreEqual(a, b));
 }
 
-std::optional<std::size_t> findColumn(const std::vector<ExpressionColumn>& columns, base::TextView name) {
+std::optional<std::size_t> findColumn(const std::vector<const Column*>& columns, base::TextView name) {
     for (std::size_t i = 0; i < columns.size(); ++i)
-        if (namesAreEqual(columns[i].name, name)) return i;
+        if (namesAreEqual(columns[i]->name, name)) return i;
     return std::nullopt;
 }
 

@@ -8,30 +8,14 @@
 #include "base/Text.h"
 #include "base/Value.h"
 #include "jet/expression/Expression.h"
-#include "jet/value/SortKey.h"
+#include "jet/expression/RowValues.h"
+#include "jet/value/Column.h"
 
 namespace jet {
 
-/// What can be compared with each other.
-enum class ValueClass { Number, Text, Bytes, Guid };
-
-/// A column as expressions see it.
-struct ExpressionColumn {
-    base::Text name;
-    ValueClass valueClass = ValueClass::Number;
-    TextOrder order;  ///< of text columns
-};
-
-/// The values of one row, asked for by the column's place.
-class ColumnValues {
-public:
-    virtual ~ColumnValues() = default;
-    virtual base::Value value(std::size_t column) const = 0;
-};
-
 /// A column that the condition wants to be equal to a constant, whatever else it says.
 struct RequiredEquality {
-    std::size_t column = 0;
+    const Column* column = nullptr;
     base::Value value;
 };
 
@@ -43,9 +27,10 @@ struct RequiredEquality {
 /// text and whole numbers; a pattern is text. A GUID is compared with a text in the form of one too.
 class BoundExpression {
 public:
-    /// @param table  name under which the columns may be qualified
+    /// @param table    name under which the columns may be qualified
+    /// @param columns  of the table; must outlive the expression, though not as a list
     /// @throws base::RuntimeError if a name is unknown or types do not match; so also for an empty table
-    BoundExpression(const Expression& expression, base::TextView table, const std::vector<ExpressionColumn>& columns);
+    BoundExpression(const Expression& expression, base::TextView table, const std::vector<const Column*>& columns);
     BoundExpression(const BoundExpression&) = delete;
     BoundExpression& operator=(const BoundExpression&) = delete;
     BoundExpression(BoundExpression&&) noexcept;
@@ -56,10 +41,10 @@ public:
     void expectCondition() const;
 
     /// Whether the condition is true, neither false nor unknown.
-    bool holds(const ColumnValues& row) const;
+    bool holds(const RowValues& row) const;
 
     /// What the expression stands for; of a condition true, false or null.
-    base::Value valueFor(const ColumnValues& row) const;
+    base::Value valueFor(const RowValues& row) const;
 
     /// The equalities with constants other than null at the condition's top, joined by AND alone.
     std::vector<RequiredEquality> requiredEqualities() const;
@@ -71,7 +56,7 @@ private:
 };
 
 /// The place of a column by its name, which case does not tell apart.
-std::optional<std::size_t> findColumn(const std::vector<ExpressionColumn>& columns, base::TextView name);
+std::optional<std::size_t> findColumn(const std::vector<const Column*>& columns, base::TextView name);
 
 /// Whether two names of tables or columns are the same for the engine.
 bool namesAreEqual(base::TextView a, base::TextView b);

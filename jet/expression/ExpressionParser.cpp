@@ -245,4 +245,11 @@ base::TextView ExpressionParser::wholeExpression() const {
     return reader_.statement().substr(begin_, end - begin_);
 }
 
+Expression parseWhole(TokenReader reader, const Expression* subject) {
+    ExpressionParser parser(reader, subject);
+    Expression expression = parser.parse();
+    if (!reader.atEnd()) parser.fail();
+    return expression;
+}
+
 }  // namespace jet

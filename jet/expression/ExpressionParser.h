@@ -55,4 +55,9 @@ private:
     std::size_t depth_ = 0;
 };
 
+/// Reads one expression that reaches to the end of the text.
+/// @param subject  as of ExpressionParser
+/// @throws base::RuntimeError as ExpressionParser::parse(), and if something follows the expression
+Expression parseWhole(TokenReader reader, const Expression* subject = nullptr);
+
 }  // namespace jet

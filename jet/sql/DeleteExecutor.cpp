@@ -3,18 +3,14 @@
 #include <vector>
 
 #include "jet/change/TableWriter.h"
-#include "jet/expression/TableColumns.h"
 #include "jet/sql/RowSearch.h"
-#include "jet/sql/TableExpressions.h"
 
 namespace jet::sql {
 
 std::int32_t executeDelete(PageStore& store, const Delete& statement) {
-    const TableExpressions expressions;
-    TableWriter writer(store, statement.table, WriteKind::Execute, expressions);
-    const TableColumns columns(writer.table().definition());
+    TableWriter writer(store, statement.table, WriteKind::Execute);
     std::vector<RowPointer> rows;
-    RowSearch(writer.table(), columns, statement.where).forEach([&](const Row& row) { rows.push_back(row.pointer); });
+    RowSearch(writer.table(), statement.where).forEach([&](const Row& row) { rows.push_back(row.pointer); });
     for (const RowPointer row : rows)
         // A relationship of the table with itself may have deleted it along with another one.
         if (writer.find(row)) writer.remove(row);

@@ -14,7 +14,7 @@ void RowAssignments::add(const Column& column, BoundExpression value) {
     targets_.push_back({&column, std::move(value)});
 }
 
-std::vector<Assignment> RowAssignments::valuesFor(const ColumnValues& row) const {
+std::vector<Assignment> RowAssignments::valuesFor(const RowValues& row) const {
     std::vector<Assignment> assignments;
     for (const Target& target : targets_)
         assignments.push_back({target.column->number, target.value.valueFor(row)});

@@ -16,7 +16,7 @@ public:
     void add(const Column& column, BoundExpression value);
 
     /// The values, computed from those that the row has now.
-    std::vector<Assignment> valuesFor(const ColumnValues& row) const;
+    std::vector<Assignment> valuesFor(const RowValues& row) const;
 
 private:
     struct Target {

@@ -9,10 +9,9 @@
 
 namespace jet::sql {
 
-RowSearch::RowSearch(const Table& table, const TableColumns& columns, const std::optional<Expression>& where)
-    : table_(table), columns_(columns) {
+RowSearch::RowSearch(const Table& table, const std::optional<Expression>& where) : table_(table) {
     if (!where) return;
-    condition_.emplace(*where, table.name(), columns.names());
+    condition_.emplace(*where, table.name(), table.definition().columnsForDisplay());
     condition_->expectCondition();
 }
 
@@ -29,7 +28,7 @@ void RowSearch::forEach(const std::function<void(const Row&)>& take) const {
 }
 
 bool RowSearch::isWanted(const Row& row) const {
-    return !condition_ || condition_->holds(ValuesOfRow(table_, columns_, row));
+    return !condition_ || condition_->holds(StoredValues(table_.source(), row.view));
 }
 
 /// The first index that can answer one of the equalities that the condition asks for, best a unique one.
@@ -37,7 +36,7 @@ std::optional<RowSearch::IndexRange> RowSearch::rangeOfCondition() const {
     std::optional<IndexRange> best;
     if (!condition_) return best;
     for (const RequiredEquality& equality : condition_->requiredEqualities()) {
-        const Column& column = columns_.column(equality.column);
+        const Column& column = *equality.column;
         for (const IndexDefinition& index : table_.definition().indexes) {
             const bool fits = !index.columns.empty() && index.columns[0].columnNumber == column.number;
             // With several columns an index that ignores nulls may leave out a row for the others' sake.

@@ -4,8 +4,6 @@
 #include <optional>
 
 #include "jet/expression/BoundExpression.h"
-#include "jet/expression/TableColumns.h"
-#include "jet/sql/Statement.h"
 #include "jet/table/Table.h"
 
 namespace jet::sql {
@@ -16,10 +14,10 @@ namespace jet::sql {
 /// constant. The rest of the condition is then asked of each row found.
 class RowSearch {
 public:
-    /// @param table  must outlive the search, as must the columns
+    /// @param table  must outlive the search
     /// @param where  nothing: all rows
     /// @throws base::RuntimeError if a name is unknown or types do not match
-    RowSearch(const Table& table, const TableColumns& columns, const std::optional<Expression>& where);
+    RowSearch(const Table& table, const std::optional<Expression>& where);
 
     bool wantsAll() const { return !condition_; }
 
@@ -38,7 +36,6 @@ private:
     bool isWanted(const Row& row) const;
 
     const Table& table_;
-    const TableColumns& columns_;
     std::optional<BoundExpression> condition_;
 };
 

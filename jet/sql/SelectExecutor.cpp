@@ -6,7 +6,6 @@
 
 #include "jet/Errors.h"
 #include "jet/expression/ExpressionErrors.h"
-#include "jet/expression/TableColumns.h"
 #include "jet/index/IndexKey.h"
 #include "jet/page/DataPage.h"
 #include "jet/sql/Parser.h"
@@ -31,21 +30,24 @@ private:
 
     PageSource& source_;
     const Table& table_;
-    TableColumns columns_;
+    std::vector<const Column*> columns_;
     RowSearch search_;
     std::vector<OrderColumn> order_;
     const IndexDefinition* orderedBy_ = nullptr;  ///< stands as the order wants it; null if none does
 };
 
 SelectExecutor::SelectExecutor(PageSource& source, const Table& table, const Select& statement)
-    : source_(source), table_(table), columns_(table.definition()), search_(table_, columns_, statement.where) {
+    : source_(source),
+      table_(table),
+      columns_(table.definition().columnsForDisplay()),
+      search_(table_, statement.where) {
     bindOrder(statement);
     orderedBy_ = indexOfOrder();
 }
 
 void SelectExecutor::bindOrder(const Select& statement) {
     for (const OrderItem& item : statement.order) {
-        const auto column = columns_.find(item.name);
+        const auto column = findColumn(columns_, item.name);
         const bool qualified = item.table.empty() || namesAreEqual(item.table, table_.name());
         if (!column || !qualified) throw missingParameter();
         order_.push_back({*column, item.descending});
@@ -72,7 +74,7 @@ void SelectExecutor::takeRow(ResultSet& rows, const Row& row) {
 /// The index that stands as the order wants it, for all rows of the table.
 const IndexDefinition* SelectExecutor::indexOfOrder() const {
     if (!search_.wantsAll() || order_.size() != 1) return nullptr;
-    const Column& column = columns_.column(order_[0].column);
+    const Column& column = *columns_[order_[0].column];
     const bool standsInOrder =
         column.type == ColumnType::Numeric ? !order_[0].descending : column.type != ColumnType::Binary;
     if (!standsInOrder) return nullptr;

@@ -4,28 +4,25 @@
 
 #include "jet/change/TableWriter.h"
 #include "jet/expression/ExpressionErrors.h"
-#include "jet/expression/TableColumns.h"
 #include "jet/sql/RowAssignments.h"
 #include "jet/sql/RowSearch.h"
-#include "jet/sql/TableExpressions.h"
 
 namespace jet::sql {
 
 std::int32_t executeUpdate(PageStore& store, const Update& statement) {
-    const TableExpressions expressions;
-    TableWriter writer(store, statement.table, WriteKind::Execute, expressions);
-    const TableColumns columns(writer.table().definition());
+    TableWriter writer(store, statement.table, WriteKind::Execute);
+    const auto columns = writer.table().definition().columnsForDisplay();
     RowAssignments assignments;
     for (const auto& [name, expression] : statement.values) {
-        const auto place = columns.find(name);
+        const auto place = findColumn(columns, name);
         if (!place) throw missingParameter();
-        assignments.add(columns.column(*place), BoundExpression(expression, writer.table().name(), columns.names()));
+        assignments.add(*columns[*place], BoundExpression(expression, writer.table().name(), columns));
     }
     std::vector<RowPointer> rows;
-    RowSearch(writer.table(), columns, statement.where).forEach([&](const Row& row) { rows.push_back(row.pointer); });
+    RowSearch(writer.table(), statement.where).forEach([&](const Row& row) { rows.push_back(row.pointer); });
     for (const RowPointer pointer : rows) {
         const Row row = writer.table().rowAt(pointer);
-        writer.update(pointer, assignments.valuesFor(ValuesOfRow(writer.table(), columns, row)));
+        writer.update(pointer, assignments.valuesFor(StoredValues(store, row.view)));
     }
     return static_cast<std::int32_t>(rows.size());
 }

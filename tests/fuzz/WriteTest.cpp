@@ -8,7 +8,6 @@
 #include "jet/change/TableWriter.h"
 #include "jet/space/UsageMapRow.h"
 #include "jet/sql/Execution.h"
-#include "jet/sql/TableExpressions.h"
 #include "jet/table/Catalog.h"
 #include "jet/transaction/Transaction.h"
 #include "tests/fuzz/Mutator.h"
@@ -98,11 +97,10 @@ private:
 
 /// Adds a row as a record set does: first its number is taken.
 void addRow(Database& database, base::TextView table) {
-    const sql::TableExpressions expressions;
     RowOfValues row;
     for (const bool isFirst : {true, false}) {
         Transaction transaction(database, WriteKind::Recordset);
-        TableWriter writer(transaction, table, WriteKind::Recordset, expressions);
+        TableWriter writer(transaction, table, WriteKind::Recordset);
         if (isFirst)
             row = writer.startRow();
         else

@@ -11,7 +11,6 @@
 #include "jet/change/TableWriter.h"
 #include "jet/sql/Execution.h"
 #include "jet/sql/SelectExecutor.h"
-#include "jet/sql/TableExpressions.h"
 #include "jet/transaction/Transaction.h"
 #include "tests/support/FakeHost.h"
 #include "tests/support/FaultyStorage.h"
@@ -53,10 +52,9 @@ public:
     void add(std::int32_t id, base::Value name, base::Value path = base::Text(u"C:\\Daten"),
              base::Value pass = base::Null{}, bool progUpdate = false) {
         constexpr auto kKind = jet::WriteKind::Execute;
-        const jet::sql::TableExpressions expressions;
         jet::Database database = open();
         jet::Transaction transaction(database, kKind);
-        jet::TableWriter writer(transaction, tolv::accountTable::kTable, kKind, expressions);
+        jet::TableWriter writer(transaction, tolv::accountTable::kTable, kKind);
         writer.insert({{{0, id}, {1, std::move(name)}, {2, std::move(pass)}, {3, std::move(path)}, {4, progUpdate}}});
         transaction.commit();
     }
