@@ -25,12 +25,18 @@ public:
     void print(std::string_view utf8) override { printed += utf8; }
     void printError(std::string_view utf8) override { errors += utf8; }
     std::optional<Text> askPassword(base::TextView) override { return answer; }
+    std::string readLine(std::size_t) override {
+        std::string line = input.substr(0, input.find('\n') == std::string::npos ? input.npos : input.find('\n') + 1);
+        input.erase(0, line.size());
+        return line;
+    }
     void flush() override {
         if (isFull) throw base::RuntimeError(57, u"Voll.");
     }
 
     std::string printed;
     std::string errors;
+    std::string input;
     std::optional<Text> answer;
     bool isFull = false;
 };
@@ -44,8 +50,10 @@ protected:
         std::string errors;
     };
 
-    static Outcome call(const std::vector<Text>& arguments, std::optional<Text> answer = {}) {
+    static Outcome call(const std::vector<Text>& arguments, std::optional<Text> answer = {},
+                        const std::string& input = {}) {
         FakeConsole console;
+        console.input = input;
         console.answer = std::move(answer);
         const int exitCode = run(arguments, console);
         return {exitCode, console.printed, console.errors};

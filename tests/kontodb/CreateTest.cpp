@@ -64,9 +64,6 @@ TEST_F(Create, MakesNoFileBesideAJournalOfItsName) {
 
 TEST_F(Create, AWrongCallSaysWhatIsWrongAndMakesNothing) {
     const std::vector<std::vector<Text>> calls = {
-        {},
-        {u"verbessern"},
-        {u"create"},
         {u"create", path(u"a.mdb"), u"b.mdb"},
         {u"create", path(u"a.mdb"), u"--acounts", u"3"},
         {u"create", u"-x"},
@@ -86,12 +83,6 @@ TEST_F(Create, AWrongCallSaysWhatIsWrongAndMakesNothing) {
         EXPECT_EQ(outcome.printed, "");
     }
     EXPECT_TRUE(std::filesystem::is_empty(folder_.path));
-    for (const auto& arguments : std::vector<std::vector<Text>>{
-             {u"-h"}, {u"--help"}, {u"create", u"-h"}, {u"query", path(u"a.mdb"), u"--json", u"--help"}}) {
-        const Outcome help = call(arguments);
-        EXPECT_EQ(help.exitCode, kExitSuccess);
-        EXPECT_NE(help.printed.find("kontodb create DATEI"), std::string::npos);
-    }
     EXPECT_EQ(call({u"create", path(u"g.mdb"), u"--seed", u"18446744073709551615"}).exitCode, kExitSuccess);
 }
 

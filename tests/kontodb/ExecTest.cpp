@@ -68,7 +68,7 @@ TEST_F(Exec, SaysWhatIsWrongAndChangesNothing) {
          "kontodb: -2147217900: Syntaxfehler (fehlender Operator) in Abfrageausdruck 'BenKTO_Name = 'O'Neil''.\n"},
         {{u"UPDATE Benutzerkonto SET BenKTO_ID = 5"}, "kontodb: -2147"},
         {{u"SELECT * FROM Benutzerkonto"}, "kontodb: 5: exec führt UPDATE, DELETE und INSERT aus"},
-        {{}, "kontodb: 5: Es fehlt ein Argument."},
+        {{}, "kontodb: 5: Es fehlt das Argument ANWEISUNG."},
     };
     for (const auto& [arguments, error] : cases) {
         const Outcome outcome = call(u"exec", arguments);

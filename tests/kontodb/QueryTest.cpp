@@ -45,9 +45,9 @@ protected:
         return path.u16string();
     }
 
-    static Outcome query(std::vector<Text> arguments, std::optional<Text> answer = {}) {
+    static Outcome query(std::vector<Text> arguments, std::optional<Text> answer = {}, const std::string& input = {}) {
         arguments.insert(arguments.begin(), u"query");
-        return call(arguments, std::move(answer));
+        return call(arguments, std::move(answer), input);
     }
 
     Text protected_ = path(u"geschützt.mdb");
@@ -141,6 +141,7 @@ TEST_F(Query, TakesThePasswordFromOptionFileOrPrompt) {
         std::vector<Text> options;
         std::optional<Text> answer;
         std::string errors;
+        std::string input = {};
     } cases[] = {
         {protected_, {u"--password", u"Prüf wort"}, {}, ""},
         {protected_, {u"--password-file", file}, {}, ""},
@@ -156,11 +157,15 @@ TEST_F(Query, TakesThePasswordFromOptionFileOrPrompt) {
          {},
          "kontodb: -2147467259: Datei 'gibt es nicht' nicht gefunden.\n"},
         {protected_, {u"--password=a", u"--password-file=b"}, {}, "kontodb: 5: "},
+        {protected_, {u"--password-file", u"-"}, {}, "", "Prüf wort\nzweite Zeile"},
+        {protected_, {u"--password-file", u"-"}, u"Prüf wort", "", "am Terminal wird gefragt"},
+        {protected_, {u"--password-file", u"-"}, {}, refused, "\n"},
+        {protected_, {u"--password-file", u"-"}, {}, "kontodb: 5: Für --password-file - fehlt das Kennwort"},
     };
-    for (const auto& [database, options, answer, errors] : cases) {
+    for (const auto& [database, options, answer, errors, input] : cases) {
         std::vector<Text> arguments{database, u"SELECT * FROM Probe WHERE Nr = 0"};
         arguments.insert(arguments.end(), options.begin(), options.end());
-        const Outcome outcome = query(arguments, answer);
+        const Outcome outcome = query(arguments, answer, input);
         EXPECT_EQ(outcome.exitCode, errors.empty() ? kExitSuccess : kExitError);
         EXPECT_TRUE(outcome.errors.starts_with(errors)) << outcome.errors << "\nwanted: " << errors;
         EXPECT_EQ(outcome.errors.empty(), errors.empty()) << outcome.errors;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "tools/kontodb/Suggestion.h"
+
 namespace kontodb {
 namespace {
 
@@ -20,7 +22,7 @@ CommandLine::CommandLine(std::span<const base::Text> arguments, std::initializer
     bool optionsEnded = false;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const base::Text& argument = arguments[i];
-        if (optionsEnded || !argument.starts_with(u'-')) {
+        if (optionsEnded || !argument.starts_with(u'-') || argument == kStandardInput) {
             operands_.push_back(argument);
             continue;
         }
@@ -41,15 +43,19 @@ CommandLine::CommandLine(std::span<const base::Text> arguments, std::initializer
                 throw UsageError(u"Zu " + name + u" fehlt der Wert.");
         } else if (!contains(flags, argument)) {
             if (contains(flags, name)) throw UsageError(u"Die Option " + name + u" nimmt keinen Wert.");
-            throw UsageError(u"Unbekannte Option " + name + u".");
+            std::vector<base::TextView> known{u"--help"};
+            known.insert(known.end(), options.begin(), options.end());
+            known.insert(known.end(), flags.begin(), flags.end());
+            throw UsageError(u"Unbekannte Option " + name + u"." + suggestion(name, known));
         }
         if (!values_.emplace(name, value).second) throw UsageError(u"Die Option " + name + u" steht zweimal da.");
     }
 }
 
-void CommandLine::requireOperands(std::size_t count) const {
-    if (operands_.size() < count) throw UsageError(u"Es fehlt ein Argument.");
-    if (operands_.size() > count) throw UsageError(u"Überzähliges Argument '" + operands_[count] + u"'.");
+void CommandLine::requireOperands(std::initializer_list<base::TextView> names, std::size_t optional) const {
+    if (operands_.size() + optional < names.size())
+        throw UsageError(u"Es fehlt das Argument " + base::Text(names.begin()[operands_.size()]) + u".");
+    if (operands_.size() > names.size()) throw UsageError(u"Überzähliges Argument '" + operands_[names.size()] + u"'.");
 }
 
 std::optional<base::Text> CommandLine::option(base::TextView name) const {

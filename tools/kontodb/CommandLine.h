@@ -28,8 +28,11 @@ struct HelpWanted {};
 
 bool isHelp(base::TextView argument);
 
+/// An argument that stands for what comes in by the standard input.
+inline constexpr base::TextView kStandardInput = u"-";
+
 /// The arguments behind a command's name, told apart: `--option VALUE` (or `--option=VALUE`), `--flag`, and
-/// the rest in order, none of which begins with "-". Behind `--` nothing is an option any more.
+/// the rest in order, none of which begins with "-" unless it is "-" alone. Behind `--` nothing is an option any more.
 class CommandLine {
 public:
     /// @throws UsageError for an unknown option, one that is there twice, or one without its value
@@ -39,8 +42,10 @@ public:
 
     std::size_t count() const { return operands_.size(); }
 
-    /// @throws UsageError if there are not exactly `count` arguments that are no options
-    void requireOperands(std::size_t count) const;
+    /// @param names     of the arguments that are no options, for the message
+    /// @param optional  how many of the last ones may be missing
+    /// @throws UsageError if there are fewer or more
+    void requireOperands(std::initializer_list<base::TextView> names, std::size_t optional = 0) const;
     const base::Text& operand(std::size_t i) const { return operands_.at(i); }
 
     std::optional<base::Text> option(base::TextView name) const;

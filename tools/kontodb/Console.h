@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "base/Text.h"
@@ -18,6 +20,11 @@ public:
     /// Asks the user, who types unseen.
     /// @return nothing if there is no terminal to ask at
     virtual std::optional<base::Text> askPassword(base::TextView /*prompt*/) { return std::nullopt; }
+
+    /// The next line of the standard input, in UTF-8, with its end.
+    /// @param mostBytes  a longer one comes in parts
+    /// @return empty at the end of the input
+    virtual std::string readLine(std::size_t /*mostBytes*/) { return {}; }
 
     /// @throws base::RuntimeError if something printed did not get out (a full disk, a closed pipe)
     virtual void flush() = 0;

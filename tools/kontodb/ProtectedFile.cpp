@@ -4,6 +4,7 @@
 #include <fstream>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "base/RuntimeError.h"
 #include "jet/Errors.h"
@@ -13,8 +14,18 @@ namespace kontodb {
 
 namespace {
 
+constexpr base::TextView kPrompt = u"Datenbankkennwort: ";
+
 /// Longer than any password in UTF-8; a file of another kind is not read whole for a line that it has not.
 constexpr std::size_t kMaxLineBytes = 1024;
+
+/// Without the marks of a text file.
+base::Text passwordIn(std::string line) {
+    if (line.starts_with("\xEF\xBB\xBF")) line.erase(0, 3);
+    if (!line.empty() && line.back() == '\n') line.pop_back();
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    return base::fromUtf8(line);
+}
 
 base::Text firstLineOf(const base::Text& path) {
     std::ifstream file(std::filesystem::path(path), std::ios::binary);
@@ -23,16 +34,22 @@ base::Text firstLineOf(const base::Text& path) {
     for (char unit = 0; line.size() < kMaxLineBytes && file.get(unit) && unit != '\n';)
         line += unit;
     if (file.bad()) throw jet::accessDenied(path);  // a folder, which opens and cannot be read
-    if (line.starts_with("\xEF\xBB\xBF")) line.erase(0, 3);
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    return base::fromUtf8(line);
+    return passwordIn(std::move(line));
 }
 
-std::optional<base::Text> givenPassword(const CommandLine& line) {
+base::Text firstLineOfInput(Console& console) {
+    if (auto typed = console.askPassword(kPrompt)) return *std::move(typed);
+    std::string line = console.readLine(kMaxLineBytes);
+    if (line.empty()) throw UsageError(u"Für --password-file - fehlt das Kennwort in der Standardeingabe.");
+    return passwordIn(std::move(line));
+}
+
+std::optional<base::Text> givenPassword(const CommandLine& line, Console& console) {
     const auto password = line.option(kPasswordOption);
     const auto file = line.option(kPasswordFileOption);
     if (password && file) throw UsageError(u"--password und --password-file schließen einander aus.");
-    return file ? firstLineOf(*file) : password;
+    if (!file) return password;
+    return *file == kStandardInput ? firstLineOfInput(console) : firstLineOf(*file);
 }
 
 jet::Database open(const base::Text& path, base::TextView password, jet::LeftJournalRule rule) {
@@ -43,13 +60,13 @@ jet::Database open(const base::Text& path, base::TextView password, jet::LeftJou
 
 jet::Database openProtected(const base::Text& path, const CommandLine& line, Console& console,
                             jet::LeftJournalRule rule) {
-    const auto password = givenPassword(line);
+    const auto password = givenPassword(line, console);
     if (password) return open(path, *password, rule);
     try {
         return open(path, {}, rule);
     } catch (const base::RuntimeError& error) {
         if (error.number() != static_cast<std::int32_t>(jet::ErrorNumber::WrongPassword)) throw;
-        const auto typed = console.askPassword(u"Datenbankkennwort: ");
+        const auto typed = console.askPassword(kPrompt);
         if (!typed) throw;
         return open(path, *typed, rule);
     }

@@ -30,6 +30,15 @@ void prepare(std::FILE* stream) {
     std::setvbuf(stream, nullptr, _IOFBF, BUFSIZ);
 }
 
+/// A console window gives wide characters, whatever its code page is.
+std::string readTyped(std::size_t mostUnits) {
+    _setmode(_fileno(stdin), _O_U16TEXT);
+    base::Text line;
+    for (wint_t unit = 0; unit != L'\n' && line.size() < mostUnits && (unit = std::fgetwc(stdin)) != WEOF;)
+        line.push_back(static_cast<char16_t>(unit));
+    return base::toUtf8(line);
+}
+
 bool write(std::FILE* stream, std::string_view utf8) {
     if (!isWindow(stream)) return std::fwrite(utf8.data(), 1, utf8.size(), stream) == utf8.size();
     const base::Text text = base::fromUtf8(utf8);
@@ -75,6 +84,16 @@ std::optional<base::Text> StandardConsole::askPassword(base::TextView prompt) {
     auto password = readHiddenLine();
     printError("\n");
     return password;
+}
+
+std::string StandardConsole::readLine(std::size_t mostBytes) {
+#ifdef _WIN32
+    if (isInputTerminal()) return readTyped(mostBytes);
+#endif
+    std::string line;
+    for (int unit = 0; unit != '\n' && line.size() < mostBytes && (unit = std::getc(stdin)) != EOF;)
+        line.push_back(static_cast<char>(unit));
+    return line;
 }
 
 void StandardConsole::flush() {

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstddef>
+#include <string>
+
 #include "tools/kontodb/Console.h"
 
 namespace kontodb {
@@ -12,6 +15,7 @@ public:
     void print(std::string_view utf8) override;
     void printError(std::string_view utf8) override;
     std::optional<base::Text> askPassword(base::TextView prompt) override;
+    std::string readLine(std::size_t mostBytes) override;
     void flush() override;
 
 private:

@@ -36,7 +36,7 @@ std::string summary(const jet::CheckResult& result) {
 
 int check(std::span<const base::Text> arguments, Console& console) {
     const CommandLine line(arguments, {kPasswordOption, kPasswordFileOption}, {kNotesFlag});
-    line.requireOperands(1);
+    line.requireOperands({u"DATEI"});
     jet::Database database = openProtected(line.operand(0), line, console, jet::LeftJournalRule::Ignore);
     auto operation = database.beginRead();
     if (const auto journal = operation.leftJournal()) {

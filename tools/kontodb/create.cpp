@@ -46,7 +46,7 @@ void make(const base::Text& path, const base::Text& password, std::uint32_t acco
 
 int create(std::span<const base::Text> arguments, Console& console) {
     const CommandLine line(arguments, {u"--password", u"--accounts", u"--seed"});
-    line.requireOperands(1);
+    line.requireOperands({u"DATEI"});
     const base::Text password = line.option(u"--password").value_or(base::Text(tolv::kAdministratorPassword));
     const auto accounts = static_cast<std::uint32_t>(line.number(u"--accounts", 0, kMostAccounts));
     const std::uint64_t seed = line.number(u"--seed", 1, kLargestSeed);

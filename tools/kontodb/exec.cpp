@@ -11,7 +11,7 @@ namespace kontodb {
 
 int exec(std::span<const base::Text> arguments, Console& console) {
     const CommandLine line(arguments, {kPasswordOption, kPasswordFileOption});
-    line.requireOperands(2);
+    line.requireOperands({u"DATEI", u"ANWEISUNG"});
     const jet::sql::Statement statement = jet::sql::parse(line.operand(1));
     if (std::holds_alternative<jet::sql::Select>(statement))
         throw UsageError(u"exec führt UPDATE, DELETE und INSERT aus; Zeilen zeigt query.");

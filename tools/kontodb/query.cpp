@@ -92,7 +92,7 @@ private:
 
 int query(std::span<const base::Text> arguments, Console& console) {
     const CommandLine line(arguments, {kPasswordOption, kPasswordFileOption}, {kJsonFlag});
-    line.requireOperands(2);
+    line.requireOperands({u"DATEI", u"ANWEISUNG"});
     jet::Database database = openProtected(line.operand(0), line, console);
     // Whoever reads what is printed may take his time: nothing is locked meanwhile.
     const jet::sql::ResultSet rows = [&] {

@@ -1,0 +1,115 @@
+#include "tools/kontodb/Help.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace kontodb {
+namespace {
+
+struct Topic {
+    base::TextView name;
+    std::string_view text;
+};
+
+constexpr Topic kTopics[] = {
+    {u"create", R"(kontodb create DATEI [--password KENNWORT] [--accounts N] [--seed S]
+
+Legt eine neue Kontendatei an. Eine Datei, die es schon gibt, bleibt unberührt.
+
+  --password KENNWORT  schützt die Datei damit; ohne Angabe mit dem eigenen
+                       Datenbankkennwort des Programms, mit --password "" gar nicht
+  --accounts N         so viele erfundene Konten; ohne Angabe keines
+  --seed S             welche; gleiches S ergibt die gleiche Datei
+
+Ihren Namen bekommt die Datei erst, wenn sie ganz ist; wird das Programm vorher
+abgeschossen, bleibt höchstens DATEI-neu-1, die Sie löschen können.
+
+Beispiel:
+  kontodb create BenKTO.mdb --accounts 100
+)"},
+    {u"check", R"(kontodb check DATEI [--notes] [--password KENNWORT | --password-file DATEI]
+
+Prüft die ganze Datei und nennt jeden Fehler in einer Zeile; eine Datei ohne Fehler
+bekommt eine Zeile. Ergebnis 0: in Ordnung, 1: Fehler gefunden, 2: nicht zu lesen.
+
+  --notes  zeigt auch, was auffällt und nicht schadet
+
+Beispiel:
+  kontodb check BenKTO.mdb --password-file kennwort.txt
+)"},
+    {u"query", R"(kontodb query DATEI "SELECT ..." [--json] [--password KENNWORT | --password-file DATEI]
+
+Gibt die Zeilen aus, die die Anweisung findet; ihre Sprache zeigt: kontodb help sql
+
+  --json  ein Objekt je Zeile
+
+Ohne Angabe sind die Werte durch Tabulatoren getrennt, mit einer Kopfzeile. Null ist
+\N, ja/nein -1/0; Tabulator, Zeilenende und \ im Text werden \t, \n, \r und \\. Das
+Datum ist 2004-06-05T13:45:00, Zahlen haben einen Punkt, Bytes sind Hexziffern. Was
+kein gültiges Zeichen ist, wird zu U+FFFD. Ist ein Wert beschädigt, endet die Ausgabe
+vor seiner Zeile und das Ergebnis ist 2; die Zeilen davor gelten.
+
+Beispiele:
+  kontodb query BenKTO.mdb "SELECT * FROM Benutzerkonto ORDER BY BenKTO_Name"
+  kontodb query BenKTO.mdb "SELECT * FROM Benutzerkonto WHERE BenKTO_Name LIKE 'M%'" --json
+)"},
+    {u"exec", R"(kontodb exec DATEI "UPDATE|DELETE|INSERT ..." [--password KENNWORT | --password-file DATEI]
+
+Führt die Anweisung aus, ganz oder gar nicht, und gibt die Zahl der Zeilen aus, die
+sie geändert, gelöscht oder eingefügt hat; ihre Sprache zeigt: kontodb help sql
+Was ein unterbrochener Schreibvorgang hinterlassen hat, wird vorher zurückgenommen.
+
+Beispiel:
+  kontodb exec BenKTO.mdb "DELETE FROM Benutzerkonto WHERE BenKTO_ID = 17"
+)"},
+    {u"sql", R"(Die Sprache der Anweisungen
+
+  SELECT * FROM Tabelle [WHERE Bedingung] [ORDER BY Spalte [ASC | DESC], ...]
+  UPDATE Tabelle SET Spalte = Wert, ... [WHERE Bedingung]
+  DELETE FROM Tabelle [WHERE Bedingung]
+  INSERT INTO Tabelle [(Spalte, ...)] VALUES (Wert, ...)
+
+Bedingungen: = <> < <= > >=, IS [NOT] NULL, BETWEEN x AND y, IN (x, y), LIKE 'Muster',
+verbunden mit AND, OR, NOT und Klammern. Groß und klein gilt als gleich.
+
+Bei LIKE steht % für beliebig viele Zeichen und _ für eines; * und ? sind Zeichen wie
+andere:  WHERE BenKTO_Name LIKE 'Mei%'
+
+Namen mit Leerzeichen stehen in eckigen Klammern: [Letzte Anmeldung]. Werte sind
+'Text', 12.5, #12/31/2004# (Monat/Tag/Jahr), True, False, Null und {guid {...}}.
+
+In der Eingabeaufforderung und in der Shell steht die ganze Anweisung in "...".
+)"},
+};
+
+constexpr std::string_view kOverview = R"(kontodb - Dateien von Access 2000 bis 2003, ohne Access
+
+  kontodb create DATEI                     legt eine neue Kontendatei an
+  kontodb check DATEI                      prüft, ob eine Datei in Ordnung ist
+  kontodb query DATEI "SELECT ..."         gibt Zeilen aus
+  kontodb exec DATEI "UPDATE|DELETE|INSERT ..."   ändert Zeilen
+  kontodb help [BEFEHL | sql]              erklärt einen Befehl oder die Anweisungen
+  kontodb --version                        zeigt die Version
+
+Optionen jedes Befehls, der eine Datei liest:
+  --password KENNWORT     ihr Datenbankkennwort; ohne Angabe wird gefragt
+  --password-file DATEI   steht in der ersten Zeile dieser Datei; mit - kommt es
+                          aus der Standardeingabe
+
+Was mit - beginnt, ist eine Option, außer - allein und hinter einem --.
+Fehler stehen in der Fehlerausgabe: "kontodb: NUMMER: Beschreibung".
+Ergebnis: 0 Erfolg, 1 Befund von check, 2 Fehler.
+)";
+
+}  // namespace
+
+std::string_view overview() {
+    return kOverview;
+}
+
+std::string_view helpOn(base::TextView topic) {
+    const auto* const found = std::ranges::find(kTopics, topic, &Topic::name);
+    return found == std::end(kTopics) ? std::string_view{} : found->text;
+}
+
+}  // namespace kontodb
