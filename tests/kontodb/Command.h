@@ -24,6 +24,7 @@ class FakeConsole : public Console {
 public:
     void print(std::string_view utf8) override { printed += utf8; }
     void printError(std::string_view utf8) override { errors += utf8; }
+    bool isTerminal() override { return isScreen; }
     std::optional<Text> askPassword(base::TextView) override { return answer; }
     std::string readLine(std::size_t) override {
         std::string line = input.substr(0, input.find('\n') == std::string::npos ? input.npos : input.find('\n') + 1);
@@ -39,6 +40,7 @@ public:
     std::string input;
     std::optional<Text> answer;
     bool isFull = false;
+    bool isScreen = false;
 };
 
 /// Calls commands as a user would, on files in a folder of the test's own.

@@ -17,6 +17,9 @@ public:
     virtual void print(std::string_view utf8) = 0;
     virtual void printError(std::string_view utf8) = 0;
 
+    /// Whether what is printed goes to somebody who reads it on a screen.
+    virtual bool isTerminal() { return false; }
+
     /// Asks the user, who types unseen.
     /// @return nothing if there is no terminal to ask at
     virtual std::optional<base::Text> askPassword(base::TextView /*prompt*/) { return std::nullopt; }

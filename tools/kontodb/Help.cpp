@@ -37,6 +37,25 @@ bekommt eine Zeile. Ergebnis 0: in Ordnung, 1: Fehler gefunden, 2: nicht zu lese
 Beispiel:
   kontodb check BenKTO.mdb --password-file kennwort.txt
 )"},
+    {u"tables", R"(kontodb tables DATEI [--json] [--password KENNWORT | --password-file DATEI]
+
+Nennt die Tabellen der Datei und wie viele Zeilen jede hat.
+
+  --json  ein Objekt je Zeile
+)"},
+    {u"schema", R"(kontodb schema DATEI [TABELLE] [--json | --sql] [--password KENNWORT | --password-file DATEI]
+
+Zeigt, wie eine Tabelle gebaut ist, ohne Angabe alle: Spalten mit Typ und Größe, ob ein
+Wert erforderlich ist, Vorgaben und Regeln, Indizes und Beziehungen.
+
+  --json  ein Objekt je Tabelle und Zeile
+  --sql   Anweisungen CREATE TABLE, CREATE INDEX und ALTER TABLE; Regeln stehen darin
+          als Bemerkung
+
+Beispiele:
+  kontodb schema BenKTO.mdb Benutzerkonto
+  kontodb schema BenKTO.mdb --sql > bauplan.sql
+)"},
     {u"query", R"(kontodb query DATEI "SELECT ..." [--json] [--password KENNWORT | --password-file DATEI]
 
 Gibt die Zeilen aus, die die Anweisung findet; ihre Sprache zeigt: kontodb help sql
@@ -86,6 +105,8 @@ constexpr std::string_view kOverview = R"(kontodb - Dateien von Access 2000 bis 
 
   kontodb create DATEI                     legt eine neue Kontendatei an
   kontodb check DATEI                      prüft, ob eine Datei in Ordnung ist
+  kontodb tables DATEI                     nennt die Tabellen und ihre Zeilenzahlen
+  kontodb schema DATEI [TABELLE]           zeigt Spalten, Indizes und Beziehungen
   kontodb query DATEI "SELECT ..."         gibt Zeilen aus
   kontodb exec DATEI "UPDATE|DELETE|INSERT ..."   ändert Zeilen
   kontodb help [BEFEHL | sql]              erklärt einen Befehl oder die Anweisungen

@@ -48,6 +48,10 @@ bool write(std::FILE* stream, std::string_view utf8) {
     return true;
 }
 #else
+bool isWindow(std::FILE* stream) {
+    return ::isatty(::fileno(stream)) != 0;
+}
+
 void prepare(std::FILE*) {}
 
 /// Past the stream, which would try for ever where nothing is taken.
@@ -76,6 +80,10 @@ void StandardConsole::printError(std::string_view utf8) {
     // Where errors cannot be written there is nobody to tell.
     static_cast<void>(write(stderr, utf8));
     std::fflush(stderr);
+}
+
+bool StandardConsole::isTerminal() {
+    return isWindow(stdout);
 }
 
 std::optional<base::Text> StandardConsole::askPassword(base::TextView prompt) {

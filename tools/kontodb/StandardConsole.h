@@ -14,6 +14,7 @@ public:
     StandardConsole();
     void print(std::string_view utf8) override;
     void printError(std::string_view utf8) override;
+    bool isTerminal() override;
     std::optional<base::Text> askPassword(base::TextView prompt) override;
     std::string readLine(std::size_t mostBytes) override;
     void flush() override;

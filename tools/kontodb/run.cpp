@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/RuntimeError.h"
+#include "jet/Errors.h"
 #include "tools/kontodb/CommandLine.h"
 #include "tools/kontodb/Commands.h"
 #include "tools/kontodb/Help.h"
@@ -28,7 +29,8 @@ struct NamedCommand {
 int help(std::span<const base::Text> arguments, Console& console);
 
 constexpr NamedCommand kCommands[] = {
-    {u"create", create}, {u"check", check}, {u"query", query}, {u"exec", exec}, {u"help", help},
+    {u"create", create}, {u"check", check}, {u"tables", tables}, {u"schema", schema},
+    {u"query", query},   {u"exec", exec},   {u"help", help},
 };
 
 std::vector<base::TextView> names(std::initializer_list<base::TextView> further) {
@@ -99,6 +101,8 @@ int run(std::span<const base::Text> arguments, Console& console) {
         console.printError("Aufruf und Optionen zeigt: " + helpCall(arguments) + "\n");
     } catch (const base::RuntimeError& error) {
         printFailure(console, error.number(), base::toUtf8(error.description()));
+        if (error.number() == static_cast<std::int32_t>(jet::ErrorNumber::MissingTable))
+            console.printError("Die Tabellen einer Datei nennt: kontodb tables DATEI\n");
     } catch (const std::bad_alloc&) {
         printFailure(console, kOutOfMemory, "Nicht genügend Arbeitsspeicher.");
     }
