@@ -84,19 +84,58 @@ TEST_F(Query, PrintsOneObjectALine) {
               "\n");
 }
 
+TEST_F(Query, PrintsForSpreadsheets) {
+    EXPECT_EQ(query({open_, u"--csv", u"SELECT * FROM Probe WHERE Nr = 1 OR Nr > 3"}).printed,
+              "Nr,Ja\tNein,Text,Geld,Maß,Tag,Bytes,Kennung\r\n"
+              "1,-1,\"a\tb\\c\r\nd\"\"e\",-12.5,0.1,2004-06-05 13:45:07,00ff,{12345678-9abc-def0-0102-030405060708}\r\n"
+              "4,0,\"\",,inf,1e+09,,\r\n"
+              "5,-1,,,,,,\r\n");
+    EXPECT_EQ(query({open_, u"--csv", u"--separator=;", u"--decimal-comma", u"--bom", u"--no-header", u"--null", u"a;b",
+                     u"SELECT * FROM Probe WHERE Nr = 3"})
+                  .printed,
+              "\xEF\xBB\xBF"
+              "3;0;\\N;0;-0;1899-12-30 00:00:00;\"a;b\";\"a;b\"\r\n");
+    EXPECT_EQ(query({open_, u"--csv", u"--decimal-comma", u"--no-header", u"SELECT * FROM Probe WHERE Nr = 2"}).printed,
+              "2,0,Straße \U0001F600\x01,\"0,0001\",1e+300,1899-12-29 06:00:00,,\r\n");
+}
+
+TEST_F(Query, PutsColumnsOneBelowTheOtherOnAScreen) {
+    FakeConsole console;
+    console.isScreen = true;
+    console.input = "\xEF\xBB\xBFSELECT * FROM Probe\r\nWHERE Nr <= 2 OR Nr = 5\n";
+    EXPECT_EQ(run(std::vector<Text>{u"query", open_, u"-", u"--null", u"-"}, console), kExitSuccess) << console.errors;
+    EXPECT_EQ(
+        console.printed,
+        "Nr  Ja Nein  Text          Geld     Maß  Tag                  Bytes  Kennung\n"
+        "--  -------  ----------  ------  ------  -------------------  -----  --------------------------------------\n"
+        " 1       -1  a b\\c  d\"e   -12.5     0.1  2004-06-05T13:45:07  00ff   "
+        "{12345678-9abc-def0-0102-030405060708}\n"
+        " 2        0  Straße \U0001F600\uFFFD   0.0001  1e+300  1899-12-29T06:00:00  -      -\n"
+        " 5       -1  -                -       -  -                    -      -\n"
+        "(3 Zeilen)\n");
+}
+
 TEST_F(Query, PrintsTheRowsBeforeADamagedOneAndNoPartOfIt) {
     using namespace std::string_literals;
     std::string file = contentOf(open_);
     // Units of one byte each up to the zero, then of two.
     file.replace(file.find("S\0t\0r\0"s), 20, "\xFF\xFEsechzehn Zeichen\0x"s);
     std::ofstream(std::filesystem::path(open_), std::ios::binary) << file;
-    for (const auto& [flag, lines] : {std::pair{u"--", 2}, std::pair{u"--json", 1}}) {
+    for (const auto& [flag, lines] : {std::pair{u"--", 2}, std::pair{u"--json", 1}, std::pair{u"--csv", 3}}) {
         const Outcome outcome = query({open_, kAll, flag});
         EXPECT_EQ(outcome.exitCode, kExitError);
         EXPECT_NE(outcome.errors.find("endet mit einem halben Zeichen"), std::string::npos) << outcome.errors;
         EXPECT_EQ(std::ranges::count(outcome.printed, '\n'), lines) << outcome.printed;
         EXPECT_TRUE(outcome.printed.ends_with('\n')) << outcome.printed;
     }
+}
+
+TEST_F(Query, HintsAtTheWildcardsWhereNothingIsFound) {
+    const std::string hint = "Hinweis: Bei LIKE steht % ";
+    EXPECT_TRUE(query({open_, u"SELECT * FROM Probe WHERE Text like 'Str*'"}).errors.starts_with(hint));
+    EXPECT_TRUE(call({u"exec", open_, u"DELETE FROM Probe WHERE Text LIKE \"a?b\""}).errors.starts_with(hint));
+    EXPECT_EQ(query({open_, u"SELECT * FROM Probe WHERE Text LIKE 'Str_X' OR Text = '*'"}).errors, "");
+    EXPECT_EQ(query({open_, u"SELECT * FROM Probe WHERE Text LIKE 'Str%' OR Text LIKE '*'"}).errors, "");
 }
 
 TEST_F(Query, KeepsNobodyFromWritingWhileItPrints) {
@@ -182,6 +221,11 @@ TEST_F(Query, SaysWhatTheEngineSaysAndPrintsNothing) {
          "kontodb: -2147217900: Syntaxfehler (fehlender Operator) in Abfrageausdruck 'Text = 'O'Neil''.\n"},
         {{protected_, kAll, u"--password", u"Prüf wort"}, "geschützt.mdb-journal' hinterlassen."},
         {{open_}, "kontodb: 5: "},
+        {{open_, u"-"}, "In der Standardeingabe steht keine Anweisung."},
+        {{open_, u"-", u"--password-file=-"}, "entweder die Anweisung oder das Kennwort."},
+        {{open_, kAll, u"--bom"}, "Die Option --bom gibt es nur mit --csv."},
+        {{open_, kAll, u"--json", u"--null", u"x"}, "Die Option --null passt nicht zu --json."},
+        {{open_, kAll, u"--csv", u"--separator", u"ab"}, "--separator verlangt ein Zeichen"},
     };
     for (const auto& [arguments, error] : cases) {
         const Outcome outcome = query(arguments);

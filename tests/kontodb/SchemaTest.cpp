@@ -82,10 +82,10 @@ TEST(SchemaText, HoldsDefaultsAndRulesInOneLineEach) {
     table.rule = u"[a]>[b]";
     table.columns = {{u"a", "LONG", false, u"7", u">0\nOr Is Null", u"Zu klein."}};
     EXPECT_EQ(schemaForPeople(table),
-              "Tabelle T\n  a  LONG           Vorgabe 7, Regel >0\uFFFDOr Is Null (Zu klein.)\n  Regel [a]>[b]\n");
+              "Tabelle T\n  a  LONG           Vorgabe 7, Regel >0 Or Is Null (Zu klein.)\n  Regel [a]>[b]\n");
     EXPECT_EQ(schemaAsSql(table),
               "CREATE TABLE [T] (\n  [a] LONG DEFAULT 7\n);\n-- [T]: Regel [a]>[b]\n"
-              "-- [a]: Regel >0\uFFFDOr Is Null (Zu klein.)\n");
+              "-- [a]: Regel >0 Or Is Null (Zu klein.)\n");
 }
 
 }  // namespace

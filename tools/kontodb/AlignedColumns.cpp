@@ -6,7 +6,7 @@ namespace kontodb {
 namespace {
 
 /// A longer value stands out beyond its column and does not widen all others.
-constexpr std::size_t kWidest = 60;
+constexpr std::size_t kWidest = 80;
 constexpr std::string_view kGap = "  ";
 
 std::size_t widthOf(std::string_view utf8) {
@@ -43,7 +43,9 @@ std::string withoutControls(std::string_view utf8) {
         const auto byte = static_cast<unsigned char>(utf8[i]);
         const bool isC1 = byte == 0xC2 && i + 1 < utf8.size() && static_cast<unsigned char>(utf8[i + 1]) < 0xA0;
         if (isC1) ++i;
-        if (isC1 || byte < 0x20 || byte == 0x7F)
+        if (byte == '\t' || byte == '\n' || byte == '\r')
+            shown += ' ';
+        else if (isC1 || byte < 0x20 || byte == 0x7F)
             shown += "\xEF\xBF\xBD";
         else
             shown += utf8[i];

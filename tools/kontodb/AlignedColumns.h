@@ -23,7 +23,8 @@ private:
     std::vector<std::size_t> widths_;  ///< in characters
 };
 
-/// What an unknown text may do to a terminal is left off: control characters become U+FFFD.
+/// A text in one line that does nothing to a terminal: the controls that part words and lines become blanks, all others
+/// U+FFFD.
 std::string withoutControls(std::string_view utf8);
 
 }  // namespace kontodb

@@ -31,6 +31,9 @@ bool isHelp(base::TextView argument);
 /// An argument that stands for what comes in by the standard input.
 inline constexpr base::TextView kStandardInput = u"-";
 
+/// Results for programs, an object a line.
+inline constexpr base::TextView kJsonFlag = u"--json";
+
 /// The arguments behind a command's name, told apart: `--option VALUE` (or `--option=VALUE`), `--flag`, and
 /// the rest in order, none of which begins with "-" unless it is "-" alone. Behind `--` nothing is an option any more.
 class CommandLine {

@@ -56,26 +56,41 @@ Beispiele:
   kontodb schema BenKTO.mdb Benutzerkonto
   kontodb schema BenKTO.mdb --sql > bauplan.sql
 )"},
-    {u"query", R"(kontodb query DATEI "SELECT ..." [--json] [--password KENNWORT | --password-file DATEI]
+    {u"query", R"(kontodb query DATEI "SELECT ..." [--csv | --json] [weitere Optionen]
 
 Gibt die Zeilen aus, die die Anweisung findet; ihre Sprache zeigt: kontodb help sql
+Mit - statt der Anweisung wird sie aus der Standardeingabe gelesen (UTF-8).
 
-  --json  ein Objekt je Zeile
+  --csv            für Tabellenkalkulationen, nach RFC 4180: Zeilenende CR LF, Texte
+                   in "...", wo es nötig ist; Null ist leer, ein leerer Text ""
+  --separator C    mit --csv: dieses Zeichen statt des Kommas; tab für den Tabulator
+  --decimal-comma  mit --csv: 12,5 statt 12.5
+  --bom            mit --csv: beginnt mit dem Kennzeichen für UTF-8
+  --json           ein Objekt je Zeile
+  --no-header      ohne die Namen der Spalten
+  --null TEXT      was für Null steht
+  --password KENNWORT | --password-file DATEI
 
-Ohne Angabe sind die Werte durch Tabulatoren getrennt, mit einer Kopfzeile. Null ist
-\N, ja/nein -1/0; Tabulator, Zeilenende und \ im Text werden \t, \n, \r und \\. Das
-Datum ist 2004-06-05T13:45:00, Zahlen haben einen Punkt, Bytes sind Hexziffern. Was
-kein gültiges Zeichen ist, wird zu U+FFFD. Ist ein Wert beschädigt, endet die Ausgabe
-vor seiner Zeile und das Ergebnis ist 2; die Zeilen davor gelten.
+Am Bildschirm stehen die Spalten untereinander. Sonst sind die Werte durch Tabulatoren
+getrennt, mit einer Kopfzeile. Null ist \N, ja/nein -1/0; Tabulator, Zeilenende und \
+im Text werden \t, \n, \r und \\. Das Datum ist 2004-06-05T13:45:00 (mit --csv ohne T),
+Zahlen haben einen Punkt, Bytes sind Hexziffern. Was kein gültiges Zeichen ist, wird
+zu U+FFFD. Ist ein Wert beschädigt, endet die Ausgabe vor seiner Zeile und das Ergebnis
+ist 2; die Zeilen davor gelten.
 
 Beispiele:
   kontodb query BenKTO.mdb "SELECT * FROM Benutzerkonto ORDER BY BenKTO_Name"
   kontodb query BenKTO.mdb "SELECT * FROM Benutzerkonto WHERE BenKTO_Name LIKE 'M%'" --json
+  kontodb query BenKTO.mdb - < anweisung.sql
+Für ein deutsches Excel, zu öffnen mit einem Doppelklick:
+  kontodb query BenKTO.mdb "SELECT * FROM Benutzerkonto" --csv --separator ; --decimal-comma --bom > k.csv
+(in einer Shell: --separator ';')
 )"},
     {u"exec", R"(kontodb exec DATEI "UPDATE|DELETE|INSERT ..." [--password KENNWORT | --password-file DATEI]
 
 Führt die Anweisung aus, ganz oder gar nicht, und gibt die Zahl der Zeilen aus, die
 sie geändert, gelöscht oder eingefügt hat; ihre Sprache zeigt: kontodb help sql
+Mit - statt der Anweisung wird sie aus der Standardeingabe gelesen (UTF-8).
 Was ein unterbrochener Schreibvorgang hinterlassen hat, wird vorher zurückgenommen.
 
 Beispiel:

@@ -1,105 +1,71 @@
 #include <string>
 
-#include "base/RuntimeError.h"
 #include "jet/sql/SelectExecutor.h"
 #include "tools/kontodb/CommandLine.h"
 #include "tools/kontodb/Commands.h"
-#include "tools/kontodb/PrintBuffer.h"
 #include "tools/kontodb/ProtectedFile.h"
-#include "tools/kontodb/ValueText.h"
+#include "tools/kontodb/ResultPrinter.h"
+#include "tools/kontodb/StatementText.h"
 
 namespace kontodb {
-
 namespace {
 
-constexpr base::TextView kJsonFlag = u"--json";
-class Printer {
-public:
-    Printer(const jet::sql::ResultSet& rows, Console& console) : rows_(rows), lines_(console) {}
+using Form = ResultStyle::Form;
 
-    /// @throws base::RuntimeError (damage) when the rows before the damaged one are printed
-    void print(bool asJson) {
-        try {
-            if (asJson)
-                putJson();
-            else
-                putPlain();
-        } catch (const base::RuntimeError&) {
-            lines_.dropLine();
-            lines_.flush();
-            throw;
-        }
-        lines_.flush();
+constexpr base::TextView kCsvFlag = u"--csv";
+constexpr base::TextView kNoHeaderFlag = u"--no-header";
+constexpr base::TextView kMarkFlag = u"--bom";
+constexpr base::TextView kDecimalCommaFlag = u"--decimal-comma";
+constexpr base::TextView kNullOption = u"--null";
+constexpr base::TextView kSeparatorOption = u"--separator";
+
+/// An option that makes no sense with the form would have no effect unseen.
+void requireFitting(const CommandLine& line, bool isFitting, std::initializer_list<base::TextView> options,
+                    base::TextView why) {
+    for (const base::TextView option : options) {
+        if (line.flag(option) && !isFitting) throw UsageError(u"Die Option " + base::Text(option) + base::Text(why));
     }
+}
 
-private:
-    void putPlain() {
-        for (std::size_t column = 0; column < rows_.columnCount(); ++column) {
-            if (column > 0) lines_.put('\t');
-            appendPlainText(value_, rows_.column(column).name);
-            putValue();
-        }
-        lines_.endLine();
-        for (std::size_t row = 0; row < rows_.rowCount(); ++row) {
-            const jet::sql::ResultRow fields = rows_.row(row);
-            for (std::size_t column = 0; column < rows_.columnCount(); ++column) {
-                if (column > 0) lines_.put('\t');
-                putField(fields, column);
-            }
-            lines_.endLine();
-        }
-    }
+std::string separatorOf(const CommandLine& line) {
+    const base::Text text = line.option(kSeparatorOption).value_or(u",");
+    if (text == u"\\t" || text == u"tab") return "\t";
+    if (text.size() != 1 || text.find_first_of(u"\"\r\n") != base::Text::npos)
+        throw UsageError(u"--separator verlangt ein Zeichen, zum Beispiel \";\", oder tab.");
+    return base::toUtf8(text);
+}
 
-    void putJson() {
-        std::vector<std::string> names(rows_.columnCount());
-        for (std::size_t column = 0; column < names.size(); ++column) {
-            names[column] = column == 0 ? "{" : ", ";
-            appendJsonText(names[column], rows_.column(column).name);
-            names[column] += ": ";
-        }
-        for (std::size_t row = 0; row < rows_.rowCount(); ++row) {
-            const jet::sql::ResultRow fields = rows_.row(row);
-            for (std::size_t column = 0; column < names.size(); ++column) {
-                lines_.put(names[column]);
-                appendJson(value_, fields.value(column));
-                putValue();
-            }
-            lines_.put('}');
-            lines_.endLine();
-        }
-    }
-
-    void putField(const jet::sql::ResultRow& fields, std::size_t column) {
-        if (const auto units = fields.latinText(column)) {
-            lines_.endAt(writePlainLatin(lines_.room(kMostLatinBytes * units->size()), *units));
-        } else {
-            appendPlain(value_, fields.value(column));
-            putValue();
-        }
-    }
-
-    void putValue() {
-        lines_.put(value_);
-        value_.clear();
-    }
-
-    const jet::sql::ResultSet& rows_;
-    PrintBuffer lines_;
-    std::string value_;  ///< its room is used again
-};
+ResultStyle styleOf(const CommandLine& line, Console& console) {
+    const bool isJson = line.flag(kJsonFlag);
+    const bool isCsv = line.flag(kCsvFlag);
+    requireFitting(line, !isJson, {kCsvFlag, kNoHeaderFlag, kNullOption}, u" passt nicht zu --json.");
+    requireFitting(line, isCsv, {kSeparatorOption, kMarkFlag, kDecimalCommaFlag}, u" gibt es nur mit --csv.");
+    ResultStyle style;
+    style.form = isJson ? Form::Json : isCsv ? Form::Csv : console.isTerminal() ? Form::Aligned : Form::Lines;
+    style.hasHeader = !line.flag(kNoHeaderFlag);
+    if (const auto null = line.option(kNullOption)) style.null = base::toUtf8(*null);
+    style.separator = separatorOf(line);
+    style.hasMark = line.flag(kMarkFlag);
+    style.hasDecimalComma = line.flag(kDecimalCommaFlag);
+    return style;
+}
 
 }  // namespace
 
 int query(std::span<const base::Text> arguments, Console& console) {
-    const CommandLine line(arguments, {kPasswordOption, kPasswordFileOption}, {kJsonFlag});
+    const CommandLine line(arguments, {kPasswordOption, kPasswordFileOption, kNullOption, kSeparatorOption},
+                           {kJsonFlag, kCsvFlag, kNoHeaderFlag, kMarkFlag, kDecimalCommaFlag});
     line.requireOperands({u"DATEI", u"ANWEISUNG"});
+    const ResultStyle style = styleOf(line, console);
+    const base::Text statement = statementOf(line, 1, console);
     jet::Database database = openProtected(line.operand(0), line, console);
     // Whoever reads what is printed may take his time: nothing is locked meanwhile.
     const jet::sql::ResultSet rows = [&] {
         auto operation = database.beginRead();
-        return jet::sql::executeSelect(operation, line.operand(1));
+        return jet::sql::executeSelect(operation, statement);
     }();
-    Printer(rows, console).print(line.flag(kJsonFlag));
+    printResult(rows, style, console);
+    if (rows.rowCount() == 0) hintAtWildcards(statement, console);
     return kExitSuccess;
 }
 

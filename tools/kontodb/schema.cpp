@@ -8,7 +8,6 @@
 namespace kontodb {
 namespace {
 
-constexpr base::TextView kJsonFlag = u"--json";
 constexpr base::TextView kSqlFlag = u"--sql";
 
 /// Relationships come after all tables, since each needs two.

@@ -13,8 +13,6 @@
 namespace kontodb {
 namespace {
 
-constexpr base::TextView kJsonFlag = u"--json";
-
 struct CountedTable {
     base::Text name;
     std::size_t rows = 0;
