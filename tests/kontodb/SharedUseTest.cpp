@@ -20,7 +20,6 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr int kWriters = 4;
-constexpr int kReaders = 2;
 /// Two accounts far apart that every writer sets to the same, in one statement.
 constexpr base::TextView kPair = u"BenKTO_ID IN (1, 300)";
 
@@ -42,8 +41,9 @@ protected:
         return Command::call(arguments);
     }
     Outcome exec(const Text& statement) const { return call({u"exec", file_, statement}); }
-    Outcome query(const Text& condition) const {
-        return call({u"query", file_, u"SELECT * FROM Benutzerkonto WHERE " + condition});
+    Outcome query(const Text& condition) const { return query(file_, condition); }
+    static Outcome query(const Text& file, const Text& condition) {
+        return call({u"query", file, u"SELECT * FROM Benutzerkonto WHERE " + condition});
     }
 
     /// What is printed for the rows: number, name, password, path, right.
@@ -85,10 +85,17 @@ protected:
         return 0;
     }
 
-    int read() const {
+    /// @param copy  a backup to be made and read each time; empty for the file itself
+    int read(const Text& copy) const {
         int reads = 0;
         while (!isOver() || reads == 0) {
-            const Outcome outcome = query(Text(kPair));
+            if (!copy.empty()) {
+                std::filesystem::remove(copy);
+                const Outcome backup = call({u"backup", file_, copy});
+                if (isBusy(backup)) continue;
+                if (backup.exitCode != kExitSuccess) return complain(backup);
+            }
+            const Outcome outcome = query(copy.empty() ? file_ : copy, Text(kPair));
             if (isBusy(outcome)) continue;
             const auto rows = rowsOf(outcome);
             if (rows.size() != 2 || rows[0][2] != rows[1][2]) return complain(outcome);
@@ -111,8 +118,8 @@ TEST_F(SharedUse, LosesNothingWhileProcessesAreKilledAtAnyMoment) {
     std::mt19937 random(seed_);
     std::vector<pid_t> writers, readers;
     std::vector<int> lives(kWriters, 1);
-    for (int i = 0; i < kReaders; ++i)
-        readers.push_back(start([this] { return read(); }));
+    for (const Text& copy : {Text(), path(u"Kopie.mdb")})
+        readers.push_back(start([this, copy] { return read(copy); }));
     for (int i = 0; i < kWriters; ++i)
         writers.push_back(start([this, i] { return write(i, 0); }));
     int killed = 0;

@@ -96,6 +96,17 @@ Was ein unterbrochener Schreibvorgang hinterlassen hat, wird vorher zurückgenom
 Beispiel:
   kontodb exec BenKTO.mdb "DELETE FROM Benutzerkonto WHERE BenKTO_ID = 17"
 )"},
+    {u"backup", R"(kontodb backup DATEI ZIEL [--password KENNWORT | --password-file DATEI]
+
+Macht eine genaue Kopie, auch während andere mit der Datei arbeiten: Wer mit der
+Benutzerkontenverwaltung oder kontodb schreibt, wartet so lange. Die Kopie wird auf den
+Datenträger geschrieben und geprüft; ihren Namen bekommt sie erst dann. Eine Datei, die
+es schon gibt, bleibt unberührt. Ergebnis 1: Die Kopie ist da und hat die Fehler der
+Datei. Access selbst wartet nicht; ist die Datei dort geöffnet, steht ein Hinweis da.
+
+Beispiel:
+  kontodb backup BenKTO.mdb Sicherung-2026-11-25.mdb
+)"},
     {u"sql", R"(Die Sprache der Anweisungen
 
   SELECT * FROM Tabelle [WHERE Bedingung] [ORDER BY Spalte [ASC | DESC], ...]
@@ -124,6 +135,7 @@ constexpr std::string_view kOverview = R"(kontodb - Dateien von Access 2000 bis 
   kontodb schema DATEI [TABELLE]           zeigt Spalten, Indizes und Beziehungen
   kontodb query DATEI "SELECT ..."         gibt Zeilen aus
   kontodb exec DATEI "UPDATE|DELETE|INSERT ..."   ändert Zeilen
+  kontodb backup DATEI ZIEL                sichert eine Datei, auch während der Arbeit
   kontodb help [BEFEHL | sql]              erklärt einen Befehl oder die Anweisungen
   kontodb --version                        zeigt die Version
 
@@ -134,7 +146,7 @@ Optionen jedes Befehls, der eine Datei liest:
 
 Was mit - beginnt, ist eine Option, außer - allein und hinter einem --.
 Fehler stehen in der Fehlerausgabe: "kontodb: NUMMER: Beschreibung".
-Ergebnis: 0 Erfolg, 1 Befund von check, 2 Fehler.
+Ergebnis: 0 Erfolg, 1 Fehler in der Datei, 2 Fehler.
 )";
 
 }  // namespace

@@ -2,10 +2,10 @@
 
 #include "app/mPublic.h"
 #include "jet/storage/NewFile.h"
-#include "jet/storage/PageIo.h"
 #include "tools/kontodb/AccountFile.h"
 #include "tools/kontodb/CommandLine.h"
 #include "tools/kontodb/Commands.h"
+#include "tools/kontodb/InterruptibleIo.h"
 #include "tools/kontodb/Signals.h"
 
 namespace kontodb {
@@ -13,25 +13,6 @@ namespace {
 
 constexpr std::uint64_t kMostAccounts = 1'000'000;
 constexpr std::uint64_t kLargestSeed = ~std::uint64_t{0};
-
-/// A file whose making can be broken off at each write.
-class InterruptibleIo final : public jet::PageIo {
-public:
-    explicit InterruptibleIo(jet::PageIo& io) : io_(io) {}
-
-    std::uint64_t sizeBytes() override { return io_.sizeBytes(); }
-    void read(std::uint64_t offset, std::span<std::uint8_t> bytes) override { io_.read(offset, bytes); }
-    void write(std::uint64_t offset, std::span<const std::uint8_t> bytes) override {
-        Interruption::check();
-        io_.write(offset, bytes);
-    }
-    void sync() override { io_.sync(); }
-    void resize(std::uint64_t sizeBytes) override { io_.resize(sizeBytes); }
-    bool lock(jet::LockKind kind, std::chrono::milliseconds wait) override { return io_.lock(kind, wait); }
-
-private:
-    jet::PageIo& io_;
-};
 
 void make(const base::Text& path, const base::Text& password, std::uint32_t accounts, std::uint64_t seed) {
     const Interruption interruption;
