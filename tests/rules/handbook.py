@@ -15,7 +15,8 @@ SOURCES = [str(path.relative_to(ROOT)) for room in (
     "accounts", "ado", "app", "base", "db", "forms", "jet", "listutil", "platform", "settings", "tools", "ui", "win32")
     for path in sorted((ROOT / room).rglob("*")) if path.suffix in (".cpp", ".h")]
 WINDOWS = [name for name in SOURCES if re.match("(ui|app|accounts)/(?!AccountTable)|win32/ErrorBox", name)]
-ERRORS = ["jet/Errors.cpp", "jet/WriteErrors.cpp", "jet/sql/SqlError.cpp", "ado/embedded/AdoError.cpp",
+ERRORS = ["jet/Errors.cpp", "jet/WriteErrors.cpp", "jet/expression/ExpressionErrors.cpp", "jet/sql/SqlError.cpp",
+          "ado/embedded/AdoError.cpp",
           "ado/com/ComError.cpp", "base/RuntimeError.cpp", "jet/value/TextCodec.cpp", "jet/index/IndexKey.cpp"]
 WORDS_AN_ERROR = re.compile(r'\b(?:failure|RuntimeError)\(\s*u"|(?:return|throw|RuntimeError) ?\{-?\w+,\s*u"')
 # Texts of those files that no user can meet in a window, or that say nothing to him, by the reason.
@@ -135,7 +136,7 @@ def main():
         and name not in ERRORS + WINDOWS and not name.startswith(("jet/fresh/", "jet/storage/NewFile", "tools/"))]
     faults["constants"] = [f"{name}: {pattern}, and the handbook: {words}" for (name, pattern), words in CONSTANTS.items()
                            if not re.search(pattern, (ROOT / name).read_text()) or words not in handbook]
-    usage = re.findall(r"^  (kontodb \w+ DATEI.*)$", (ROOT / "tools/kontodb/run.cpp").read_text(), re.M)
+    usage = re.findall(r'R"\((kontodb \w+ DATEI.*)$', (ROOT / "tools/kontodb/Help.cpp").read_text(), re.M)
     faults["how kontodb is called"] = [f"lacks: {line}" for line in usage if f"\n{line}\n" not in handbook]
     if len(usage) != len(re.findall(r"^kontodb \w+ DATEI", handbook, re.M)):
         faults["how kontodb is called"].append("has other calls")
