@@ -215,11 +215,17 @@ class Tool:
         def read_so_far():
             lines = pathlib.Path(f"/proc/{self.process.pid}/io").read_text().splitlines()
             return int(dict(line.split(": ") for line in lines)["rchar"])
-        time.sleep(SETTLE_SECONDS)
-        before = read_so_far()
+        def settled(end=time.monotonic() + 10):
+            """Reads no more. @param end  a machine with much to do may begin late"""
+            last = -1
+            while last != read_so_far() and time.monotonic() < end:
+                last = read_so_far()
+                time.sleep(SETTLE_SECONDS)
+            return last
+        before = settled()
         action()
-        time.sleep(SETTLE_SECONDS)
-        return read_so_far() - before
+        until(lambda: read_so_far() > before, "something read")
+        return settled() - before
 
     # What other programs do
 

@@ -45,7 +45,7 @@ base::Text firstLineOfInput(Console& console) {
 }
 
 std::optional<base::Text> givenPassword(const CommandLine& line, Console& console) {
-    const auto password = line.option(kPasswordOption);
+    auto password = line.option(kPasswordOption);
     const auto file = line.option(kPasswordFileOption);
     if (password && file) throw UsageError(u"--password und --password-file schließen einander aus.");
     if (!file) return password;

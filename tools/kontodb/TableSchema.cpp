@@ -1,6 +1,7 @@
 #include "tools/kontodb/TableSchema.h"
 
 #include <algorithm>
+#include <compare>
 #include <iterator>
 
 #include "jet/Errors.h"
@@ -141,7 +142,8 @@ std::vector<jet::CatalogEntry> userTables(jet::PageSource& source) {
     for (const jet::CatalogEntry& entry : catalog.entries()) {
         if (entry.isLocalTable() && !entry.isSystem()) tables.push_back(entry);
     }
-    std::ranges::sort(tables, [](const auto& a, const auto& b) { return jet::compareTexts(a.name, b.name) < 0; });
+    std::ranges::sort(tables,
+                      [](const auto& a, const auto& b) { return std::is_lt(jet::compareTexts(a.name, b.name)); });
     return tables;
 }
 
@@ -157,6 +159,7 @@ std::vector<TableSchema> readSchema(jet::PageSource& source, const base::Text* t
     }
     const auto relationships = readRelationships(source);
     std::vector<TableSchema> schemas;
+    schemas.reserve(entries.size());
     for (const jet::CatalogEntry& entry : entries)
         schemas.push_back(tableSchema(source, entry, relationships));
     return schemas;

@@ -38,14 +38,14 @@ std::string oneLine(const base::Text& text) {
     return withoutControls(toUtf8(text));
 }
 
-std::string json(base::TextView text) {
+std::string jsonText(base::TextView text) {
     std::string quoted;
     appendJsonText(quoted, text);
     return quoted;
 }
 
 std::string json(const std::optional<base::Text>& text) {
-    return text ? json(base::TextView(*text)) : "null";
+    return text ? jsonText(*text) : "null";
 }
 
 std::string json(bool flag) {
@@ -53,22 +53,22 @@ std::string json(bool flag) {
 }
 
 std::string json(const ColumnSchema& column) {
-    return R"({"name": )" + json(base::TextView(column.name)) + R"(, "type": ")" + column.type + R"(", "required": )" +
+    return R"({"name": )" + jsonText(column.name) + R"(, "type": ")" + column.type + R"(", "required": )" +
            json(column.isRequired) + R"(, "default": )" + json(column.defaultValue) + R"(, "rule": )" +
            json(column.rule) + R"(, "ruleText": )" + json(column.ruleText) + "}";
 }
 
 std::string json(const IndexSchema& index) {
     const auto part = [](const IndexSchema::Part& each) {
-        return R"({"name": )" + json(base::TextView(each.column)) + R"(, "ascending": )" + json(each.ascending) + "}";
+        return R"({"name": )" + jsonText(each.column) + R"(, "ascending": )" + json(each.ascending) + "}";
     };
-    return R"({"name": )" + json(base::TextView(index.name)) + R"(, "primary": )" + json(index.isPrimary) +
-           R"(, "unique": )" + json(index.isUnique) + R"(, "required": )" + json(index.isRequired) +
-           R"(, "ignoreNulls": )" + json(index.ignoresNulls) + R"(, "columns": [)" + joined(index.parts, part) + "]}";
+    return R"({"name": )" + jsonText(index.name) + R"(, "primary": )" + json(index.isPrimary) + R"(, "unique": )" +
+           json(index.isUnique) + R"(, "required": )" + json(index.isRequired) + R"(, "ignoreNulls": )" +
+           json(index.ignoresNulls) + R"(, "columns": [)" + joined(index.parts, part) + "]}";
 }
 
 std::string json(const jet::Relationship& relationship) {
-    const auto name = [](const base::Text& each) { return json(base::TextView(each)); };
+    const auto name = [](const base::Text& each) { return jsonText(each); };
     return R"({"name": )" + name(relationship.name) + R"(, "columns": [)" + joined(relationship.columns, name) +
            R"(], "referencedTable": )" + name(relationship.referencedTable) + R"(, "referencedColumns": [)" +
            joined(relationship.referencedColumns, name) + R"(], "enforced": )" +
@@ -156,10 +156,9 @@ std::string schemaForPeople(const TableSchema& table) {
 
 std::string schemaAsJson(const TableSchema& table) {
     const auto each = [](const auto& item) { return json(item); };
-    return R"({"table": )" + json(base::TextView(table.name)) + R"(, "rule": )" + json(table.rule) +
-           R"(, "ruleText": )" + json(table.ruleText) + R"(, "columns": [)" + joined(table.columns, each) +
-           R"(], "indexes": [)" + joined(table.indexes, each) + R"(], "relationships": [)" +
-           joined(table.relationships, each) + "]}\n";
+    return R"({"table": )" + jsonText(table.name) + R"(, "rule": )" + json(table.rule) + R"(, "ruleText": )" +
+           json(table.ruleText) + R"(, "columns": [)" + joined(table.columns, each) + R"(], "indexes": [)" +
+           joined(table.indexes, each) + R"(], "relationships": [)" + joined(table.relationships, each) + "]}\n";
 }
 
 std::string schemaAsSql(const TableSchema& table) {
