@@ -9,6 +9,8 @@
 #include <cstring>
 #include <type_traits>
 
+#include "jet/value/GuidText.h"
+
 namespace kontodb {
 
 namespace {
@@ -96,13 +98,12 @@ void appendHex(std::string& line, std::uint8_t byte) {
     line += kHexDigits[byte & 0xFU];
 }
 
-/// Its three integers are stored little-endian and written big-endian.
 void appendGuid(std::string& line, const base::Guid& guid) {
-    constexpr std::array<std::size_t, 16> order = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
+    const auto bytes = jet::asWritten(guid);
     line += '{';
-    for (std::size_t i = 0; i < order.size(); ++i) {
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
         if (i == 4 || i == 6 || i == 8 || i == 10) line += '-';
-        appendHex(line, guid.bytes[order[i]]);
+        appendHex(line, bytes[i]);
     }
     line += '}';
 }
