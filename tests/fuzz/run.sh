@@ -8,8 +8,8 @@ seconds=${1:-600} more=${2:+$(realpath "$2")}
 mkdir -p out/fuzz/corpus out/fuzz/seeds out/fuzz/objects
 export FLAGS="-std=c++20 -O1 -g -fsanitize=address,undefined -fno-sanitize-recover=all -I."
 # shellcheck disable=SC2016  # the inner shell expands it
-printf '%s\n' tests/fuzz/{FuzzRead,ReadEverything,Seeds}.cpp base/*.cpp jet/*.cpp \
-    jet/{storage,value,page,transaction,tree,table}/*.cpp | grep -v Windows | xargs -P "$(nproc)" -I{} sh -c \
+printf '%s\n' tests/fuzz/{FuzzRead,ReadEverything,Seeds}.cpp base/*.cpp jet/{,*/}*.cpp |
+    grep -v Windows | xargs -P "$(nproc)" -I{} sh -c \
     'clang++ $FLAGS -fsanitize=fuzzer-no-link -c {} -o "out/fuzz/objects/$(echo {} | tr / -).o"'
 # shellcheck disable=SC2086  # the flags are several words
 clang++ $FLAGS -fsanitize=fuzzer out/fuzz/objects/*.o -o out/fuzz/fuzz_read
