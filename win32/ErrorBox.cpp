@@ -19,7 +19,22 @@ BOOL CALLBACK keepVisible(HWND window, LPARAM found) {
     return FALSE;
 }
 
+[[noreturn]] void assertionFailed(const wchar_t* /*expression*/, const wchar_t* file, unsigned line) {
+    endWithErrorBox({51, u"Interner Fehler (" + fromWide(file) + u", Zeile " + base::decimal(line) + u")"});
+}
+
 }  // namespace
+
+#ifdef _WIN64
+#define TOLV_IMPORTED_ASSERT "__imp__wassert"
+#else
+#define TOLV_IMPORTED_ASSERT "__imp___wassert"
+#endif
+
+/// What an assert calls, under the name by which it would be imported: the C runtime's own box offers to go on after a
+/// failed assertion.
+extern void (*const onFailedAssertion)(const wchar_t*, const wchar_t*, unsigned) asm(TOLV_IMPORTED_ASSERT);
+void (*const onFailedAssertion)(const wchar_t*, const wchar_t*, unsigned) = assertionFailed;
 
 base::Text errorBoxText(const base::RuntimeError& error) {
     base::Text number = base::decimal(error.number());
