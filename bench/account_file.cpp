@@ -10,6 +10,7 @@
 #include "bench/CountingStorage.h"
 #include "jet/change/TableWriter.h"
 #include "jet/sql/Execution.h"
+#include "jet/table/Catalog.h"
 #include "jet/transaction/Database.h"
 #include "jet/transaction/Transaction.h"
 

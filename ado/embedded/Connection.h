@@ -1,14 +1,18 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 
 #include "ado/Ado.h"
-#include "ado/embedded/Factory.h"
 #include "ado/embedded/ProviderProperties.h"
 #include "base/Text.h"
+#include "jet/storage/Storage.h"
 #include "jet/transaction/Database.h"
 
 namespace ado::embedded {
+
+/// Gives the storage of the file with this path, for reading and writing. The machine's side implements it.
+using StorageOf = std::function<std::unique_ptr<jet::Storage>(const base::Text& path)>;
 
 /// A connection to one file. The file stays open for reading from Open to Close; it is locked only while a statement or
 /// a record set reads or writes it. If an interrupted writer left a journal, the next one to use the file rolls it

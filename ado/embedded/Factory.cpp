@@ -1,6 +1,5 @@
 #include "ado/embedded/Factory.h"
 
-#include "ado/embedded/Connection.h"
 #include "ado/embedded/Recordset.h"
 
 namespace ado::embedded {

@@ -1,16 +1,12 @@
 #pragma once
 
-#include <functional>
 #include <memory>
 
 #include "ado/Ado.h"
-#include "base/Text.h"
+#include "ado/embedded/Connection.h"
 #include "jet/storage/Storage.h"
 
 namespace ado::embedded {
-
-/// Gives the storage of the file with this path, for reading and writing. The machine's side implements it.
-using StorageOf = std::function<std::unique_ptr<jet::Storage>(const base::Text& path)>;
 
 /// ADO's objects over the embedded engine.
 class Factory final : public ConnectionFactory {

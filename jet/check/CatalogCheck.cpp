@@ -32,13 +32,13 @@ bool fitsItsKind(const CatalogEntry& entry) {
 
 std::vector<CatalogEntry> readCatalog(PageSource& source, Findings& findings) {
     std::vector<CatalogEntry> entries;
-    eachSystemRow(source, Catalog::ownEntry(), [&](const SystemRow& row) {
+    eachSystemRow(source, CatalogEntry::ofCatalog(), [&](const SystemRow& row) {
         const auto id = row.number(u"Id");
         const auto parentId = row.number(u"ParentId");
         const auto name = row.text(u"Name");
         const auto type = row.value<std::int16_t>(u"Type");
         if (!id || !parentId || !name || !type) {
-            findings.fault(Place::ofTable(Catalog::ownEntry().name).atRow(row.pointer()),
+            findings.fault(Place::ofTable(CatalogEntry::ofCatalog().name).atRow(row.pointer()),
                            u"Dem Objekt fehlt Id, ParentId, Name oder Type.");
         } else {
             entries.push_back({*id, *parentId, *name, *type, row.number(u"Flags").value_or(0), row.pointer()});
@@ -48,7 +48,7 @@ std::vector<CatalogEntry> readCatalog(PageSource& source, Findings& findings) {
 }
 
 void checkCatalog(const CheckContext& context, const std::vector<CatalogEntry>& entries) {
-    const Place catalog = Place::ofTable(Catalog::ownEntry().name);
+    const Place catalog = Place::ofTable(CatalogEntry::ofCatalog().name);
     const auto ids = idsOf(entries);
     std::set<std::uint32_t> seenIds;
     std::set<std::pair<std::uint32_t, base::Bytes>> seenNames;

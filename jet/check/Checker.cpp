@@ -52,7 +52,7 @@ std::vector<CatalogEntry> tablesToCheck(const std::vector<CatalogEntry>& entries
         const auto found = std::find_if(entries.begin(), entries.end(), [&](const CatalogEntry& entry) {
             return entry.isLocalTable() && entry.id == page;
         });
-        CatalogEntry entry = Catalog::ownEntry();
+        CatalogEntry entry = CatalogEntry::ofCatalog();
         entry.id = page;
         entry.name = u"auf Seite " + base::decimal(page);
         tables.push_back(found != entries.end() ? *found : entry);

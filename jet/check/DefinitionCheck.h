@@ -1,6 +1,7 @@
 #pragma once
 
-#include "jet/check/TableCheck.h"
+#include "jet/check/CheckContext.h"
+#include "jet/table/TableDefinition.h"
 
 namespace jet {
 

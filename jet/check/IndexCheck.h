@@ -1,7 +1,8 @@
 #pragma once
 
-#include "jet/check/TableCheck.h"
+#include "jet/check/CheckContext.h"
 #include "jet/check/TableRows.h"
+#include "jet/table/TableDefinition.h"
 
 namespace jet {
 

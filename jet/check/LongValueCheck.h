@@ -4,8 +4,9 @@
 #include <span>
 #include <unordered_set>
 
-#include "jet/check/TableCheck.h"
+#include "jet/check/CheckContext.h"
 #include "jet/table/LongValue.h"
+#include "jet/table/TableDefinition.h"
 
 namespace jet {
 

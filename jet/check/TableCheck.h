@@ -2,20 +2,11 @@
 
 #include <optional>
 
-#include "jet/check/Checker.h"
-#include "jet/check/PageOwners.h"
-#include "jet/table/Catalog.h"
+#include "jet/check/CheckContext.h"
+#include "jet/table/CatalogEntry.h"
 #include "jet/table/TableDefinition.h"
 
 namespace jet {
-
-/// The data that all parts of the checker share.
-struct CheckContext {
-    PageSource& source;
-    Findings& findings;
-    PageOwners& owners;
-    CheckCounts& counts;
-};
 
 struct CheckedTable {
     base::Text name;

@@ -12,6 +12,7 @@
 #include "jet/sql/RowOrder.h"
 #include "jet/sql/RowSearch.h"
 #include "jet/sql/SqlError.h"
+#include "jet/table/Catalog.h"
 
 namespace jet::sql {
 

@@ -4,7 +4,6 @@
 #include <string_view>
 
 #include "base/Text.h"
-#include "jet/storage/Storage.h"
 
 /// The lock file of the original engine. Its name is that of the file with the ending .ldb. It has a slot of 64 bytes
 /// for each of 255 users:
@@ -19,6 +18,12 @@ namespace jet {
 inline constexpr std::uint64_t kUserLocksOffset = 0x1000'0001;
 inline constexpr std::uint64_t kUserLocks = 255;
 inline constexpr std::size_t kUserSlotBytes = 64;
+
+/// A user who has the file open through the original engine. Either name may be empty.
+struct FileUser {
+    base::Text computer;
+    base::Text user;
+};
 
 base::Text lockFilePath(base::TextView databasePath);
 

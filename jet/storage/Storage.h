@@ -5,15 +5,10 @@
 #include <optional>
 
 #include "base/Text.h"
+#include "jet/storage/LockFile.h"
 #include "jet/storage/PageIo.h"
 
 namespace jet {
-
-/// A user who has the file open through the original engine, as the lock file names him. Either name may be empty.
-struct FileUser {
-    base::Text computer;
-    base::Text user;
-};
 
 enum class Refusal {
     None,

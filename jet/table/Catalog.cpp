@@ -1,7 +1,6 @@
 #include "jet/table/Catalog.h"
 
 #include "jet/Errors.h"
-#include "jet/table/Table.h"
 #include "jet/value/SortKey.h"
 
 namespace jet {
@@ -41,18 +40,8 @@ private:
 
 }  // namespace
 
-CatalogEntry Catalog::ownEntry() {
-    CatalogEntry entry;
-    entry.id = kDefinitionPage;
-    entry.parentId = CatalogEntry::kTablesContainer;
-    entry.name = u"MSysObjects";
-    entry.type = CatalogEntry::kLocalTable;
-    entry.flags = CatalogEntry::kSystemFlags;
-    return entry;
-}
-
 Catalog::Catalog(PageSource& source) {
-    const Table table(source, ownEntry());
+    const Table table(source, CatalogEntry::ofCatalog());
     const SystemTable system(table);
     const Column& id = system.column(u"Id");
     const Column& parentId = system.column(u"ParentId");
@@ -76,6 +65,13 @@ const CatalogEntry* Catalog::table(base::TextView name) const {
         found = &entry;
     }
     return found;
+}
+
+std::optional<Table> openTable(PageSource& source, base::TextView name) {
+    const Catalog catalog(source);
+    const CatalogEntry* entry = catalog.table(name);
+    if (entry == nullptr) return std::nullopt;
+    return Table(source, *entry);
 }
 
 }  // namespace jet

@@ -5,39 +5,15 @@
 #include <vector>
 
 #include "base/Text.h"
-#include "base/Value.h"
 #include "jet/page/PageSource.h"
+#include "jet/table/CatalogEntry.h"
+#include "jet/table/Table.h"
 
 namespace jet {
-
-/// An object of the catalog (MSysObjects).
-struct CatalogEntry {
-    static constexpr std::int16_t kLocalTable = 1;
-    static constexpr std::int16_t kRelationship = 8;
-    static constexpr std::int16_t kCheckConstraint = 9;  ///< a condition for a whole table
-    static constexpr std::uint32_t kTablesContainer = 0x0F000001;
-    static constexpr std::uint32_t kRelationshipsContainer = 0x0F000003;
-    static constexpr std::uint32_t kSystemFlags = 0x80000002;  ///< a system object, or hidden like one
-
-    std::uint32_t id = 0;  ///< local tables: first page of the definition
-    std::uint32_t parentId = 0;
-    base::Text name;
-    std::int16_t type = 0;
-    std::uint32_t flags = 0;
-    RowPointer row;
-
-    bool isLocalTable() const { return type == kLocalTable; }
-    bool isSystem() const { return (flags & kSystemFlags) != 0; }
-};
 
 /// The objects of the file: the rows of MSysObjects (whose definition is page 2), read once.
 class Catalog {
 public:
-    static constexpr PageNumber kDefinitionPage = 2;
-
-    /// The entry that opens MSysObjects itself.
-    static CatalogEntry ownEntry();
-
     /// @throws RuntimeError (damage)
     explicit Catalog(PageSource& source);
 
@@ -51,5 +27,8 @@ public:
 private:
     std::vector<CatalogEntry> entries_;
 };
+
+/// @return nothing if the catalog has no such table
+std::optional<Table> openTable(PageSource& source, base::TextView name);
 
 }  // namespace jet

@@ -93,7 +93,7 @@ base::Value Table::value(const RowView& row, const Column& column) const {
 
 PropertyBlob Table::properties() const {
     if (entry_.row.isNone()) return {};
-    const Table catalog(*source_, Catalog::ownEntry());
+    const Table catalog(*source_, CatalogEntry::ofCatalog());
     const Column* column = catalog.definition().column(u"LvProp");
     if (column == nullptr) return {};
     const Row row = catalog.rowAt(entry_.row);
@@ -145,13 +145,6 @@ bool RowCursor::nextPage() {
     nextPage_ = *number + 1;
     nextSlot_ = 0;
     return true;
-}
-
-std::optional<Table> openTable(PageSource& source, base::TextView name) {
-    const Catalog catalog(source);
-    const CatalogEntry* entry = catalog.table(name);
-    if (entry == nullptr) return std::nullopt;
-    return Table(source, *entry);
 }
 
 base::Value valueOf(PageSource& source, const RowView& row, const Column& column) {

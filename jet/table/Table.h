@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <unordered_set>
 
 #include "base/Text.h"
@@ -8,7 +7,7 @@
 #include "jet/page/DataPage.h"
 #include "jet/page/PageSource.h"
 #include "jet/page/UsageMap.h"
-#include "jet/table/Catalog.h"
+#include "jet/table/CatalogEntry.h"
 #include "jet/table/PropertyBlob.h"
 #include "jet/table/RowCodec.h"
 #include "jet/table/TableDefinition.h"
@@ -91,9 +90,6 @@ private:
     Row row_;
     std::unordered_set<std::uint32_t> movedTo_;  ///< data of moved rows met so far: each belongs to one row
 };
-
-/// @return nothing if the catalog has no such table
-std::optional<Table> openTable(PageSource& source, base::TextView name);
 
 /// The value of any column; long values are read completely.
 base::Value valueOf(PageSource& source, const RowView& row, const Column& column);

@@ -9,7 +9,7 @@
 #include "ado/embedded/Factory.h"
 #include "jet/index/IndexKey.h"
 #include "jet/page/UsageMap.h"
-#include "jet/table/Table.h"
+#include "jet/table/Catalog.h"
 #include "tests/fuzz/Seeds.h"
 #include "tests/support/Environment.h"
 #include "tests/support/FaultyStorage.h"

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "jet/table/Table.h"
+#include "jet/table/Catalog.h"
 #include "jet/transaction/Database.h"
 
 namespace jet {

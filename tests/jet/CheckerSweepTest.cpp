@@ -82,7 +82,7 @@ std::vector<Area> catalogAndDefinitions(FileAtHand& file) {
     const Catalog catalog(file);
     for (const CatalogEntry& entry : catalog.entries())
         if (entry.isLocalTable()) areas.push_back({entry.id, 0, kPageSize - 8U - file.u16(entry.id, 2), entry.name});
-    for (const PageNumber page : pagesOf(Table(file, Catalog::ownEntry()).ownedPages())) {
+    for (const PageNumber page : pagesOf(Table(file, CatalogEntry::ofCatalog()).ownedPages())) {
         const DataPage data(file.page(page));
         const std::size_t slots = slotPlace(data.slotCount());
         areas.push_back({page, 0, slots, u"MSysObjects"});

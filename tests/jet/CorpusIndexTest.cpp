@@ -8,7 +8,7 @@
 
 #include "base/RuntimeError.h"
 #include "jet/index/IndexKey.h"
-#include "jet/table/Table.h"
+#include "jet/table/Catalog.h"
 #include "jet/transaction/Database.h"
 #include "jet/tree/IndexCursor.h"
 #include "tests/jet/Hex.h"

@@ -8,6 +8,7 @@
 #include "base/RuntimeError.h"
 #include "jet/index/IndexedRow.h"
 #include "jet/page/UsageMap.h"
+#include "jet/table/Catalog.h"
 #include "jet/tree/IndexCursor.h"
 #include "tests/support/SampleFile.h"
 #include "tests/support/SoundFile.h"

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "jet/storage/MemoryIo.h"
-#include "jet/table/Table.h"
+#include "jet/table/Catalog.h"
 #include "jet/transaction/Database.h"
 #include "tests/jet/PagesInMemory.h"
 #include "tests/support/SampleFile.h"

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "jet/index/IndexGuard.h"
+#include "jet/table/Catalog.h"
 #include "jet/tree/IndexCursor.h"
 #include "jet/tree/IndexNode.h"
 #include "tests/jet/PagesInMemory.h"

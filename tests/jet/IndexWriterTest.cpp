@@ -7,8 +7,8 @@
 #include <set>
 
 #include "jet/index/IndexWriter.h"
+#include "jet/table/Catalog.h"
 #include "jet/table/DefinitionCounters.h"
-#include "jet/table/Table.h"
 #include "jet/tree/IndexCursor.h"
 #include "tests/support/MemoryPageStore.h"
 #include "tests/support/SampleFile.h"

@@ -5,7 +5,7 @@
 #include "jet/page/DataPageEditor.h"
 #include "jet/space/PageAllocator.h"
 #include "jet/space/UsageMapWriter.h"
-#include "jet/table/Table.h"
+#include "jet/table/Catalog.h"
 #include "tests/support/MemoryPageStore.h"
 #include "tests/support/SampleFile.h"
 

@@ -44,7 +44,7 @@ void setProperty(WrittenFile& file, base::TextView column, base::TextView name, 
         property.data.push_back(static_cast<std::uint8_t>(unit >> 8U));
     }
     properties.owners.push_back({static_cast<std::uint16_t>(column.empty() ? 0 : 1), Text(column), {property}});
-    const Table catalog(file.store, Catalog::ownEntry());
+    const Table catalog(file.store, CatalogEntry::ofCatalog());
     PageAllocator allocator(file.store);
     LongValueStore longValues(file.store, allocator, catalog.definition());
     RowStore rows(file.store, allocator, catalog.definition());

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "jet/change/TableWriter.h"
+#include "jet/table/Catalog.h"
 #include "tests/support/MemoryPageStore.h"
 #include "tests/support/SampleFile.h"
 

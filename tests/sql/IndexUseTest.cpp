@@ -5,6 +5,7 @@
 
 #include "base/RuntimeError.h"
 #include "jet/sql/SelectExecutor.h"
+#include "jet/table/Catalog.h"
 #include "jet/tree/IndexCursor.h"
 #include "tests/support/SampleFile.h"
 
