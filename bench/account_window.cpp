@@ -3,8 +3,6 @@
 #include <ctime>
 #include <functional>
 #include <sys/resource.h>
-#include <unistd.h>
-#include <cstdlib>
 
 #include "accounts/cBenutzerkonten.h"
 #include "ado/embedded/Factory.h"
@@ -55,7 +53,6 @@ int main(int count, char** arguments) {
     const double refill = milliseconds([&] { tolv::objBenKto->ShowBenKto(list); });
     const double refillProcessor = 1000.0 * static_cast<double>(std::clock() - refillStart) / CLOCKS_PER_SEC;
 
-    if (getenv("ONLY")) { for (int i = 0; i < 4; ++i) tolv::objBenKto->ShowBenKto(list); std::printf("%.2f\n", refillProcessor); std::fflush(stdout); _exit(0); }
     list.userSelectedRow(rows / 2);
     const auto save = [&](base::TextView serverPath) {
         window.txtPathGlobal.userTyped(serverPath);
