@@ -9,8 +9,7 @@ namespace jet::sql {
 
 std::int32_t executeDelete(PageStore& store, const Delete& statement) {
     TableWriter writer(store, statement.table, WriteKind::Execute);
-    std::vector<RowPointer> rows;
-    RowSearch(writer.table(), statement.where).forEach([&](const Row& row) { rows.push_back(row.pointer); });
+    const std::vector<RowPointer> rows = RowSearch(writer.table(), statement.where).rows();
     for (const RowPointer row : rows)
         // A relationship of the table with itself may have deleted it along with another one.
         if (writer.find(row)) writer.remove(row);

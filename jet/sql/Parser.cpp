@@ -1,6 +1,7 @@
 #include "jet/sql/Parser.h"
 
 #include <array>
+#include <cstdint>
 #include <optional>
 #include <utility>
 
@@ -26,6 +27,9 @@ constexpr TextView kOrderClause = u"ORDER BY-Klausel";
 constexpr std::array<TextView, 9> kLargerLanguage = {u",",     u".",     u"AS",     u"INNER", u"LEFT",
                                                      u"RIGHT", u"GROUP", u"HAVING", u"UNION"};
 
+/// Words in front of the columns of a larger language than ours.
+constexpr std::array<TextView, 4> kLargerSelect = {u"ALL", u"DISTINCT", u"DISTINCTROW", u"PERCENT"};
+
 class StatementParser {
 public:
     explicit StatementParser(TextView statement) : reader_(statement) {}
@@ -35,6 +39,10 @@ public:
 private:
     Statement parseBody();
     Select parseSelect();
+    std::optional<std::uint32_t> parseTop();
+    bool parseCount();
+    std::vector<ColumnName> parseColumns();
+    ColumnName parseColumn(TextView clause);
     Update parseUpdate();
     Delete parseDelete();
     Insert parseInsert();
@@ -42,6 +50,7 @@ private:
     std::vector<OrderItem> parseOrder();
     OrderItem parseOrderItem();
 
+    bool isNext(TextView wordOrSymbol) const;
     bool atClauseEnd() const { return reader_.atEnd() || reader_.at(u";") || reader_.at(u"ORDER"); }
     void expect(TextView wordOrSymbol, TextView clause);
     base::Text takeName(TextView clause);
@@ -66,13 +75,55 @@ Statement StatementParser::parseBody() {
 
 Select StatementParser::parseSelect() {
     Select select;
-    if (!reader_.at(u"*") && !atClauseEnd()) throw unsupported(reader_.typed());
-    expect(u"*", kSelectStatement);
+    select.top = parseTop();
+    select.countsRows = !select.top && parseCount();
+    if (!select.countsRows && !reader_.take(u"*")) select.columns = parseColumns();
     expect(u"FROM", kFromClause);
     select.table = takeName(kFromClause);
     select.where = parseWhere();
+    if (select.countsRows && reader_.at(u"ORDER")) throw unsupported(reader_.typed());
     select.order = parseOrder();
     return select;
+}
+
+/// A column may be called Top: the word limits the rows only in front of a number.
+std::optional<std::uint32_t> StatementParser::parseTop() {
+    TokenReader ahead = reader_;
+    if (!ahead.take(u"TOP") || ahead.token().kind != TokenKind::Literal) return std::nullopt;
+    reader_ = ahead;
+    const auto* number = std::get_if<std::int32_t>(&reader_.token().value);
+    if (number == nullptr) fail(kSelectStatement);
+    reader_.advance();
+    return static_cast<std::uint32_t>(*number);
+}
+
+bool StatementParser::parseCount() {
+    TokenReader ahead = reader_;
+    const bool found = ahead.take(u"COUNT") && ahead.take(u"(") && ahead.take(u"*") && ahead.take(u")");
+    if (found) reader_ = ahead;
+    return found;
+}
+
+std::vector<ColumnName> StatementParser::parseColumns() {
+    std::vector<ColumnName> columns;
+    do {
+        for (const TextView word : kLargerSelect)
+            if (reader_.at(word) && !isNext(u",") && !isNext(u"FROM")) throw unsupported(reader_.typed());
+        const bool isComputed = reader_.token().kind == TokenKind::Literal || reader_.at(u"*") || reader_.at(u"(") ||
+                                reader_.at(u"-") || isNext(u"(");
+        if (isComputed) throw unsupported(reader_.typed());
+        columns.push_back(parseColumn(kSelectStatement));
+    } while (reader_.take(u","));
+    if (reader_.token().kind == TokenKind::Symbol && !reader_.at(u";") && !reader_.at(u")"))
+        throw unsupported(reader_.typed());
+    return columns;
+}
+
+ColumnName StatementParser::parseColumn(TextView clause) {
+    ColumnName column;
+    column.name = takeName(clause);
+    if (reader_.take(u".")) column.table = std::exchange(column.name, takeName(clause));
+    return column;
 }
 
 Update StatementParser::parseUpdate() {
@@ -150,11 +201,16 @@ std::vector<OrderItem> StatementParser::parseOrder() {
 
 OrderItem StatementParser::parseOrderItem() {
     OrderItem item;
-    item.name = takeName(kOrderClause);
-    if (reader_.take(u".")) item.table = std::exchange(item.name, takeName(kOrderClause));
+    item.column = parseColumn(kOrderClause);
     item.descending = reader_.take(u"DESC");
     if (!item.descending) reader_.take(u"ASC");
     return item;
+}
+
+bool StatementParser::isNext(TextView wordOrSymbol) const {
+    TokenReader ahead = reader_;
+    ahead.advance();
+    return ahead.at(wordOrSymbol);
 }
 
 void StatementParser::expect(TextView wordOrSymbol, TextView clause) {

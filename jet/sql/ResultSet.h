@@ -46,10 +46,18 @@ private:
 /// for; nothing in it depends on the file any more.
 class ResultSet {
 public:
+    /// With all columns of the table.
     explicit ResultSet(const TableDefinition& definition);
+
+    /// With some columns.
+    /// @param columns  places in TableDefinition::columnsForDisplay(), in any order; a place may stand there twice
+    ResultSet(const TableDefinition& definition, const std::vector<std::size_t>& columns);
 
     /// The table's, as it was then.
     const TableDefinition& definition() const { return *definition_; }
+
+    /// Whether the set was made with all columns of the table. Otherwise its rows cannot stand for those of the table.
+    bool hasWholeRows() const { return hasWholeRows_; }
 
     std::size_t columnCount() const { return columns_.size(); }
     const Column& column(std::size_t column) const { return *columns_[column]; }
@@ -67,9 +75,12 @@ public:
     /// @throws base::RuntimeError (damage) also if the long values together are more than the file holds
     void append(PageSource& source, const Row& row);
 
-    /// Puts the rows in another order.
-    /// @param order  each row's number once
+    /// Puts the rows in another order. Rows whose number is missing are dropped.
+    /// @param order  numbers of rows, none of them twice
     void arrange(std::vector<std::uint32_t> order);
+
+    /// @param column  below columnCount(); later columns move up
+    void dropColumn(std::size_t column);
 
 private:
     friend class ResultRow;
@@ -85,10 +96,12 @@ private:
         RowPointer pointer() const { return {page, slot}; }
     };
 
+    void listLongColumns();
     Stored longValue(std::size_t row, const Column& column) const;
 
     std::unique_ptr<const TableDefinition> definition_;
-    std::vector<const Column*> columns_;      ///< in the order of SELECT *
+    bool hasWholeRows_;
+    std::vector<const Column*> columns_;
     std::vector<const Column*> longColumns_;  ///< those of long values
     std::vector<StoredRow> rows_;
     std::vector<std::uint32_t> order_;  ///< the how-manieth appended each row was; empty: they stand so

@@ -39,6 +39,23 @@ bool isBefore(const base::Bytes& arena, const KeyedRow& a, const KeyedRow& b) {
     return a.row < b.row;
 }
 
+bool areEqual(const base::Bytes& arena, const KeyedRow& a, const KeyedRow& b) {
+    return a.lengthBytes == b.lengthBytes &&
+           std::memcmp(arena.data() + a.offset, arena.data() + b.offset, a.lengthBytes) == 0;
+}
+
+/// Keeps the first rows and those equal to the last of them, so that only these need to be sorted.
+void keepTop(const base::Bytes& arena, std::vector<KeyedRow>& keys, std::uint32_t top) {
+    if (top >= keys.size()) return;
+    if (top == 0) return keys.clear();
+    const auto last = keys.begin() + (top - 1);
+    std::nth_element(keys.begin(), last, keys.end(),
+                     [&](const KeyedRow& a, const KeyedRow& b) { return isBefore(arena, a, b); });
+    const auto end =
+        std::partition(last + 1, keys.end(), [&](const KeyedRow& row) { return areEqual(arena, row, *last); });
+    keys.erase(end, keys.end());
+}
+
 /// What an ascending index has for the value, inverted where the order descends. A descending index itself has decimals
 /// in another order, and no bytes at all stand anywhere in one: here they come before all others.
 void appendOrderPart(base::Bytes& key, const Column& column, const base::Value& value, bool descending) {
@@ -90,7 +107,8 @@ private:
 
 }  // namespace
 
-std::vector<std::uint32_t> orderByKeys(const ResultSet& rows, const std::vector<OrderColumn>& columns) {
+std::vector<std::uint32_t> orderByKeys(const ResultSet& rows, const std::vector<OrderColumn>& columns,
+                                       std::optional<std::uint32_t> top) {
     base::Bytes arena;
     std::vector<KeyedRow> keys(rows.rowCount());
     for (std::uint32_t row = 0; row < keys.size(); ++row) {
@@ -101,6 +119,7 @@ std::vector<std::uint32_t> orderByKeys(const ResultSet& rows, const std::vector<
         const auto key = std::span(arena).subspan(offset);
         keys[row] = {beginningOf(key), offset, key.size(), row};
     }
+    if (top) keepTop(arena, keys, *top);
     std::sort(keys.begin(), keys.end(),
               [&arena](const KeyedRow& a, const KeyedRow& b) { return isBefore(arena, a, b); });
     std::vector<std::uint32_t> order;

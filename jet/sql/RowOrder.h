@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "jet/page/PageSource.h"
@@ -16,7 +17,9 @@ struct OrderColumn {
 
 /// The rows' numbers in the order of the columns' index keys; rows with equal keys as they stand. Keys are
 /// made once a row.
-std::vector<std::uint32_t> orderByKeys(const ResultSet& rows, const std::vector<OrderColumn>& columns);
+/// @param top  how many of the first rows are wanted; rows equal to the last of these come, too. Nothing: all rows
+std::vector<std::uint32_t> orderByKeys(const ResultSet& rows, const std::vector<OrderColumn>& columns,
+                                       std::optional<std::uint32_t> top);
 
 /// The rows' numbers in the order of an index over one column.
 /// @param rows  all rows of the table, as they lie in the file

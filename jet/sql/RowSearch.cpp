@@ -15,16 +15,25 @@ RowSearch::RowSearch(const Table& table, const std::optional<Expression>& where)
     condition_->expectCondition();
 }
 
-void RowSearch::forEach(const std::function<void(const Row&)>& take) const {
+void RowSearch::forEach(const std::function<bool(const Row&)>& take) const {
     if (const auto range = rangeOfCondition()) {
         for (const RowPointer pointer : rowsInRange(*range)) {
             const Row row = table_.rowAt(pointer);
-            if (isWanted(row)) take(row);
+            if (isWanted(row) && !take(row)) return;
         }
         return;
     }
     for (RowCursor cursor(table_); cursor.next();)
-        if (isWanted(cursor.row())) take(cursor.row());
+        if (isWanted(cursor.row()) && !take(cursor.row())) return;
+}
+
+std::vector<RowPointer> RowSearch::rows() const {
+    std::vector<RowPointer> rows;
+    forEach([&](const Row& row) {
+        rows.push_back(row.pointer);
+        return true;
+    });
+    return rows;
 }
 
 bool RowSearch::isWanted(const Row& row) const {

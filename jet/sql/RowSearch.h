@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <optional>
+#include <vector>
 
 #include "jet/expression/BoundExpression.h"
 #include "jet/table/Table.h"
@@ -22,7 +23,11 @@ public:
     bool wantsAll() const { return !condition_; }
 
     /// Gives the rows in the order in which they lie in the file. The table must not be changed meanwhile.
-    void forEach(const std::function<void(const Row&)>& take) const;
+    /// @param take  returns false to stop the search
+    void forEach(const std::function<bool(const Row&)>& take) const;
+
+    /// The places of all rows found, so that the table may be changed.
+    std::vector<RowPointer> rows() const;
 
 private:
     /// Part of an index where all rows with some value of a column must stand.

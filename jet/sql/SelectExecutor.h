@@ -7,9 +7,11 @@
 
 namespace jet::sql {
 
-/// Carries out a SELECT: all of its rows are read at once, long values included.
+/// Carries out a SELECT: all of its rows are read at once, with the long values of the columns wanted.
 ///
 /// Without an order rows come as they lie in the file, and so do rows that an order does not tell apart.
+/// TOP without an order reads no further than its last row. With an order, rows equal to the last one come, too, as in
+/// the original engine. COUNT(*) gives one row with one column, "Anzahl", and keeps no row in memory.
 ///
 /// An index is used where it gives the very same rows in the very same order: for a condition that wants a
 /// column to be equal to a constant (the rest of the condition is then asked of each row found), and for an

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <utility>
 #include <variant>
@@ -11,14 +12,22 @@
 /// Statements as they were written, before any name is looked up in a file.
 namespace jet::sql {
 
-struct OrderItem {
+struct ColumnName {
     base::Text table;  ///< may be empty
     base::Text name;
+};
+
+struct OrderItem {
+    ColumnName column;
     bool descending = false;
 };
 
-/// SELECT * FROM table [WHERE condition] [ORDER BY column [ASC | DESC], ...]
+/// SELECT [TOP number] * | column, ... FROM table [WHERE condition] [ORDER BY column [ASC | DESC], ...]
+/// SELECT COUNT(*) FROM table [WHERE condition]
 struct Select {
+    bool countsRows = false;
+    std::optional<std::uint32_t> top;
+    std::vector<ColumnName> columns;  ///< empty: all columns
     base::Text table;
     std::optional<Expression> where;
     std::vector<OrderItem> order;

@@ -18,8 +18,7 @@ std::int32_t executeUpdate(PageStore& store, const Update& statement) {
         if (!place) throw missingParameter();
         assignments.add(*columns[*place], BoundExpression(expression, writer.table().name(), columns));
     }
-    std::vector<RowPointer> rows;
-    RowSearch(writer.table(), statement.where).forEach([&](const Row& row) { rows.push_back(row.pointer); });
+    const std::vector<RowPointer> rows = RowSearch(writer.table(), statement.where).rows();
     for (const RowPointer pointer : rows) {
         const Row row = writer.table().rowAt(pointer);
         writer.update(pointer, assignments.valuesFor(StoredValues(store, row.view)));

@@ -69,7 +69,8 @@ def byMdbReader(path, password):
 
 def byKontodb(path, password, table, names, kinds):
     words = ["--password", password] if password else []
-    rows = map(json.loads, filter(None, run(KONTODB, "query", path, f"SELECT * FROM [{table}]", "--json", *words).split("\n")))
+    columns = ", ".join(f"[{name}]" for name in names)
+    rows = map(json.loads, filter(None, run(KONTODB, "query", path, f"SELECT {columns} FROM [{table}]", "--json", *words).split("\n")))
     return [tuple(plain(row[name], kind) for name, kind in zip(names, kinds, strict=True)) for row in rows]
 
 

@@ -43,8 +43,24 @@ TEST_F(Exec, PrintsTheCountOfRows) {
         EXPECT_EQ(outcome.exitCode, kExitSuccess);
         EXPECT_EQ(outcome.printed, printed) << base::toUtf8(statement) << outcome.errors;
     }
-    EXPECT_NE(query(u"WHERE BenKTO_ID = 17").printed.find("\tneu\t"), std::string::npos);
-    EXPECT_NE(query(u"WHERE BenKTO_Name = 'älfred'").printed.find("\n201\tÄlfred\t\\N\t\\N\t-1\n"), std::string::npos);
+    EXPECT_EQ(call(u"query", {u"SELECT benkto_pass FROM Benutzerkonto WHERE BenKTO_ID = 17"}).printed,
+              "BenKTO_Pass\nneu\n");
+    EXPECT_NE(query(u"WHERE BenKTO_Name = 'älfred'").printed.find("\n201\tÄlfred\t\\N\t-1\n"), std::string::npos);
+}
+
+TEST_F(Exec, LeavesPasswordsOutUnlessTheirColumnIsNamed) {
+    const std::string hint = "Hinweis: Die Spalte BenKTO_Pass fehlt bei SELECT *;";
+    for (const auto& [flag, columns] :
+         {std::pair{u"--csv", "BenKTO_ID,BenKTO_Name,BenKTO_ServerPath,"}, std::pair{u"--json", "{\"BenKTO_ID\": "}}) {
+        const Outcome all = call(u"query", {u"SELECT TOP 1 * FROM [benutzerkonto] ORDER BY BenKTO_Pass", flag});
+        EXPECT_TRUE(all.printed.starts_with(columns)) << all.printed;
+        EXPECT_EQ(all.printed.find("BenKTO_Pass"), std::string::npos);
+        EXPECT_TRUE(all.errors.starts_with(hint)) << all.errors;
+    }
+    const Outcome named = call(u"query", {u"SELECT BenKTO_Pass FROM Benutzerkonto WHERE BenKTO_ID = 1"});
+    EXPECT_EQ(named.printed.size(), 12 + 64 + 1U) << named.printed;
+    EXPECT_EQ(named.errors, "");
+    EXPECT_EQ(call(u"query", {u"SELECT COUNT(*) FROM Benutzerkonto"}).printed, "Anzahl\n200\n");
 }
 
 TEST_F(Exec, SaysThatTheChangeWasMadeIfItCannotPrintTheCount) {

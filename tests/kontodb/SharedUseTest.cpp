@@ -43,10 +43,11 @@ protected:
     Outcome exec(const Text& statement) const { return call({u"exec", file_, statement}); }
     Outcome query(const Text& condition) const { return query(file_, condition); }
     static Outcome query(const Text& file, const Text& condition) {
-        return call({u"query", file, u"SELECT * FROM Benutzerkonto WHERE " + condition});
+        return call(
+            {u"query", file, u"SELECT BenKTO_ID, BenKTO_Name, BenKTO_Pass FROM Benutzerkonto WHERE " + condition});
     }
 
-    /// What is printed for the rows: number, name, password, path, right.
+    /// What is printed for the rows: number, name, password.
     static std::vector<std::vector<std::string>> rowsOf(const Outcome& outcome) {
         std::istringstream lines(outcome.printed);
         std::vector<std::vector<std::string>> rows;

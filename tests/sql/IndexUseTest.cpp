@@ -74,6 +74,17 @@ protected:
         return bytes;
     }
 
+    static test::Rows rowsOf(const base::Text& statement) {
+        Database database = test::openSample(file());
+        ReadOperation operation = database.beginRead();
+        const ResultSet found = executeSelect(operation, statement);
+        test::Rows rows(found.rowCount());
+        for (std::size_t row = 0; row < rows.size(); ++row)
+            for (std::size_t column = 0; column < found.columnCount(); ++column)
+                rows[row].push_back(found.value(row, column));
+        return rows;
+    }
+
     static std::size_t pagesOfScan() { return answer(file(), u"SELECT * FROM Ohne").pagesRead; }
 };
 
@@ -97,6 +108,73 @@ TEST_F(IndexUse, ReadsFewPagesForOneRow) {
     for (const base::TextView condition : {u"Nr = 2000", u"Nr = 2001", u"Nr = 2000 AND Name = 'x'"})
         EXPECT_LE(answer(file(), u"SELECT * FROM Mit WHERE " + base::Text(condition)).pagesRead, 20U)
             << base::toUtf8(condition);
+}
+
+/// Null before all values; -1, 0 or 1.
+int compare(const Value& a, const Value& b) {
+    const auto sign = [](auto order) { return order < 0 ? -1 : order > 0 ? 1 : 0; };
+    if (base::isNull(a) || base::isNull(b)) return sign(!base::isNull(a) <=> !base::isNull(b));
+    if (const auto* text = std::get_if<base::Text>(&a)) return sign(compareTexts(*text, std::get<base::Text>(b)));
+    if (const auto* number = std::get_if<std::int32_t>(&a)) return sign(*number <=> std::get<std::int32_t>(b));
+    return sign(std::get<std::int16_t>(a) <=> std::get<std::int16_t>(b));
+}
+
+TEST_F(IndexUse, GivesColumnsOrderAndTopAsTheTestSortsThem) {
+    constexpr base::TextView kNames[] = {u"Nr", u"Name", u"Klasse", u"Breit"};
+    std::mt19937 random(20261125);
+    const auto below = [&](std::size_t limit) { return random() % limit; };
+    for (int i = 0; i < 60; ++i) {
+        const base::Text where =
+            below(2) == 0 ? u"" : u" WHERE Klasse >= " + base::decimal(static_cast<int>(below(50)));
+        test::Rows rows = rowsOf(u"SELECT * FROM Ohne" + where);
+        base::Text columns, order;
+        std::vector<std::size_t> shown;
+        for (std::size_t count = 1 + below(4); shown.size() < count;) {
+            shown.push_back(below(3));
+            columns += (columns.empty() ? u"" : u", ") + (u"[" + base::Text(kNames[shown.back()]) + u"]");
+        }
+        std::vector<std::pair<std::size_t, bool>> by;
+        for (std::size_t count = below(4); by.size() < count;) {
+            by.emplace_back(below(4), below(2) == 0);
+            order += (order.empty() ? u" ORDER BY " : u", ") + base::Text(kNames[by.back().first]) +
+                     (by.back().second ? u" DESC" : u"");
+        }
+        const auto isBefore = [&](const auto& a, const auto& b) {
+            for (const auto& [column, descending] : by) {
+                const int found = compare(a[column], b[column]);
+                if (found != 0) return (found < 0) != descending;
+            }
+            return false;
+        };
+        std::ranges::stable_sort(rows, isBefore);
+        base::Text top;
+        if (below(3) != 0) {
+            std::size_t kept = below(2) == 0 ? below(10) : below(4500);
+            top = u"TOP " + base::decimal(static_cast<int>(kept)) + u" ";
+            while (!by.empty() && kept > 0 && kept < rows.size() && !isBefore(rows[kept - 1], rows[kept]))
+                ++kept;
+            rows.resize(std::min(kept, rows.size()));
+        }
+        test::Rows expected;
+        for (const auto& row : rows) {
+            auto& wanted = expected.emplace_back();
+            for (const std::size_t column : shown)
+                wanted.push_back(row[column]);
+        }
+        for (const base::TextView table : {u" FROM Ohne", u" FROM Mit"}) {
+            const base::Text statement = u"SELECT " + top + columns + base::Text(table) + where + order;
+            EXPECT_TRUE(rowsOf(statement) == expected) << base::toUtf8(statement);
+        }
+        const auto counted = rowsOf(u"SELECT COUNT(*) FROM Mit" + where);
+        EXPECT_EQ(std::get<std::int32_t>(counted.at(0).at(0)),
+                  static_cast<std::int32_t>(rowsOf(u"SELECT Nr FROM Ohne" + where).size()));
+    }
+}
+
+TEST_F(IndexUse, StopsReadingAfterTheTop) {
+    EXPECT_LE(answer(file(), u"SELECT TOP 3 Name FROM Mit").pagesRead, 20U);
+    EXPECT_LE(answer(file(), u"SELECT TOP 0 * FROM Mit ORDER BY Breit").pagesRead, 20U);
+    EXPECT_LE(answer(file(), u"SELECT COUNT(*) FROM Mit WHERE Nr = 2000").pagesRead, 20U);
 }
 
 TEST_F(IndexUse, MeetsADamagedIndexWithAnErrorAndNeverMissingOrDoubleRows) {

@@ -71,8 +71,10 @@ class Files:
 
     def rows(self, name):
         """Accounts as dictionaries, ordered by name as the database does."""
-        output = self._run("query", self.path(name), "SELECT * FROM Benutzerkonto ORDER BY BenKTO_Name", "--json",
-                           "--password", PASSWORD)
+        table = json.loads(self._run("schema", self.path(name), "Benutzerkonto", "--json", "--password", PASSWORD))
+        columns = ", ".join(f"[{column['name']}]" for column in table["columns"])
+        output = self._run("query", self.path(name), f"SELECT {columns} FROM Benutzerkonto ORDER BY BenKTO_Name",
+                           "--json", "--password", PASSWORD)
         return [json.loads(line) for line in output.decode().splitlines()]
 
     def check(self, name):

@@ -59,6 +59,8 @@ Beispiele:
     {u"query", R"(kontodb query DATEI "SELECT ..." [--csv | --json] [weitere Optionen]
 
 Gibt die Zeilen aus, die die Anweisung findet; ihre Sprache zeigt: kontodb help sql
+Passwörter (BenKTO_Pass) stehen nur da, wenn die Anweisung ihre Spalte nennt, bei *
+nicht.
 Mit - statt der Anweisung wird sie aus der Standardeingabe gelesen (UTF-8).
 
   --csv            für Tabellenkalkulationen, nach RFC 4180: Zeilenende CR LF, Texte
@@ -109,7 +111,9 @@ Beispiel:
 )"},
     {u"sql", R"(Die Sprache der Anweisungen
 
-  SELECT * FROM Tabelle [WHERE Bedingung] [ORDER BY Spalte [ASC | DESC], ...]
+  SELECT [TOP n] * | Spalte, ... FROM Tabelle [WHERE Bedingung]
+    [ORDER BY Spalte [ASC | DESC], ...]
+  SELECT COUNT(*) FROM Tabelle [WHERE Bedingung]
   UPDATE Tabelle SET Spalte = Wert, ... [WHERE Bedingung]
   DELETE FROM Tabelle [WHERE Bedingung]
   INSERT INTO Tabelle [(Spalte, ...)] VALUES (Wert, ...)
@@ -119,6 +123,9 @@ verbunden mit AND, OR, NOT und Klammern. Groß und klein gilt als gleich.
 
 Bei LIKE steht % für beliebig viele Zeichen und _ für eines; * und ? sind Zeichen wie
 andere:  WHERE BenKTO_Name LIKE 'Mei%'
+
+TOP n gibt die ersten n Zeilen, mit ORDER BY auch alle, die der letzten davon
+gleichstehen (wie in Access). COUNT(*) zählt die Zeilen.
 
 Namen mit Leerzeichen stehen in eckigen Klammern: [Letzte Anmeldung]. Werte sind
 'Text', 12.5, #12/31/2004# (Monat/Tag/Jahr), True, False, Null und {guid {...}}.

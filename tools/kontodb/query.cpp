@@ -1,5 +1,7 @@
 #include <string>
+#include <string_view>
 
+#include "accounts/AccountTable.h"
 #include "jet/sql/SelectExecutor.h"
 #include "tools/kontodb/CommandLine.h"
 #include "tools/kontodb/Commands.h"
@@ -18,6 +20,9 @@ constexpr base::TextView kMarkFlag = u"--bom";
 constexpr base::TextView kDecimalCommaFlag = u"--decimal-comma";
 constexpr base::TextView kNullOption = u"--null";
 constexpr base::TextView kSeparatorOption = u"--separator";
+
+constexpr std::string_view kHiddenPasswords =
+    "Hinweis: Die Spalte BenKTO_Pass fehlt bei SELECT *; wer die Passwörter braucht, nennt die Spalten.\n";
 
 /// An option that makes no sense with the form would have no effect unseen.
 void requireFitting(const CommandLine& line, bool isFitting, std::initializer_list<base::TextView> options,
@@ -50,6 +55,18 @@ ResultStyle styleOf(const CommandLine& line, Console& console) {
     return style;
 }
 
+/// Leaves the passwords of accounts out of a result with all columns. A marker in their place would become a password
+/// if the result is imported later.
+/// @return false if the rows have no passwords
+bool hidePasswords(jet::sql::ResultSet& rows) {
+    for (std::size_t column = 0; column < rows.columnCount(); ++column) {
+        if (!base::equalsIgnoringAsciiCase(rows.column(column).name, tolv::accountTable::kPass)) continue;
+        rows.dropColumn(column);
+        return true;
+    }
+    return false;
+}
+
 }  // namespace
 
 int query(std::span<const base::Text> arguments, Console& console) {
@@ -60,11 +77,13 @@ int query(std::span<const base::Text> arguments, Console& console) {
     const base::Text statement = statementOf(line, 1, console);
     jet::Database database = openProtected(line.operand(0), line, console);
     // Whoever reads what is printed may take his time: nothing is locked meanwhile.
-    const jet::sql::ResultSet rows = [&] {
+    jet::sql::ResultSet rows = [&] {
         auto operation = database.beginRead();
         return jet::sql::executeSelect(operation, statement);
     }();
+    const bool isHidden = rows.hasWholeRows() && hidePasswords(rows);
     printResult(rows, style, console);
+    if (isHidden) console.printError(kHiddenPasswords);
     if (rows.rowCount() == 0) hintAtWildcards(statement, console);
     return kExitSuccess;
 }
