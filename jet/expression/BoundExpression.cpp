@@ -127,6 +127,7 @@ struct BoundExpression::Node {
     Kind kind = Kind::Literal;
     Comparison comparison = Comparison::Equal;
     bool isNegated = false;
+    std::size_t place = 0;  ///< in the text
     const Column* column = nullptr;
     std::optional<ValueClass> valueClass;  ///< nothing for the literal null
     TextOrder order;                       ///< by which the operands are compared
@@ -219,7 +220,7 @@ Truth BoundExpression::Node::isLike(const RowValues& row) const {
     const base::Value tested = operands[0].valueFor(row);
     if (base::isNull(tested)) return Truth::Unknown;
     const auto text = textForLike(tested);
-    if (!text) throw typesDoNotMatch();
+    if (!text) throw typesDoNotMatch(place);
     if (pattern) return truthOf(pattern->matches(*text));
     const base::Value typed = operands[1].valueFor(row);
     const auto* given = std::get_if<base::Text>(&typed);
@@ -236,6 +237,7 @@ public:
         node.kind = expression.kind;
         node.comparison = expression.comparison;
         node.isNegated = expression.negated;
+        node.place = expression.place;
         node.valueClass = ValueClass::Number;  // of everything that is true or false
         if (node.kind == Kind::Name) bindName(node, expression);
         if (node.kind == Kind::Literal) {
@@ -250,14 +252,14 @@ public:
 
     /// What is asked for being true must be a number or null.
     static void expectTruth(const Node& node) {
-        if (node.valueClass.value_or(ValueClass::Number) != ValueClass::Number) throw typesDoNotMatch();
+        if (node.valueClass.value_or(ValueClass::Number) != ValueClass::Number) throw typesDoNotMatch(node.place);
     }
 
 private:
     void bindName(Node& node, const Expression& expression) const {
         const auto column = findColumn(columns_, expression.name);
         const bool qualified = expression.table.empty() || namesAreEqual(expression.table, table_);
-        if (!column || !qualified) throw missingParameter();
+        if (!column || !qualified) throw missingParameter(expression.table, expression.name, expression.place);
         node.column = columns_[*column];
         node.valueClass = classOf(node.column->type);
         node.order = node.column->textOrder;
@@ -314,7 +316,7 @@ private:
         std::optional<ValueClass> first;
         for (const Node& operand : node.operands) {
             if (!first) first = operand.valueClass;
-            if (operand.valueClass && operand.valueClass != first) throw typesDoNotMatch();
+            if (operand.valueClass && operand.valueClass != first) throw typesDoNotMatch(node.place);
         }
     }
 
@@ -322,7 +324,7 @@ private:
         const ValueClass tested = node.operands[0].valueClass.value_or(ValueClass::Text);
         const ValueClass pattern = node.operands[1].valueClass.value_or(ValueClass::Text);
         const bool possible = tested == ValueClass::Text || tested == ValueClass::Number;
-        if (!possible || pattern != ValueClass::Text) throw typesDoNotMatch();
+        if (!possible || pattern != ValueClass::Text) throw typesDoNotMatch(node.place);
         if (const auto* text = std::get_if<base::Text>(&node.operands[1].value); text != nullptr)
             node.pattern.emplace(*text, node.order);
     }

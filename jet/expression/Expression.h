@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 #include "base/Text.h"
@@ -28,6 +29,7 @@ struct Expression {
     Kind kind = Kind::Literal;
     Comparison comparison = Comparison::Equal;
     bool negated = false;
+    std::size_t place = 0;  ///< of the literal, the name or the operator in the text, in units
     base::Value value;
     base::Text table;
     base::Text name;

@@ -11,12 +11,16 @@ constexpr std::int32_t kMissingParameter = -2147217904;  // 80040E10
 
 }  // namespace
 
-base::RuntimeError missingParameter() {
-    return {kMissingParameter, u"Für mindestens einen erforderlichen Parameter wurde kein Wert angegeben."};
+StatementError missingParameter(base::TextView table, base::TextView name, std::size_t place) {
+    base::Text typed(table);
+    if (!table.empty()) typed += u'.';
+    return {{kMissingParameter, u"Für mindestens einen erforderlichen Parameter wurde kein Wert angegeben."},
+            place,
+            typed.append(name)};
 }
 
-base::RuntimeError typesDoNotMatch() {
-    return valueOfOtherType(WriteKind::Execute);
+StatementError typesDoNotMatch(std::size_t place) {
+    return {valueOfOtherType(WriteKind::Execute), place};
 }
 
 base::RuntimeError missingOperator(base::TextView expression) {

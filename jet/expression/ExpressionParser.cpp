@@ -17,15 +17,17 @@ using Kind = Expression::Kind;
 constexpr std::array<base::TextView, 14> kLargerLanguage = {
     u"+", u"-", u"*", u"/", u"&", u"^", u"\\", u"MOD", u"XOR", u"GROUP", u"HAVING", u"UNION", u"ALIKE", u"EQV"};
 
-Expression literal(base::Value value) {
+Expression literal(base::Value value, std::size_t place) {
     Expression expression;
+    expression.place = place;
     expression.value = std::move(value);
     return expression;
 }
 
-Expression node(Kind kind, Expression operand) {
+Expression node(Kind kind, std::size_t place, Expression operand) {
     Expression expression;
     expression.kind = kind;
+    expression.place = place;
     expression.operands.push_back(std::move(operand));
     return expression;
 }
@@ -73,7 +75,7 @@ private:
 Expression ExpressionParser::parseOr() {
     Expression left = parseAnd();
     if (!reader_.at(u"OR")) return left;
-    Expression any = node(Kind::Or, std::move(left));
+    Expression any = node(Kind::Or, place(), std::move(left));
     while (reader_.take(u"OR"))
         any.operands.push_back(parseAnd());
     return any;
@@ -82,16 +84,17 @@ Expression ExpressionParser::parseOr() {
 Expression ExpressionParser::parseAnd() {
     Expression left = parseNot();
     if (!reader_.at(u"AND")) return left;
-    Expression all = node(Kind::And, std::move(left));
+    Expression all = node(Kind::And, place(), std::move(left));
     while (reader_.take(u"AND"))
         all.operands.push_back(parseNot());
     return all;
 }
 
 Expression ExpressionParser::parseNot() {
+    const std::size_t begin = place();
     if (!reader_.take(u"NOT")) return parsePredicates();
     const Level level(*this);
-    return node(Kind::Not, parseNot());
+    return node(Kind::Not, begin, parseNot());
 }
 
 Expression ExpressionParser::parsePredicates() {
@@ -104,26 +107,27 @@ Expression ExpressionParser::parsePredicates() {
 
 /// Takes one comparison or the like and makes `left` its first operand; says whether there was one.
 bool ExpressionParser::parsePredicate(Expression& left) {
+    const std::size_t begin = place();
     if (const auto comparison = comparisonAt(reader_)) {
         reader_.advance();
-        left = node(Kind::Compare, std::move(left));
+        left = node(Kind::Compare, begin, std::move(left));
         left.comparison = *comparison;
         left.operands.push_back(parseOperand());
         return true;
     }
     if (reader_.take(u"IS")) {
-        left = node(Kind::IsNull, std::move(left));
+        left = node(Kind::IsNull, begin, std::move(left));
         left.negated = reader_.take(u"NOT");
         if (!reader_.take(u"NULL")) fail();
         return true;
     }
     const bool negated = reader_.take(u"NOT");
     if (reader_.take(u"BETWEEN")) {
-        left = parseRange(std::move(left));
+        left = parseRange(std::move(left), begin);
     } else if (reader_.take(u"IN")) {
-        left = parseList(std::move(left));
+        left = parseList(std::move(left), begin);
     } else if (reader_.take(u"LIKE")) {
-        left = node(Kind::Like, std::move(left));
+        left = node(Kind::Like, begin, std::move(left));
         left.operands.push_back(parseOperand());
     } else {
         if (negated) fail();
@@ -149,7 +153,7 @@ Expression ExpressionParser::parseRulePart(const Expression& subject) {
     subject_ = nullptr;
     Expression part = atPredicate() ? subject : parseOperand();
     if (!parsePredicate(part) && part.kind == Kind::Literal) {
-        Expression isEqual = node(Kind::Compare, subject);
+        Expression isEqual = node(Kind::Compare, place(), subject);
         isEqual.operands.push_back(std::move(part));
         part = std::move(isEqual);
     }
@@ -157,16 +161,16 @@ Expression ExpressionParser::parseRulePart(const Expression& subject) {
     return part;
 }
 
-Expression ExpressionParser::parseRange(Expression left) {
-    Expression range = node(Kind::Between, std::move(left));
+Expression ExpressionParser::parseRange(Expression left, std::size_t begin) {
+    Expression range = node(Kind::Between, begin, std::move(left));
     range.operands.push_back(parseOperand());
     if (!reader_.take(u"AND")) fail();
     range.operands.push_back(parseOperand());
     return range;
 }
 
-Expression ExpressionParser::parseList(Expression left) {
-    Expression list = node(Kind::In, std::move(left));
+Expression ExpressionParser::parseList(Expression left, std::size_t begin) {
+    Expression list = node(Kind::In, begin, std::move(left));
     if (!reader_.take(u"(")) fail();
     do {
         list.operands.push_back(parseOperand());
@@ -176,14 +180,15 @@ Expression ExpressionParser::parseList(Expression left) {
 }
 
 Expression ExpressionParser::parseOperand() {
+    const std::size_t begin = place();
     if (reader_.token().kind == TokenKind::Literal) {
-        Expression expression = literal(reader_.token().value);
+        Expression expression = literal(reader_.token().value, begin);
         reader_.advance();
         return expression;
     }
-    if (reader_.take(u"TRUE")) return literal(true);
-    if (reader_.take(u"FALSE")) return literal(false);
-    if (reader_.take(u"NULL")) return literal(base::Null{});
+    if (reader_.take(u"TRUE")) return literal(true, begin);
+    if (reader_.take(u"FALSE")) return literal(false, begin);
+    if (reader_.take(u"NULL")) return literal(base::Null{}, begin);
     if (reader_.at(u"-")) return parseNegative();
     if (reader_.take(u"(")) {
         const Level level(*this);
@@ -198,9 +203,10 @@ Expression ExpressionParser::parseName() {
     if (!isName(reader_.token())) fail();
     Expression column;
     column.kind = Kind::Name;
+    column.place = place();
     column.name = reader_.token().text;
     reader_.advance();
-    if (reader_.at(u"(")) throw unsupported(column.name);
+    if (reader_.at(u"(")) throw StatementError(unsupported(column.name), column.place);
     if (reader_.take(u".")) {
         if (!isName(reader_.token())) fail();
         column.table = std::exchange(column.name, reader_.token().text);
@@ -210,6 +216,7 @@ Expression ExpressionParser::parseName() {
 }
 
 Expression ExpressionParser::parseNegative() {
+    const std::size_t begin = place();
     bool negative = false;
     while (reader_.take(u"-"))
         negative = !negative;
@@ -217,8 +224,8 @@ Expression ExpressionParser::parseNegative() {
         if (isName(reader_.token()) || reader_.at(u"(")) throw unsupported(u"-");
         fail();
     }
-    Expression number = literal(reader_.token().value);
-    if (negative && !negate(number.value)) throw typesDoNotMatch();
+    Expression number = literal(reader_.token().value, begin);
+    if (negative && !negate(number.value)) throw typesDoNotMatch(begin);
     reader_.advance();
     return number;
 }

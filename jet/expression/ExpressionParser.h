@@ -42,12 +42,13 @@ private:
     bool parsePredicate(Expression& left);
     bool atPredicate() const;
     Expression parseRulePart(const Expression& subject);
-    Expression parseRange(Expression left);
-    Expression parseList(Expression left);
+    Expression parseRange(Expression left, std::size_t begin);
+    Expression parseList(Expression left, std::size_t begin);
     Expression parseOperand();
     Expression parseName();
     Expression parseNegative();
     base::TextView wholeExpression() const;
+    std::size_t place() const { return reader_.token().begin; }
 
     TokenReader& reader_;
     const Expression* subject_;

@@ -6,20 +6,18 @@
 #include "jet/sql/InsertExecutor.h"
 #include "jet/sql/Parser.h"
 #include "jet/sql/SelectExecutor.h"
+#include "jet/sql/SqlError.h"
 #include "jet/sql/UpdateExecutor.h"
 #include "jet/transaction/Transaction.h"
 
 namespace jet::sql {
 
-namespace {
-
-std::int32_t executeIn(Transaction& transaction, const Statement& statement) {
-    if (const auto* update = std::get_if<Update>(&statement)) return executeUpdate(transaction, *update);
-    if (const auto* remove = std::get_if<Delete>(&statement)) return executeDelete(transaction, *remove);
-    return executeInsert(transaction, std::get<Insert>(statement));
+std::int32_t execute(PageStore& store, const Statement& statement) {
+    if (const auto* update = std::get_if<Update>(&statement)) return executeUpdate(store, *update);
+    if (const auto* remove = std::get_if<Delete>(&statement)) return executeDelete(store, *remove);
+    if (const auto* insert = std::get_if<Insert>(&statement)) return executeInsert(store, *insert);
+    throw notUpdatable();
 }
-
-}  // namespace
 
 std::int32_t execute(Database& database, const Statement& statement) {
     if (const auto* select = std::get_if<Select>(&statement)) {
@@ -28,7 +26,7 @@ std::int32_t execute(Database& database, const Statement& statement) {
         return 0;
     }
     Transaction transaction(database, WriteKind::Execute);
-    const std::int32_t rows = executeIn(transaction, statement);
+    const std::int32_t rows = execute(transaction, statement);
     transaction.commit();
     return rows;
 }

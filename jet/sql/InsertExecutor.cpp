@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "jet/change/TableWriter.h"
+#include "jet/expression/StatementError.h"
 #include "jet/sql/RowAssignments.h"
 #include "jet/sql/SqlError.h"
 
@@ -14,9 +15,9 @@ namespace {
 /// The columns that the values are for, in the order of the values.
 std::vector<const Column*> targetsOf(const Insert& statement, const std::vector<const Column*>& columns) {
     std::vector<const Column*> targets;
-    for (const base::Text& name : statement.columns) {
-        const auto place = findColumn(columns, name);
-        if (!place) throw unknownColumnOfInsert(name);
+    for (const ColumnName& name : statement.columns) {
+        const auto place = findColumn(columns, name.name);
+        if (!place) throw StatementError(unknownColumnOfInsert(name.name), name.place, name.name);
         targets.push_back(columns[*place]);
     }
     for (std::size_t place = 0; statement.columns.empty() && place < columns.size(); ++place)

@@ -36,6 +36,9 @@ public:
 
     Statement parse();
 
+    /// Where the parser has got to.
+    std::size_t place() const { return reader_.token().begin; }
+
 private:
     Statement parseBody();
     Select parseSelect();
@@ -53,6 +56,7 @@ private:
     bool isNext(TextView wordOrSymbol) const;
     bool atClauseEnd() const { return reader_.atEnd() || reader_.at(u";") || reader_.at(u"ORDER"); }
     void expect(TextView wordOrSymbol, TextView clause);
+    ColumnName takeColumn(TextView clause);
     base::Text takeName(TextView clause);
     [[noreturn]] void fail(TextView clause) const;
 
@@ -120,8 +124,7 @@ std::vector<ColumnName> StatementParser::parseColumns() {
 }
 
 ColumnName StatementParser::parseColumn(TextView clause) {
-    ColumnName column;
-    column.name = takeName(clause);
+    ColumnName column = takeColumn(clause);
     if (reader_.take(u".")) column.table = std::exchange(column.name, takeName(clause));
     return column;
 }
@@ -131,7 +134,7 @@ Update StatementParser::parseUpdate() {
     update.table = takeName(kUpdateStatement);
     expect(u"SET", kUpdateStatement);
     do {
-        base::Text column = takeName(kUpdateStatement);
+        ColumnName column = takeColumn(kUpdateStatement);
         expect(u"=", kUpdateStatement);
         ExpressionParser expression(reader_);
         update.values.emplace_back(std::move(column), expression.parse());
@@ -158,7 +161,7 @@ Insert StatementParser::parseInsert() {
     insert.table = takeName(kInsertStatement);
     if (reader_.take(u"(")) {
         do {
-            insert.columns.push_back(takeName(kInsertStatement));
+            insert.columns.push_back(takeColumn(kInsertStatement));
         } while (reader_.take(u","));
         expect(u")", kInsertStatement);
     }
@@ -217,6 +220,11 @@ void StatementParser::expect(TextView wordOrSymbol, TextView clause) {
     if (!reader_.take(wordOrSymbol)) fail(clause);
 }
 
+ColumnName StatementParser::takeColumn(TextView clause) {
+    const std::size_t begin = place();
+    return {{}, takeName(clause), begin};
+}
+
 base::Text StatementParser::takeName(TextView clause) {
     if (!isName(reader_.token())) fail(clause);
     base::Text name = reader_.token().text;
@@ -234,7 +242,14 @@ void StatementParser::fail(TextView clause) const {
 
 Statement parse(base::TextView statement) {
     if (statement.size() > kMaxStatementLength) throw tooComplex();
-    return StatementParser(statement).parse();
+    StatementParser parser(statement);
+    try {
+        return parser.parse();
+    } catch (const StatementError&) {
+        throw;
+    } catch (const base::RuntimeError& error) {
+        throw StatementError(error, parser.place());
+    }
 }
 
 }  // namespace jet::sql

@@ -14,7 +14,7 @@ inline constexpr std::size_t kMaxStatementLength = 64000;
 ///
 /// The first fault from the left decides the error: in 'O'Neil' the missing operator is met before the text
 /// that is left open.
-/// @throws base::RuntimeError as SqlError.h and ExpressionErrors.h list them
+/// @throws StatementError as SqlError.h and ExpressionErrors.h list them; if the statement is too long, a RuntimeError
 Statement parse(base::TextView statement);
 
 }  // namespace jet::sql

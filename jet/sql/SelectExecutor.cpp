@@ -63,7 +63,7 @@ SelectExecutor::SelectExecutor(PageSource& source, const Table& table, const Sel
 std::size_t SelectExecutor::placeOf(const ColumnName& name) const {
     const auto column = findColumn(columns_, name.name);
     const bool qualified = name.table.empty() || namesAreEqual(name.table, table_.name());
-    if (!column || !qualified) throw missingParameter();
+    if (!column || !qualified) throw missingParameter(name.table, name.name, name.place);
     return *column;
 }
 

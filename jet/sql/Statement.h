@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <utility>
@@ -15,6 +16,7 @@ namespace jet::sql {
 struct ColumnName {
     base::Text table;  ///< may be empty
     base::Text name;
+    std::size_t place = 0;  ///< in the statement, in units
 };
 
 struct OrderItem {
@@ -36,7 +38,7 @@ struct Select {
 /// UPDATE table SET column = expression, ... [WHERE condition]
 struct Update {
     base::Text table;
-    std::vector<std::pair<base::Text, Expression>> values;
+    std::vector<std::pair<ColumnName, Expression>> values;
     std::optional<Expression> where;
 };
 
@@ -49,7 +51,7 @@ struct Delete {
 /// INSERT INTO table [(column, ...)] VALUES (expression, ...)
 struct Insert {
     base::Text table;
-    std::vector<base::Text> columns;  ///< empty: all of them in their order
+    std::vector<ColumnName> columns;  ///< empty: all of them in their order
     std::vector<Expression> values;   ///< as many as columns, if those are named
 };
 

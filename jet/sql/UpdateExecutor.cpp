@@ -14,8 +14,8 @@ std::int32_t executeUpdate(PageStore& store, const Update& statement) {
     const auto columns = writer.table().definition().columnsForDisplay();
     RowAssignments assignments;
     for (const auto& [name, expression] : statement.values) {
-        const auto place = findColumn(columns, name);
-        if (!place) throw missingParameter();
+        const auto place = findColumn(columns, name.name);
+        if (!place) throw missingParameter(name.table, name.name, name.place);
         assignments.add(*columns[*place], BoundExpression(expression, writer.table().name(), columns));
     }
     const std::vector<RowPointer> rows = RowSearch(writer.table(), statement.where).rows();

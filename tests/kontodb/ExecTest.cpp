@@ -82,7 +82,18 @@ TEST_F(Exec, SaysWhatIsWrongAndChangesNothing) {
     } cases[] = {
         {{u"DELETE FROM Benutzerkonto WHERE BenKTO_Name = 'O'Neil'"},
          "kontodb: -2147217900: Syntaxfehler (fehlender Operator) in Abfrageausdruck 'BenKTO_Name = 'O'Neil''.\n"},
-        {{u"UPDATE Benutzerkonto SET BenKTO_ID = 5"}, "kontodb: -2147"},
+        {{u"UPDATE Benutzerkonto SET BenKTO_ID = 5", u"--all"}, "kontodb: -2147"},
+        {{u"UPDATE Benutzerkonto SET BenKTO_Name = 'x'"},
+         "kontodb: 5: UPDATE ohne WHERE ändert alle Zeilen der Tabelle 'Benutzerkonto'. Ist das gemeint, geben Sie "
+         "--all"},
+        {{u"DELETE * FROM Benutzerkonto;", u"--dry-run"}, "kontodb: 5: DELETE ohne WHERE löscht alle Zeilen"},
+        {{u"DELETE FROM Benutzerkonto WHERE BenKTO_ID = 1; DELETE FROM Benutzerkonto"},
+         "kontodb: -2147217900: Nach dem Ende der SQL-Anweisung wurden Zeichen gefunden.\n"
+         "  DELETE FROM Benutzerkonto WHERE BenKTO_ID = 1; DELETE FROM Benutzerkonto\n"
+         "                                                 ^\n"
+         "Mehrere Anweisungen führt aus: kontodb exec DATEI --file"},
+        {{u"DELETE", u"--file", u"x"}, "kontodb: 5: Die Anweisung steht entweder"},
+        {{u"--file", u"gibt es nicht"}, "kontodb: -2147467259: Datei 'gibt es nicht' nicht gefunden.\n"},
         {{u"SELECT * FROM Benutzerkonto"}, "kontodb: 5: exec führt UPDATE, DELETE und INSERT aus"},
         {{}, "kontodb: 5: Es fehlt das Argument ANWEISUNG."},
     };
@@ -93,6 +104,67 @@ TEST_F(Exec, SaysWhatIsWrongAndChangesNothing) {
         EXPECT_TRUE(outcome.errors.starts_with(error)) << outcome.errors;
     }
     EXPECT_EQ(content(), before);
+}
+
+TEST_F(Exec, CarriesOutAllStatementsOfAScriptOrNone) {
+    const Text script = path(u"a.sql");
+    const auto run = [&](const std::string& text, const std::vector<Text>& further = {}) {
+        std::ofstream(std::filesystem::path(script), std::ios::binary) << text;
+        std::vector<Text> arguments{u"--file", script};
+        arguments.insert(arguments.end(), further.begin(), further.end());
+        const Outcome fromFile = call(u"exec", arguments);
+        std::filesystem::remove(script);
+        return fromFile;
+    };
+    const std::string before = content();
+    const std::string good =
+        "\xEF\xBB\xBF-- Anlegen; und 'löschen\r\n"
+        "INSERT INTO Benutzerkonto (BenKTO_Name) VALUES ('ä;\r\n -- b');\r\n"
+        "UPDATE Benutzerkonto SET [BenKTO_Pass] = 'neu' WHERE BenKTO_ID >= 200 ;;\n"
+        "DELETE FROM Benutzerkonto WHERE BenKTO_Pass = 'neu' AND BenKTO_ID < 201;\r\n";
+    const struct {
+        std::string further;
+        std::string errors;
+    } broken[] = {
+        {"DELETE FROM Benutzerkonto\nWHERE BenKTO_Name = 'O'Neil';\nDELETE FROM Benutzerkonto WHERE BenKTO_ID = 1;",
+         "kontodb: -2147217900: Syntaxfehler (fehlender Operator) in Abfrageausdruck 'BenKTO_Name = 'O'Neil';'.\n"
+         "Anweisung 4, Zeile 7:\n"
+         "  WHERE BenKTO_Name = 'O'Neil';\n"
+         "                         ^\n"
+         "Ein Text steht in '...'; ein Apostroph darin wird doppelt geschrieben: 'O''Neil'.\n"
+         "Keine der Anweisungen ist ausgeführt.\n"},
+        {"UPDATE Benutzerkonto SET BenKTO_Nam = 'x' WHERE BenKTO_ID = 3",
+         "kontodb: -2147217904: Für mindestens einen erforderlichen Parameter wurde kein Wert angegeben.\n"
+         "Anweisung 4, Zeile 6:\n"
+         "  UPDATE Benutzerkonto SET BenKTO_Nam = 'x' WHERE BenKTO_ID = 3\n"
+         "                           ^\n"
+         "Die Tabelle 'Benutzerkonto' hat keine Spalte 'BenKTO_Nam'. Meinten Sie 'BenKTO_Name'?\n"
+         "Keine der Anweisungen ist ausgeführt.\n"},
+        {"INSERT INTO Benutzerkonto (BenKTO_ID) VALUES (7)",
+         "kontodb: -2147467259: Die von Ihnen vorgenommenen Änderungen an der Tabelle konnten nicht vorgenommen "
+         "werden"},
+        {"DELETE FROM Benutzerkonto", "kontodb: 5: Anweisung 4: DELETE ohne WHERE"},
+        {"SELECT * FROM Benutzerkonto", "kontodb: 5: Anweisung 4: exec führt"},
+        {"-- ä als \xE4", "kontodb: 5: Die Datei '"},
+    };
+    for (const auto& [further, errors] : broken) {
+        for (const bool isDryRun : {true, false}) {
+            const Outcome outcome =
+                run(good + further, isDryRun ? std::vector<Text>{u"--dry-run"} : std::vector<Text>{});
+            EXPECT_EQ(outcome.exitCode, kExitError);
+            EXPECT_EQ(outcome.printed, "");
+            EXPECT_TRUE(outcome.errors.starts_with(errors)) << outcome.errors;
+        }
+    }
+    const Outcome tried = run(good, {u"--dry-run"});
+    EXPECT_EQ(tried.printed, "1\n2\n1\n");
+    EXPECT_EQ(tried.errors, "Probelauf: Die Datei ist unverändert.\n");
+    EXPECT_EQ(content(), before);
+    const std::vector<Text> fromInput{u"exec", file_, u"-", u"--password=HwendorpliqZ"};
+    EXPECT_EQ(Command::call(fromInput, {}, good).printed, "1\n2\n1\n");
+    EXPECT_EQ(call(u"query", {u"SELECT BenKTO_ID, BenKTO_Name FROM Benutzerkonto WHERE BenKTO_ID >= 200"}).printed,
+              "BenKTO_ID\tBenKTO_Name\n201\tä;\\r\\n -- b\n");
+    EXPECT_EQ(Command::call(fromInput, {}, "-- nichts\n;").errors.substr(0, 35), "kontodb: 5: Es ist keine Anweisung ");
 }
 
 }  // namespace

@@ -52,7 +52,7 @@ TEST_F(HardTimes, WritesAllOrNothingWhereTheRoomEndsAnywhere) {
         int code = kDiskFull;
         for (rlim_t limit = 0; code != kExitSuccess; limit += 5003) {
             SCOPED_TRACE(limit);
-            code = callWithin(limit, {u"exec", file_, statement, password});
+            code = callWithin(limit, {u"exec", file_, statement, u"--all", password});
             EXPECT_EQ(contentOf(file_) == before, code == kDiskFull);
             EXPECT_EQ(names().size(), 1U);
             ASSERT_TRUE(code == kDiskFull || code == kExitSuccess) << code;
@@ -77,6 +77,35 @@ TEST_F(HardTimes, LeavesNoFileThatIsNotWholeWhenItIsEnded) {
                   signal == SIGKILL ? std::vector<std::string>{"Konten.mdb-neu-1"} : std::vector<std::string>{});
     }
     EXPECT_EQ(call({u"create", file_}).exitCode, kExitSuccess);
+}
+
+TEST_F(HardTimes, ExecutesAllStatementsOrNoneWhenItIsEnded) {
+    const Text password = u"--password=HwendorpliqZ", script = path(u"a.sql");
+    ASSERT_EQ(call({u"create", file_, u"--accounts", u"2000"}).exitCode, kExitSuccess);
+    const std::string before = contentOf(file_);
+    std::ofstream(std::filesystem::path(script)) << "UPDATE Benutzerkonto SET BenKTO_Name = 'x';\n"
+                                                    "DELETE FROM Benutzerkonto WHERE BenKTO_ID > 700";
+    int ended = 0;
+    for (int delay = 0, status = -1; status != 0; delay += 2) {
+        std::ofstream(std::filesystem::path(file_), std::ios::binary) << before;
+        const pid_t process = start([&] {
+            return call({u"exec", file_, u"--all", u"--file", script, password}).exitCode;
+        });
+        std::this_thread::sleep_for(std::chrono::milliseconds(delay));
+        ::kill(process, SIGINT);
+        status = statusOf(process);
+        ASSERT_TRUE(status == 0 || (WIFSIGNALED(status) && WTERMSIG(status) == SIGINT)) << status;
+        EXPECT_EQ(names(), (std::vector<std::string>{"Konten.mdb", "a.sql"}));
+        const std::string rows = call({u"query", file_, u"SELECT BenKTO_Name FROM Benutzerkonto", password}).printed;
+        const auto lines = std::ranges::count(rows, '\n');
+        if (contentOf(file_) == before) {
+            EXPECT_NE(status, 0);
+            ++ended;
+        } else {
+            EXPECT_EQ(lines, 701) << delay;
+        }
+    }
+    EXPECT_GT(ended, 3);
 }
 
 TEST_F(HardTimes, ShowsAgainWhatIsTypedWhenThePasswordPromptIsEnded) {

@@ -134,6 +134,8 @@ TEST_F(Query, HintsAtTheWildcardsWhereNothingIsFound) {
     const std::string hint = "Hinweis: Bei LIKE steht % ";
     EXPECT_TRUE(query({open_, u"SELECT * FROM Probe WHERE Text like 'Str*'"}).errors.starts_with(hint));
     EXPECT_TRUE(call({u"exec", open_, u"DELETE FROM Probe WHERE Text LIKE \"a?b\""}).errors.starts_with(hint));
+    EXPECT_TRUE(query({open_, u"SELECT COUNT(*) FROM Probe WHERE Text LIKE '*e'"}).errors.starts_with(hint));
+    EXPECT_TRUE(query({open_, u"SELECT * FROM Probe WHERE Text NOT LIKE 'Str*'"}).errors.starts_with(hint));
     EXPECT_EQ(query({open_, u"SELECT * FROM Probe WHERE Text LIKE 'Str_X' OR Text = '*'"}).errors, "");
     EXPECT_EQ(query({open_, u"SELECT * FROM Probe WHERE Text LIKE 'Str%' OR Text LIKE '*'"}).errors, "");
 }
@@ -218,7 +220,31 @@ TEST_F(Query, SaysWhatTheEngineSaysAndPrintsNothing) {
         std::string error;
     } cases[] = {
         {{open_, u"SELECT * FROM Probe WHERE Text = 'O'Neil'"},
-         "kontodb: -2147217900: Syntaxfehler (fehlender Operator) in Abfrageausdruck 'Text = 'O'Neil''.\n"},
+         "kontodb: -2147217900: Syntaxfehler (fehlender Operator) in Abfrageausdruck 'Text = 'O'Neil''.\n"
+         "  SELECT * FROM Probe WHERE Text = 'O'Neil'\n"
+         "                                      ^\n"
+         "Ein Text steht in '...'; ein Apostroph darin wird doppelt geschrieben: 'O''Neil'.\n"},
+        {{open_, u"SELECT *\r\n\tFROM Probe WHERE [Maß] = 1\tAND Tex = Straße\r\n"},
+         "  FROM Probe WHERE [Maß] = 1 AND Tex = Straße\n"
+         "                                 ^\n"
+         "Die Tabelle 'Probe' hat keine Spalte 'Tex'. Meinten Sie 'Text'?\n"},
+        {{open_, u"SELECT Nr FROM Probe WHERE Text = Meier"},
+         "Die Tabelle 'Probe' hat keine Spalte 'Meier'. Sie hat: Nr, Ja Nein, Text, Geld, Maß, Tag, Bytes, Kennung.\n"
+         "Ein Text steht in '...'"},
+        {{open_, u"SELECT * FROM Probe WHERE Nr IN (1) AND (Nr = 1 OR Nr = 22 OR Nr = 333 OR Nr = 4444) AND Tex = '" +
+                     Text(60, u'ß') + u"'"},
+         "  ...= 1 OR Nr = 22 OR Nr = 333 OR Nr = 4444) AND Tex = 'ßßßßßßßßßßßßßßßßßßßß...\n"
+         "                                                  ^\n"},
+        {{open_, u"SELECT * FROM Probe WHERE Text = 5"},
+         "  SELECT * FROM Probe WHERE Text = 5\n"
+         "                                 ^\n"},
+        {{open_, u"SELECT * FROM Probe WHERE Trim(Text) = 'a'"},
+         "WHERE Trim(Text) = 'a'\n"
+         "                            ^\n"},
+        {{open_, u"SELECT * FROM Probe WHERE Nr =\n\n"},
+         "WHERE Nr =\n"
+         "                                ^\n"},
+        {{open_, u"DELETE FROM Probe"}, "kontodb: 5: query zeigt Zeilen; UPDATE, DELETE und INSERT führt exec aus."},
         {{protected_, kAll, u"--password", u"Prüf wort"}, "geschützt.mdb-journal' hinterlassen."},
         {{open_}, "kontodb: 5: "},
         {{open_, u"-"}, "In der Standardeingabe steht keine Anweisung."},

@@ -88,15 +88,28 @@ Für ein deutsches Excel, zu öffnen mit einem Doppelklick:
   kontodb query BenKTO.mdb "SELECT * FROM Benutzerkonto" --csv --separator ; --decimal-comma --bom > k.csv
 (in einer Shell: --separator ';')
 )"},
-    {u"exec", R"(kontodb exec DATEI "UPDATE|DELETE|INSERT ..." [--password KENNWORT | --password-file DATEI]
+    {u"exec",
+     R"(kontodb exec DATEI ("UPDATE|DELETE|INSERT ..." | --file SQLDATEI) [--all] [--dry-run] [weitere Optionen]
 
 Führt die Anweisung aus, ganz oder gar nicht, und gibt die Zahl der Zeilen aus, die
 sie geändert, gelöscht oder eingefügt hat; ihre Sprache zeigt: kontodb help sql
-Mit - statt der Anweisung wird sie aus der Standardeingabe gelesen (UTF-8).
 Was ein unterbrochener Schreibvorgang hinterlassen hat, wird vorher zurückgenommen.
 
-Beispiel:
+  --file SQLDATEI  führt alle Anweisungen dieser Datei aus; mit - (oder mit - statt der
+                   Anweisung) die der Standardeingabe
+  --all            erlaubt UPDATE und DELETE ohne WHERE, also für alle Zeilen
+  --dry-run        ändert nichts und zeigt nur, wie viele Zeilen es wären und was
+                   dagegen spricht
+  --password KENNWORT | --password-file DATEI
+
+Zwischen mehreren Anweisungen steht ein Semikolon; Zeilen, die mit -- beginnen, sind
+Bemerkungen; der Text ist UTF-8. Die Anweisungen gelten alle zusammen oder gar nicht:
+Scheitert eine, ist keine ausgeführt, und die Meldung nennt ihre Nummer. Jede sieht, was
+die vorigen geändert haben. Ausgegeben wird für jede eine Zeile mit der Zahl.
+
+Beispiele:
   kontodb exec BenKTO.mdb "DELETE FROM Benutzerkonto WHERE BenKTO_ID = 17"
+  kontodb exec BenKTO.mdb --file aenderungen.sql --dry-run
 )"},
     {u"backup", R"(kontodb backup DATEI ZIEL [--password KENNWORT | --password-file DATEI]
 
@@ -129,6 +142,10 @@ gleichstehen (wie in Access). COUNT(*) zählt die Zeilen.
 
 Namen mit Leerzeichen stehen in eckigen Klammern: [Letzte Anmeldung]. Werte sind
 'Text', 12.5, #12/31/2004# (Monat/Tag/Jahr), True, False, Null und {guid {...}}.
+
+Ein Apostroph im Text wird doppelt geschrieben: 'O''Neil'.
+
+Ist eine Anweisung falsch, zeigt ein ^ unter ihrer Zeile auf die Stelle.
 
 In der Eingabeaufforderung und in der Shell steht die ganze Anweisung in "...".
 )"},

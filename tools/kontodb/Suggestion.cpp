@@ -16,7 +16,7 @@ std::size_t distance(base::TextView a, base::TextView b) {
         std::size_t diagonal = row[0];
         row[0] = i + 1;
         for (std::size_t j = 0; j < b.size(); ++j) {
-            const std::size_t replaced = diagonal + (base::asciiLower(a[i]) == b[j] ? 0U : 1U);
+            const std::size_t replaced = diagonal + (base::asciiLower(a[i]) == base::asciiLower(b[j]) ? 0U : 1U);
             diagonal = row[j + 1];
             row[j + 1] = std::min({replaced, diagonal + 1, row[j] + 1});
         }

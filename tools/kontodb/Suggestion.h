@@ -7,7 +7,6 @@
 namespace kontodb {
 
 /// What a mistyped word was probably meant to be.
-/// @param known  ASCII, in small letters
 /// @return " Meinten Sie 'WORD'?" for the known word that is nearest; empty if none is near
 base::Text suggestion(base::TextView word, std::span<const base::TextView> known);
 

@@ -7,6 +7,8 @@
 #include "tools/kontodb/Commands.h"
 #include "tools/kontodb/ProtectedFile.h"
 #include "tools/kontodb/ResultPrinter.h"
+#include "tools/kontodb/Script.h"
+#include "tools/kontodb/StatementFault.h"
 #include "tools/kontodb/StatementText.h"
 
 namespace kontodb {
@@ -67,6 +69,10 @@ bool hidePasswords(jet::sql::ResultSet& rows) {
     return false;
 }
 
+bool foundNothing(const jet::sql::ResultSet& rows, const jet::sql::Select& select) {
+    return rows.rowCount() == 0 || (select.countsRows && rows.value(0, 0) == base::Value(0));
+}
+
 }  // namespace
 
 int query(std::span<const base::Text> arguments, Console& console) {
@@ -74,17 +80,24 @@ int query(std::span<const base::Text> arguments, Console& console) {
                            {kJsonFlag, kCsvFlag, kNoHeaderFlag, kMarkFlag, kDecimalCommaFlag});
     line.requireOperands({u"DATEI", u"ANWEISUNG"});
     const ResultStyle style = styleOf(line, console);
-    const base::Text statement = statementOf(line, 1, console);
+    const Script script = Script::ofOne(statementOf(line, 1, console));
+    const jet::sql::Statement& statement = script.parts()[0].statement;
+    const auto* select = std::get_if<jet::sql::Select>(&statement);
+    if (select == nullptr) throw UsageError(u"query zeigt Zeilen; UPDATE, DELETE und INSERT führt exec aus.");
     jet::Database database = openProtected(line.operand(0), line, console);
     // Whoever reads what is printed may take his time: nothing is locked meanwhile.
     jet::sql::ResultSet rows = [&] {
         auto operation = database.beginRead();
-        return jet::sql::executeSelect(operation, statement);
+        try {
+            return jet::sql::executeSelect(operation, *select);
+        } catch (const jet::StatementError& error) {
+            throw script.explained(error, 0, adviceOnNames(statement, error, operation));
+        }
     }();
     const bool isHidden = rows.hasWholeRows() && hidePasswords(rows);
     printResult(rows, style, console);
     if (isHidden) console.printError(kHiddenPasswords);
-    if (rows.rowCount() == 0) hintAtWildcards(statement, console);
+    hintAtWildcards(statement, foundNothing(rows, *select), console);
     return kExitSuccess;
 }
 

@@ -9,6 +9,7 @@
 #include "jet/Errors.h"
 #include "tools/kontodb/CommandLine.h"
 #include "tools/kontodb/Commands.h"
+#include "tools/kontodb/ExplainedError.h"
 #include "tools/kontodb/Help.h"
 #include "tools/kontodb/Signals.h"
 #include "tools/kontodb/Suggestion.h"
@@ -103,6 +104,8 @@ int run(std::span<const base::Text> arguments, Console& console) {
         printFailure(console, error.number(), base::toUtf8(error.description()));
         if (error.number() == static_cast<std::int32_t>(jet::ErrorNumber::MissingTable))
             console.printError("Die Tabellen einer Datei nennt: kontodb tables DATEI\n");
+        if (const auto* explained = dynamic_cast<const ExplainedError*>(&error))
+            console.printError(explained->explanation());
     } catch (const std::bad_alloc&) {
         printFailure(console, kOutOfMemory, "Nicht genügend Arbeitsspeicher.");
     }
