@@ -142,7 +142,7 @@ const jet::sql::ResultSet& Recordset::opened() const {
 void Recordset::requireUpdatable() const {
     opened();
     const bool isUpdatable = lockType_ == LockType::adLockPessimistic || lockType_ == LockType::adLockOptimistic;
-    if (!isUpdatable || !rows_->hasWholeRows()) throw adoError(AdoErrorNumber::FeatureNotAvailable);
+    if (!isUpdatable) throw adoError(AdoErrorNumber::FeatureNotAvailable);
 }
 
 std::shared_ptr<jet::Database> Recordset::openDatabase() const {

@@ -1,13 +1,12 @@
 #include "jet/sql/Parser.h"
 
-#include <array>
-#include <cstdint>
 #include <optional>
 #include <utility>
 
 #include "jet/expression/ExpressionErrors.h"
 #include "jet/expression/ExpressionParser.h"
 #include "jet/expression/TokenReader.h"
+#include "jet/sql/ClauseReader.h"
 #include "jet/sql/SqlError.h"
 
 namespace jet::sql {
@@ -16,23 +15,15 @@ namespace {
 
 using base::TextView;
 
-constexpr TextView kSelectStatement = u"SELECT-Anweisung";
 constexpr TextView kUpdateStatement = u"UPDATE-Anweisung";
 constexpr TextView kInsertStatement = u"INSERT INTO-Anweisung";
 constexpr TextView kFromClause = u"FROM-Klausel";
 constexpr TextView kWhereClause = u"WHERE-Klausel";
 constexpr TextView kOrderClause = u"ORDER BY-Klausel";
 
-/// What may follow a table or an order in a larger language than ours.
-constexpr std::array<TextView, 9> kLargerLanguage = {u",",     u".",     u"AS",     u"INNER", u"LEFT",
-                                                     u"RIGHT", u"GROUP", u"HAVING", u"UNION"};
-
-/// Words in front of the columns of a larger language than ours.
-constexpr std::array<TextView, 4> kLargerSelect = {u"ALL", u"DISTINCT", u"DISTINCTROW", u"PERCENT"};
-
 class StatementParser {
 public:
-    explicit StatementParser(TextView statement) : reader_(statement) {}
+    StatementParser(TextView statement, ListParser parseList) : reader_(statement), parseList_(parseList) {}
 
     Statement parse();
 
@@ -42,10 +33,6 @@ public:
 private:
     Statement parseBody();
     Select parseSelect();
-    std::optional<std::uint32_t> parseTop();
-    bool parseCount();
-    std::vector<ColumnName> parseColumns();
-    ColumnName parseColumn(TextView clause);
     Update parseUpdate();
     Delete parseDelete();
     Insert parseInsert();
@@ -53,14 +40,11 @@ private:
     std::vector<OrderItem> parseOrder();
     OrderItem parseOrderItem();
 
-    bool isNext(TextView wordOrSymbol) const;
     bool atClauseEnd() const { return reader_.atEnd() || reader_.at(u";") || reader_.at(u"ORDER"); }
     void expect(TextView wordOrSymbol, TextView clause);
-    ColumnName takeColumn(TextView clause);
-    base::Text takeName(TextView clause);
-    [[noreturn]] void fail(TextView clause) const;
 
     TokenReader reader_;
+    ListParser parseList_;
 };
 
 Statement StatementParser::parse() {
@@ -79,69 +63,28 @@ Statement StatementParser::parseBody() {
 
 Select StatementParser::parseSelect() {
     Select select;
-    select.top = parseTop();
-    select.countsRows = !select.top && parseCount();
-    if (!select.countsRows && !reader_.take(u"*")) select.columns = parseColumns();
+    parseList_(reader_, select);
     expect(u"FROM", kFromClause);
-    select.table = takeName(kFromClause);
+    select.table = takeName(reader_, kFromClause);
     select.where = parseWhere();
     if (select.countsRows && reader_.at(u"ORDER")) throw unsupported(reader_.typed());
     select.order = parseOrder();
     return select;
 }
 
-/// A column may be called Top: the word limits the rows only in front of a number.
-std::optional<std::uint32_t> StatementParser::parseTop() {
-    TokenReader ahead = reader_;
-    if (!ahead.take(u"TOP") || ahead.token().kind != TokenKind::Literal) return std::nullopt;
-    reader_ = ahead;
-    const auto* number = std::get_if<std::int32_t>(&reader_.token().value);
-    if (number == nullptr) fail(kSelectStatement);
-    reader_.advance();
-    return static_cast<std::uint32_t>(*number);
-}
-
-bool StatementParser::parseCount() {
-    TokenReader ahead = reader_;
-    const bool found = ahead.take(u"COUNT") && ahead.take(u"(") && ahead.take(u"*") && ahead.take(u")");
-    if (found) reader_ = ahead;
-    return found;
-}
-
-std::vector<ColumnName> StatementParser::parseColumns() {
-    std::vector<ColumnName> columns;
-    do {
-        for (const TextView word : kLargerSelect)
-            if (reader_.at(word) && !isNext(u",") && !isNext(u"FROM")) throw unsupported(reader_.typed());
-        const bool isComputed = reader_.token().kind == TokenKind::Literal || reader_.at(u"*") || reader_.at(u"(") ||
-                                reader_.at(u"-") || isNext(u"(");
-        if (isComputed) throw unsupported(reader_.typed());
-        columns.push_back(parseColumn(kSelectStatement));
-    } while (reader_.take(u","));
-    if (reader_.token().kind == TokenKind::Symbol && !reader_.at(u";") && !reader_.at(u")"))
-        throw unsupported(reader_.typed());
-    return columns;
-}
-
-ColumnName StatementParser::parseColumn(TextView clause) {
-    ColumnName column = takeColumn(clause);
-    if (reader_.take(u".")) column.table = std::exchange(column.name, takeName(clause));
-    return column;
-}
-
 Update StatementParser::parseUpdate() {
     Update update;
-    update.table = takeName(kUpdateStatement);
+    update.table = takeName(reader_, kUpdateStatement);
     expect(u"SET", kUpdateStatement);
     do {
-        ColumnName column = takeColumn(kUpdateStatement);
+        ColumnName column = takeColumn(reader_, kUpdateStatement);
         expect(u"=", kUpdateStatement);
         ExpressionParser expression(reader_);
         update.values.emplace_back(std::move(column), expression.parse());
         if (!reader_.at(u",") && !reader_.at(u"WHERE") && !atClauseEnd()) expression.fail();
     } while (reader_.take(u","));
     update.where = parseWhere();
-    if (reader_.at(u"ORDER")) fail(kUpdateStatement);
+    if (reader_.at(u"ORDER")) failInClause(reader_, kUpdateStatement);
     return update;
 }
 
@@ -149,19 +92,19 @@ Delete StatementParser::parseDelete() {
     Delete statement;
     reader_.take(u"*");
     expect(u"FROM", kFromClause);
-    statement.table = takeName(kFromClause);
+    statement.table = takeName(reader_, kFromClause);
     statement.where = parseWhere();
-    if (reader_.at(u"ORDER")) fail(kFromClause);
+    if (reader_.at(u"ORDER")) failInClause(reader_, kFromClause);
     return statement;
 }
 
 Insert StatementParser::parseInsert() {
     Insert insert;
     expect(u"INTO", kInsertStatement);
-    insert.table = takeName(kInsertStatement);
+    insert.table = takeName(reader_, kInsertStatement);
     if (reader_.take(u"(")) {
         do {
-            insert.columns.push_back(takeColumn(kInsertStatement));
+            insert.columns.push_back(takeColumn(reader_, kInsertStatement));
         } while (reader_.take(u","));
         expect(u")", kInsertStatement);
     }
@@ -173,7 +116,7 @@ Insert StatementParser::parseInsert() {
         if (!reader_.at(u",") && !reader_.at(u")")) expression.fail();
     } while (reader_.take(u","));
     reader_.advance();
-    if (!reader_.atEnd() && !reader_.at(u";")) fail(kInsertStatement);
+    if (!reader_.atEnd() && !reader_.at(u";")) failInClause(reader_, kInsertStatement);
     const bool counted = insert.columns.empty() || insert.columns.size() == insert.values.size();
     if (!counted) throw valuesDoNotFitColumns();
     return insert;
@@ -181,7 +124,7 @@ Insert StatementParser::parseInsert() {
 
 std::optional<Expression> StatementParser::parseWhere() {
     if (!reader_.take(u"WHERE")) {
-        if (!atClauseEnd()) fail(kFromClause);
+        if (!atClauseEnd()) failInClause(reader_, kFromClause);
         return std::nullopt;
     }
     if (atClauseEnd()) throw brokenClause(kWhereClause);
@@ -198,51 +141,33 @@ std::vector<OrderItem> StatementParser::parseOrder() {
     do {
         order.push_back(parseOrderItem());
     } while (reader_.take(u","));
-    if (!reader_.atEnd() && !reader_.at(u";")) fail(kOrderClause);
+    if (!reader_.atEnd() && !reader_.at(u";")) failInClause(reader_, kOrderClause);
     return order;
 }
 
 OrderItem StatementParser::parseOrderItem() {
     OrderItem item;
-    item.column = parseColumn(kOrderClause);
+    item.column = takeQualifiedColumn(reader_, kOrderClause);
     item.descending = reader_.take(u"DESC");
     if (!item.descending) reader_.take(u"ASC");
     return item;
 }
 
-bool StatementParser::isNext(TextView wordOrSymbol) const {
-    TokenReader ahead = reader_;
-    ahead.advance();
-    return ahead.at(wordOrSymbol);
-}
-
 void StatementParser::expect(TextView wordOrSymbol, TextView clause) {
-    if (!reader_.take(wordOrSymbol)) fail(clause);
-}
-
-ColumnName StatementParser::takeColumn(TextView clause) {
-    const std::size_t begin = place();
-    return {{}, takeName(clause), begin};
-}
-
-base::Text StatementParser::takeName(TextView clause) {
-    if (!isName(reader_.token())) fail(clause);
-    base::Text name = reader_.token().text;
-    reader_.advance();
-    return name;
-}
-
-void StatementParser::fail(TextView clause) const {
-    for (const TextView part : kLargerLanguage)
-        if (reader_.at(part)) throw unsupported(reader_.typed());
-    throw brokenClause(clause);
+    if (!reader_.take(wordOrSymbol)) failInClause(reader_, clause);
 }
 
 }  // namespace
 
-Statement parse(base::TextView statement) {
+void parseStar(TokenReader& reader, Select&) {
+    if (reader.take(u"*")) return;
+    if (reader.atEnd() || reader.at(u";") || reader.at(u"ORDER")) failInClause(reader, kSelectStatement);
+    throw unsupported(reader.typed());
+}
+
+Statement parse(base::TextView statement, ListParser parseList) {
     if (statement.size() > kMaxStatementLength) throw tooComplex();
-    StatementParser parser(statement);
+    StatementParser parser(statement, parseList);
     try {
         return parser.parse();
     } catch (const StatementError&) {

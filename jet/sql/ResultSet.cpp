@@ -31,25 +31,9 @@ std::optional<std::span<const std::uint8_t>> ResultRow::latinText(std::size_t co
 }
 
 ResultSet::ResultSet(const TableDefinition& definition)
-    : definition_(std::make_unique<const TableDefinition>(definition)),
-      hasWholeRows_(true),
-      columns_(definition_->columnsForDisplay()) {
-    listLongColumns();
-}
-
-ResultSet::ResultSet(const TableDefinition& definition, const std::vector<std::size_t>& columns)
-    : definition_(std::make_unique<const TableDefinition>(definition)), hasWholeRows_(false) {
-    const auto all = definition_->columnsForDisplay();
-    for (const std::size_t column : columns)
-        columns_.push_back(all[column]);
-    listLongColumns();
-}
-
-void ResultSet::listLongColumns() {
-    for (const Column* column : columns_) {
-        const bool isListed = std::ranges::find(longColumns_, column) != longColumns_.end();
-        if (column->isLongValue() && !isListed) longColumns_.push_back(column);
-    }
+    : definition_(std::make_unique<const TableDefinition>(definition)), columns_(definition_->columnsForDisplay()) {
+    for (const Column* column : columns_)
+        if (column->isLongValue()) longColumns_.push_back(column);
 }
 
 ResultRow ResultSet::row(std::size_t row) const {
@@ -91,10 +75,6 @@ void ResultSet::arrange(std::vector<std::uint32_t> order) {
         arranged.push_back(rows_[row]);
     rows_ = std::move(arranged);
     order_ = std::move(order);
-}
-
-void ResultSet::dropColumn(std::size_t column) {
-    columns_.erase(columns_.begin() + static_cast<std::ptrdiff_t>(column));
 }
 
 }  // namespace jet::sql

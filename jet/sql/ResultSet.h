@@ -46,18 +46,10 @@ private:
 /// for; nothing in it depends on the file any more.
 class ResultSet {
 public:
-    /// With all columns of the table.
     explicit ResultSet(const TableDefinition& definition);
-
-    /// With some columns.
-    /// @param columns  places in TableDefinition::columnsForDisplay(), in any order; a place may stand there twice
-    ResultSet(const TableDefinition& definition, const std::vector<std::size_t>& columns);
 
     /// The table's, as it was then.
     const TableDefinition& definition() const { return *definition_; }
-
-    /// Whether the set was made with all columns of the table. Otherwise its rows cannot stand for those of the table.
-    bool hasWholeRows() const { return hasWholeRows_; }
 
     std::size_t columnCount() const { return columns_.size(); }
     const Column& column(std::size_t column) const { return *columns_[column]; }
@@ -79,8 +71,10 @@ public:
     /// @param order  numbers of rows, none of them twice
     void arrange(std::vector<std::uint32_t> order);
 
-    /// @param column  below columnCount(); later columns move up
-    void dropColumn(std::size_t column);
+    /// Keeps these columns, in this order. Before the first row is appended this also spares the reading of all other
+    /// long values.
+    /// @param columns  each below columnCount(); one may be kept twice
+    void keepColumns(const std::vector<std::size_t>& columns);
 
 private:
     friend class ResultRow;
@@ -96,13 +90,11 @@ private:
         RowPointer pointer() const { return {page, slot}; }
     };
 
-    void listLongColumns();
     Stored longValue(std::size_t row, const Column& column) const;
 
     std::unique_ptr<const TableDefinition> definition_;
-    bool hasWholeRows_;
-    std::vector<const Column*> columns_;
-    std::vector<const Column*> longColumns_;  ///< those of long values
+    std::vector<const Column*> columns_;      ///< at first all, in the order of SELECT *
+    std::vector<const Column*> longColumns_;  ///< those of long values that are read
     std::vector<StoredRow> rows_;
     std::vector<std::uint32_t> order_;  ///< the how-manieth appended each row was; empty: they stand so
     std::vector<Stored> longValues_;    ///< of each row as appended, one for each of longColumns_

@@ -1,72 +1,16 @@
 #include "jet/sql/RowOrder.h"
 
 #include <algorithm>
-#include <cstring>
 #include <numeric>
 #include <optional>
 #include <utility>
 
 #include "jet/Errors.h"
-#include "jet/index/IndexKey.h"
 #include "jet/tree/IndexCursor.h"
 
 namespace jet::sql {
 
 namespace {
-
-/// A row's key in the arena, with its first eight bytes at hand: they decide most comparisons.
-struct KeyedRow {
-    std::uint64_t beginning = 0;
-    std::size_t offset = 0;
-    std::size_t lengthBytes = 0;
-    std::uint32_t row = 0;
-};
-
-std::uint64_t beginningOf(std::span<const std::uint8_t> key) {
-    std::uint64_t beginning = 0;
-    for (std::size_t i = 0; i < sizeof(beginning); ++i)
-        beginning = (beginning << 8U) | (i < key.size() ? key[i] : 0U);
-    return beginning;
-}
-
-/// No key is the beginning of another one, so equal bytes up to the shorter end are equal keys.
-bool isBefore(const base::Bytes& arena, const KeyedRow& a, const KeyedRow& b) {
-    if (a.beginning != b.beginning) return a.beginning < b.beginning;
-    const std::size_t shared = std::min(a.lengthBytes, b.lengthBytes);
-    const int order = std::memcmp(arena.data() + a.offset, arena.data() + b.offset, shared);
-    if (order != 0) return order < 0;
-    if (a.lengthBytes != b.lengthBytes) return a.lengthBytes < b.lengthBytes;
-    return a.row < b.row;
-}
-
-bool areEqual(const base::Bytes& arena, const KeyedRow& a, const KeyedRow& b) {
-    return a.lengthBytes == b.lengthBytes &&
-           std::memcmp(arena.data() + a.offset, arena.data() + b.offset, a.lengthBytes) == 0;
-}
-
-/// Keeps the first rows and those equal to the last of them, so that only these need to be sorted.
-void keepTop(const base::Bytes& arena, std::vector<KeyedRow>& keys, std::uint32_t top) {
-    if (top >= keys.size()) return;
-    if (top == 0) return keys.clear();
-    const auto last = keys.begin() + (top - 1);
-    std::nth_element(keys.begin(), last, keys.end(),
-                     [&](const KeyedRow& a, const KeyedRow& b) { return isBefore(arena, a, b); });
-    const auto end =
-        std::partition(last + 1, keys.end(), [&](const KeyedRow& row) { return areEqual(arena, row, *last); });
-    keys.erase(end, keys.end());
-}
-
-/// What an ascending index has for the value, inverted where the order descends. A descending index itself has decimals
-/// in another order, and no bytes at all stand anywhere in one: here they come before all others.
-void appendOrderPart(base::Bytes& key, const Column& column, const base::Value& value, bool descending) {
-    constexpr std::size_t kEmptyGroupBytes = 9;
-    const std::size_t start = key.size();
-    appendKeyPart(key, column, value, true);
-    const auto* bytes = std::get_if<base::Bytes>(&value);
-    if (bytes != nullptr && bytes->empty()) key.resize(key.size() + kEmptyGroupBytes);
-    for (std::size_t i = start; descending && i < key.size(); ++i)
-        key[i] = static_cast<std::uint8_t>(~key[i]);
-}
 
 /// Finds rows by their pointers. They lie in the order of these, so each page's rows stand together, and within a page
 /// the slot alone tells them apart.
@@ -106,28 +50,6 @@ private:
 };
 
 }  // namespace
-
-std::vector<std::uint32_t> orderByKeys(const ResultSet& rows, const std::vector<OrderColumn>& columns,
-                                       std::optional<std::uint32_t> top) {
-    base::Bytes arena;
-    std::vector<KeyedRow> keys(rows.rowCount());
-    for (std::uint32_t row = 0; row < keys.size(); ++row) {
-        const std::size_t offset = arena.size();
-        const ResultRow fields = rows.row(row);
-        for (const OrderColumn& column : columns)
-            appendOrderPart(arena, rows.column(column.column), fields.value(column.column), column.descending);
-        const auto key = std::span(arena).subspan(offset);
-        keys[row] = {beginningOf(key), offset, key.size(), row};
-    }
-    if (top) keepTop(arena, keys, *top);
-    std::sort(keys.begin(), keys.end(),
-              [&arena](const KeyedRow& a, const KeyedRow& b) { return isBefore(arena, a, b); });
-    std::vector<std::uint32_t> order;
-    order.reserve(keys.size());
-    for (const KeyedRow& key : keys)
-        order.push_back(key.row);
-    return order;
-}
 
 std::vector<std::uint32_t> orderByIndex(PageSource& source, const ResultSet& rows, const TableDefinition& definition,
                                         const IndexDefinition& index) {

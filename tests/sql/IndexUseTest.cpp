@@ -4,7 +4,7 @@
 #include <random>
 
 #include "base/RuntimeError.h"
-#include "jet/sql/SelectExecutor.h"
+#include "jet/sql/QueryExecutor.h"
 #include "jet/table/Catalog.h"
 #include "jet/tree/IndexCursor.h"
 #include "tests/support/SampleFile.h"
@@ -23,7 +23,7 @@ struct Answer {
 Answer answer(const base::Bytes& file, const base::Text& statement) {
     Database database = test::openSample(file);
     ReadOperation operation = database.beginRead();
-    const ResultSet rows = executeSelect(operation, statement);
+    const ResultSet rows = executeQuery(operation, statement);
     Answer result;
     for (std::size_t row = 0; row < rows.rowCount(); ++row)
         result.ids.push_back(rows.value(row, 0));
@@ -77,7 +77,7 @@ protected:
     static test::Rows rowsOf(const base::Text& statement) {
         Database database = test::openSample(file());
         ReadOperation operation = database.beginRead();
-        const ResultSet found = executeSelect(operation, statement);
+        const ResultSet found = executeQuery(operation, statement);
         test::Rows rows(found.rowCount());
         for (std::size_t row = 0; row < rows.size(); ++row)
             for (std::size_t column = 0; column < found.columnCount(); ++column)

@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
 #include "base/RuntimeError.h"
+#include "jet/expression/StatementError.h"
 #include "jet/sql/Parser.h"
+#include "jet/sql/QueryExecutor.h"
 #include "jet/sql/SelectExecutor.h"
 #include "tests/support/SampleFile.h"
 
@@ -24,7 +26,7 @@ std::string errorOf(base::TextView statement) {
     Database database = test::openSample(bytes);
     ReadOperation operation = database.beginRead();
     try {
-        executeSelect(operation, statement);
+        executeQuery(operation, statement);
     } catch (const base::RuntimeError& error) {
         return error.what();
     }
@@ -136,6 +138,39 @@ TEST(StatementErrors, SayWhatUsersOfSuchFilesKnow) {
     };
     for (const auto& [statement, error] : cases)
         EXPECT_EQ(errorOf(statement), error) << base::toUtf8(statement);
+}
+
+TEST(StatementErrors, KnowTheirPlaceAndTheColumnThatIsMissing) {
+    const struct {
+        base::Text statement;
+        std::size_t place;
+        base::Text column = {};
+    } cases[] = {
+        {u"SELECT Nr FROM Konto", 7},  // of parseStar()
+        {u"SELECT * FRM Konto", 9},
+        {u"SELECT * FROM Konto WHERE Name = 'O'Neil'", 36},
+        {u"SELECT * FROM Konto WHERE Nr = ", 31},
+        {u"SELECT * FROM Konto WHERE Trim(Name) = 'a'", 26},
+        {u"SELECT * FROM Konto WHERE Nr = -'a'", 31},
+        {u"SELECT * FROM Konto WHERE Name = 5", 31},
+        {u"SELECT * FROM Konto WHERE Nr NOT IN (1, 'a')", 29},
+        {u"SELECT * FROM Konto WHERE Nr BETWEEN 1 AND 'a'", 29},
+        {u"SELECT * FROM Konto WHERE Nr = 1 AND NOT Name", 41},
+        {u"SELECT * FROM Konto WHERE Nr = 1 OR Kunde.[Nr] = 2", 36, u"Kunde.Nr"},
+        {u"SELECT * FROM Konto ORDER BY Nr, Nummer", 33, u"Nummer"},
+    };
+    for (const auto& [statement, place, column] : cases) {
+        try {
+            static const base::Bytes bytes = oneTable();
+            Database database = test::openSample(bytes);
+            ReadOperation operation = database.beginRead();
+            executeSelect(operation, statement);
+            ADD_FAILURE() << base::toUtf8(statement);
+        } catch (const StatementError& error) {
+            EXPECT_EQ(error.place(), place) << base::toUtf8(statement);
+            EXPECT_EQ(error.unknownColumn(), column) << base::toUtf8(statement);
+        }
+    }
 }
 
 TEST(StatementErrors, BoundLengthAndDepth) {

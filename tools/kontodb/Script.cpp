@@ -6,6 +6,7 @@
 #include "jet/expression/Lexer.h"
 #include "jet/expression/StatementError.h"
 #include "jet/sql/Parser.h"
+#include "jet/sql/SelectList.h"
 #include "tools/kontodb/StatementFault.h"
 
 namespace kontodb {
@@ -77,7 +78,7 @@ void Script::addPart(std::size_t begin, std::size_t end) {
     parts_.push_back({begin, end, {}});
     const base::TextView statement = base::TextView(text_).substr(begin, end - begin);
     try {
-        parts_.back().statement = jet::sql::parse(statement);
+        parts_.back().statement = jet::sql::parse(statement, jet::sql::parseSelectList);
     } catch (const jet::StatementError& error) {
         throw explained(error, parts_.size() - 1, adviceOnSyntax(statement, error));
     } catch (const base::RuntimeError& error) {

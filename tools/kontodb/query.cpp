@@ -1,8 +1,9 @@
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "accounts/AccountTable.h"
-#include "jet/sql/SelectExecutor.h"
+#include "jet/sql/QueryExecutor.h"
 #include "tools/kontodb/CommandLine.h"
 #include "tools/kontodb/Commands.h"
 #include "tools/kontodb/ProtectedFile.h"
@@ -61,12 +62,13 @@ ResultStyle styleOf(const CommandLine& line, Console& console) {
 /// if the result is imported later.
 /// @return false if the rows have no passwords
 bool hidePasswords(jet::sql::ResultSet& rows) {
-    for (std::size_t column = 0; column < rows.columnCount(); ++column) {
-        if (!base::equalsIgnoringAsciiCase(rows.column(column).name, tolv::accountTable::kPass)) continue;
-        rows.dropColumn(column);
-        return true;
-    }
-    return false;
+    std::vector<std::size_t> shown;
+    for (std::size_t column = 0; column < rows.columnCount(); ++column)
+        if (!base::equalsIgnoringAsciiCase(rows.column(column).name, tolv::accountTable::kPass))
+            shown.push_back(column);
+    if (shown.size() == rows.columnCount()) return false;
+    rows.keepColumns(shown);
+    return true;
 }
 
 bool foundNothing(const jet::sql::ResultSet& rows, const jet::sql::Select& select) {
@@ -89,12 +91,12 @@ int query(std::span<const base::Text> arguments, Console& console) {
     jet::sql::ResultSet rows = [&] {
         auto operation = database.beginRead();
         try {
-            return jet::sql::executeSelect(operation, *select);
+            return jet::sql::executeQuery(operation, *select);
         } catch (const jet::StatementError& error) {
             throw script.explained(error, 0, adviceOnNames(statement, error, operation));
         }
     }();
-    const bool isHidden = rows.hasWholeRows() && hidePasswords(rows);
+    const bool isHidden = select->columns.empty() && hidePasswords(rows);
     printResult(rows, style, console);
     if (isHidden) console.printError(kHiddenPasswords);
     hintAtWildcards(statement, foundNothing(rows, *select), console);
