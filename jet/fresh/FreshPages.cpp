@@ -2,6 +2,7 @@
 
 #include "jet/Errors.h"
 #include "jet/page/DataPage.h"
+#include "jet/page/PageFile.h"
 #include "jet/table/RowCodec.h"
 
 namespace jet {
@@ -13,7 +14,13 @@ PageNumber FreshPages::allocate() {
 
 void FreshPages::write(PageNumber number, std::span<const std::uint8_t> page) {
     if (number > written_) io_.resize(std::uint64_t{number} * kPageSize);
-    io_.write(std::uint64_t{number} * kPageSize, page);
+    if (databaseKey_ == 0) {
+        io_.write(std::uint64_t{number} * kPageSize, page);
+    } else {
+        base::Bytes encoded(page.begin(), page.end());
+        encodePage(encoded, number, databaseKey_);
+        io_.write(std::uint64_t{number} * kPageSize, encoded);
+    }
     written_ = std::max(written_, number + 1);
 }
 

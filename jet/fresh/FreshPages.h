@@ -13,8 +13,9 @@ namespace jet {
 /// The pages of a new file: handed out in ascending order, written in any order.
 class FreshPages {
 public:
-    /// @param io  an empty file; must outlive this
-    explicit FreshPages(PageIo& io) : io_(io) {}
+    /// @param io           an empty file; must outlive this
+    /// @param databaseKey  as in the header; pages are encoded with it, 0 for none
+    explicit FreshPages(PageIo& io, std::uint32_t databaseKey = 0) : io_(io), databaseKey_(databaseKey) {}
 
     /// @throws RuntimeError if the file would grow beyond 2 GiB
     PageNumber allocate();
@@ -26,6 +27,7 @@ public:
 
 private:
     PageIo& io_;
+    std::uint32_t databaseKey_;
     PageNumber count_ = 0;
     PageNumber written_ = 0;
 };

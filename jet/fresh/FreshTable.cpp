@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <utility>
 
 #include "jet/Errors.h"
 #include "jet/index/IndexKey.h"
@@ -19,21 +20,35 @@ bool keyIsCertain(const Column& column, const base::Value& value) {
     return text == nullptr || sortKeyIsCertain(*text, column.textOrder);
 }
 
+TableDefinition withPage(TableDefinition definition, PageNumber page) {
+    definition.page = page;
+    return definition;
+}
+
 }  // namespace
 
 FreshTable::FreshTable(FreshPages& pages, FreshMaps& maps, const TableDesign& design, PageNumber definitionPage)
+    : FreshTable(pages, maps, design.name, withPage(makeDefinition(design), definitionPage)) {}
+
+FreshTable::FreshTable(FreshPages& pages, FreshMaps& maps, base::Text name, TableDefinition definition)
     : pages_(pages),
       maps_(maps),
-      name_(design.name),
-      definition_(makeDefinition(design)),
-      rows_(pages, definitionPage),
+      name_(std::move(name)),
+      definition_(std::move(definition)),
+      rows_(pages, definition_.page),
       entries_(definition_.indexes.size()) {
-    definition_.page = definitionPage;
-    definition_.chain = {definitionPage};
+    clearCounts();
+    definition_.chain = {definition_.page};
     const std::size_t chainPages = definitionPageCount(definition_.encode().size());
     while (definition_.chain.size() < chainPages)
         definition_.chain.push_back(pages_.allocate());
     reservePlaces(maps);
+}
+
+void FreshTable::clearCounts() {
+    definition_.rowCount = 0;
+    for (IndexDefinition& index : definition_.indexes)
+        index.distinctKeys = 0;
 }
 
 void FreshTable::reservePlaces(FreshMaps& maps) {
@@ -62,9 +77,9 @@ void FreshTable::addRow(std::span<const base::Value> values) {
         }
         base::Bytes stored = encodeValue(column, value);
         cells[column.number] = column.isLongValue() ? longValue(column, stored) : std::move(stored);
-        if (column.isAutoNumber()) {
-            const auto number = static_cast<std::uint32_t>(std::get<std::int32_t>(value));
-            definition_.lastAutoNumber = std::max(definition_.lastAutoNumber, number);
+        if (const auto* number = std::get_if<std::int32_t>(&value); number != nullptr && column.isAutoNumber()) {
+            const auto last = static_cast<std::int32_t>(definition_.lastAutoNumber);
+            definition_.lastAutoNumber = static_cast<std::uint32_t>(std::max(last, *number));
         }
     }
     const RowPointer row = rows_.add(encodeRow(definition_, cells));

@@ -19,6 +19,12 @@ public:
     /// @param definitionPage  allocated before; a longer definition gets further pages
     FreshTable(FreshPages& pages, FreshMaps& maps, const TableDesign& design, PageNumber definitionPage);
 
+    /// The same from a definition that was read from another file. All of it is kept but its places, which are new, and
+    /// its counts, which are those of the rows to come. Pages of partner tables must already be those of the new file.
+    /// @param name        of the table, for error messages
+    /// @param definition  its `page` is the first page of the definition in the new file, allocated before
+    FreshTable(FreshPages& pages, FreshMaps& maps, base::Text name, TableDefinition definition);
+
     PageNumber page() const { return definition_.page; }
 
     /// @param values  by column number
@@ -29,6 +35,7 @@ public:
     void finish();
 
 private:
+    void clearCounts();
     void reservePlaces(FreshMaps& maps);
     base::Bytes longValue(const Column& column, const base::Bytes& value);
     void addToIndexes(std::span<const base::Value> values, RowPointer row);

@@ -18,6 +18,7 @@ int create(std::span<const base::Text> arguments, Console& console);
 int check(std::span<const base::Text> arguments, Console& console);
 int exec(std::span<const base::Text> arguments, Console& console);
 int backup(std::span<const base::Text> arguments, Console& console);
+int compact(std::span<const base::Text> arguments, Console& console);
 int tables(std::span<const base::Text> arguments, Console& console);
 int schema(std::span<const base::Text> arguments, Console& console);
 int query(std::span<const base::Text> arguments, Console& console);

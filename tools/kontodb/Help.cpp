@@ -122,6 +122,19 @@ Datei. Access selbst wartet nicht; ist die Datei dort geöffnet, steht ein Hinwe
 Beispiel:
   kontodb backup BenKTO.mdb Sicherung-2026-11-25.mdb
 )"},
+    {u"compact", R"(kontodb compact DATEI ZIEL [--password KENNWORT | --password-file DATEI]
+
+Schreibt den ganzen Inhalt in eine neue Datei ohne Lücken: Tabellen mit Eigenschaften,
+Regeln, Indizes und Beziehungen, Abfragen, Kennwort, Verschlüsselung und die nächsten
+Autowerte. Danach werden beide Dateien gelesen und verglichen, und die neue wird geprüft;
+erst dann bekommt sie ihren Namen. Die alte Datei bleibt, wie sie ist, und eine Datei,
+die es schon gibt, bleibt unberührt. Was sich nicht übernehmen lässt, wird genannt, und
+es entsteht nichts. Nehmen Sie die neue Datei an Stelle der alten, wenn niemand mit ihr
+arbeitet; heben Sie die alte als Sicherung auf. Ist die alte beschädigt, hilft repair.
+
+Beispiel:
+  kontodb compact BenKTO.mdb BenKTO-klein.mdb
+)"},
     {u"sql", R"(Die Sprache der Anweisungen
 
   SELECT [TOP n] * | Spalte, ... FROM Tabelle [WHERE Bedingung]
@@ -159,6 +172,7 @@ constexpr std::string_view kOverview = R"(kontodb - Dateien von Access 2000 bis 
   kontodb schema DATEI [TABELLE]           zeigt Spalten, Indizes und Beziehungen
   kontodb query DATEI "SELECT ..."         gibt Zeilen aus
   kontodb exec DATEI "UPDATE|DELETE|INSERT ..."   ändert Zeilen
+  kontodb compact DATEI ZIEL               schreibt eine Datei neu und kleiner
   kontodb backup DATEI ZIEL                sichert eine Datei, auch während der Arbeit
   kontodb help [BEFEHL | sql]              erklärt einen Befehl oder die Anweisungen
   kontodb --version                        zeigt die Version

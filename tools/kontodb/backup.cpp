@@ -1,21 +1,16 @@
 #include <algorithm>
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "jet/check/Checker.h"
-#include "jet/storage/NewFile.h"
 #include "jet/storage/Storage.h"
 #include "tools/kontodb/CommandLine.h"
 #include "tools/kontodb/Commands.h"
 #include "tools/kontodb/InterruptibleIo.h"
+#include "tools/kontodb/PrivateFile.h"
 #include "tools/kontodb/ProtectedFile.h"
 #include "tools/kontodb/Signals.h"
-
-#ifndef _WIN32
-#include <sys/stat.h>
-#endif
 
 namespace kontodb {
 namespace {
@@ -38,41 +33,10 @@ std::size_t faultsIn(jet::PageIo& copy, const base::Text& path, const base::Text
     return jet::checkDatabase(operation, operation.sizeBytes()).findings.faultCount();
 }
 
-/// The file's own lock keeps out only programs of this engine.
-void warnOfOriginalUser(const base::Text& path, Console& console) {
-    if (!jet::fileStorage(path)->originalUser()) return;
-    console.printError(
-        "Hinweis: Die Datei ist auch in Access geöffnet. Ändert dort jemand etwas, während kopiert wird, gehört die\n"
-        "Kopie zu keinem Zeitpunkt; sicherer ist eine Sicherung, wenn Access geschlossen ist.\n");
-}
-
-#ifdef _WIN32
-/// Whoever the folder lets may use the copy.
-std::unique_ptr<jet::NewFile> makeCopy(const base::Text& path) {
-    return std::make_unique<jet::NewFile>(path);
-}
-
-void shareLike(const base::Text&, const base::Text&) {}
-#else
-/// The maker's alone: what is protected in the file must not be open to everybody in the copy.
-std::unique_ptr<jet::NewFile> makeCopy(const base::Text& path) {
-    const mode_t before = ::umask(S_IRWXG | S_IRWXO);
-    auto file = std::make_unique<jet::NewFile>(path);
-    ::umask(before);
-    return file;
-}
-
-/// For those who may use the file, as far as the system allows.
-void shareLike(const base::Text& path, const base::Text& copy) {
-    std::error_code ignored;
-    std::filesystem::permissions(copy, std::filesystem::status(path, ignored).permissions(), ignored);
-}
-#endif
-
 /// @return the faults of the copy, which are those of the file
 std::size_t copyFile(jet::Database& database, const base::Text& target) {
     const Interruption interruption;
-    const auto file = makeCopy(target);
+    const auto file = newPrivateFile(target);
     InterruptibleIo io(file->io());
     base::Text password;
     {
@@ -95,7 +59,7 @@ int backup(std::span<const base::Text> arguments, Console& console) {
     line.requireOperands({u"DATEI", u"ZIEL"});
     const base::Text& target = line.operand(1);
     jet::Database database = openProtected(line.operand(0), line, console);
-    warnOfOriginalUser(line.operand(0), console);
+    warnOfOriginalUser(line.operand(0), u"kopiert", console);
     const std::size_t faults = copyFile(database, target);
     if (faults > 0) {
         console.printDone("Fehler: '" + base::toUtf8(target) + "' ist eine genaue Kopie, und die Datei hat " +

@@ -31,7 +31,7 @@ int help(std::span<const base::Text> arguments, Console& console);
 
 constexpr NamedCommand kCommands[] = {
     {u"create", create}, {u"check", check}, {u"tables", tables}, {u"schema", schema},
-    {u"query", query},   {u"exec", exec},   {u"backup", backup}, {u"help", help},
+    {u"query", query},   {u"exec", exec},   {u"backup", backup}, {u"compact", compact}, {u"help", help},
 };
 
 std::vector<base::TextView> names(std::initializer_list<base::TextView> further) {

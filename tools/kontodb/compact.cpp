@@ -1,0 +1,72 @@
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "jet/Errors.h"
+#include "jet/check/Checker.h"
+#include "jet/compact/Comparison.h"
+#include "jet/compact/Compactor.h"
+#include "tools/kontodb/CommandLine.h"
+#include "tools/kontodb/Commands.h"
+#include "tools/kontodb/InterruptibleIo.h"
+#include "tools/kontodb/PrivateFile.h"
+#include "tools/kontodb/ProtectedFile.h"
+#include "tools/kontodb/Signals.h"
+
+namespace kontodb {
+namespace {
+
+struct Sizes {
+    std::uint64_t original = 0;
+    std::uint64_t copy = 0;
+};
+
+void requireSound(jet::ReadOperation& copy) {
+    const jet::CheckResult result = jet::checkDatabase(copy, copy.sizeBytes());
+    if (result.isSound()) return;
+    throw jet::failure(u"Die neue Datei hätte Fehler: " + result.findings.kept().front().line() +
+                       u". Prüfen Sie die alte mit kontodb check.");
+}
+
+/// The new file gets its name only after all of it was compared with the original.
+Sizes compactFile(jet::Database& database, const base::Text& target) {
+    const Interruption interruption;
+    const auto file = newPrivateFile(target);
+    InterruptibleIo io(file->io());
+    Sizes sizes;
+    {
+        auto original = database.beginRead();
+        jet::compactDatabase(original, original.header(), io);
+        auto written = jet::Database::open(std::make_unique<InterruptibleIo>(file->io()), target, original.header().password);
+        auto copy = written.beginRead();
+        jet::requireSameContents(original, original.header(), copy, copy.header());
+        requireSound(copy);
+        sizes = {original.sizeBytes(), copy.sizeBytes()};
+    }
+    Interruption::check();
+    file->publish();
+    shareLike(database.path(), target);
+    return sizes;
+}
+
+std::string kilobytes(std::uint64_t bytes) {
+    constexpr std::uint64_t kBytes = 1024;
+    return std::to_string((bytes + kBytes - 1) / kBytes) + " KB";
+}
+
+}  // namespace
+
+int compact(std::span<const base::Text> arguments, Console& console) {
+    const CommandLine line(arguments, {kPasswordOption, kPasswordFileOption});
+    line.requireOperands({u"DATEI", u"ZIEL"});
+    const base::Text& target = line.operand(1);
+    jet::Database database = openProtected(line.operand(0), line, console);
+    warnOfOriginalUser(line.operand(0), u"verkleinert", console);
+    const Sizes sizes = compactFile(database, target);
+    console.printDone(base::toUtf8(target) + ": " + kilobytes(sizes.copy) + " statt " + kilobytes(sizes.original) +
+                          ", verglichen und geprüft\n",
+                      u"Die Datei '" + target + u"' ist trotzdem angelegt.");
+    return kExitSuccess;
+}
+
+}  // namespace kontodb
