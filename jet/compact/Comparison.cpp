@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <bit>
+#include <span>
 #include <tuple>
 #include <vector>
 
 #include "jet/Errors.h"
-#include "jet/compact/ObjectNumbers.h"
+#include "jet/fresh/ObjectNumbers.h"
+#include "jet/table/LongValue.h"
 #include "jet/table/Table.h"
 
 namespace jet {
@@ -43,26 +45,33 @@ bool areSame(const Parts& a, const Parts& b) {
     return std::ranges::equal(a, b, [](const auto& x, const auto& y) { return factsOf(x) == factsOf(y); });
 }
 
-template <typename Bits, typename Float>
-bool sameBits(const base::Value& a, const base::Value& b) {
-    const auto* x = std::get_if<Float>(&a);
-    const auto* y = std::get_if<Float>(&b);
-    return x != nullptr && y != nullptr && std::bit_cast<Bits>(*x) == std::bit_cast<Bits>(*y);
+bool isSame(std::span<const std::uint8_t> a, std::span<const std::uint8_t> b) {
+    return std::ranges::equal(a, b);
 }
 
-/// Unlike `==`, to the bit: a number that is none is the same as itself.
-bool isSame(const base::Value& a, const base::Value& b) {
-    return sameBits<std::uint32_t, float>(a, b) || sameBits<std::uint64_t, double>(a, b) ||
-           sameBits<std::uint64_t, base::Date>(a, b) || a == b;
-}
+/// The bytes of a value, those of a long value included.
+class Stored {
+public:
+    Stored(const Table& table, const RowView& row, const Column& column) {
+        bytes_ = row.stored(column);
+        if (!column.isLongValue() || bytes_.empty()) return;
+        longValue_ = readLongValue(table.source(), bytes_, row.place());
+        bytes_ = longValue_;
+    }
+    std::span<const std::uint8_t> bytes() const { return bytes_; }
+
+private:
+    std::span<const std::uint8_t> bytes_;
+    base::Bytes longValue_;
+};
 
 class Comparison {
 public:
-    Comparison(PageSource& original, const Header& header, PageSource& copy)
-        : header_(header), originals_(tablesOf(original)), copies_(tablesOf(copy)) {}
+    Comparison(PageSource& original, PageSource& copy)
+        : originals_(localTables(original)), copies_(localTables(copy)) {}
 
     void run() {
-        if (originals_.size() != copies_.size()) throw differs(u"Die Zahl der Tabellen ist eine andere");
+        if (originals_.size() != copies_.size()) throw differs(u"die Zahl der Tabellen ist eine andere");
         for (std::size_t i = 0; i < originals_.size(); ++i)
             numbers_.give(originals_[i].definition().page, copies_[i].definition().page);
         for (std::size_t i = 0; i < originals_.size(); ++i) {
@@ -72,13 +81,6 @@ public:
     }
 
 private:
-    static std::vector<Table> tablesOf(PageSource& source) {
-        std::vector<Table> tables;
-        for (const CatalogEntry& entry : localTables(Catalog(source)))
-            tables.emplace_back(source, entry);
-        return tables;
-    }
-
     void compareDefinitions(const Table& original, const Table& copy) const {
         const TableDefinition& a = original.definition();
         const TableDefinition& b = copy.definition();
@@ -88,8 +90,8 @@ private:
             a.variableColumnsEver != b.variableColumnsEver || !areSame(a.columns, b.columns) ||
             !areSame(a.indexes, b.indexes) || !areSame(logicalIndexes, b.logicalIndexes))
             throw differs(u"die Tabelle '" + original.name() + u"' hat eine andere Definition");
-        if (static_cast<std::int32_t>(b.lastAutoNumber) < static_cast<std::int32_t>(a.lastAutoNumber))
-            throw differs(u"die Tabelle '" + original.name() + u"' hat einen anderen Autowert");
+        if (a.lastAutoNumber != b.lastAutoNumber)
+            throw differs(u"die Tabelle '" + original.name() + u"' hat einen anderen letzten Autowert");
     }
 
     void compareRows(const Table& original, const Table& copy) const {
@@ -104,18 +106,31 @@ private:
     }
 
     void compareRow(const Table& original, const Row& a, const Table& copy, const Row& b, std::int64_t row) const {
-        std::vector<base::Value> wanted(original.definition().columnsEver);
-        for (const Column& column : original.definition().columns)
-            wanted[column.number] = original.value(a.view, column);
-        numbers_.renumber(original.definition(), header_, wanted);
-        for (const Column& column : copy.definition().columns) {
-            if (!isSame(wanted[column.number], copy.value(b.view, column)))
-                throw differs(u"in der Tabelle '" + original.name() + u"', Datensatz " + base::decimal(row) +
-                              u", ist das Feld '" + column.name + u"' ein anderes");
+        const auto numberColumns = ObjectNumbers::columnsIn(original.entry(), original.definition());
+        for (const Column& column : original.definition().columns) {
+            const bool isNumber = std::ranges::find(numberColumns, &column) != numberColumns.end();
+            if (isNumber ? isSameNumber(original, a, copy, b, column) : isSameValue(original, a, copy, b, column))
+                continue;
+            throw differs(u"in der Tabelle '" + original.name() + u"', Datensatz " + base::decimal(row) +
+                          u", ist das Feld '" + column.name + u"' ein anderes");
         }
     }
 
-    const Header& header_;
+    static bool isSameValue(const Table& original, const Row& a, const Table& copy, const Row& b,
+                            const Column& column) {
+        if (column.type == ColumnType::Boolean) return a.view.flag(column) == b.view.flag(column);
+        if (a.view.isNull(column) || b.view.isNull(column)) return a.view.isNull(column) == b.view.isNull(column);
+        return isSame(Stored(original, a.view, column).bytes(), Stored(copy, b.view, column).bytes());
+    }
+
+    bool isSameNumber(const Table& original, const Row& a, const Table& copy, const Row& b,
+                      const Column& column) const {
+        std::vector<base::Value> wanted(original.definition().columnsEver);
+        wanted[column.number] = original.value(a.view, column);
+        numbers_.renumber({&column}, wanted);
+        return wanted[column.number] == copy.value(b.view, column);
+    }
+
     std::vector<Table> originals_;
     std::vector<Table> copies_;
     ObjectNumbers numbers_;
@@ -126,7 +141,7 @@ private:
 void requireSameContents(PageSource& original, const Header& originalHeader, PageSource& copy,
                          const Header& copyHeader) {
     if (factsOf(originalHeader) != factsOf(copyHeader)) throw differs(u"der Kopf der Datei ist ein anderer");
-    Comparison(original, originalHeader, copy).run();
+    Comparison(original, copy).run();
 }
 
 }  // namespace jet

@@ -38,21 +38,28 @@ PropertyBlob propertiesOf(const TableDesign& design) {
     return blob;
 }
 
+Header headerWith(base::Text password, const CreationStamp& stamp) {
+    if (password.size() > kMaxPasswordUnits || password.find(u'\0') != base::Text::npos) {
+        throw failure(u"Ein Datenbankkennwort hat höchstens 20 Zeichen.");
+    }
+    Header header = Header::fresh(stamp.date);
+    header.password = std::move(password);
+    return header;
+}
+
+TableDefinition definitionAt(PageNumber page, const TableDesign& design) {
+    TableDefinition definition = makeDefinition(design);
+    definition.page = page;
+    return definition;
+}
+
 }  // namespace
 
 Creator::Creator(PageIo& io, base::Text password, CreationStamp stamp)
-    : io_(io), password_(std::move(password)), stamp_(stamp), pages_(io), maps_(pages_) {
-    if (password_.size() > kMaxPasswordUnits || password_.find(u'\0') != base::Text::npos) {
-        throw failure(u"Ein Datenbankkennwort hat höchstens 20 Zeichen.");
-    }
-    const auto designs = systemTableDesigns();
-    pages_.allocate();  // header
-    pages_.allocate();  // global map
-    for (std::size_t i = 0; i < designs.size(); ++i)
-        pages_.allocate();
-    const Header header = Header::fresh(stamp_.date);
-    for (std::size_t i = 0; i < designs.size(); ++i)
-        systemTables_.push_back(std::make_unique<FreshTable>(pages_, maps_, designs[i], header.systemTables[i]));
+    : stamp_(stamp), file_(io, headerWith(std::move(password), stamp)) {
+    PageNumber page = Catalog::kDefinitionPage;
+    for (const TableDesign& design : systemTableDesigns())
+        systemTables_.push_back(file_.addTable(design.name, definitionAt(page++, design)));
     for (const auto& row : firstObjectRows(stamp_))
         systemTables_[kObjects]->addRow(row);
     for (const auto& row : firstAccessRows(stamp_))
@@ -60,13 +67,13 @@ Creator::Creator(PageIo& io, base::Text password, CreationStamp stamp)
 }
 
 void Creator::addTable(const TableDesign& design, const RowFeed& nextRow) {
-    const PageNumber definitionPage = pages_.allocate();
-    maps_.startPage();
-    FreshTable table(pages_, maps_, design, definitionPage);
+    const PageNumber definitionPage = file_.reserveDefinition();
+    file_.startMapPage();
+    const auto table = file_.addTable(design.name, definitionAt(definitionPage, design));
     std::vector<base::Value> row;
     while (nextRow(row))
-        table.addRow(row);
-    table.finish();
+        table->addRow(row);
+    table->finish();
     addObject(design, definitionPage);
 }
 
@@ -81,18 +88,7 @@ void Creator::addObject(const TableDesign& design, PageNumber definitionPage) {
 void Creator::finish() {
     for (const auto& table : systemTables_)
         table->finish();
-    maps_.finish();
-    writeGlobalMap(pages_);
-    writeHeader();
-    io_.sync();
-}
-
-void Creator::writeHeader() {
-    Header header = Header::fresh(stamp_.date);
-    header.password = password_;
-    base::Bytes page(kPageSize);
-    header.write(page);
-    pages_.write(0, page);
+    file_.finish();
 }
 
 }  // namespace jet

@@ -6,8 +6,7 @@
 
 #include "base/Text.h"
 #include "base/Value.h"
-#include "jet/fresh/FreshMaps.h"
-#include "jet/fresh/FreshPages.h"
+#include "jet/fresh/FreshFile.h"
 #include "jet/fresh/FreshTable.h"
 #include "jet/fresh/SystemTables.h"
 #include "jet/fresh/TableDesign.h"
@@ -39,13 +38,9 @@ public:
 
 private:
     void addObject(const TableDesign& design, PageNumber definitionPage);
-    void writeHeader();
 
-    PageIo& io_;
-    base::Text password_;
     CreationStamp stamp_;
-    FreshPages pages_;
-    FreshMaps maps_;
+    FreshFile file_;
     std::vector<std::unique_ptr<FreshTable>> systemTables_;
 };
 

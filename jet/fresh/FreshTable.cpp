@@ -20,15 +20,7 @@ bool keyIsCertain(const Column& column, const base::Value& value) {
     return text == nullptr || sortKeyIsCertain(*text, column.textOrder);
 }
 
-TableDefinition withPage(TableDefinition definition, PageNumber page) {
-    definition.page = page;
-    return definition;
-}
-
 }  // namespace
-
-FreshTable::FreshTable(FreshPages& pages, FreshMaps& maps, const TableDesign& design, PageNumber definitionPage)
-    : FreshTable(pages, maps, design.name, withPage(makeDefinition(design), definitionPage)) {}
 
 FreshTable::FreshTable(FreshPages& pages, FreshMaps& maps, base::Text name, TableDefinition definition)
     : pages_(pages),
@@ -36,8 +28,10 @@ FreshTable::FreshTable(FreshPages& pages, FreshMaps& maps, base::Text name, Tabl
       name_(std::move(name)),
       definition_(std::move(definition)),
       rows_(pages, definition_.page),
-      entries_(definition_.indexes.size()) {
+      entries_(definition_.indexes.size()),
+      isGiven_(definition_.indexes.size()) {
     clearCounts();
+    requireLongValueMaps();
     definition_.chain = {definition_.page};
     const std::size_t chainPages = definitionPageCount(definition_.encode().size());
     while (definition_.chain.size() < chainPages)
@@ -49,6 +43,19 @@ void FreshTable::clearCounts() {
     definition_.rowCount = 0;
     for (IndexDefinition& index : definition_.indexes)
         index.distinctKeys = 0;
+}
+
+/// One for each column of long values; none for deleted columns.
+void FreshTable::requireLongValueMaps() {
+    std::vector<LongValueMaps>& maps = definition_.longValueMaps;
+    std::erase_if(maps, [this](const LongValueMaps& each) {
+        const Column* column = definition_.columnNumbered(each.columnNumber);
+        return column == nullptr || !column->isLongValue();
+    });
+    for (const Column& column : definition_.columns) {
+        if (column.isLongValue() && std::ranges::find(maps, column.number, &LongValueMaps::columnNumber) == maps.end())
+            maps.push_back({column.number, {}, {}});
+    }
 }
 
 void FreshTable::reservePlaces(FreshMaps& maps) {
@@ -66,6 +73,29 @@ void FreshTable::reservePlaces(FreshMaps& maps) {
 }
 
 void FreshTable::addRow(std::span<const base::Value> values) {
+    const std::vector<Key> keys = keysOf(values);
+    store(encodeRow(definition_, cellsOf(values)), keys);
+    for (const Column& column : definition_.columns) {
+        const auto* number = std::get_if<std::int32_t>(&values[column.number]);
+        if (number == nullptr || !column.isAutoNumber()) continue;
+        const auto last = static_cast<std::int32_t>(definition_.lastAutoNumber);
+        definition_.lastAutoNumber = static_cast<std::uint32_t>(std::max(last, *number));
+    }
+}
+
+RowPointer FreshTable::addStoredRow(std::span<const Cell> cells, std::span<const base::Value> values) {
+    return store(encodeRow(definition_, cells), keysOf(values));
+}
+
+RowPointer FreshTable::store(const base::Bytes& row, const std::vector<Key>& keys) {
+    const RowPointer place = rows_.add(row);
+    ++definition_.rowCount;
+    for (const Key& key : keys)
+        entries_[key.index].add(key.bytes, place, key.hasNull);
+    return place;
+}
+
+std::vector<Cell> FreshTable::cellsOf(std::span<const base::Value> values) {
     assert(values.size() == definition_.columnsEver);
     std::vector<Cell> cells(values.size());
     for (const Column& column : definition_.columns) {
@@ -76,47 +106,63 @@ void FreshTable::addRow(std::span<const base::Value> values) {
             continue;
         }
         base::Bytes stored = encodeValue(column, value);
-        cells[column.number] = column.isLongValue() ? longValue(column, stored) : std::move(stored);
-        if (const auto* number = std::get_if<std::int32_t>(&value); number != nullptr && column.isAutoNumber()) {
-            const auto last = static_cast<std::int32_t>(definition_.lastAutoNumber);
-            definition_.lastAutoNumber = static_cast<std::uint32_t>(std::max(last, *number));
-        }
+        if (column.isLongValue())
+            stored = stored.size() <= kMaxInlineLongValueBytes ? inlineLongValue(stored) : storeOutside(column, stored);
+        cells[column.number] = std::move(stored);
     }
-    const RowPointer row = rows_.add(encodeRow(definition_, cells));
-    ++definition_.rowCount;
-    addToIndexes(values, row);
+    return cells;
 }
 
-/// The bytes of the row for this long value.
-base::Bytes FreshTable::longValue(const Column& column, const base::Bytes& value) {
-    if (value.size() <= kMaxInlineLongValueBytes) return inlineLongValue(value);
+base::Bytes FreshTable::storeOutside(const Column& column, std::span<const std::uint8_t> value) {
     return placeLongValue(longValues_.at(column.number), value);
 }
 
-void FreshTable::addToIndexes(std::span<const base::Value> values, RowPointer row) {
-    base::Bytes key;
+std::vector<FreshTable::Key> FreshTable::keysOf(std::span<const base::Value> values) const {
+    std::vector<Key> keys;
     for (std::size_t i = 0; i < entries_.size(); ++i) {
-        const IndexDefinition& index = definition_.indexes[i];
-        key.clear();
-        bool allNull = true;
-        bool hasNull = false;
-        for (const IndexColumn& part : index.columns) {
-            const Column& column = definition_.columnOf(part);
-            const base::Value& value = values[column.number];
-            if (!keyIsCertain(column, value)) {
-                throw failure(u"Der Wert des Feldes '" + column.name +
-                              u"' kann nicht in den Index aufgenommen werden.");
-            }
-            const bool isNull = base::isNull(value) && column.type != ColumnType::Boolean;
-            allNull = allNull && isNull;
-            hasNull = hasNull || isNull;
-            appendKeyPart(key, column, value, part.ascending);
-        }
-        if (hasNull && (index.isRequired() || index.isPrimary)) {
-            throw failure(u"Der Index '" + index.name + u"' der Tabelle '" + name_ + u"' lässt keinen Nullwert zu.");
-        }
-        if (!allNull || !index.ignoresNulls()) entries_[i].add(key, row, hasNull);
+        if (isGiven_[i]) continue;
+        if (std::optional<Key> key = keyOf(i, values)) keys.push_back(std::move(*key));
     }
+    return keys;
+}
+
+/// @return nothing if the index has no entry for the row
+std::optional<FreshTable::Key> FreshTable::keyOf(std::size_t i, std::span<const base::Value> values) const {
+    const IndexDefinition& index = definition_.indexes[i];
+    Key key{i, {}, false};
+    bool allNull = true;
+    for (const IndexColumn& part : index.columns) {
+        const Column& column = definition_.columnOf(part);
+        const base::Value& value = values[column.number];
+        if (!keyIsCertain(column, value)) {
+            throw failure(u"Der Wert des Feldes '" + column.name + u"' kann nicht in den Index aufgenommen werden.");
+        }
+        const bool isNull = base::isNull(value) && column.type != ColumnType::Boolean;
+        allNull = allNull && isNull;
+        key.hasNull = key.hasNull || isNull;
+        appendKeyPart(key.bytes, column, value, part.ascending);
+    }
+    if (key.hasNull && (index.isRequired() || index.isPrimary)) {
+        throw failure(u"Der Index '" + index.name + u"' der Tabelle '" + name_ + u"' lässt keinen Nullwert zu.");
+    }
+    if (allNull && index.ignoresNulls()) return std::nullopt;
+    return key;
+}
+
+std::size_t FreshTable::buildIndex(std::size_t i, const EntryFeed& nextEntry) {
+    IndexDefinition& index = definition_.indexes[i];
+    std::size_t count = 0;
+    base::Bytes last;
+    const EntryFeed counting = [&] {
+        const auto entry = nextEntry();
+        if (entry.empty()) return entry;
+        const auto key = entry.first(entry.size() - kIndexRowBytes);
+        if (count++ == 0 || !std::ranges::equal(key, last)) ++index.distinctKeys;
+        last.assign(key.begin(), key.end());
+        return entry;
+    };
+    maps_.set(index.usageMap, buildIndexTree(pages_, definition_.page, index.rootPage, counting));
+    return count;
 }
 
 void FreshTable::finish() {
@@ -124,10 +170,11 @@ void FreshTable::finish() {
     for (auto& [column, parts] : longValues_)
         parts.finish();
     for (std::size_t i = 0; i < entries_.size(); ++i) {
+        if (isGiven_[i]) continue;
         IndexDefinition& index = definition_.indexes[i];
         entries_[i].sort();
         countKeys(index, entries_[i]);
-        maps_.set(index.usageMap, buildIndexTree(pages_, definition_.page, index.rootPage, entries_[i]));
+        maps_.set(index.usageMap, buildIndexTree(pages_, definition_.page, index.rootPage, entries_[i].feed()));
     }
     entries_.clear();
     finishMaps();

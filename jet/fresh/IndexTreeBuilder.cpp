@@ -20,39 +20,48 @@ public:
     TreeBuilder(FreshPages& pages, PageNumber definitionPage, PageNumber root)
         : pages_(pages), definitionPage_(definitionPage), root_(root), treePages_{root} {}
 
-    std::vector<PageNumber> build(const IndexEntries& entries) {
+    std::vector<PageNumber> build(const EntryFeed& nextEntry) {
         std::vector<Child> level = buildLevel(
-            0, entries.size(), [&](std::size_t i) { return std::pair(entries.entry(i), PageNumber{0}); }, 0);
+            0,
+            [&] {
+                return Part{nextEntry(), 0};
+            },
+            0);
         for (std::uint8_t height = 1; level.size() > 1; ++height) {
             const std::vector<Child> below = std::move(level);
+            std::size_t i = 0;
             // The last child becomes the tail of the last node and needs no entry.
-            level = buildLevel(
-                height, below.size() - 1,
-                [&](std::size_t i) { return std::pair(std::span<const std::uint8_t>(below[i].last), below[i].page); },
-                below.back().page);
+            const auto next = [&] { return i + 1 < below.size() ? partOf(below[i++]) : Part{}; };
+            level = buildLevel(height, next, below.back().page);
         }
         std::sort(treePages_.begin(), treePages_.end());
         return std::move(treePages_);
     }
 
 private:
+    /// An entry of a page.
+    struct Part {
+        std::span<const std::uint8_t> entry;
+        PageNumber child = 0;
+    };
+    static Part partOf(const Child& child) { return {child.last, child.page}; }
+
     /// Fills pages one after the other. Only when a second page begins is it clear that the first is not the root.
-    /// @param entryAt  returns entry i and its child
-    template <typename EntryAt>
-    std::vector<Child> buildLevel(std::uint8_t height, std::size_t count, EntryAt entryAt, PageNumber tail) {
+    /// @param next  returns the next entry, empty after the last
+    template <typename Next>
+    std::vector<Child> buildLevel(std::uint8_t height, Next next, PageNumber tail) {
         std::vector<Child> level;
         IndexNode node(height == 0);
         PageNumber page = 0;
-        for (std::size_t i = 0; i < count; ++i) {
-            const auto [entry, child] = entryAt(i);
-            if (node.add(entry, child)) continue;
+        for (Part part = next(); !part.entry.empty(); part = next()) {
+            if (node.add(part.entry, part.child)) continue;
             if (page == 0) page = allocate();
-            const PageNumber next = allocate();
-            node.next = next;
-            write(node, page, height, level);
+            node.next = allocate();
+            const PageNumber before = std::exchange(page, node.next);
+            write(node, before, height, level);
             node = IndexNode(height == 0);
-            node.previous = std::exchange(page, next);
-            const bool fits = node.add(entry, child);
+            node.previous = before;
+            const bool fits = node.add(part.entry, part.child);
             assert(fits);
             static_cast<void>(fits);
         }
@@ -106,9 +115,13 @@ std::span<const std::uint8_t> IndexEntries::entry(std::size_t i) const {
     return std::span(bytes_).subspan(places_[i].offset, places_[i].bytes);
 }
 
+EntryFeed IndexEntries::feed() const {
+    return [this, i = std::size_t{0}]() mutable { return i < size() ? entry(i++) : std::span<const std::uint8_t>{}; };
+}
+
 std::vector<PageNumber> buildIndexTree(FreshPages& pages, PageNumber definitionPage, PageNumber root,
-                                       const IndexEntries& entries) {
-    return TreeBuilder(pages, definitionPage, root).build(entries);
+                                       const EntryFeed& nextEntry) {
+    return TreeBuilder(pages, definitionPage, root).build(nextEntry);
 }
 
 }  // namespace jet

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <vector>
 
@@ -9,6 +10,10 @@
 #include "jet/tree/IndexPage.h"
 
 namespace jet {
+
+/// Supplies the entries of an index one after the other: key and row pointer, ascending. Empty after the last. The
+/// bytes need to be there only until the next call.
+using EntryFeed = std::function<std::span<const std::uint8_t>()>;
 
 /// The entries of an index: collected in any order, then sorted.
 class IndexEntries {
@@ -22,6 +27,9 @@ public:
     std::span<const std::uint8_t> entry(std::size_t i) const;
     std::span<const std::uint8_t> key(std::size_t i) const { return withoutRow(entry(i)); }
     bool hasNull(std::size_t i) const { return places_[i].hasNull; }
+
+    /// All entries, after sort(). The entries must outlive the feed.
+    EntryFeed feed() const;
 
 private:
     struct Place {
@@ -37,13 +45,13 @@ private:
     std::vector<Place> places_;
 };
 
-/// Builds a whole index tree from sorted entries: fills the leaves one after the other, then the levels of nodes above.
+/// Builds a whole index tree from its entries: fills the leaves one after the other, then the levels of nodes above.
 /// All pages are linked with their neighbours. The root keeps its page. Only nodes on the rightmost path have a tail;
 /// all others have an entry for every child.
 ///
 /// @param root  allocated before
 /// @return all pages of the tree in ascending order
 std::vector<PageNumber> buildIndexTree(FreshPages& pages, PageNumber definitionPage, PageNumber root,
-                                       const IndexEntries& entries);
+                                       const EntryFeed& nextEntry);
 
 }  // namespace jet

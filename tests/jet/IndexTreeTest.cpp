@@ -44,7 +44,7 @@ struct Tree {
             expected[key(number, keyBytes)] = row;
         }
         entries.sort();
-        pages = buildIndexTree(fresh, kTablePage, index.rootPage, entries);
+        pages = buildIndexTree(fresh, kTablePage, index.rootPage, entries.feed());
         file = io.bytes();
     }
 

@@ -4,8 +4,8 @@
 
 #include "jet/Errors.h"
 #include "jet/check/Checker.h"
-#include "jet/compact/Comparison.h"
 #include "jet/compact/Compactor.h"
+#include "jet/compact/Comparison.h"
 #include "tools/kontodb/CommandLine.h"
 #include "tools/kontodb/Commands.h"
 #include "tools/kontodb/InterruptibleIo.h"
@@ -24,20 +24,25 @@ struct Sizes {
 void requireSound(jet::ReadOperation& copy) {
     const jet::CheckResult result = jet::checkDatabase(copy, copy.sizeBytes());
     if (result.isSound()) return;
-    throw jet::failure(u"Die neue Datei hätte Fehler: " + result.findings.kept().front().line() +
-                       u". Prüfen Sie die alte mit kontodb check.");
+    throw jet::failure(
+        u"Die Datei hat einen Fehler, der in die neue käme, und wird deshalb nicht verkleinert. In der neuen "
+        u"hieße er: " +
+        result.findings.kept().front().line() +
+        u" Alle Fehler der Datei nennt kontodb check; kontodb repair rettet, was lesbar ist.");
 }
 
 /// The new file gets its name only after all of it was compared with the original.
 Sizes compactFile(jet::Database& database, const base::Text& target) {
     const Interruption interruption;
+    auto original = database.beginRead();
+    const jet::Compactor compactor(original, original.header());
     const auto file = newPrivateFile(target);
     InterruptibleIo io(file->io());
     Sizes sizes;
     {
-        auto original = database.beginRead();
-        jet::compactDatabase(original, original.header(), io);
-        auto written = jet::Database::open(std::make_unique<InterruptibleIo>(file->io()), target, original.header().password);
+        compactor.writeTo(io);
+        auto written =
+            jet::Database::open(std::make_unique<InterruptibleIo>(file->io()), target, original.header().password);
         auto copy = written.beginRead();
         jet::requireSameContents(original, original.header(), copy, copy.header());
         requireSound(copy);
