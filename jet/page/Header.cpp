@@ -25,19 +25,12 @@ constexpr std::size_t kFreeMapOffset = 0x18;
 constexpr std::size_t kSecondMapOffset = 0x1C;
 constexpr std::size_t kSystemTablesOffset = 0x20;
 constexpr std::size_t kCodePageOffset = 0x3C;
-constexpr std::size_t kKeyOffset = 0x3E;
-constexpr std::size_t kPasswordOffset = 0x42;
 constexpr std::size_t kBuildOffset = 0x6A;
 constexpr std::size_t kOrderOffset = 0x6E;
-constexpr std::size_t kCreatedOffset = 0x72;
 constexpr std::size_t kConstantOffset = 0x98;
 constexpr std::size_t kUsers = 256;
 
 constexpr std::uint32_t kVersionJet4 = 1;
-
-void applyMask(std::span<std::uint8_t> page) {
-    Rc4(kMaskKey).apply(page.subspan(kMaskOffset, kMaskBytes));
-}
 
 /// The whole days of the creation date, which mask the password.
 std::uint32_t passwordMask(base::Date created) {
@@ -74,18 +67,22 @@ bool Header::isJet4(base::ByteView beginning) {
            beginning.u32(kVersionOffset) == kVersionJet4;
 }
 
+void maskHeader(std::span<std::uint8_t> page) {
+    Rc4(kMaskKey).apply(page.subspan(kMaskOffset, kMaskBytes));
+}
+
 Header Header::read(base::ByteView page) {
     Header header;
     header.page_.assign(page.bytes().begin(), page.bytes().end());
     header.page_.resize(kPageSize);
-    applyMask(header.page_);
+    maskHeader(header.page_);
     const base::ByteView bytes{header.page_};
     header.freeMap = RowPointer::unpack(bytes.u32(kFreeMapOffset));
     header.secondMap = RowPointer::unpack(bytes.u32(kSecondMapOffset));
     for (std::size_t i = 0; i < header.systemTables.size(); ++i)
         header.systemTables[i] = bytes.u32(kSystemTablesOffset + 4 * i);
     header.codePage = bytes.u16(kCodePageOffset);
-    header.databaseKey = bytes.u32(kKeyOffset);
+    header.databaseKey = bytes.u32(kDatabaseKeyOffset);
     header.engineBuild = bytes.u32(kBuildOffset);
     header.textOrder = {bytes.u16(kOrderOffset), bytes.u8(kOrderOffset + 3)};
     header.created = {bytes.f64(kCreatedOffset)};
@@ -119,7 +116,7 @@ void Header::write(std::span<std::uint8_t> page) const {
     for (std::size_t i = 0; i < systemTables.size(); ++i)
         base::putU32(page, kSystemTablesOffset + 4 * i, systemTables[i]);
     base::putU16(page, kCodePageOffset, codePage);
-    base::putU32(page, kKeyOffset, databaseKey);
+    base::putU32(page, kDatabaseKeyOffset, databaseKey);
     const std::uint32_t mask = passwordMask(created);
     for (std::size_t i = 0; i < kMaxPasswordUnits; ++i) {
         const std::uint16_t unit = i < password.size() ? static_cast<std::uint16_t>(password[i]) : std::uint16_t{0};
@@ -129,7 +126,7 @@ void Header::write(std::span<std::uint8_t> page) const {
     base::putU16(page, kOrderOffset, textOrder.lcid);
     page[kOrderOffset + 3] = textOrder.version;
     base::putU64(page, kCreatedOffset, std::bit_cast<std::uint64_t>(created.days));
-    applyMask(page);
+    maskHeader(page);
 }
 
 }  // namespace jet

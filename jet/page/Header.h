@@ -66,4 +66,13 @@ private:
     base::Bytes page_;  ///< as read, unmasked
 };
 
+/// Masks or unmasks page 0 in place (both are the same step).
+/// @param page  at least 0x98 bytes
+void maskHeader(std::span<std::uint8_t> page);
+
+/// Offsets in the unmasked page 0, for a reader that cannot trust the whole of it.
+inline constexpr std::size_t kDatabaseKeyOffset = 0x3E;
+inline constexpr std::size_t kPasswordOffset = 0x42;
+inline constexpr std::size_t kCreatedOffset = 0x72;
+
 }  // namespace jet

@@ -355,10 +355,17 @@ void writeBlock(const TableDefinition& definition, std::span<std::uint8_t> bytes
 }  // namespace
 
 TableDefinition TableDefinition::read(PageSource& source, PageNumber page) {
+    std::vector<PageNumber> chain;
+    const base::Bytes joined = joinChain(source, page, chain);
+    TableDefinition definition = decode(base::ByteView{joined}, page);
+    definition.chain = std::move(chain);
+    return definition;
+}
+
+TableDefinition TableDefinition::decode(base::ByteView joined, PageNumber page) {
     TableDefinition definition;
     definition.page = page;
-    const base::Bytes joined = joinChain(source, page, definition.chain);
-    onPage(page, [&] { readAll(base::ByteView{joined}, definition); });
+    onPage(page, [&] { readAll(joined, definition); });
     return definition;
 }
 

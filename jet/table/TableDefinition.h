@@ -107,6 +107,10 @@ public:
     /// @throws RuntimeError (damage)
     static TableDefinition read(PageSource& source, PageNumber page);
 
+    /// The same for joined bytes. The chain of the result is empty.
+    /// @throws RuntimeError (damage)
+    static TableDefinition decode(base::ByteView joined, PageNumber page);
+
     /// The joined bytes, the first page's 8 bytes included.
     base::Bytes encode() const;
 

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <set>
+#include <vector>
+
+#include "jet/salvage/SalvagedTable.h"
+#include "jet/table/Catalog.h"
+#include "jet/table/PropertyBlob.h"
+
+namespace jet {
+
+/// An object of a damaged catalog, as far as its row can be read.
+struct SalvagedObject {
+    std::uint32_t id = 0;
+    std::optional<base::Text> name;
+    std::optional<std::int16_t> type;
+    std::uint32_t flags = 0;
+    std::optional<PropertyBlob> properties;  ///< nothing if they cannot be read
+    bool hadProperties = false;
+    RowPointer row;
+
+    bool isSystem() const { return (flags & CatalogEntry::kSystemFlags) != 0; }
+};
+
+/// One pair of columns of a relationship.
+struct SalvagedRelationship {
+    base::Text name;
+    std::uint32_t flags = 0;
+    std::uint32_t place = 0;      ///< of the pair
+    std::uint32_t pairCount = 0;
+    base::Text table, column;
+    base::Text referencedTable, referencedColumn;
+};
+
+/// The definition of a system table. All files have the same ones, so a damaged one is replaced.
+/// @param page  2 to 5
+DamagedDefinition systemDefinition(DamagedFile& file, PageNumber page);
+
+/// @param report  is called for each row that cannot be read whole
+std::vector<SalvagedObject> readObjects(const SalvagedTable& catalog, const SalvagedTable::Report& report);
+
+/// Only whole rows.
+std::vector<SalvagedRelationship> readRelationships(const SalvagedTable& table, const SalvagedTable::Report& report);
+
+/// The objects to which rows of MSysACEs give rights.
+std::set<std::uint32_t> readObjectsWithRights(const SalvagedTable& table);
+
+}  // namespace jet
