@@ -25,10 +25,15 @@ std::size_t DamagedDataPage::countSlots() const {
     const std::size_t stored = page_.bytes.u16(kSlotCountOffset);
     if (stored <= kMaxSlots && freeBytesAgree(stored)) return stored;
     const bool isLikely = stored <= kMaxSlots && impossibleSlots(stored) <= kDamagedWords;
+    std::size_t fewest = isLikely ? 1 : kDamagedWords + 1;
+    std::size_t best = isLikely ? stored : kMaxSlots + 1;
     for (std::size_t count = isLikely ? stored + 1 : 0; count <= kMaxSlots; ++count) {
-        if (freeBytesAgree(count) && impossibleSlots(count) == 0) return count;
+        const std::size_t impossible = freeBytesAgree(count) ? impossibleSlots(count) : fewest;
+        if (impossible >= fewest) continue;
+        fewest = impossible;
+        best = count;
     }
-    if (isLikely) return stored;
+    if (best <= kMaxSlots) return best;
     std::size_t count = 0;
     while (count < kMaxSlots && impossibleSlots(count + 1) == 0)
         ++count;

@@ -15,7 +15,11 @@ namespace {
 constexpr std::string_view kSignature{"Standard Jet DB\0", 16};
 constexpr std::size_t kSignatureOffset = 4;
 constexpr std::size_t kVersionOffset = 20;
-constexpr std::ptrdiff_t kDamagedUnits = 2;
+constexpr std::uint32_t kVersion = 1;
+constexpr std::uint32_t kLatestVersion = 6;
+/// So many bytes of the signature may be damaged. The signatures of other formats differ in more.
+constexpr std::ptrdiff_t kDamagedBytes = 2;
+constexpr std::size_t kShortestSignature = 13;  ///< letters and blanks
 
 /// The pages that show whether a key is right.
 constexpr PageNumber kWitnesses = 64;
@@ -107,7 +111,7 @@ PasswordAnswer compare(const Units& stored, base::TextView given) {
     Units wanted{};
     std::copy_n(given.begin(), std::min(given.size(), wanted.size()), wanted.begin());
     std::ptrdiff_t different = 0;
-    for (std::size_t i = 0; i < stored.size(); ++i)
+    for (std::size_t i = 0; i < std::min(stored.size(), std::max(exact.size(), given.size())); ++i)
         different += stored[i] != wanted[i] ? 1 : 0;
     const bool isNear = different <= 1 + static_cast<std::ptrdiff_t>(given.size() / 4);
     return {isNear, false, base::Text(given.substr(0, kMaxPasswordUnits))};
@@ -136,15 +140,15 @@ bool isOfOtherFormat(base::ByteView page0) {
     if (Header::isJet4(page0)) return false;
     const auto signature = page0.slice(kSignatureOffset, kSignature.size()).bytes();
     std::ptrdiff_t different = 0;
-    bool isText = true;
+    std::size_t letters = 0;
     for (std::size_t i = 0; i < kSignature.size(); ++i) {
         different += signature[i] != static_cast<std::uint8_t>(kSignature[i]) ? 1 : 0;
-        isText = isText && (signature[i] == 0 || (signature[i] >= 0x20 && signature[i] < 0x7F));
+        letters += signature[i] >= 0x20 && signature[i] < 0x7F ? 1 : 0;
     }
-    const bool isZero = std::ranges::all_of(signature, [](std::uint8_t byte) { return byte == 0; });
-    if (different > kDamagedUnits && isText && !isZero) return true;
+    if (different > kDamagedBytes && letters >= kShortestSignature) return true;
     // The version of another format of the same maker, under an undamaged signature.
-    return different == 0 && page0.u32(kVersionOffset) <= 8;
+    const std::uint32_t version = page0.u32(kVersionOffset);
+    return different == 0 && version != kVersion && version <= kLatestVersion;
 }
 
 PasswordAnswer tryPassword(base::ByteView page0, base::TextView given) {

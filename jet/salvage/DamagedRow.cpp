@@ -69,10 +69,10 @@ public:
         return true;
     }
 
-    /// All values can be read, and the null mask has no bits after the last column.
+    /// All values can be read, except for parts on other pages, and the null mask has no bits after the last column.
     bool isPerfect(std::span<const std::uint8_t> bytes) const {
         const unsigned columns = base::ByteView{bytes}.u16(0);
-        return row_.lost.empty() && (columns % 8 == 0 || (bytes.back() >> (columns % 8)) == 0);
+        return lostHere_ == 0 && (columns % 8 == 0 || (bytes.back() >> (columns % 8)) == 0);
     }
 
     /// The fixed area and the null mask, if the row has all columns.
@@ -102,6 +102,7 @@ private:
     void clear() {
         row_.values.assign(definition_.columnsEver, base::Null{});
         row_.lost.clear();
+        lostHere_ = 0;
     }
 
     template <typename Read>
@@ -110,14 +111,17 @@ private:
             row_.values[column.number] = std::forward<Read>(read)();
         } catch (const base::RuntimeError& error) {
             row_.lost.push_back({&column, reasonOf(error)});
+            lostHere_ += isElsewhere_ ? 0 : 1;
         }
+        isElsewhere_ = false;
     }
 
-    base::Value value(const RowView& view, const Column& column) const {
+    base::Value value(const RowView& view, const Column& column) {
         if (column.type == ColumnType::Boolean) return view.flag(column);
         if (view.isNull(column)) return base::Null{};
         const auto stored = view.stored(column);
         if (!column.isLongValue()) return decodeValue(column, stored, place_);
+        isElsewhere_ = stored.size() >= kLongValueReferenceBytes;
         return decodeValue(column, readDamagedLongValue(file_, stored, place_), place_);
     }
 
@@ -125,6 +129,8 @@ private:
     const TableDefinition& definition_;
     RowPointer place_;
     DamagedRow& row_;
+    std::size_t lostHere_ = 0;  ///< values lost through the bytes of the row itself
+    bool isElsewhere_ = false;  ///< the value being read is not in the row
 };
 
 /// The row with the counts that a new row of the table has. They are at both ends: that of the columns first, that of

@@ -12,6 +12,7 @@ constexpr PageNumber kFirstSystemTable = 2;
 constexpr PageNumber kLastSystemTable = 5;
 constexpr PageNumber kRelationshipsTable = 5;
 constexpr PageNumber kRightsTable = 3;
+constexpr PageNumber kQueriesTable = 4;
 constexpr std::size_t kMaxNameUnits = 64;
 
 bool isSystemPage(PageNumber page) {
@@ -88,6 +89,7 @@ void Salvage::readCatalog(const TablePages& pages, const std::vector<DamagedDefi
     isCatalogWhole_ = lostSystemRows_.empty() && catalog.definitionLosses().empty() && catalog.lostPages().empty() &&
                       rows >= catalog.definition().rowCount;
     relationships_ = readRelationships(system(kRelationshipsTable), report);
+    queryRows_ = readWholeRows(system(kQueriesTable), kQueriesTable);
     objectsWithRights_ = readObjectsWithRights(system(kRightsTable));
 }
 
@@ -114,12 +116,12 @@ void Salvage::addTable(DamagedDefinition definition, std::vector<PageNumber> pag
     const PageNumber page = definition.definition.page;
     TableOfSalvage table{.name = u"Tabelle_S" + base::decimal(page),
                          .isNameMade = true,
-                         .isSystem = false,
+                         .flags = 0,
                          .properties = {},
                          .hasLostProperties = true,
                          .rows = {file_, std::move(definition), std::move(pages), std::move(lostPages)}};
     if (const SalvagedObject* object = objectOf(page)) {
-        table.isSystem = object->isSystem();
+        table.flags = object->flags;
         table.hasLostProperties = !object->properties.has_value();
         if (object->properties) table.properties = *object->properties;
         if (object->name && isPossibleName(*object->name) && isNameFree(*object->name)) {

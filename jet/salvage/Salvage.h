@@ -14,7 +14,7 @@ namespace jet {
 struct TableOfSalvage {
     base::Text name;
     bool isNameMade = false;  ///< "Tabelle_S123": the catalog does not tell the name of the table on page 123
-    bool isSystem = false;    ///< a table of the engine's or of the program that made the file
+    std::uint32_t flags = 0;  ///< in the catalog
     PropertyBlob properties;
     bool hasLostProperties = false;
     SalvagedTable rows;
@@ -29,6 +29,9 @@ public:
     const std::vector<TableOfSalvage>& tables() const { return tables_; }
     const std::vector<SalvagedRelationship>& relationships() const { return relationships_; }
     const std::vector<SalvagedObject>& objects() const { return objects_; }
+
+    /// The rows of MSysQueries, by the column numbers of a fresh file.
+    const std::vector<std::vector<base::Value>>& queryRows() const { return queryRows_; }
 
     struct LostTable {
         base::Text name;
@@ -60,6 +63,7 @@ private:
     std::vector<TableOfSalvage> tables_;
     std::vector<SalvagedRelationship> relationships_;
     std::vector<SalvagedObject> objects_;
+    std::vector<std::vector<base::Value>> queryRows_;
     std::set<std::uint32_t> objectsWithRights_;
     bool isCatalogWhole_ = false;
     std::vector<LostTable> lostTables_;

@@ -34,6 +34,15 @@ public:
         return found ? std::optional(static_cast<std::uint32_t>(*found)) : std::nullopt;
     }
     base::Text text(base::TextView name) const { return value<base::Text>(name).value_or(base::Text{}); }
+    /// The values in the order of the columns of this design.
+    std::vector<base::Value> inOrderOf(const TableDesign& design) const {
+        std::vector<base::Value> values;
+        for (const ColumnDesign& wanted : design.columns) {
+            const Column* column = definition_.column(wanted.name);
+            values.push_back(column == nullptr ? base::Value{} : row_.values[column->number]);
+        }
+        return values;
+    }
     bool isLost(base::TextView name) const {
         return std::ranges::any_of(row_.lost, [&](const LostValue& lost) { return lost.column->name == name; });
     }
@@ -85,7 +94,10 @@ std::vector<SalvagedObject> readObjects(const SalvagedTable& catalog, const Salv
             object.type = values.value<std::int16_t>(u"Type");
             object.flags = values.number(u"Flags").value_or(0);
             object.row = place;
+            object.parentId = values.number(u"ParentId").value_or(0);
+            object.isWhole = row.lost.empty();
             readProperties(values, object);
+            if (object.type != CatalogEntry::kLocalTable) object.values = values.inOrderOf(systemTableDesigns()[0]);
             objects.push_back(std::move(object));
         },
         report);
@@ -108,6 +120,15 @@ std::vector<SalvagedRelationship> readRelationships(const SalvagedTable& table, 
         },
         report);
     return pairs;
+}
+
+std::vector<std::vector<base::Value>> readWholeRows(const SalvagedTable& table, PageNumber page) {
+    std::vector<std::vector<base::Value>> rows;
+    const TableDesign design = systemTableDesigns()[page - kFirstSystemTable];
+    table.eachRow([&](RowPointer, DamagedRow& row) {
+        if (row.lost.empty()) rows.push_back(NamedValues(table.definition(), row).inOrderOf(design));
+    });
+    return rows;
 }
 
 std::set<std::uint32_t> readObjectsWithRights(const SalvagedTable& table) {

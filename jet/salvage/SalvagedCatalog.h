@@ -19,9 +19,10 @@ struct SalvagedObject {
     std::uint32_t flags = 0;
     std::optional<PropertyBlob> properties;  ///< nothing if they cannot be read
     bool hadProperties = false;
+    std::uint32_t parentId = 0;
+    std::vector<base::Value> values;  ///< of an object that is no table, by the column numbers of a fresh file
+    bool isWhole = true;
     RowPointer row;
-
-    bool isSystem() const { return (flags & CatalogEntry::kSystemFlags) != 0; }
 };
 
 /// One pair of columns of a relationship.
@@ -43,6 +44,9 @@ std::vector<SalvagedObject> readObjects(const SalvagedTable& catalog, const Salv
 
 /// Only whole rows.
 std::vector<SalvagedRelationship> readRelationships(const SalvagedTable& table, const SalvagedTable::Report& report);
+
+/// Whole rows of any system table, by the column numbers of a fresh file.
+std::vector<std::vector<base::Value>> readWholeRows(const SalvagedTable& table, PageNumber page);
 
 /// The objects to which rows of MSysACEs give rights.
 std::set<std::uint32_t> readObjectsWithRights(const SalvagedTable& table);

@@ -44,37 +44,35 @@ TablePages::TablePages(DamagedFile& file, const PageScan& scan, std::span<const 
       lost_(tables.size()),
       hasAllRows_(tables.size()),
       entries_(tables.size()) {
-    const Claims claims = readClaims();
-    countRows(claims);
+    readClaims();
+    countRows();
     for (PageNumber page = 1; page < scan.pageCount(); ++page)
-        settle(page, claims);
-    findStrays(claims);
+        settle(page);
+    findStrays();
     for (auto& pages : pages_)
         std::ranges::sort(pages);
 }
 
-TablePages::Claims TablePages::readClaims() {
-    Claims claims;
-    claims.byHeader.resize(scan_.pageCount(), kNone);
-    claims.byMap.resize(scan_.pageCount(), kNone);
-    claims.hasMap.resize(tables_.size());
+void TablePages::readClaims() {
+    claims_.byHeader.resize(scan_.pageCount(), kNone);
+    claims_.byMap.resize(scan_.pageCount(), kNone);
+    claims_.hasMap.resize(tables_.size());
     std::vector<std::uint16_t> tableOn(scan_.pageCount(), kNone);
     for (std::size_t i = 0; i < tables_.size(); ++i)
         tableOn[tables_[i].definition.page] = static_cast<std::uint16_t>(i);
     for (PageNumber page = 1; page < scan_.pageCount(); ++page) {
         const std::uint32_t owner = scan_.owner(page);
-        if (scan_.kind(page) == PageKind::Data && owner < scan_.pageCount()) claims.byHeader[page] = tableOn[owner];
+        if (scan_.kind(page) == PageKind::Data && owner < scan_.pageCount()) claims_.byHeader[page] = tableOn[owner];
     }
     for (std::size_t i = 0; i < tables_.size(); ++i) {
         const auto map = readDamagedMap(file_, tables_[i].definition.ownedPages);
-        claims.hasMap[i] = map.has_value();
+        claims_.hasMap[i] = map.has_value();
         if (!map) continue;
         for (const PageNumber page : *map) {
-            if (claims.byMap[page] == kNone || claims.byHeader[page] == i)
-                claims.byMap[page] = static_cast<std::uint16_t>(i);
+            if (claims_.byMap[page] == kNone || claims_.byHeader[page] == i)
+                claims_.byMap[page] = static_cast<std::uint16_t>(i);
         }
     }
-    return claims;
 }
 
 std::size_t TablePages::rowsOn(PageNumber page) const {
@@ -89,39 +87,39 @@ std::size_t TablePages::rowsOn(PageNumber page) const {
 
 /// Finds out which tables have as many rows on the pages of their maps as the definition counts. Only tables with
 /// further pages are looked at.
-void TablePages::countRows(const Claims& claims) {
+void TablePages::countRows() {
     std::vector<bool> isNeeded(tables_.size());
     for (PageNumber page = 1; page < scan_.pageCount(); ++page) {
-        const std::uint16_t header = claims.byHeader[page];
-        const std::uint16_t map = claims.byMap[page];
+        const std::uint16_t header = claims_.byHeader[page];
+        const std::uint16_t map = claims_.byMap[page];
         if (header == map) continue;
         if (header != kNone) isNeeded[header] = true;
         if (map != kNone) isNeeded[map] = true;
     }
     std::vector<std::size_t> rows(tables_.size());
     for (PageNumber page = 1; page < scan_.pageCount(); ++page) {
-        const std::uint16_t header = claims.byHeader[page];
-        if (header != kNone && header == claims.byMap[page] && isNeeded[header]) rows[header] += rowsOn(page);
+        const std::uint16_t header = claims_.byHeader[page];
+        if (header != kNone && header == claims_.byMap[page] && isNeeded[header]) rows[header] += rowsOn(page);
     }
     for (std::size_t i = 0; i < tables_.size(); ++i)
-        hasAllRows_[i] = claims.hasMap[i] && rows[i] == tables_[i].definition.rowCount;
+        hasAllRows_[i] = claims_.hasMap[i] && rows[i] == tables_[i].definition.rowCount;
 }
 
-void TablePages::settle(PageNumber page, const Claims& claims) {
-    const std::uint16_t header = claims.byHeader[page];
-    const std::uint16_t map = claims.byMap[page];
+void TablePages::settle(PageNumber page) {
+    const std::uint16_t header = claims_.byHeader[page];
+    const std::uint16_t map = claims_.byMap[page];
     if (header != kNone && header == map) {
         pages_[header].push_back(page);
-    } else if (header != kNone && !scan_.isFree(page) && mayHaveRowsOf(page, header)) {
+    } else if (header != kNone && mayHaveRowsOf(page, header) && !isFreed(page, header)) {
         const Fit fit = fitOf(page, header);
         const bool isOfMap = map != kNone && !fit.isGood() && fitOf(page, map).isGood();
         if (isOfMap)
             pages_[map].push_back(page);
-        else if (fit.isGood() || fit.bad == 0)
+        else if (fit.good > 0 || fit.bad == 0)
             pages_[header].push_back(page);
         else
             lost_[header].push_back(page);
-    } else if (header == kNone && map != kNone && mayHaveRowsOf(page, map)) {
+    } else if (map != kNone && mayHaveRowsOf(page, map)) {
         // If the page is something else, a bit of the map is wrong.
         if (fitOf(page, map).isGood())
             pages_[map].push_back(page);
@@ -139,18 +137,27 @@ bool TablePages::mayHaveRowsOf(PageNumber page, std::size_t table) {
     return !entries.isComplete || entries.pages[page];
 }
 
+/// Whether the global map calls the page free, and no index contradicts it.
+bool TablePages::isFreed(PageNumber page, std::size_t table) {
+    return scan_.isFree(page) && !entriesOf(table).pages[page];
+}
+
 const TablePages::Entries& TablePages::entriesOf(std::size_t table) {
     auto& known = entries_[table];
     if (known) return *known;
     const TableDefinition& definition = tables_[table].definition;
     Entries& entries = known.emplace();
     entries.pages.resize(scan_.pageCount());
+    bool isSound = true;
     const auto add = [&](RowPointer row) {
-        if (row.page < entries.pages.size()) entries.pages[row.page] = true;
+        const bool isThere = row.page < entries.pages.size();
+        if (isThere) entries.pages[row.page] = true;
+        isSound = isSound && isThere && (claims_.byHeader[row.page] == table || claims_.byMap[row.page] == table);
     };
     for (const IndexDefinition& index : definition.indexes) {
+        isSound = true;
         const bool isRead = walkIndex(file_, definition, index, add);
-        entries.isComplete = entries.isComplete || (isRead && !index.ignoresNulls());
+        entries.isComplete = entries.isComplete || (isRead && isSound && !index.ignoresNulls());
     }
     if (entries.isComplete) return entries;
     for (PageNumber page = 1; page < scan_.pageCount(); ++page) {
@@ -162,13 +169,13 @@ const TablePages::Entries& TablePages::entriesOf(std::size_t table) {
 
 /// Pages that neither header nor map gives to a table: their header was damaged, and so was the map. The indexes may
 /// know them.
-void TablePages::findStrays(const Claims& claims) {
+void TablePages::findStrays() {
     for (PageNumber page = 2; page < scan_.pageCount(); ++page) {
         const bool isData = scan_.kind(page) == PageKind::Data;
         const bool isOfOtherUse = isData ? scan_.owner(page) == 0 || scan_.owner(page) == kLongValueOwner
                                          : scan_.kind(page) >= PageKind::TableDefinition &&
                                                scan_.kind(page) <= PageKind::UsageBitmap;
-        if (claims.byHeader[page] != kNone || claims.byMap[page] != kNone || isOfOtherUse || scan_.isFree(page))
+        if (claims_.byHeader[page] != kNone || claims_.byMap[page] != kNone || isOfOtherUse || scan_.isFree(page))
             continue;
         std::vector<std::size_t> owners;
         for (std::size_t table = 0; table < tables_.size(); ++table) {

@@ -48,11 +48,12 @@ private:
         bool isGood() const { return good > bad; }
     };
 
-    Claims readClaims();
-    void countRows(const Claims& claims);
-    void settle(PageNumber page, const Claims& claims);
+    void readClaims();
+    void countRows();
+    void settle(PageNumber page);
     bool mayHaveRowsOf(PageNumber page, std::size_t table);
-    void findStrays(const Claims& claims);
+    void findStrays();
+    bool isFreed(PageNumber page, std::size_t table);
     const Entries& entriesOf(std::size_t table);
     Fit fitOf(PageNumber page, std::size_t table) const;
     std::size_t rowsOn(PageNumber page) const;
@@ -63,6 +64,7 @@ private:
     std::vector<std::vector<PageNumber>> pages_;
     std::vector<std::vector<PageNumber>> lost_;
     std::vector<PageNumber> strange_;
+    Claims claims_;
     std::vector<bool> hasAllRows_;
     std::vector<std::optional<Entries>> entries_;
 };

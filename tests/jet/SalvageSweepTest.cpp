@@ -1,16 +1,19 @@
 #include <algorithm>
 #include <cstdio>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <map>
 #include <random>
 #include <set>
 
-#include "jet/salvage/Salvage.h"
+#include "jet/page/Header.h"
+#include "jet/salvage/Rebuild.h"
 #include "jet/storage/MemoryIo.h"
 #include "jet/table/LongValue.h"
 #include "tests/fuzz/Seeds.h"
 #include "tests/jet/CheckerDamages.h"
 #include "tests/support/Environment.h"
+#include "tests/support/SoundFile.h"
 
 namespace jet {
 namespace {
@@ -151,12 +154,27 @@ struct Figures {
 
 class SalvageSweep : public testing::Test {
 protected:
-    void check(const TrueTable& truth, const DamagedCopy& copy, const TableOfSalvage* table) {
+    using FoundRows = std::map<RowPointer, std::vector<base::Value>>;
+
+    /// The rows of the fresh file, by the places and column numbers that they had in the damaged one.
+    static FoundRows foundRows(PageSource& fresh, const TableOfSalvage& table) {
+        FoundRows found;
+        const auto made = openTable(fresh, table.name);
+        RowCursor cursor(*made);
+        table.rows.eachRow([&](RowPointer place, DamagedRow& row) {
+            EXPECT_TRUE(cursor.next());
+            std::vector<base::Value>& values = found[place];
+            values.resize(row.values.size());
+            for (const Column& column : table.rows.definition().columns)
+                values[column.number] = made->value(cursor.row().view, *made->definition().column(column.name));
+        });
+        EXPECT_FALSE(cursor.next());
+        return found;
+    }
+
+    void check(const TrueTable& truth, const DamagedCopy& copy, const TableOfSalvage* table, PageSource& fresh) {
         const bool isReadable = !copy.isHarmed(truth.definition);
-        std::map<RowPointer, DamagedRow> found;
-        if (table != nullptr) {
-            table->rows.eachRow([&](RowPointer place, DamagedRow& row) { found.emplace(place, std::move(row)); });
-        }
+        const FoundRows found = table == nullptr ? FoundRows{} : foundRows(fresh, *table);
         for (const auto& [place, row] : truth.rows) {
             const auto salvaged = found.find(place);
             const bool isOwned = !copy.isHarmed(row.owner) || !copy.isHarmed(truth.map);
@@ -172,13 +190,13 @@ protected:
         if (isReadable) expectNoOthers(truth, found, copy);
     }
 
-    void compare(const TrueTable& truth, RowPointer place, const TrueRow& row, const DamagedRow& salvaged,
+    void compare(const TrueTable& truth, RowPointer place, const TrueRow& row, const std::vector<base::Value>& salvaged,
                  const DamagedCopy& copy, const TableOfSalvage& table) {
         for (const Column& column : table.rows.definition().columns) {
             const auto parts = row.longValues.find(column.number);
             const bool mayBeLost = parts != row.longValues.end() && copy.isHarmed(parts->second);
             figures_.lostValues += mayBeLost ? 1 : 0;
-            const base::Value& value = salvaged.values[column.number];
+            const base::Value& value = salvaged[column.number];
             EXPECT_TRUE(mayBeLost || value == row.values[column.number])
                 << base::toUtf8(truth.name) << " row " << place.page << "/" << +place.slot << " column "
                 << base::toUtf8(column.name);
@@ -186,7 +204,7 @@ protected:
     }
 
     /// What was no row is none, unless the words that say so were changed.
-    void expectNoOthers(const TrueTable& truth, const std::map<RowPointer, DamagedRow>& found, const DamagedCopy& copy) {
+    void expectNoOthers(const TrueTable& truth, const FoundRows& found, const DamagedCopy& copy) {
         for (const auto& [place, row] : found) {
             if (truth.rows.contains(place)) continue;
             const auto moved = truth.moved.find(place);
@@ -196,26 +214,41 @@ protected:
         }
     }
 
+    void keep(const base::Bytes& file, const std::string& folder) {
+        std::ofstream out(folder + "/" + std::to_string(figures_.copies) + ".mdb", std::ios::binary);
+        out.write(reinterpret_cast<const char*>(file.data()), static_cast<std::streamsize>(file.size()));
+    }
+
     void tryOne(const Seed& seed, const std::map<PageNumber, TrueTable>& truth, std::mt19937& random) {
         const DamagedCopy copy(seed.file, random);
+        if (const char* w = std::getenv("DBG"); w && std::to_string(number_) == w) { auto* f = std::fopen("/tmp/dbg.mdb","wb"); std::fwrite(copy.file.data(),1,copy.file.size(),f); std::fclose(f);}
         ++figures_.copies;
         MemoryIo io(copy.file);
         try {
-            DamagedFile file(io, u"Probe.mdb", kSeedPassword);
+            const Header header = Header::read(base::ByteView{std::span(seed.file).first(kPageSize)});
+            DamagedFile file(io, u"Probe.mdb", header.password);
+            MemoryIo made;
+            rebuild(file, made);
+            EXPECT_EQ(test::faultsIn(made.bytes(), header.password), "");
+            if (const char* folder = std::getenv("TOLV_SALVAGE_OUT")) keep(made.bytes(), folder);
+            Database database = Database::open(std::make_unique<MemoryIo>(made.bytes()), u"Neu.mdb", header.password);
+            auto fresh = database.beginRead();
             const Salvage salvage(file);
             for (const auto& [page, table] : truth) {
                 const auto found = std::ranges::find_if(salvage.tables(), [&, wanted = page](const TableOfSalvage& each) {
                     return each.rows.definition().page == wanted;
                 });
-                check(table, copy, found == salvage.tables().end() ? nullptr : &*found);
+                check(table, copy, found == salvage.tables().end() ? nullptr : &*found, fresh);
             }
         } catch (const base::RuntimeError& error) {
             ++figures_.refused;
-            std::printf("refused: %s\n", base::toUtf8(error.description()).c_str());
+            std::string d; for (std::size_t i=0;i<0x98;++i) if(copy.file[i]!=seed.file[i]) d+=std::to_string(i)+":"+std::to_string(seed.file[i])+">"+std::to_string(copy.file[i])+" ";
+            std::printf("refused: %s %zu %s [%s] %s\n", seed.name.c_str(), number_, std::to_string(copy.file.size()/4096).c_str(), d.c_str(), base::toUtf8(error.description()).c_str());
         }
     }
 
     Figures figures_;
+    std::size_t number_=0;
 };
 
 /// TOLV_SALVAGE copies of the seeds; TOLV_CORPUS adds files by other programs.
@@ -231,7 +264,7 @@ TEST_F(SalvageSweep, EveryRowWhoseBytesAreUnharmedIsFoundAndNoOther) {
         for (std::size_t copy = i; copy < count; copy += all.size()) {
             SCOPED_TRACE(all[i].name + ", random seed " + std::to_string(randomSeed) + ", copy " + std::to_string(copy));
             std::mt19937 own(random());
-            tryOne(all[i], truth, own);
+            number_=copy; tryOne(all[i], truth, own);
         }
     }
     std::printf("%zu copies, %zu refused; %zu of %zu unharmed rows found, %zu of %zu harmed ones; %zu values lost\n",

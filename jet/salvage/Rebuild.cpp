@@ -1,0 +1,108 @@
+#include "jet/salvage/Rebuild.h"
+
+#include <algorithm>
+#include <deque>
+#include <map>
+#include <utility>
+
+#include "jet/fresh/SystemTables.h"
+#include "jet/page/Header.h"
+#include "jet/salvage/FreshCatalog.h"
+
+namespace jet {
+namespace {
+
+/// The order of texts that most columns have.
+TextOrder usualOrder(const Salvage& salvage) {
+    std::map<std::pair<std::uint16_t, std::uint8_t>, std::size_t> counts;
+    for (const TableOfSalvage& table : salvage.tables()) {
+        for (const Column& column : table.rows.definition().columns) {
+            if (column.isText()) ++counts[{column.textOrder.lcid, column.textOrder.version}];
+        }
+    }
+    const auto most = std::ranges::max_element(counts, {}, [](const auto& each) { return each.second; });
+    return most == counts.end() ? TextOrder{} : TextOrder{most->first.first, most->first.second};
+}
+
+class Rebuild {
+public:
+    Rebuild(DamagedFile& file, PageIo& io)
+        : file_(file), io_(io), salvage_(file), pages_(io, file.databaseKey()), maps_(pages_), catalog_(pages_, maps_) {}
+
+    SalvageReport run() {
+        const TextOrder order = usualOrder(salvage_);
+        report_.tables.resize(salvage_.tables().size());
+        for (std::size_t i = 0; i < salvage_.tables().size(); ++i)
+            plans_.emplace_back(salvage_.tables()[i], order, report_.tables[i]);
+        RelationshipPlans relationships(salvage_, plans_, report_);
+        for (std::size_t i = 0; i < plans_.size(); ++i)
+            plans_[i].survey([&](const std::vector<base::Value>& row) { relationships.addRow(i, row); });
+        std::vector<PageNumber> definitionPages;
+        for (std::size_t i = 0; i < plans_.size(); ++i)
+            definitionPages.push_back(pages_.allocate());
+        relationships.settle(definitionPages);
+        for (std::size_t i = 0; i < plans_.size(); ++i)
+            write(plans_[i], definitionPages[i]);
+        catalog_.addRelationships(relationships, plans_);
+        catalog_.addObjects(salvage_, report_);
+        finish(order);
+        reportRest();
+        return std::move(report_);
+    }
+
+private:
+    void write(TablePlan& plan, PageNumber page) {
+        TableDefinition definition = plan.definition();
+        definition.page = page;
+        maps_.startPage();
+        FreshTable table(pages_, maps_, plan.name(), std::move(definition));
+        plan.eachRow([&](const std::vector<base::Value>& row) { table.addRow(row); });
+        table.finish();
+        catalog_.addTable(plan, page);
+    }
+
+    void finish(TextOrder order) {
+        catalog_.finish();
+        maps_.finish();
+        writeGlobalMap(pages_);
+        Header header = Header::fresh(knownCreationStamp().date);
+        header.password = file_.password();
+        header.databaseKey = file_.databaseKey();
+        header.textOrder = order;
+        base::Bytes page(kPageSize);
+        header.write(page);
+        pages_.write(0, page);
+        io_.sync();
+    }
+
+    void reportRest() {
+        for (const Salvage::LostTable& lost : salvage_.lostTables()) {
+            report_.file.lostRows += lost.rows;
+            report_.file.lose(u"Die Tabelle '" + lost.name + u"' ist nicht lesbar: Ihr Bauplan auf Seite " +
+                              base::decimal(lost.page) + u" ist zerstört; " +
+                              countText(lost.rows, u"Datensatz ist", u"Datensätze sind") + u" verloren.");
+        }
+        for (const Salvage::LostRow& lost : salvage_.lostSystemRows())
+            report_.file.lose(placeText(lost.row) + u": " + lost.reason + u".");
+        if (!file_.isPasswordCertain())
+            report_.remarks.emplace_back(
+                u"Das Datenbankkennwort ist nicht mehr ganz lesbar; die neue Datei hat das angegebene.");
+    }
+
+    DamagedFile& file_;
+    PageIo& io_;
+    Salvage salvage_;
+    SalvageReport report_;
+    FreshPages pages_;
+    FreshMaps maps_;
+    FreshCatalog catalog_;
+    std::deque<TablePlan> plans_;
+};
+
+}  // namespace
+
+SalvageReport rebuild(DamagedFile& file, PageIo& io) {
+    return Rebuild(file, io).run();
+}
+
+}  // namespace jet
