@@ -17,6 +17,7 @@ constexpr int kExitError = 2;
 int create(std::span<const base::Text> arguments, Console& console);
 int check(std::span<const base::Text> arguments, Console& console);
 int exec(std::span<const base::Text> arguments, Console& console);
+int import(std::span<const base::Text> arguments, Console& console);
 int backup(std::span<const base::Text> arguments, Console& console);
 int compact(std::span<const base::Text> arguments, Console& console);
 int tables(std::span<const base::Text> arguments, Console& console);

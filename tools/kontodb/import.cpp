@@ -1,0 +1,78 @@
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "accounts/AccountTable.h"
+#include "jet/Errors.h"
+#include "jet/transaction/Transaction.h"
+#include "tools/kontodb/AccountImport.h"
+#include "tools/kontodb/CommandLine.h"
+#include "tools/kontodb/Commands.h"
+#include "tools/kontodb/ProtectedFile.h"
+#include "tools/kontodb/Signals.h"
+
+namespace kontodb {
+namespace {
+
+constexpr base::TextView kDryRunFlag = u"--dry-run";
+constexpr std::size_t kMostBytesOfALine = std::size_t{1} << 20U;
+
+std::string contentOf(const base::Text& path) {
+    std::ifstream file(std::filesystem::path(path), std::ios::binary);
+    if (!file) throw jet::fileNotFound(path);
+    std::string content{std::istreambuf_iterator<char>(file), {}};
+    if (file.bad()) throw jet::accessDenied(path);  // a folder, which opens and cannot be read
+    return content;
+}
+
+std::string standardInput(const CommandLine& line, Console& console) {
+    if (line.option(kPasswordFileOption) == base::Text(kStandardInput))
+        throw UsageError(u"Aus der Standardeingabe kommen entweder die Konten oder das Kennwort.");
+    std::string content;
+    for (std::string part = console.readLine(kMostBytesOfALine); !part.empty();
+         part = console.readLine(kMostBytesOfALine))
+        content += part;
+    return content;
+}
+
+std::string numberOfAccounts(std::size_t count) {
+    return std::to_string(count) + (count == 1 ? " Konto" : " Konten");
+}
+
+/// @return whether there were none
+bool reportFaults(const std::vector<ImportFault>& faults, Console& console) {
+    for (const ImportFault& fault : faults)
+        console.printError("Zeile " + std::to_string(fault.line) + ": " + base::toUtf8(fault.reason) + "\n");
+    if (!faults.empty()) console.printError("Nichts wurde geschrieben.\n");
+    return faults.empty();
+}
+
+}  // namespace
+
+int import(std::span<const base::Text> arguments, Console& console) {
+    const CommandLine line(arguments, {kPasswordOption, kPasswordFileOption}, {kDryRunFlag});
+    line.requireOperands({u"DATEI", u"CSV"});
+    const base::Text& source = line.operand(1);
+    const AccountImport accounts(readCsv(source == kStandardInput ? standardInput(line, console) : contentOf(source)));
+    jet::Database database = openProtected(line.operand(0), line, console, jet::LeftJournalRule::RollBack);
+
+    const Interruption interruption;
+    jet::Transaction transaction(database, jet::WriteKind::Execute);
+    jet::TableWriter writer(transaction, tolv::accountTable::kTable, jet::WriteKind::Execute);
+    if (!reportFaults(accounts.faults(writer.table()), console)) return kExitError;
+    accounts.insert(writer);
+    Interruption::check();
+    const std::string count = numberOfAccounts(accounts.count());
+    if (line.flag(kDryRunFlag)) {
+        console.print(count + " ohne Fehler; mit --dry-run wird nichts geschrieben\n");
+        return kExitSuccess;
+    }
+    transaction.commit();
+    console.printDone(
+        count + " angelegt. Das Initialpasswort ist " + base::toUtf8(tolv::accountTable::kInitialPassword) + ".\n",
+        u"Die Konten sind trotzdem angelegt.");
+    return kExitSuccess;
+}
+
+}  // namespace kontodb
