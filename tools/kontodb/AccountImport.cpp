@@ -8,6 +8,8 @@
 #include "base/RuntimeError.h"
 #include "jet/Errors.h"
 #include "jet/value/SortKey.h"
+#include "tools/kontodb/Progress.h"
+#include "tools/kontodb/Signals.h"
 
 namespace kontodb {
 namespace {
@@ -100,6 +102,8 @@ base::Text AccountImport::faultOf(const CsvRecord& record, const jet::TableDefin
         if (isTooLong(text, column))
             return what + base::Text(u" ist länger als ") + count(column.lengthBytes / 2U) + u" Zeichen";
     }
+    if (field(record, places_.name).find(u'\'') != base::Text::npos)
+        return u"der Benutzername enthält einen Apostroph, den die Benutzerkontenverwaltung nicht speichern kann";
     if (const base::Text text = field(record, places_.programUpdate); !yesOrNo(text))
         return u"'" + text + u"' ist bei " + base::Text(table::kProgUpdate) + u" weder 1 noch 0";
     return {};
@@ -119,14 +123,18 @@ std::vector<ImportFault> AccountImport::faults(const jet::Table& accounts) const
     return faults;
 }
 
-void AccountImport::insert(jet::TableWriter& writer) const {
+void AccountImport::insert(jet::TableWriter& writer, Console& console) const {
     const jet::TableDefinition& definition = writer.table().definition();
     const auto number = [&](base::TextView name) { return columnOf(definition, name).number; };
     const std::uint16_t name = number(table::kName);
     const std::uint16_t password = number(table::kPass);
     const std::uint16_t path = number(table::kServerPath);
     const std::uint16_t update = number(table::kProgUpdate);
+    Progress progress(console, "Die Konten werden angelegt");
+    std::size_t done = 0;
     for (const CsvRecord& record : records_) {
+        Interruption::check();
+        progress.at(done++, records_.size());
         try {
             writer.insert(
                 std::vector<jet::Assignment>{{name, field(record, places_.name)},

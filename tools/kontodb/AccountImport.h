@@ -8,6 +8,7 @@
 
 #include "jet/change/TableWriter.h"
 #include "jet/table/TableDefinition.h"
+#include "tools/kontodb/Console.h"
 #include "tools/kontodb/CsvText.h"
 
 namespace kontodb {
@@ -34,8 +35,8 @@ public:
     std::vector<ImportFault> faults(const jet::Table& table) const;
 
     /// Adds all accounts. There must be no faults.
-    /// @throws RuntimeError of the engine, with the line before its description
-    void insert(jet::TableWriter& writer) const;
+    /// @throws RuntimeError of the engine, with the line before its description; Interrupted
+    void insert(jet::TableWriter& writer, Console& console) const;
 
 private:
     /// Where the columns are in a record.

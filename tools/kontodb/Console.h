@@ -20,6 +20,9 @@ public:
     /// Whether what is printed goes to somebody who reads it on a screen.
     virtual bool isTerminal() { return false; }
 
+    /// The same for errors.
+    virtual bool isErrorTerminal() { return false; }
+
     /// Asks the user, who types unseen.
     /// @return nothing if there is no terminal to ask at
     virtual std::optional<base::Text> askPassword(base::TextView /*prompt*/) { return std::nullopt; }

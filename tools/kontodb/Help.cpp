@@ -111,6 +111,25 @@ Beispiele:
   kontodb exec BenKTO.mdb "DELETE FROM Benutzerkonto WHERE BenKTO_ID = 17"
   kontodb exec BenKTO.mdb --file aenderungen.sql --dry-run
 )"},
+    {u"import", R"(kontodb import DATEI CSV [--dry-run] [--password KENNWORT | --password-file DATEI]
+
+Legt Konten an, für jede Zeile der CSV-Datei eines, nach den Regeln des Kontenfensters:
+Name und Pfad müssen da sein, ein anderes Konto darf nicht so heißen, und jedes Konto
+bekommt das Initialpasswort. Ist eine Zeile falsch, wird jede falsche genannt und nichts
+geschrieben. Mit - statt CSV kommen die Zeilen aus der Standardeingabe.
+
+  --dry-run  prüft nur und schreibt nichts
+
+Die erste Zeile nennt die Spalten in beliebiger Folge: BenKTO_Name (oder Benutzername),
+BenKTO_ServerPath (oder ServerPath) und, wenn es sein soll, BenKTO_R_ProgUpdate (oder
+Programmupdate) mit 1 oder 0. BenKTO_ID und BenKTO_Pass dürfen dastehen und zählen nicht.
+Gelesen wird, was query mit --csv schreibt und was Tabellenkalkulationen speichern: mit
+Semikolon, Komma oder Tabulator, in UTF-8 oder Windows-1252.
+
+Beispiele:
+  kontodb import BenKTO.mdb neue.csv --dry-run
+  kontodb import BenKTO.mdb neue.csv
+)"},
     {u"backup", R"(kontodb backup DATEI ZIEL [--password KENNWORT | --password-file DATEI]
 
 Macht eine genaue Kopie, auch während andere mit der Datei arbeiten: Wer mit der
@@ -172,6 +191,7 @@ constexpr std::string_view kOverview = R"(kontodb - Dateien von Access 2000 bis 
   kontodb schema DATEI [TABELLE]           zeigt Spalten, Indizes und Beziehungen
   kontodb query DATEI "SELECT ..."         gibt Zeilen aus
   kontodb exec DATEI "UPDATE|DELETE|INSERT ..."   ändert Zeilen
+  kontodb import DATEI CSV                 legt Konten aus einer CSV-Datei an
   kontodb compact DATEI ZIEL               schreibt eine Datei neu und kleiner
   kontodb backup DATEI ZIEL                sichert eine Datei, auch während der Arbeit
   kontodb help [BEFEHL | sql]              erklärt einen Befehl oder die Anweisungen

@@ -86,6 +86,10 @@ bool StandardConsole::isTerminal() {
     return isWindow(stdout);
 }
 
+bool StandardConsole::isErrorTerminal() {
+    return isWindow(stderr);
+}
+
 std::optional<base::Text> StandardConsole::askPassword(base::TextView prompt) {
     if (!isInputTerminal()) return std::nullopt;
     printError(base::toUtf8(prompt));

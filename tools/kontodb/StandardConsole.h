@@ -15,6 +15,7 @@ public:
     void print(std::string_view utf8) override;
     void printError(std::string_view utf8) override;
     bool isTerminal() override;
+    bool isErrorTerminal() override;
     std::optional<base::Text> askPassword(base::TextView prompt) override;
     std::string readLine(std::size_t mostBytes) override;
     void flush() override;

@@ -11,6 +11,7 @@
 #include "tools/kontodb/PrivateFile.h"
 #include "tools/kontodb/ProtectedFile.h"
 #include "tools/kontodb/Signals.h"
+#include "tools/kontodb/WatchedPages.h"
 
 namespace kontodb {
 namespace {
@@ -18,23 +19,27 @@ namespace {
 constexpr std::uint64_t kBytesAtOnce = std::uint64_t{256} * 1024;
 
 /// Byte by byte: the password, the encoding and what nobody knows of the format come along.
-void copyBytes(jet::PageIo& from, std::uint64_t sizeBytes, jet::PageIo& to) {
+void copyBytes(jet::PageIo& from, std::uint64_t sizeBytes, jet::PageIo& to, Console& console) {
+    Progress progress(console, "Die Datei wird kopiert");
     std::vector<std::uint8_t> bytes;
     for (std::uint64_t at = 0; at < sizeBytes; at += bytes.size()) {
         bytes.resize(static_cast<std::size_t>(std::min(kBytesAtOnce, sizeBytes - at)));
         from.read(at, bytes);
         to.write(at, bytes);
+        progress.at(at, sizeBytes);
     }
 }
 
-std::size_t faultsIn(jet::PageIo& copy, const base::Text& path, const base::Text& password) {
+std::size_t faultsIn(jet::PageIo& copy, const base::Text& path, const base::Text& password, Console& console) {
     jet::Database database = jet::Database::open(std::make_unique<InterruptibleIo>(copy), path, password);
     auto operation = database.beginRead();
-    return jet::checkDatabase(operation, operation.sizeBytes()).findings.faultCount();
+    Progress progress(console, "Die Kopie wird geprüft");
+    WatchedPages pages(operation, progress);
+    return jet::checkDatabase(pages, operation.sizeBytes()).findings.faultCount();
 }
 
 /// @return the faults of the copy, which are those of the file
-std::size_t copyFile(jet::Database& database, const base::Text& target) {
+std::size_t copyFile(jet::Database& database, const base::Text& target, Console& console) {
     const Interruption interruption;
     const auto file = newPrivateFile(target);
     InterruptibleIo io(file->io());
@@ -42,10 +47,10 @@ std::size_t copyFile(jet::Database& database, const base::Text& target) {
     {
         const auto operation = database.beginRead();
         password = operation.header().password;
-        copyBytes(*jet::openFile(database.path(), jet::OpenMode::Read), operation.sizeBytes(), io);
+        copyBytes(*jet::openFile(database.path(), jet::OpenMode::Read), operation.sizeBytes(), io, console);
     }
     io.sync();
-    const std::size_t faults = faultsIn(file->io(), target, password);
+    const std::size_t faults = faultsIn(file->io(), target, password, console);
     Interruption::check();
     file->publish();
     shareLike(database.path(), target);
@@ -60,7 +65,7 @@ int backup(std::span<const base::Text> arguments, Console& console) {
     const base::Text& target = line.operand(1);
     jet::Database database = openProtected(line.operand(0), line, console);
     warnOfOriginalUser(line.operand(0), u"kopiert", console);
-    const std::size_t faults = copyFile(database, target);
+    const std::size_t faults = copyFile(database, target, console);
     if (faults > 0) {
         console.printDone("Fehler: '" + base::toUtf8(target) + "' ist eine genaue Kopie, und die Datei hat " +
                               std::to_string(faults) + " Fehler. Welche, zeigt: kontodb check DATEI\n",

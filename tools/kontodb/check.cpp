@@ -6,6 +6,8 @@
 #include "tools/kontodb/CommandLine.h"
 #include "tools/kontodb/Commands.h"
 #include "tools/kontodb/ProtectedFile.h"
+#include "tools/kontodb/Signals.h"
+#include "tools/kontodb/WatchedPages.h"
 
 namespace kontodb {
 namespace {
@@ -19,6 +21,13 @@ void printFindings(const jet::Findings& findings, jet::Finding::Kind kind, std::
     }
     if (count > jet::Findings::kMaxKept)
         console.print("... und " + std::to_string(count - jet::Findings::kMaxKept) + std::string(rest));
+}
+
+jet::CheckResult watchedCheck(jet::ReadOperation& operation, Console& console) {
+    const Interruption interruption;
+    Progress progress(console, "Die Datei wird geprüft");
+    WatchedPages pages(operation, progress);
+    return jet::checkDatabase(pages, operation.sizeBytes());
 }
 
 std::string summary(const jet::CheckResult& result) {
@@ -44,7 +53,7 @@ int check(std::span<const base::Text> arguments, Console& console) {
         console.print("Fehler: " + base::toUtf8(jet::journalLeft(database.path(), *journal).description()) + "\n");
         return kExitFaultsFound;
     }
-    const jet::CheckResult result = jet::checkDatabase(operation, operation.sizeBytes());
+    const jet::CheckResult result = watchedCheck(operation, console);
     const jet::Findings& findings = result.findings;
     printFindings(findings, jet::Finding::Kind::Fault, findings.faultCount(), " weitere Fehler\n", console);
     if (line.flag(kNotesFlag))

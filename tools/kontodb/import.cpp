@@ -7,6 +7,7 @@
 #include "jet/Errors.h"
 #include "jet/transaction/Transaction.h"
 #include "tools/kontodb/AccountImport.h"
+#include "tools/kontodb/AlignedColumns.h"
 #include "tools/kontodb/CommandLine.h"
 #include "tools/kontodb/Commands.h"
 #include "tools/kontodb/ProtectedFile.h"
@@ -43,7 +44,8 @@ std::string numberOfAccounts(std::size_t count) {
 /// @return whether there were none
 bool reportFaults(const std::vector<ImportFault>& faults, Console& console) {
     for (const ImportFault& fault : faults)
-        console.printError("Zeile " + std::to_string(fault.line) + ": " + base::toUtf8(fault.reason) + "\n");
+        console.printError("Zeile " + std::to_string(fault.line) + ": " + withoutControls(base::toUtf8(fault.reason)) +
+                           "\n");
     if (!faults.empty()) console.printError("Nichts wurde geschrieben.\n");
     return faults.empty();
 }
@@ -55,17 +57,19 @@ int import(std::span<const base::Text> arguments, Console& console) {
     line.requireOperands({u"DATEI", u"CSV"});
     const base::Text& source = line.operand(1);
     const AccountImport accounts(readCsv(source == kStandardInput ? standardInput(line, console) : contentOf(source)));
-    jet::Database database = openProtected(line.operand(0), line, console, jet::LeftJournalRule::RollBack);
+    const bool isDryRun = line.flag(kDryRunFlag);
+    const auto leftJournal = isDryRun ? jet::LeftJournalRule::Refuse : jet::LeftJournalRule::RollBack;
+    jet::Database database = openProtected(line.operand(0), line, console, leftJournal);
 
     const Interruption interruption;
     jet::Transaction transaction(database, jet::WriteKind::Execute);
     jet::TableWriter writer(transaction, tolv::accountTable::kTable, jet::WriteKind::Execute);
     if (!reportFaults(accounts.faults(writer.table()), console)) return kExitError;
-    accounts.insert(writer);
-    Interruption::check();
+    accounts.insert(writer, console);
     const std::string count = numberOfAccounts(accounts.count());
-    if (line.flag(kDryRunFlag)) {
-        console.print(count + " ohne Fehler; mit --dry-run wird nichts geschrieben\n");
+    if (isDryRun) {
+        console.print(count + " ohne Fehler\n");
+        console.printError("Probelauf: Die Datei ist unverändert.\n");
         return kExitSuccess;
     }
     transaction.commit();
