@@ -114,7 +114,12 @@ with tempfile.TemporaryDirectory() as temporary:
     linux = next(name for name in made if name.endswith(".tar.gz"))
     tarfile.open(fileobj=io.BytesIO(made[linux])).extractall(here)
     program = here / linux.removesuffix(".tar.gz") / "kontodb"
-    rule("linux", ["kontodb needs libraries"] * (b"INTERP" in output("readelf", "-lW", program)))
+    found = {path.name for path in program.parent.iterdir()}
+    completed = output("bash", "-c", f"""compopt() {{ :; }}; . '{program}.bash'
+        COMP_WORDS=(kontodb query BenKTO.mdb --cs) COMP_CWORD=3; _kontodb; echo "${{COMPREPLY[*]}}" """).decode()
+    rule("linux", ["kontodb needs libraries"] * (b"INTERP" in output("readelf", "-lW", program))
+         + [f"holds {sorted(found)}"] * (found != {"kontodb", "kontodb.1", "kontodb.bash", "Handbuch.html"})
+         + [f"--cs is completed to {completed}"] * (completed != "--csv\n"))
     elsewhere = make("out/again/packages", TZ="Pacific/Auckland", LC_ALL="de_DE.UTF-8", umask="077")
     rule("the same bytes", [f"{name} differs" for name in made if made[name] != elsewhere.get(name)])
     rule("signatures", signatures(here))
