@@ -141,7 +141,7 @@ def main():
         for count in (1000, 100000, 1000000):
             files[count] = f"{folder}/{count}.mdb"
             start = time.perf_counter()
-            subprocess.run([KONTODB, "create", files[count], "--accounts", str(count)], check=True,
+            subprocess.run([KONTODB, "create", files[count], "--accounts", str(count), "--password", PASSWORD], check=True,
                            stdout=subprocess.DEVNULL)
             print(f"{count:9,} accounts made in {(time.perf_counter() - start) * 1000:.0f} ms, "
                   f"{os.path.getsize(files[count]) / 1e6:.1f} MB")

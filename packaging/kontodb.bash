@@ -17,7 +17,7 @@ _kontodb() {
             compopt +o default
             COMPREPLY=($(compgen -W 'create check tables schema query exec import backup sql' -- "$word"))
             return ;;
-        create) options='--accounts --help --password --seed' ;;
+        create) options='--accounts --help --password --password-file --seed' ;;
         check) options='--help --notes --password --password-file' ;;
         tables) options='--help --json --password --password-file' ;;
         schema) options='--help --json --password --password-file --sql' ;;

@@ -31,6 +31,26 @@ TEST_F(Create, ProtectsTheFileWithTheToolsPasswordUnlessToldOtherwise) {
     EXPECT_FALSE(opens(path(u"anders.mdb"), u"HwendorpliqZ"));
     EXPECT_EQ(call({u"create", path(u"offen.mdb"), u"--password", u""}).exitCode, kExitSuccess);
     EXPECT_TRUE(opens(path(u"offen.mdb"), u""));
+    EXPECT_EQ(call({u"create", path(u"gelesen.mdb"), u"--password-file", u"-"}, {}, "aus der Zeile\n").exitCode,
+              kExitSuccess);
+    EXPECT_TRUE(opens(path(u"gelesen.mdb"), u"aus der Zeile"));
+    EXPECT_EQ(call({u"create", path(u"getippt.mdb")}, u"getippt").exitCode, kExitSuccess);
+    EXPECT_TRUE(opens(path(u"getippt.mdb"), u"getippt"));
+    EXPECT_EQ(call({u"create", path(u"leer.mdb")}, u"").exitCode, kExitSuccess);
+    EXPECT_TRUE(opens(path(u"leer.mdb"), u"HwendorpliqZ"));
+}
+
+TEST_F(Create, AsksTwiceForThePasswordAndNotInVain) {
+    struct Typist final : FakeConsole {
+        std::optional<Text> askPassword(base::TextView) override { return Text(++questions, u'x'); }
+        std::size_t questions = 0;
+    } typist;
+    EXPECT_EQ(run(std::vector<Text>{u"create", path(u"neu.mdb")}, typist), kExitError);
+    EXPECT_NE(typist.errors.find("Die beiden Eingaben sind verschieden."), std::string::npos) << typist.errors;
+    EXPECT_EQ(names().size(), 0U);
+    std::ofstream(folder_ / "neu.mdb") << "vorher";
+    EXPECT_EQ(run(std::vector<Text>{u"create", path(u"neu.mdb")}, typist), kExitError);
+    EXPECT_EQ(typist.questions, 2U);
 }
 
 TEST_F(Create, LeavesAnExistingFileAsItIsAndNoHalfFileBehind) {

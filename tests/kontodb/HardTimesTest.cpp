@@ -1,6 +1,7 @@
 #include <chrono>
 #include <csignal>
 #include <fcntl.h>
+#include <iostream>
 #include <pty.h>
 #include <sys/ioctl.h>
 #include <sys/resource.h>
@@ -64,6 +65,36 @@ TEST_F(HardTimes, WritesAllOrNothingWhereTheRoomEndsAnywhere) {
         ASSERT_EQ(names().size(), code == kDiskFull ? 1U : 2U) << limit;
     }
     EXPECT_EQ(contentOf(newFile), before);
+}
+
+TEST_F(HardTimes, SaysWhatIsWriteProtected) {
+    namespace fs = std::filesystem;
+    ASSERT_EQ(call({u"create", file_, u"--password="}).exitCode, kExitSuccess);
+    const Text change = u"INSERT INTO Benutzerkonto (BenKTO_Name) VALUES ('x')", target = path(u"Ziel.mdb");
+    const struct {
+        int fileRights;
+        std::vector<Text> arguments;
+        std::string error;
+    } cases[] = {
+        {0444, {u"exec", file_, change}, "Die Datei '" + base::toUtf8(file_) + "' ist schreibgeschützt"},
+        {0666, {u"exec", file_, change}, "Der Ordner der Datei ist schreibgeschützt"},
+        {0666, {u"backup", file_, target}, "Der Ordner von '" + base::toUtf8(target) + "' ist schreibgeschützt"},
+        {0666, {u"create", target}, "Der Ordner von '" + base::toUtf8(target) + "' ist schreibgeschützt"},
+        {0666, {u"check", folder_.path.u16string()}, "' ist ein Ordner."},
+    };
+    for (const auto& [fileRights, arguments, error] : cases) {
+        fs::permissions(file_, static_cast<fs::perms>(fileRights));
+        fs::permissions(folder_.path, static_cast<fs::perms>(0555));
+        const int status = statusOf(start([&] {
+            if (::geteuid() == 0 && ::setuid(65534) != 0) return 1;  // an administrator may write everywhere
+            const Outcome outcome = call(arguments);
+            if (outcome.errors.find(error) != std::string::npos) return 0;
+            std::cerr << outcome.errors << "wanted: " << error << std::endl;
+            return 1;
+        }));
+        EXPECT_EQ(status, 0);
+    }
+    fs::permissions(folder_.path, fs::perms::owner_all);
 }
 
 TEST_F(HardTimes, LeavesNoFileThatIsNotWholeWhenItIsEnded) {

@@ -38,12 +38,14 @@ jet::TableDesign accountTableDesign() {
     return design;
 }
 
-void writeAccountFile(jet::PageIo& io, const base::Text& password, std::uint32_t accounts, std::uint64_t seed) {
+void writeAccountFile(jet::PageIo& io, const base::Text& password, std::uint32_t accounts, std::uint64_t seed,
+                      const std::function<void(std::uint32_t)>& report) {
     jet::Creator creator(io, password);
     InventedAccounts invented(seed);
     std::uint32_t made = 0;
     creator.addTable(accountTableDesign(), [&](std::vector<base::Value>& row) {
         if (made == accounts) return false;
+        report(made);
         Account account = invented.next();
         row = {static_cast<std::int32_t>(++made), std::move(account.name), std::move(account.password),
                std::move(account.serverPath), account.programUpdate};

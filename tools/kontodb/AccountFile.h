@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 
 #include "base/Text.h"
 #include "jet/fresh/TableDesign.h"
@@ -16,6 +17,9 @@ jet::TableDesign accountTableDesign();
 /// @param io        an empty file
 /// @param accounts  number of invented accounts
 /// @param seed      which ones
-void writeAccountFile(jet::PageIo& io, const base::Text& password, std::uint32_t accounts, std::uint64_t seed);
+/// @param report    is told the number made so far, before each account
+void writeAccountFile(
+    jet::PageIo& io, const base::Text& password, std::uint32_t accounts, std::uint64_t seed,
+    const std::function<void(std::uint32_t)>& report = [](std::uint32_t) {});
 
 }  // namespace kontodb

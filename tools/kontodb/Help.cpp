@@ -12,14 +12,18 @@ struct Topic {
 };
 
 constexpr Topic kTopics[] = {
-    {u"create", R"(kontodb create DATEI [--password KENNWORT] [--accounts N] [--seed S]
+    {u"create", R"(kontodb create DATEI [--password KENNWORT | --password-file DATEI] [--accounts N] [--seed S]
 
 Legt eine neue Kontendatei an. Eine Datei, die es schon gibt, bleibt unberührt.
 
-  --password KENNWORT  schützt die Datei damit; ohne Angabe mit dem eigenen
-                       Datenbankkennwort des Programms, mit --password "" gar nicht
-  --accounts N         so viele erfundene Konten; ohne Angabe keines
-  --seed S             welche; gleiches S ergibt die gleiche Datei
+  --password KENNWORT    schützt die Datei damit, mit --password "" gar nicht; ohne
+                         Angabe wird zweimal gefragt. Wird nichts eingegeben oder kann
+                         niemand gefragt werden, gilt das Kennwort, mit dem die
+                         Benutzerkontenverwaltung ihre Datei öffnet
+  --password-file DATEI  es steht in der ersten Zeile dieser Datei; mit - kommt es aus
+                         der Standardeingabe
+  --accounts N           so viele erfundene Konten; ohne Angabe keines
+  --seed S               welche; gleiches S ergibt die gleiche Datei
 
 Ihren Namen bekommt die Datei erst, wenn sie ganz ist; wird das Programm vorher
 abgeschossen, bleibt höchstens DATEI-neu-1, die Sie löschen können.

@@ -1,6 +1,5 @@
 #include "tools/kontodb/ProtectedFile.h"
 
-#include <filesystem>
 #include <fstream>
 #include <optional>
 #include <string>
@@ -9,12 +8,15 @@
 #include "base/RuntimeError.h"
 #include "jet/Errors.h"
 #include "jet/storage/Storage.h"
+#include "tools/kontodb/InputFile.h"
 
 namespace kontodb {
 
 namespace {
 
 constexpr base::TextView kPrompt = u"Datenbankkennwort: ";
+constexpr base::TextView kNewPrompt = u"Kennwort der neuen Datei (ohne Eingabe: das der Benutzerkontenverwaltung): ";
+constexpr base::TextView kAgainPrompt = u"Noch einmal: ";
 
 /// Longer than any password in UTF-8; a file of another kind is not read whole for a line that it has not.
 constexpr std::size_t kMaxLineBytes = 1024;
@@ -28,8 +30,7 @@ base::Text passwordIn(std::string line) {
 }
 
 base::Text firstLineOf(const base::Text& path) {
-    std::ifstream file(std::filesystem::path(path), std::ios::binary);
-    if (!file) throw jet::fileNotFound(path);
+    std::ifstream file = openInput(path);
     std::string line;
     for (char unit = 0; line.size() < kMaxLineBytes && file.get(unit) && unit != '\n';)
         line += unit;
@@ -52,6 +53,14 @@ std::optional<base::Text> givenPassword(const CommandLine& line, Console& consol
     return *file == kStandardInput ? firstLineOfInput(console) : firstLineOf(*file);
 }
 
+/// @return nothing if there is no terminal to ask at
+std::optional<base::Text> askTwice(Console& console) {
+    auto password = console.askPassword(kNewPrompt);
+    if (password && !password->empty() && console.askPassword(kAgainPrompt) != password)
+        throw jet::failure(u"Die beiden Eingaben sind verschieden. Es ist keine Datei entstanden.");
+    return password;
+}
+
 jet::Database open(const base::Text& path, base::TextView password, jet::LeftJournalRule rule) {
     return jet::Database::open(jet::fileStorage(path), password, rule);
 }
@@ -70,6 +79,14 @@ jet::Database openProtected(const base::Text& path, const CommandLine& line, Con
         if (!typed) throw;
         return open(path, *typed, rule);
     }
+}
+
+std::optional<base::Text> newPassword(const CommandLine& line, Console& console) {
+    const bool isTyped = line.option(kPasswordFileOption).value_or(base::Text(kStandardInput)) == kStandardInput;
+    std::optional<base::Text> password;
+    if (isTyped && !line.option(kPasswordOption)) password = askTwice(console);
+    if (!password) return givenPassword(line, console);
+    return password->empty() ? std::nullopt : password;
 }
 
 }  // namespace kontodb

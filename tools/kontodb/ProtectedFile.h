@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include "base/Text.h"
 #include "jet/transaction/Database.h"
 #include "tools/kontodb/CommandLine.h"
@@ -18,5 +20,10 @@ constexpr base::TextView kPasswordFileOption = u"--password-file";
 ///         password's if there is no terminal
 jet::Database openProtected(const base::Text& path, const CommandLine& line, Console& console,
                             jet::LeftJournalRule rule = jet::LeftJournalRule::Refuse);
+
+/// The password for a new file: as above, but typed twice at the terminal if neither option is given.
+/// @return nothing if none is given, or nothing is typed
+/// @throws UsageError if both options are given; RuntimeError if the two that were typed differ
+std::optional<base::Text> newPassword(const CommandLine& line, Console& console);
 
 }  // namespace kontodb

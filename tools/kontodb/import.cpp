@@ -1,4 +1,3 @@
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -10,6 +9,7 @@
 #include "tools/kontodb/AlignedColumns.h"
 #include "tools/kontodb/CommandLine.h"
 #include "tools/kontodb/Commands.h"
+#include "tools/kontodb/InputFile.h"
 #include "tools/kontodb/ProtectedFile.h"
 #include "tools/kontodb/Signals.h"
 
@@ -20,8 +20,7 @@ constexpr base::TextView kDryRunFlag = u"--dry-run";
 constexpr std::size_t kMostBytesOfALine = std::size_t{1} << 20U;
 
 std::string contentOf(const base::Text& path) {
-    std::ifstream file(std::filesystem::path(path), std::ios::binary);
-    if (!file) throw jet::fileNotFound(path);
+    std::ifstream file = openInput(path);
     std::string content{std::istreambuf_iterator<char>(file), {}};
     if (file.bad()) throw jet::accessDenied(path);  // a folder, which opens and cannot be read
     return content;

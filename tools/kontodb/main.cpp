@@ -39,13 +39,24 @@ void occupyStandardStreams() {
     }
 }
 
+/// A name that is not UTF-8 would become that of another file.
+int refuse(const base::Text& argument) {
+    kontodb::StandardConsole console;
+    console.printError("kontodb: 5: Das Argument '" + base::toUtf8(argument) +
+                       "' ist nicht in UTF-8. Eine Datei, deren\n" +
+                       "Name es nicht ist, muss zuerst umbenannt werden.\n");
+    return kontodb::kExitError;
+}
+
 }  // namespace
 
 int main(int count, char** words) {
     occupyStandardStreams();
     std::vector<base::Text> arguments;
-    for (int i = 1; i < count; ++i)
+    for (int i = 1; i < count; ++i) {
         arguments.push_back(base::fromUtf8(words[i]));
+        if (base::toUtf8(arguments.back()) != words[i]) return refuse(arguments.back());
+    }
     return runWith(arguments);
 }
 #endif

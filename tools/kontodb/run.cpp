@@ -7,6 +7,7 @@
 
 #include "base/RuntimeError.h"
 #include "jet/Errors.h"
+#include "tools/kontodb/AccessHint.h"
 #include "tools/kontodb/CommandLine.h"
 #include "tools/kontodb/Commands.h"
 #include "tools/kontodb/ExplainedError.h"
@@ -102,6 +103,7 @@ int run(std::span<const base::Text> arguments, Console& console) {
         console.printError("Aufruf und Optionen zeigt: " + helpCall(arguments) + "\n");
     } catch (const base::RuntimeError& error) {
         printFailure(console, error.number(), base::toUtf8(error.description()));
+        hintAtAccess(error, arguments.subspan(1), console);
         if (error.number() == static_cast<std::int32_t>(jet::ErrorNumber::MissingTable))
             console.printError("Die Tabellen einer Datei nennt: kontodb tables DATEI\n");
         if (const auto* explained = dynamic_cast<const ExplainedError*>(&error))
