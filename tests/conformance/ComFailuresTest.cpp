@@ -65,18 +65,13 @@ TEST_F(ComFailures, EveryCombinationOfARecordsFieldsHasANumberAndADescription) {
     };
     for (const auto& [raised, number, description] : cases) {
         for (const bool deferred : {false, true}) {
-            for (const bool further : {false, true}) {
-                Raised varied = raised;
-                varied.deferred = deferred;
-                if (further) varied.source = u"Quelle";
-                if (further) varied.helpFile = u"Hilfe.chm";
-                const Failure failure = failureWith(varied);
-                EXPECT_EQ(failure.number, number) << deferred << further;
-                if (description.empty())
-                    EXPECT_FALSE(failure.description.empty()) << number;
-                else
-                    EXPECT_EQ(failure.description, description) << deferred << further;
-            }
+            Raised varied = raised;
+            varied.deferred = deferred;
+            if (deferred) varied.source = varied.helpFile = u"Hilfe.chm";
+            const Failure failure = failureWith(varied);
+            EXPECT_EQ(failure.number, number) << deferred;
+            EXPECT_FALSE(failure.description.empty()) << number << deferred;
+            EXPECT_TRUE(description.empty() || failure.description == description) << number << deferred;
         }
     }
 }
@@ -114,62 +109,32 @@ TEST_F(ComFailures, AMissingFieldAndAValueOfNoKnownTypeAreErrors) {
     comdouble::state().faults.missingField = u"BenKTO_Pass";
     EXPECT_EQ(errorOf([&] { static_cast<void>(get(*open(*connection, kAll), u"BenKTO_Pass")); }), 3265);
     comdouble::state().faults = {};
-    const std::pair<std::function<void(VARIANT&)>, Value> delivered[] = {
-        {[](VARIANT& odd) { odd.vt = VT_EMPTY; }, base::Null{}},
-        {[](VARIANT& odd) {
-             odd.vt = VT_BSTR;
-             odd.bstrVal = nullptr;
-         },
-         Text()},
-        {[](VARIANT& odd) {
-             odd.vt = VT_I8;
-             odd.llVal = -2147483648LL;
-         },
-         std::numeric_limits<std::int32_t>::min()},
-        {[](VARIANT& odd) {
-             odd.vt = VT_I8;
-             odd.llVal = -4294967297LL;
-         },
-         base::Decimal{true, 0, {1, 1, 0, 0}}},
-        {[](VARIANT& odd) {
-             odd.vt = VT_UI4;
-             odd.ulVal = 0x80000000U;
-         },
-         base::Decimal{false, 0, {0x80000000U, 0, 0, 0}}},
-        {[](VARIANT& odd) {
-             odd.vt = VT_UI2;
-             odd.uiVal = 65535;
-         },
-         65535},
-        {[](VARIANT& odd) {
-             odd.vt = VT_I1;
-             odd.cVal = -1;
-         },
-         std::int16_t{-1}},
-    };
-    const auto deliver = [&](const std::function<void(VARIANT&)>& fill) {
-        comdouble::state().faults.oddValues[u"BenKTO_Name"] = [fill] {
+    const auto deliver = [&](VARTYPE type, std::int64_t content) {
+        comdouble::state().faults.oddValues[u"BenKTO_Name"] = [type, content] {
             VARIANT odd{};
-            fill(odd);
+            odd.llVal = content;
+            odd.vt = type;
             return odd;
         };
         return get(*open(*connection, kAll), u"BenKTO_Name");
     };
-    for (const auto& [fill, value] : delivered)
-        EXPECT_EQ(deliver(fill), value);
-    const std::function<void(VARIANT&)> refused[] = {
-        [](VARIANT& odd) {
-            odd.vt = VT_ERROR;
-            odd.scode = E_FAIL;
-        },
-        [](VARIANT& odd) { odd.vt = VT_UNKNOWN; },
-        [](VARIANT& odd) {
-            odd.vt = VT_ARRAY | VT_I4;
-            odd.parray = SafeArrayCreateVector(VT_I4, 0, 3);
-        },
-    };
-    for (const auto& fill : refused)
-        EXPECT_EQ(errorOf([&] { deliver(fill); }), 13);
+    const struct {
+        VARTYPE type;
+        std::int64_t content;
+        Value value;
+    } delivered[] = {{VT_EMPTY, 0, base::Null{}},
+                     {VT_BSTR, 0, Text()},
+                     {VT_I8, -2147483648LL, std::numeric_limits<std::int32_t>::min()},
+                     {VT_I8, -4294967297LL, base::Decimal{true, 0, {1, 1, 0, 0}}},
+                     {VT_UI4, 0x80000000LL, base::Decimal{false, 0, {0x80000000U, 0, 0, 0}}},
+                     {VT_UI2, 65535, 65535},
+                     {VT_I1, -1, std::int16_t{-1}}};
+    for (const auto& [type, content, value] : delivered)
+        EXPECT_EQ(deliver(type, content), value) << type << " " << content;
+    const auto array = [] { return reinterpret_cast<std::intptr_t>(SafeArrayCreateVector(VT_I4, 0, 3)); };
+    EXPECT_EQ(errorOf([&] { deliver(VT_ERROR, E_FAIL); }), 13);
+    EXPECT_EQ(errorOf([&] { deliver(VT_UNKNOWN, 0); }), 13);
+    EXPECT_EQ(errorOf([&] { deliver(VT_ARRAY | VT_I4, array()); }), 13);
 }
 
 }  // namespace

@@ -4,7 +4,7 @@ import re
 
 from driver import BOX_CLASS, TITLE, Failure, check, equal, until
 
-RED = [255, 0, 0]
+RED = 0xFF0000
 
 
 def names(accounts):
@@ -64,9 +64,9 @@ def press(accounts, name):
 
 def is_red(accounts):
     save = accounts.controls()["cmdSpeichern"]
-    left, top, right, bottom = save["rect"]
-    seen = accounts.tool.session.ask("pixel", left + 6, (top + bottom) // 2)
-    return save["text"] == "Speichern (Strg+S)" and save["enabled"] and seen == RED
+    left, top, _, bottom = save["rect"]
+    seen = accounts.tool.session.colours(left + 6, (top + bottom) // 2)
+    return save["text"] == "Speichern (Strg+S)" and save["enabled"] and seen == {RED}
 
 
 def is_clean(accounts):
@@ -80,7 +80,7 @@ def answer(accounts, text, kind="information", key="Return", picture=None):
     box = tool.box()
     equal((box["title"], box["text"], box["icon"]), (TITLE, text, kind), "the box")
     buttons = ["Ja", "Nein"] if kind == "question" else ["OK"]
-    equal([text.replace("&", "") for _, text in box["buttons"]], buttons, "its buttons")
+    equal([text.replace("&", "") for text in box["buttons"]], buttons, "its buttons")
     equal((box["owner"], box["ownerEnabled"]), (accounts.window, False), "its owner and whether that is enabled")
     if picture:
         picture()

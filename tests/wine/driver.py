@@ -38,6 +38,15 @@ WM_KEYDOWN, VK_DOWN = 0x100, 0x28
 LVM_SCROLL, LVM_SETCOLUMNWIDTH = 0x1014, 0x101E
 
 
+JOURNEYS = {}
+
+
+def journey(function):
+    """Registers a function that gets a scene: the session, the account files and a folder (journeys.py)."""
+    JOURNEYS[function.__name__] = function
+    return function
+
+
 class Failure(Exception):
     """A journey saw something other than what it should see."""
 
@@ -116,10 +125,12 @@ class Session:
             self._probe.stdin.write("\t".join(map(str, words)).encode() + b"\n")
             self._probe.stdin.flush()
             line = self._probe.stdout.readline()
-        check(line, "the probe has ended")
-        answer = json.loads(line)
-        check(not (isinstance(answer, dict) and "error" in answer), f"the probe does not understand {words}")
-        return answer
+        check(line, f"the probe has ended at {words}")
+        return json.loads(line)
+
+    def colours(self, left, top, right=None, bottom=None):
+        """The different colours on this part of the screen, or of one pixel."""
+        return set(self.ask("colours", left, top, right or left + 1, bottom or top + 1))
 
     def xdotool(self, *words):
         subprocess.run(["xdotool", *map(str, words)], env=self.environment, check=True, stdin=subprocess.DEVNULL,
@@ -209,23 +220,6 @@ class Tool:
             child["name"] = names.get(child["id"], f"id {child['id']}")
         tree["by"] = {child["name"]: child for child in tree["children"]}
         return tree
-
-    def bytes_read_by(self, action):
-        """How many bytes the process reads, mainly from files, while it handles the action."""
-        def read_so_far():
-            lines = pathlib.Path(f"/proc/{self.process.pid}/io").read_text().splitlines()
-            return int(dict(line.split(": ") for line in lines)["rchar"])
-        def settled(end=time.monotonic() + 10):
-            """Reads no more. @param end  a machine with much to do may begin late"""
-            last = -1
-            while last != read_so_far() and time.monotonic() < end:
-                last = read_so_far()
-                time.sleep(SETTLE_SECONDS)
-            return last
-        before = settled()
-        action()
-        until(lambda: read_so_far() > before, "something read")
-        return settled() - before
 
     # What other programs do
 

@@ -1,31 +1,121 @@
 /// Reads and reports what another program's windows show, for the tests of the real windows.
 ///
-///   probe COMMAND...     runs one command and prints its answer as one line of JSON
-///   probe                reads commands from standard input, one on each line with tabs between the words, and answers
-///                        each in turn: asking a running probe takes a millisecond, starting one a tenth of a second
-///
-/// Handles are decimal. Texts are UTF-8. Coordinates are those of the screen.
+/// Reads commands from standard input, one on each line with tabs between the words, and answers each in turn with one
+/// line of JSON. Handles are decimal. Texts are UTF-8. Coordinates are those of the screen.
+#include <array>
 #include <bit>
-#include <cstdio>
 #include <fcntl.h>
+#include <functional>
 #include <io.h>
 #include <iostream>
-#include <string>
-#include <vector>
-#include <windows.h>
+#include <map>
+#include <sstream>
+#include <stdexcept>
 
-#include "base/Text.h"
-#include "tests/wine/probe/ListProbe.h"
-#include "tests/wine/probe/RemoteMemory.h"
-#include "tests/wine/probe/Windows.h"
+#include "tests/wine/probe/Probe.h"
 
 namespace probe {
 namespace {
 
-using Words = std::vector<std::string>;
+constexpr UINT kAnswerMilliseconds = 1000;
 
-HWND windowOf(const std::string& word) {
-    return std::bit_cast<HWND>(static_cast<std::uintptr_t>(std::stoull(word)));
+DWORD_PTR ask(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
+    DWORD_PTR answer = 0;
+    SendMessageTimeoutW(window, message, wParam, lParam, SMTO_ABORTIFHUNG, kAnswerMilliseconds, &answer);
+    return answer;
+}
+
+std::wstring textOf(HWND window) {
+    std::wstring text(ask(window, WM_GETTEXTLENGTH) + 1, L'\0');
+    text.resize(ask(window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data())));
+    return text;
+}
+
+std::wstring classOf(HWND window) {
+    std::array<wchar_t, 256> name{};
+    const int length = GetClassNameW(window, name.data(), static_cast<int>(name.size()));
+    return {name.data(), static_cast<std::size_t>(length)};
+}
+
+std::wstring exeOf(HWND window) {
+    DWORD process = 0;
+    GetWindowThreadProcessId(window, &process);
+    std::array<wchar_t, 1024> path{};
+    auto length = static_cast<DWORD>(path.size());
+    HANDLE handle = OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, process);
+    if (QueryFullProcessImageNameW(handle, 0, path.data(), &length) == 0) length = 0;
+    CloseHandle(handle);
+    const std::wstring whole(path.data(), length);
+    return whole.substr(whole.find_last_of(L'\\') + 1);
+}
+
+std::vector<HWND> childrenOf(HWND window) {
+    std::vector<HWND> children;
+    for (HWND child = GetWindow(window, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT))
+        children.push_back(child);
+    return children;
+}
+
+/// The visible top-level windows of all processes that run the exe with this name (without folder).
+Json windowsOf(const std::wstring& exeName) {
+    std::vector<Json> found;
+    for (HWND window : childrenOf(GetDesktopWindow())) {
+        if (!IsWindowVisible(window) || lstrcmpiW(exeOf(window).c_str(), exeName.c_str()) != 0) continue;
+        found.push_back(object({{"handle", handle(window)},
+                                {"class", text(classOf(window))},
+                                {"text", text(textOf(window))},
+                                {"enabled", flag(IsWindowEnabled(window) != 0)},
+                                {"front", flag(window == GetForegroundWindow())}}));
+    }
+    return array(found);
+}
+
+/// One window, with its place on the screen and that of its client area (place, width, height), and its children in
+/// native order.
+Json treeOf(HWND window) {
+    GUITHREADINFO thread{};
+    thread.cbSize = sizeof thread;
+    GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &thread);
+    RECT rect{};
+    GetWindowRect(window, &rect);
+    RECT client{};
+    GetClientRect(window, &client);
+    ClientToScreen(window, reinterpret_cast<POINT*>(&client));
+    const std::wstring name = classOf(window);
+    std::vector<Json> children;
+    for (HWND child : childrenOf(window))
+        children.push_back(treeOf(child));
+    return object({{"handle", handle(window)},
+                   {"id", std::to_string(GetWindowLongPtrW(window, GWLP_ID))},
+                   {"class", text(name)},
+                   {"text", text(textOf(window))},
+                   {"style", std::to_string(static_cast<unsigned>(GetWindowLongPtrW(window, GWL_STYLE)))},
+                   {"enabled", flag(IsWindowEnabled(window) != 0)},
+                   {"focus", flag(window == thread.hwndFocus)},
+                   {"rect", rectangle(rect)},
+                   {"client", rectangle(client)},
+                   {"checked", flag(name == L"Button" && ask(window, BM_GETCHECK) == BST_CHECKED)},
+                   {"passwordChar", std::to_string(name == L"Edit" ? ask(window, EM_GETPASSWORDCHAR) : 0)},
+                   {"children", array(children)}});
+}
+
+/// A message box: text, buttons, owner, and the system icon that it shows.
+Json boxOf(HWND window) {
+    constexpr int kTextId = 0xFFFF;
+    constexpr int kIconId = 1088;
+    const HWND owner = GetWindow(window, GW_OWNER);
+    RECT icon{};
+    GetWindowRect(GetDlgItem(window, kIconId), &icon);
+    std::vector<Json> buttons;
+    for (HWND child : childrenOf(window)) {
+        if (classOf(child) == L"Button" && IsWindowVisible(child)) buttons.push_back(text(textOf(child)));
+    }
+    return object({{"title", text(textOf(window))},
+                   {"text", text(textOf(GetDlgItem(window, kTextId)))},
+                   {"owner", handle(owner)},
+                   {"ownerEnabled", flag(IsWindowEnabled(owner) != 0)},
+                   {"icon", iconShownAt(icon)},
+                   {"buttons", array(buttons)}});
 }
 
 std::wstring wide(const std::string& utf8) {
@@ -33,156 +123,86 @@ std::wstring wide(const std::string& utf8) {
     return {text.begin(), text.end()};
 }
 
-void windows(Json& json, const Words& words) {
-    describeWindows(json, wide(words.at(1)));
-}
-
-void tree(Json& json, const Words& words) {
-    describeTree(json, windowOf(words.at(1)));
-}
-
-void list(Json& json, const Words& words) {
-    const bool range = words.size() > 3;
-    describeList(json, windowOf(words.at(1)), range ? std::stoi(words[2]) : 0, range ? std::stoi(words[3]) : 0);
-}
-
-void box(Json& json, const Words& words) {
-    describeBox(json, windowOf(words.at(1)));
-}
-
-void pixel(Json& json, const Words& words) {
-    HDC screen = GetDC(nullptr);
-    const COLORREF colour = GetPixel(screen, std::stoi(words.at(1)), std::stoi(words.at(2)));
-    ReleaseDC(nullptr, screen);
-    json.begin('[').value(GetRValue(colour)).value(GetGValue(colour)).value(GetBValue(colour)).end(']');
-}
-
-void colours(Json& json, const Words& words) {
-    json.value(
-        coloursIn({std::stoi(words.at(1)), std::stoi(words.at(2)), std::stoi(words.at(3)), std::stoi(words.at(4))}));
-}
-
-/// Gives the window another size, as a window manager does; the window's own smallest size is respected. (Wine's
-/// display driver lets the display's window manager shrink a window below it, so dragging the frame would prove
-/// nothing.)
-void resize(Json& json, const Words& words) {
-    const BOOL done = SetWindowPos(windowOf(words.at(1)), nullptr, 0, 0, std::stoi(words.at(2)), std::stoi(words.at(3)),
-                                   SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
-    json.value(done != 0);
-}
-
-/// Tells the window that it is now on a screen with another resolution, with its rectangle enlarged to match.
-void dpi(Json& json, const Words& words) {
-    const HWND window = windowOf(words.at(1));
-    const int from = std::stoi(words.at(2));
-    const int to = std::stoi(words.at(3));
-    RemoteMemory memory(window, sizeof(RECT));
-    RECT rect{};
-    GetWindowRect(window, &rect);
-    rect.right = rect.left + MulDiv(rect.right - rect.left, to, from);
-    rect.bottom = rect.top + MulDiv(rect.bottom - rect.top, to, from);
-    const bool sent = memory && memory.put(0, rect);
-    if (sent) {
-        SendMessageW(window, WM_DPICHANGED, static_cast<WPARAM>(MAKELONG(to, to)),
-                     reinterpret_cast<LPARAM>(memory.at<void>(0)));
-    }
-    json.value(sent);
-}
-
-/// Sends a message from another program: WINDOW MESSAGE [WPARAM [LPARAM]]; posted, or sent and the result returned.
-template <bool kIsPosted>
-void message(Json& json, const Words& words) {
-    const HWND window = windowOf(words.at(1));
-    const auto code = static_cast<UINT>(std::stoul(words.at(2)));
-    const auto wParam = static_cast<WPARAM>(words.size() > 3 ? std::stoull(words[3]) : 0);
-    const auto lParam = static_cast<LPARAM>(words.size() > 4 ? std::stoll(words[4]) : 0);
-    if (kIsPosted) {
-        json.value(PostMessageW(window, code, wParam, lParam) != 0);
-    } else {
-        json.value(static_cast<long>(SendMessageW(window, code, wParam, lParam)));
-    }
-}
-
 /// Types characters that the keyboard layout lacks, as real key events to the window in front.
-void type(Json& json, const Words& words) {
+Json type(const std::wstring& text) {
     std::vector<INPUT> inputs;
-    for (const wchar_t unit : wide(words.at(1))) {
+    for (const wchar_t unit : text) {
         INPUT input{};
         input.type = INPUT_KEYBOARD;
         input.ki.wScan = unit;
-        input.ki.dwFlags = KEYEVENTF_UNICODE;
-        inputs.push_back(input);
-        input.ki.dwFlags |= KEYEVENTF_KEYUP;
-        inputs.push_back(input);
-    }
-    json.value(SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT)));
-}
-
-/// Sets the user's text size, in percent of 9 points. A program that is already running sees it only on Windows itself.
-void textSize(Json& json, const Words& words) {
-    NONCLIENTMETRICSW metrics{};
-    metrics.cbSize = sizeof metrics;
-    SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0);
-    metrics.lfMessageFont.lfHeight = -MulDiv(9 * std::stoi(words.at(1)), static_cast<int>(GetDpiForSystem()), 72 * 100);
-    json.value(SystemParametersInfoW(SPI_SETNONCLIENTMETRICS, sizeof metrics, &metrics, 0) != 0);
-}
-
-/// How many of the double's objects the exe with the double behind COM still holds
-/// (tests/comdouble/EngineThroughCom.cpp).
-void held(Json& json, const Words& /*words*/) {
-    const HWND window = FindWindowExW(HWND_MESSAGE, nullptr, L"comdouble", nullptr);
-    if (window == nullptr) throw std::invalid_argument("nobody tells what is held");
-    json.value(static_cast<long>(SendMessageW(window, WM_APP, 0, 0)));
-}
-
-std::string answer(const Words& words) {
-    struct Command {
-        std::string_view name;
-        void (*run)(Json&, const Words&);
-    };
-    static constexpr Command kCommands[] = {
-        {"windows", windows},    {"tree", tree},         {"list", list},     {"box", box},
-        {"pixel", pixel},        {"colours", colours},   {"resize", resize}, {"dpi", dpi},
-        {"type", type},          {"textsize", textSize}, {"held", held},     {"post", message<true>},
-        {"send", message<false>}};
-    Json json;
-    try {
-        for (const Command& command : kCommands) {
-            if (command.name != words.at(0)) continue;
-            command.run(json, words);
-            return json.text();
-        }
-        throw std::invalid_argument("unknown command");
-    } catch (const std::logic_error& error) {
-        Json failure;
-        return failure.begin('{').field("error", std::string_view(error.what())).end('}').text();
-    }
-}
-
-Words split(const std::string& line) {
-    Words words(1);
-    for (const char c : line) {
-        if (c == '\t') {
-            words.emplace_back();
-        } else if (c != '\r') {
-            words.back() += c;
+        for (const DWORD flags : {KEYEVENTF_UNICODE, KEYEVENTF_UNICODE | KEYEVENTF_KEYUP}) {
+            input.ki.dwFlags = flags;
+            inputs.push_back(input);
         }
     }
-    return words;
+    return std::to_string(SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT)));
 }
+
+/// The words of one command. A word that is left out is 0.
+class Words {
+public:
+    explicit Words(const std::string& line) {
+        std::istringstream stream(line);
+        for (std::string word; std::getline(stream, word, '\t');)
+            words_.push_back(word);
+    }
+    const std::string& operator[](std::size_t index) const { return words_.at(index); }
+    long long number(std::size_t index) const { return index < words_.size() ? std::stoll(words_[index]) : 0; }
+    int whole(std::size_t index) const { return static_cast<int>(number(index)); }
+    HWND window() const { return std::bit_cast<HWND>(static_cast<std::uintptr_t>(number(1))); }
+
+private:
+    std::vector<std::string> words_;
+};
+
+const std::map<std::string, std::function<Json(const Words&)>> kCommands = {
+    {"windows", [](const Words& with) { return windowsOf(wide(with[1])); }},
+    {"tree", [](const Words& with) { return treeOf(with.window()); }},
+    {"list", [](const Words& with) { return listOf(with.window(), with.whole(2), with.whole(3)); }},
+    {"box", [](const Words& with) { return boxOf(with.window()); }},
+    {"colours",
+     [](const Words& with) {
+         return coloursIn({with.whole(1), with.whole(2), with.whole(3), with.whole(4)});
+     }},
+    {"type", [](const Words& with) { return type(wide(with[1])); }},
+    // Gives the window another size, as a window manager does; the window's own smallest size is respected. (Wine's
+    // display driver lets the display's window manager shrink a window below it, so dragging the frame would prove
+    // nothing.)
+    {"resize",
+     [](const Words& with) {
+         return flag(SetWindowPos(with.window(), nullptr, 0, 0, with.whole(2), with.whole(3),
+                                  SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE) != 0);
+     }},
+    // A message from another program: WINDOW MESSAGE [WPARAM [LPARAM]]
+    {"post",
+     [](const Words& with) {
+         return flag(PostMessageW(with.window(), static_cast<UINT>(with.whole(2)), static_cast<WPARAM>(with.number(3)),
+                                  static_cast<LPARAM>(with.number(4))) != 0);
+     }},
+    {"send",
+     [](const Words& with) {
+         return std::to_string(SendMessageW(with.window(), static_cast<UINT>(with.whole(2)),
+                                            static_cast<WPARAM>(with.number(3)), static_cast<LPARAM>(with.number(4))));
+     }},
+    // How many of the double's objects the exe with the double behind COM still holds
+    // (tests/comdouble/EngineThroughCom.cpp).
+    {"held",
+     [](const Words&) {
+         const HWND window = FindWindowExW(HWND_MESSAGE, nullptr, L"comdouble", nullptr);
+         return window == nullptr ? text(L"nobody tells") : std::to_string(SendMessageW(window, WM_APP, 0, 0));
+     }},
+};
 
 }  // namespace
 }  // namespace probe
 
-int main(int argc, char** argv) {
+int main() {
     SetProcessDpiAwarenessContext(DPI_AWARENESS_CONTEXT_PER_MONITOR_AWARE_V2);
+    _setmode(_fileno(stdin), _O_BINARY);
     _setmode(_fileno(stdout), _O_BINARY);
-    if (argc > 1) {
-        std::cout << probe::answer(probe::Words(argv + 1, argv + argc)) << std::endl;
-        return 0;
+    for (std::string line; std::getline(std::cin, line);) {
+        const probe::Words words(line);
+        std::cout << probe::kCommands.at(words[0])(words) << std::endl;
     }
-    std::string line;
-    while (std::getline(std::cin, line))
-        std::cout << probe::answer(probe::split(line)) << std::endl;
     return 0;
 }
