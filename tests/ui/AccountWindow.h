@@ -8,9 +8,7 @@
 
 namespace tolv {
 
-inline base::Text nameOf(const test::FakeDatabase::Row& row) {
-    return std::get<base::Text>(row[1]);
-}
+const base::Text kInitial(accountTable::kStoredInitialPassword);
 
 /// Writes to the log which properties of a control the window sets, in order.
 class Recorder : public forms::ListViewPeer {
@@ -39,46 +37,37 @@ private:
 /// The account window on fakes, all of its commands included.
 class AccountWindow : public testing::Test {
 protected:
-    static constexpr forms::Color kGrey = 0x00C0C0C0;
-
     void addAccounts() {
         tool.database.add(17, u"Zorn", u"D:\\Z\\", base::Text(u"geändert"), true);
-        tool.database.add(3, u"Abel", u"C:\\A", base::Text(accountTable::kStoredInitialPassword));
+        tool.database.add(3, u"Abel", u"C:\\A", kInitial);
         tool.database.add(8, u"Meier", u"C:\\M");
     }
-    void expectCleanSaveButton() {
-        EXPECT_EQ(window.cmdSpeichern.Caption(), u"Speichern");
-        EXPECT_EQ(window.cmdSpeichern.BackColor(), 0x8000000FU);
-        EXPECT_FALSE(window.cmdSpeichern.FontBold());
-        EXPECT_FALSE(window.cmdSpeichern.Enabled());
+    void expectSaveButton(base::TextView caption, forms::Color color, bool isOn) {
+        EXPECT_EQ(window.cmdSpeichern.Caption(), caption);
+        EXPECT_EQ(window.cmdSpeichern.BackColor(), color);
+        EXPECT_EQ(window.cmdSpeichern.FontBold(), isOn);
+        EXPECT_EQ(window.cmdSpeichern.Enabled(), isOn);
     }
-    void expectAccount(base::TextView name, base::TextView path, std::int16_t update) {
+    void expectCleanSaveButton() { expectSaveButton(u"Speichern", 0x8000000F, false); }
+    void expectRedSaveButton() { expectSaveButton(u"Speichern (Strg+S)", 0x000000FF, true); }
+    void expectFields(base::TextView name, base::TextView path, std::int16_t update, bool areEnabled = true) {
         EXPECT_EQ(window.txtUserNameDexo.Text(), name);
         EXPECT_EQ(window.txtPathGlobal.Text(), path);
         EXPECT_EQ(window.chbProgrammupdate.Value(), update);
-        EXPECT_EQ(window.lvwBenKto.SelectedItem()->Text(), name) << "selection and fields never part";
         for (forms::TextBox* box : {&window.txtUserNameDexo, &window.txtPathGlobal}) {
-            EXPECT_TRUE(box->Enabled());
-            EXPECT_EQ(box->BackColor(), 0x80000005U);
+            EXPECT_EQ(box->Enabled(), areEnabled);
+            EXPECT_EQ(box->BackColor(), areEnabled ? 0x80000005U : 0x00C0C0C0U);
         }
-        EXPECT_TRUE(window.chbProgrammupdate.Enabled());
+        EXPECT_EQ(window.chbProgrammupdate.Enabled(), areEnabled);
         expectCleanSaveButton();
+    }
+    void expectAccount(base::TextView name, base::TextView path, std::int16_t update) {
+        EXPECT_EQ(window.lvwBenKto.SelectedItem()->Text(), name) << "selection and fields never part";
+        expectFields(name, path, update);
     }
     void expectEmpty() {
-        for (forms::TextBox* box : {&window.txtUserNameDexo, &window.txtPathGlobal}) {
-            EXPECT_FALSE(box->Enabled());
-            EXPECT_EQ(box->BackColor(), kGrey);
-            EXPECT_EQ(box->Text(), u"");
-        }
-        EXPECT_FALSE(window.chbProgrammupdate.Enabled());
-        EXPECT_EQ(window.chbProgrammupdate.Value(), forms::CheckBox::kUnchecked);
+        expectFields(u"", u"", forms::CheckBox::kUnchecked, false);
         EXPECT_FALSE(window.cmdGlobal.Enabled());
-        expectCleanSaveButton();
-    }
-    int loads() const {
-        return static_cast<int>(std::count_if(tool.log.begin(), tool.log.end(), [](const std::string& entry) {
-            return entry.find("WHERE BenKTO_ID") != std::string::npos;
-        }));
     }
 
     test::Tool tool;

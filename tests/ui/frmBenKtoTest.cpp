@@ -7,8 +7,23 @@ namespace {
 using test::errorOf;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
-using frmBenKtoTest = AccountWindow;
 using Shape = platform::MousePointer::Shape;
+
+class frmBenKtoTest : public AccountWindow {
+protected:
+    void open() {
+        tool.openAccountWindow();
+        tool.log.clear();
+        shapes.clear();
+    }
+    long loads() const {
+        return std::count_if(tool.log.begin(), tool.log.end(), [](const std::string& entry) {
+            return entry.find("WHERE BenKTO_ID") != std::string::npos;
+        });
+    }
+
+    std::vector<Shape>& shapes = tool.services.mousePointer.shapes;
+};
 
 TEST_F(frmBenKtoTest, itsControlsStandInTheOrderOfDefinitionAndAnotherTabOrder) {
     std::vector<std::string> names;
@@ -48,13 +63,11 @@ TEST_F(frmBenKtoTest, withoutAccountsItOpensEmptyAndLocked) {
 
 TEST_F(frmBenKtoTest, everyMoveOfTheSelectionLoadsThatAccountOnceUnderTheHourglass) {
     addAccounts();
-    tool.openAccountWindow();
-    tool.log.clear();
-    tool.services.mousePointer.shapes.clear();
+    open();
     window.lvwBenKto.userSelectedRow(2);
     expectAccount(u"Zorn", u"D:\\Z", 1);
     EXPECT_EQ(loads(), 1);
-    EXPECT_THAT(tool.services.mousePointer.shapes, ElementsAre(Shape::Hourglass, Shape::Default));
+    EXPECT_THAT(shapes, ElementsAre(Shape::Hourglass, Shape::Default));
 
     window.txtUserNameDexo.userTyped(u"anders");
     window.lvwBenKto.userClickedSelectedRow();
@@ -71,13 +84,13 @@ TEST_F(frmBenKtoTest, aMissingAccountRaisesAnErrorAndTheHourglassIsRemoved) {
     tool.openAccountWindow();
     tool.database.clear();
     EXPECT_EQ(errorOf([&] { window.lvwBenKto.userSelectedRow(1); }), 3021);
-    EXPECT_EQ(tool.services.mousePointer.shapes.back(), Shape::Default);
+    EXPECT_EQ(shapes.back(), Shape::Default);
     EXPECT_EQ(window.txtUserNameDexo.Text(), u"Abel");
 
-    tool.services.mousePointer.shapes.clear();
+    shapes.clear();
     window.lvwBenKto.ListItems(3).setTag(base::Text(u"keine Zahl"));
     EXPECT_EQ(errorOf([&] { window.lvwBenKto.userSelectedRow(2); }), 13);
-    EXPECT_THAT(tool.services.mousePointer.shapes, ElementsAre(Shape::Hourglass, Shape::Default));
+    EXPECT_THAT(shapes, ElementsAre(Shape::Hourglass, Shape::Default));
 }
 
 TEST_F(frmBenKtoTest, everyWayToCloseReleasesTheAccountFileAndAsksNothing) {
