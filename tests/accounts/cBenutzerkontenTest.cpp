@@ -51,73 +51,59 @@ TEST_F(cBenutzerkontenTest, theListShowsAllAccountsInTheDatabasesOrderAndSelects
 }
 
 TEST_F(cBenutzerkontenTest, exactlyOneBackslashAtTheEndOfAPathIsNotShown) {
-    struct Case {
-        base::Value stored;
-        base::Text shown;
-    };
-    for (const Case& c : {Case{base::Text(u"C:\\Daten\\"), u"C:\\Daten"},
-                          {base::Text(u"C:\\Daten"), u"C:\\Daten"},
-                          {base::Text(u"C:\\"), u"C:"},
-                          {base::Text(u"\\"), u""},
-                          {base::Text(u"C:\\Daten\\\\"), u"C:\\Daten\\"},
-                          {base::Text(u" C:\\ "), u" C:\\ "},
-                          {base::Text(), u""},
-                          {base::Null{}, u""}}) {
+    for (const auto& [stored, shown] :
+         std::vector<std::pair<base::Value, base::Text>>{{base::Text(u"C:\\Daten\\"), u"C:\\Daten"},
+                                                         {base::Text(u"C:\\Daten"), u"C:\\Daten"},
+                                                         {base::Text(u"\\"), u""},
+                                                         {base::Text(u"C:\\Daten\\\\"), u"C:\\Daten\\"},
+                                                         {base::Text(u" C:\\ "), u" C:\\ "},
+                                                         {base::Text(), u""},
+                                                         {base::Null{}, u""}}) {
         tool.database.clear();
-        tool.database.add(5, u"Abel", c.stored);
+        tool.database.add(5, u"Abel", stored);
         objBenKto->ShowBenKtoValues(5);
-        EXPECT_EQ(window.txtPathGlobal.Text(), c.shown);
+        EXPECT_EQ(window.txtPathGlobal.Text(), shown);
     }
 }
 
 TEST_F(cBenutzerkontenTest, thePasswordCanBeResetUnlessItIsExactlyTheInitialOne) {
     base::Text inCapitals = kInitial;
     inCapitals[0] = u'A';
-    struct Case {
-        base::Value stored;
-        bool canBeReset;
-    };
-    for (const Case& c : {Case{kInitial, false},
-                          {inCapitals, true},
-                          {kInitial + u" ", true},
-                          {base::Text(), true},
-                          {base::Null{}, true},
-                          {kInitial, false}}) {
+    for (const base::Value& stored :
+         std::vector<base::Value>{kInitial, inCapitals, kInitial + u" ", base::Text(), base::Null{}, kInitial}) {
         tool.database.clear();
-        tool.database.add(5, u"Abel", u"C:", c.stored);
+        tool.database.add(5, u"Abel", u"C:", stored);
         objBenKto->ShowBenKtoValues(5);
-        EXPECT_EQ(window.cmbResetPWD.Enabled(), c.canBeReset);
+        EXPECT_EQ(window.cmbResetPWD.Enabled(), stored != base::Value(kInitial));
     }
 }
 
 TEST_F(cBenutzerkontenTest, aCheckBoxIsOnForTrueAlone) {
-    struct Case {
-        base::Value stored;
-        std::int16_t value;
-    };
-    for (const Case& c : {Case{true, 1},
-                          {false, 0},
-                          {base::Null{}, 0},
-                          {std::int16_t{-1}, 1},
-                          {std::int32_t{-1}, 1},
-                          {std::int16_t{1}, 0},
-                          {std::int32_t{1}, 0},
-                          {std::uint8_t{255}, 0},
-                          {-1.0, 1},
-                          {-1.5, 0},
-                          {-1.0F, 1},
-                          {base::Currency{-10'000}, 1},
-                          {base::Currency{-1}, 0},
-                          {base::Date{-1}, 1},
-                          {base::Date{-1.25}, 0},
-                          {base::Decimal{true, 0, {1}}, 1},
-                          {base::Decimal{true, 11, {1'215'752'192, 23}}, 1},  // 10 to the power of 11
-                          {base::Decimal{true, 1, {11}}, 0},
-                          {base::Decimal{false, 0, {1}}, 0},
-                          {base::Decimal{true, 0, {1, 1}}, 0},
-                          {base::Text(u"x"), 0}}) {
-        EXPECT_EQ(cBenutzerkonten::GiveCheckBoxValueForFORM(c.stored), c.value) << c.stored.index();
-    }
+    const std::vector<base::Value> on{true,
+                                      std::int16_t{-1},
+                                      std::int32_t{-1},
+                                      -1.0,
+                                      -1.0F,
+                                      base::Currency{-10'000},
+                                      base::Date{-1},
+                                      base::Decimal{true, 0, {1}},
+                                      base::Decimal{true, 11, {1'215'752'192, 23}}};  // 10 to the power of 11
+    const std::vector<base::Value> off{false,
+                                       base::Null{},
+                                       std::int16_t{1},
+                                       std::int32_t{1},
+                                       std::uint8_t{255},
+                                       -1.5,
+                                       base::Currency{-1},
+                                       base::Date{-1.25},
+                                       base::Decimal{true, 1, {11}},
+                                       base::Decimal{false, 0, {1}},
+                                       base::Decimal{true, 0, {1, 1}},
+                                       base::Text(u"x")};
+    for (const base::Value& value : on)
+        EXPECT_EQ(cBenutzerkonten::GiveCheckBoxValueForFORM(value), 1) << value.index();
+    for (const base::Value& value : off)
+        EXPECT_EQ(cBenutzerkonten::GiveCheckBoxValueForFORM(value), 0) << value.index();
 }
 
 TEST_F(cBenutzerkontenTest, loadingAnAccountSetsItsFieldsAndClosesTheRowsThatItRead) {

@@ -1,3 +1,4 @@
+#include <functional>
 #include <gmock/gmock.h>
 #include <optional>
 
@@ -20,14 +21,10 @@ using test::errorOf;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-struct RecordingPeer : Peer {
-    explicit RecordingPeer(
-        test::Log& log, std::function<std::string()> state = [] { return std::string(); })
-        : log_(log), state_(std::move(state)) {}
+struct RecordingPeer : test::SilentPeer {
+    RecordingPeer(test::Log& log, std::function<std::string()> state) : log_(log), state_(std::move(state)) {}
     void show(Property) override { log_.push_back("peer " + state_()); }
-    void takeFocus() override { log_.push_back("focus"); }
-    void refresh() override { log_.push_back("refresh"); }
-    NativeHandle handle() const override { return 7; }
+    void takeFocus() override { log_.push_back(state_() + " takes the focus"); }
 
     test::Log& log_;
     std::function<std::string()> state_;
@@ -36,15 +33,10 @@ struct RecordingPeer : Peer {
 /// One control of each kind that has a window; the Tab order differs from the order of definition.
 struct SampleForm : Form {
     explicit SampleForm(FormHost& formHost) : Form(formHost, u"sample", u"Sample") {
-        list.setTabIndex(0);
-        label.setTabIndex(1);
-        text.setTabIndex(2);
-        check.setTabIndex(3);
-        combo.setTabIndex(4);
-        option.setTabIndex(5);
-        otherOption.setTabIndex(6);
-        button.setTabIndex(7);
-        otherButton.setTabIndex(8);
+        std::int16_t tabIndex = 0;
+        for (Control* control : std::initializer_list<Control*>{&list, &label, &text, &check, &combo, &option,
+                                                                &otherOption, &button, &otherButton})
+            control->setTabIndex(tabIndex++);
         combo.AddItem(u"a");
         combo.AddItem(u"b");
     }
@@ -67,54 +59,29 @@ protected:
 };
 
 TEST_F(ControlTest, aSetterStoresThenTellsThePeerThenRaisesTheEventAndDoesNothingForAnEqualValue) {
-    form.text.onChange = [&] { log.push_back("event " + base::toUtf8(form.text.Text())); };
-    form.check.onClick = [&] { log.push_back("event " + std::to_string(form.check.Value())); };
-    form.combo.onClick = [&] { log.push_back("event " + std::to_string(form.combo.ListIndex())); };
-    form.option.onClick = [&] { log.push_back("event " + std::to_string(form.option.Value())); };
-    form.button.onClick = [&] { log.push_back("event"); };
-
-    struct Case {
-        const char* name;
-        Control& control;
-        std::function<std::string()> state;
-        std::function<void()> set;
-        const char* value;
-        bool raisesEvent;
-    };
-    const std::vector<Case> cases{
-        {"Text", form.text, [&] { return base::toUtf8(form.text.Text()); }, [&] { form.text.setText(u"x"); }, "x",
-         true},
-        {"Value", form.check, [&] { return std::to_string(form.check.Value()); }, [&] { form.check.setValue(1); }, "1",
-         true},
-        {"ListIndex", form.combo, [&] { return std::to_string(form.combo.ListIndex()); },
-         [&] { form.combo.setListIndex(1); }, "1", true},
-        {"option Value", form.option, [&] { return std::to_string(form.option.Value()); },
-         [&] { form.option.setValue(true); }, "1", true},
-        {"box BackColor", form.text, [&] { return std::to_string(form.text.BackColor()); },
-         [&] { form.text.setBackColor(5); }, "5", false},
-        {"combo BackColor", form.combo, [&] { return std::to_string(form.combo.BackColor()); },
-         [&] { form.combo.setBackColor(5); }, "5", false},
-        {"Caption", form.button, [&] { return base::toUtf8(form.button.Caption()); },
-         [&] { form.button.setCaption(u"y"); }, "y", false},
-        {"button BackColor", form.button, [&] { return std::to_string(form.button.BackColor()); },
-         [&] { form.button.setBackColor(5); }, "5", false},
-        {"FontBold", form.button, [&] { return std::to_string(form.button.FontBold()); },
-         [&] { form.button.setFontBold(true); }, "1", false},
-        {"Enabled", form.button, [&] { return std::to_string(form.button.Enabled()); },
-         [&] { form.button.setEnabled(false); }, "0", false},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        RecordingPeer peer(log, c.state);
-        c.control.attachPeer(peer);
-        c.set();
-        c.set();
-        c.control.detachPeer();
-        test::Log expected{std::string("peer ") + c.value};
-        if (c.raisesEvent) expected.push_back(std::string("event ") + c.value);
-        EXPECT_EQ(log, expected);
+    const auto expectSteps = [this](auto& control, auto get, auto set, const auto& value, bool raisesEvent) {
+        const auto state = [&] { return std::invoke(get, control) == value ? "new value" : "old value"; };
+        const auto event = [&] { log.push_back(std::string("event ") + state()); };
+        form.text.onChange = event;
+        form.check.onClick = form.combo.onClick = form.option.onClick = form.button.onClick = event;
+        RecordingPeer peer(log, state);
+        control.attachPeer(peer);
+        std::invoke(set, control, value);
+        std::invoke(set, control, value);
+        control.detachPeer();
+        EXPECT_EQ(log, raisesEvent ? test::Log({"peer new value", "event new value"}) : test::Log{"peer new value"});
         log.clear();
-    }
+    };
+    expectSteps(form.text, &TextBox::Text, &TextBox::setText, base::Text(u"x"), true);
+    expectSteps(form.check, &CheckBox::Value, &CheckBox::setValue, CheckBox::kChecked, true);
+    expectSteps(form.combo, &ComboBox::ListIndex, &ComboBox::setListIndex, 1, true);
+    expectSteps(form.option, &OptionButton::Value, &OptionButton::setValue, true, true);
+    expectSteps(form.text, &TextBox::BackColor, &TextBox::setBackColor, Color{5}, false);
+    expectSteps(form.combo, &ComboBox::BackColor, &ComboBox::setBackColor, Color{5}, false);
+    expectSteps(form.button, &CommandButton::BackColor, &CommandButton::setBackColor, Color{5}, false);
+    expectSteps(form.button, &CommandButton::Caption, &CommandButton::setCaption, base::Text(u"y"), false);
+    expectSteps(form.button, &CommandButton::FontBold, &CommandButton::setFontBold, true, false);
+    expectSteps(form.button, &CommandButton::Enabled, &CommandButton::setEnabled, false, false);
 }
 
 TEST_F(ControlTest, aDisabledControlAndAFormUnderABoxIgnoreTheUserButNotCode) {
@@ -160,7 +127,7 @@ TEST_F(ControlTest, aDisabledControlAndAFormUnderABoxIgnoreTheUserButNotCode) {
 }
 
 TEST_F(ControlTest, theUsersInputRaisesTheEventOnceAndTypingDoesNotComeBackToThePeer) {
-    RecordingPeer peer(log);
+    RecordingPeer peer(log, [] { return "text"; });
     form.text.attachPeer(peer);
     form.text.onChange = [&] { log.push_back("change"); };
     form.text.userTyped(u"x");
@@ -185,15 +152,7 @@ TEST_F(ControlTest, disablingTheFocusedControlFirstHandsTheFocusToTheFirstTabSto
     form.button.SetFocus();
     log.clear();
 
-    struct ListPeer : ListViewPeer {
-        explicit ListPeer(test::Log& log) : log_(log) {}
-        void show(Property) override {}
-        void takeFocus() override { log_.push_back("list takes the focus"); }
-        void refresh() override {}
-        NativeHandle handle() const override { return 0; }
-        void ensureVisible(std::size_t) override {}
-        test::Log& log_;
-    } listPeer(log);
+    RecordingPeer listPeer(log, [] { return "list"; });
     form.list.attachPeer(listPeer);
     RecordingPeer peer(log, [] { return "button"; });
     form.button.attachPeer(peer);

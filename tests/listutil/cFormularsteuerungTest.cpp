@@ -1,3 +1,4 @@
+#include <array>
 #include <gmock/gmock.h>
 
 #include "app/mPublic.h"
@@ -16,16 +17,8 @@ using forms::ListView;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr platform::WindowHandle kListWindow = 11;
+constexpr platform::WindowHandle kListWindow = 11;  // of the peer
 constexpr platform::WindowHandle kHeaderWindow = 12;
-
-struct WindowOnly : forms::ListViewPeer {
-    void show(forms::Property) override {}
-    void takeFocus() override {}
-    void refresh() override {}
-    forms::NativeHandle handle() const override { return kListWindow; }
-    void ensureVisible(std::size_t) override {}
-};
 
 class cFormularsteuerungTest : public testing::Test {
 protected:
@@ -53,7 +46,7 @@ protected:
     test::Log log;
     test::FakeHost host{log};
     forms::Form form{host, u"form", u"Form"};
-    WindowOnly peer;
+    test::SilentPeer peer;
     ListView list{form, u"list"};
     test::FakeWindowMessages messages;
     test::FakeRegional regional;
@@ -62,21 +55,23 @@ protected:
 };
 
 TEST_F(cFormularsteuerungTest, theSortColumnAloneIsMarkedAndEveryHeaderKeepsItsAlignment) {
-    utilities.SetHeaderIcon(list);
-    EXPECT_THAT(marks, ElementsAre("0: mask 36 format 22528 image 0", "1: mask 36 format 16385 image 0",
-                                   "2: mask 36 format 16386 image 0"));
-    marks.clear();
-    list.setSortKey(1);
-    list.setSortOrder(ListView::Order::Descending);
-    utilities.SetHeaderIcon(list);
-    EXPECT_THAT(marks, ElementsAre("0: mask 36 format 16384 image 0", "1: mask 36 format 22529 image 1",
-                                   "2: mask 36 format 16386 image 0"));
-    marks.clear();
-    list.setSortKey(3);
-    utilities.SetHeaderIcon(list);
-    EXPECT_THAT(marks, ElementsAre("0: mask 36 format 16384 image 0", "1: mask 36 format 16385 image 0",
-                                   "2: mask 36 format 16386 image 0"))
-        << "a sort key without a column";
+    struct Case {
+        std::int16_t key;
+        ListView::Order order;
+        std::array<const char*, 3> marks;
+    };
+    for (const Case& c : {Case{0, ListView::Order::Ascending, {"22528 image 0", "16385 image 0", "16386 image 0"}},
+                          {1, ListView::Order::Descending, {"16384 image 0", "22529 image 1", "16386 image 0"}},
+                          // a sort key without a column
+                          {3, ListView::Order::Descending, {"16384 image 0", "16385 image 0", "16386 image 0"}}}) {
+        list.setSortKey(c.key);
+        list.setSortOrder(c.order);
+        marks.clear();
+        utilities.SetHeaderIcon(list);
+        ASSERT_EQ(marks.size(), 3U);
+        for (std::size_t i = 0; i < 3; ++i)
+            EXPECT_EQ(marks[i], std::to_string(i) + ": mask 36 format " + c.marks[i]);
+    }
 }
 
 TEST_F(cFormularsteuerungTest, everyColumnGetsItsWidthCodeInOrderAndOnlyInReportView) {

@@ -41,18 +41,11 @@ TEST(cINITest, thePathIsKeptAndTheDefaultFolderIsAskedForAnew) {
     folder.folder = u"C:\\";
     file.settings[{u"C:\\\\Tolv.ini", u"MAIN", u"ProgrammVersion"}] = u"2";
     const cINI settings(file, folder);
+    EXPECT_EQ(settings.GetINIString(static_cast<INIKey>(99)), u"") << "no such key";
     EXPECT_THAT(log, testing::IsEmpty()) << "nothing is read before it is asked for";
     folder.folder = u"D:\\Neu";
     EXPECT_EQ(settings.GetINIString(INIKey::ProgrammVersion), u"2") << "a drive's root keeps its separator";
     EXPECT_EQ(settings.GetINIString(INIKey::BenKtoPath), u"D:\\Neu");
-}
-
-TEST(cINITest, aKeyOutsideTheTableIsEmptyAndTheFileIsNotRead) {
-    test::Log log;
-    test::FakeSettingsFile file(log);
-    test::FakeProgramFolder folder;
-    EXPECT_EQ(cINI(file, folder).GetINIString(static_cast<INIKey>(99)), u"");
-    EXPECT_THAT(log, testing::IsEmpty());
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include "forms/Form.h"
 #include "forms/FormHost.h"
+#include "forms/ListView.h"
 
 namespace test {
 
@@ -32,6 +33,15 @@ private:
     void note(const char* what, const forms::Form& form) { log_.push_back(what + (" " + base::toUtf8(form.Name()))); }
 
     Log& log_;
+};
+
+/// A native window that nobody sees: a test overrides what it wants to know.
+struct SilentPeer : forms::ListViewPeer {
+    void show(forms::Property) override {}
+    void takeFocus() override {}
+    void refresh() override {}
+    forms::NativeHandle handle() const override { return 11; }
+    void ensureVisible(std::size_t) override {}
 };
 
 }  // namespace test

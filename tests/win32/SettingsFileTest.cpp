@@ -1,5 +1,6 @@
 #include <fstream>
 #include <gtest/gtest.h>
+#include <optional>
 
 #include "settings/cINI.h"
 #include "tests/support/TempFolder.h"
@@ -8,35 +9,26 @@
 namespace {
 
 /// A program folder of the test's own, which holds a settings file.
-class Folder final : public platform::ProgramFolder {
-public:
-    explicit Folder(const std::string& settings) { std::ofstream(folder_ / "Tolv.ini", std::ios::binary) << settings; }
+struct Folder final : platform::ProgramFolder {
+    explicit Folder(const std::string& settings) {
+        std::ofstream(folder.path / "Tolv.ini", std::ios::binary) << settings;
+    }
+    base::Text path() const override { return folder.path.u16string(); }
 
-    base::Text path() const override { return folder_.path.u16string(); }
-
-private:
-    test::TempFolder folder_;
+    test::TempFolder folder;
 };
 
-base::Text databaseFolder(const std::string& settings) {
-    const Folder folder(settings);
-    win32::SystemSettingsFile file;
-    tolv::cINI ini(file, folder);
-    return ini.GetINIString(tolv::INIKey::BenKtoPath);
-}
-
-TEST(SettingsFile, GivesTheFolderAsTheFileHoldsItInTheAnsiCodePage) {
-    EXPECT_EQ(databaseFolder("[SETTINGS]\r\nBenKtoPath=D:\\Konten\r\n"), u"D:\\Konten");
-    EXPECT_EQ(databaseFolder("[settings]\nBENKTOPATH = D:\\B\xFCro\\ \n"), u"D:\\Büro\\");
-    EXPECT_EQ(databaseFolder("[SETTINGS]\r\nBenKtoPath=\r\n"), u"");
-    EXPECT_EQ(databaseFolder("[SETTINGS]\r\nBenKtoPath=" + std::string(300, 'x')), base::Text(254, u'x'));
-}
-
-TEST(SettingsFile, FallsBackToTheProgramFolder) {
-    const Folder folder("[MAIN]\r\nBenKtoPath=D:\\Konten\r\n");
-    win32::SystemSettingsFile file;
-    tolv::cINI ini(file, folder);
-    EXPECT_EQ(ini.GetINIString(tolv::INIKey::BenKtoPath), folder.path());
+TEST(SettingsFile, GivesTheFolderAsTheFileHoldsItInTheAnsiCodePageOrTheProgramFolder) {
+    for (const auto& [settings, wanted] : std::initializer_list<std::pair<std::string, std::optional<base::Text>>>{
+             {"[SETTINGS]\r\nBenKtoPath=D:\\Konten\r\n", u"D:\\Konten"},
+             {"[settings]\nBENKTOPATH = D:\\B\xFCro\\ \n", u"D:\\Büro\\"},
+             {"[SETTINGS]\r\nBenKtoPath=\r\n", u""},
+             {"[SETTINGS]\r\nBenKtoPath=" + std::string(300, 'x'), base::Text(254, u'x')},
+             {"[MAIN]\r\nBenKtoPath=D:\\Konten\r\n", std::nullopt}}) {
+        const Folder folder(settings);
+        win32::SystemSettingsFile file;
+        EXPECT_EQ(tolv::cINI(file, folder).GetINIString(tolv::INIKey::BenKtoPath), wanted.value_or(folder.path()));
+    }
 }
 
 TEST(ProgramFolder, IsTheFolderOfTheExe) {
