@@ -1,145 +1,97 @@
 #include "tests/fuzz/Seeds.h"
 
-#include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 
-#include "jet/fresh/Creator.h"
-#include "jet/storage/MemoryIo.h"
+#include "jet/tree/IndexNode.h"
 #include "tests/support/MemoryPageStore.h"
+#include "tests/support/RandomValues.h"
 #include "tests/support/RelatedTables.h"
+#include "tests/support/SampleFile.h"
 
 namespace jet {
 namespace {
 
+using base::Null;
 using base::Value;
+
+constexpr std::uint8_t kUnique = IndexDefinition::kUnique;
+constexpr std::uint8_t kKey = IndexDefinition::kUnique | IndexDefinition::kRequired;
+constexpr std::uint8_t kIgnoreNulls = IndexDefinition::kIgnoreNulls;
 
 /// Long names, so that a few rows already fill several leaves.
 base::Text longName(std::int32_t i) {
     return u"Müller-Straßenbäcker & Söhne, Niederlassung Nr. " + base::decimal((i * 7919) % 10007) + u" (Außenstelle)";
 }
 
-TableDesign accountTable() {
-    return {.name = u"Benutzerkonto",
-            .columns = {{.name = u"BenKTO_ID", .type = ColumnType::Long, .isAutoNumber = true},
-                        {.name = u"BenKTO_Name", .type = ColumnType::Text, .maxUnits = 100},
-                        {.name = u"BenKTO_Pass", .type = ColumnType::Text, .maxUnits = 64},
-                        {.name = u"BenKTO_ServerPath", .type = ColumnType::Text, .maxUnits = 255},
-                        {.name = u"BenKTO_R_ProgUpdate", .type = ColumnType::Boolean}},
-            .indexes = {{.name = u"PrimaryKey", .columns = {{u"BenKTO_ID"}}, .isPrimary = true},
-                        {.name = u"BenKTO_Name", .columns = {{u"BenKTO_Name"}}}}};
+test::SampleTable accounts(std::int32_t count) {
+    using enum ColumnType;
+    test::SampleTable table{{u"Benutzerkonto",
+                             {{u"BenKTO_ID", Long, 0, true},
+                              {u"BenKTO_Name", Text, 100},
+                              {u"BenKTO_Pass", Text, 64},
+                              {u"BenKTO_ServerPath", Text, 255},
+                              {u"BenKTO_R_ProgUpdate", Boolean}},
+                             {{u"PrimaryKey", {{u"BenKTO_ID"}}, true}, {u"BenKTO_Name", {{u"BenKTO_Name"}}}}},
+                            {}};
+    for (std::int32_t id = 1; id <= count; ++id) {
+        table.rows.push_back(
+            {id, longName(id), base::Text(64, u'a'), base::Text(u"\\\\server\\konten\\") + longName(id), id % 3 == 0});
+        if (id % 10 == 0) table.rows.back()[1] = Null{};
+    }
+    return table;
 }
 
-Creator::RowFeed accountRows(std::int32_t count) {
-    return [count, id = 0](std::vector<Value>& row) mutable {
-        if (id == count) return false;
-        ++id;
-        row = {id, longName(id), base::Text(64, u'a'), base::Text(u"\\\\server\\konten\\") + longName(id), id % 3 == 0};
-        if (id % 10 == 0) row[1] = base::Null{};
-        return true;
-    };
+/// Moves a row's data to another place, as for a row that has grown.
+void moveRow(test::MemoryPageStore& store, RowPointer row) {
+    const auto page = store.change(row.page);
+    const auto bytes = DataPage(store.page(row.page)).slot(row.slot).bytes;
+    const int target = appendRow(page, base::Bytes(bytes.begin(), bytes.end()), SlotState::Hidden);
+    const std::size_t slot = kDataPageHeaderBytes + kSlotBytes * row.slot;
+    const std::uint16_t offset = base::ByteView(page).u16(slot);
+    base::putU16(page, slot, static_cast<std::uint16_t>(offset | 0x4000U));
+    base::putU32(page, offset, RowPointer{row.page, static_cast<std::uint8_t>(target)}.packed());
 }
 
-TableDesign everyType() {
-    const auto column = [](base::Text name, ColumnType type, std::uint16_t maxUnits = 0) {
-        return ColumnDesign{.name = std::move(name), .type = type, .maxUnits = maxUnits};
-    };
-    constexpr std::uint8_t kUnique = IndexDefinition::kUnique;
-    ColumnDesign number = column(u"Nr", ColumnType::Long);
-    number.isAutoNumber = true;
-    ColumnDesign numeric = column(u"Numeric", ColumnType::Numeric);
-    numeric.scale = 3;
-    return {.name = u"Alles",
-            .columns = {number, column(u"Byte", ColumnType::Byte), column(u"Integer", ColumnType::Integer),
-                        column(u"Long", ColumnType::Long), column(u"Currency", ColumnType::Currency),
-                        column(u"Single", ColumnType::Single), column(u"Double", ColumnType::Double),
-                        column(u"Date", ColumnType::DateTime), column(u"Binary", ColumnType::Binary, 40),
-                        column(u"Text", ColumnType::Text, 50), column(u"Guid", ColumnType::Guid),
-                        column(u"Boolean", ColumnType::Boolean), numeric, column(u"Memo", ColumnType::Memo),
-                        column(u"Ole", ColumnType::Ole)},
-            .indexes = {{.name = u"PrimaryKey", .columns = {{u"Nr"}}, .isPrimary = true},
-                        {.name = u"Mehrere", .columns = {{u"Text", false}, {u"Integer", true}}},
-                        {.name = u"Byte", .columns = {{u"Byte"}, {u"Long"}}, .flags = kUnique},
-                        {.name = u"Integer", .columns = {{u"Integer"}}, .flags = IndexDefinition::kRequired},
-                        {.name = u"Long", .columns = {{u"Long", false}}},
-                        {.name = u"Currency", .columns = {{u"Currency"}}, .flags = kUnique},
-                        {.name = u"Single", .columns = {{u"Single", false}}},
-                        {.name = u"Double", .columns = {{u"Double"}, {u"Single"}}, .flags = kUnique},
-                        {.name = u"Date", .columns = {{u"Date"}}},
-                        {.name = u"Binary", .columns = {{u"Binary"}}, .flags = IndexDefinition::kIgnoreNulls},
-                        {.name = u"Binary2", .columns = {{u"Binary", false}, {u"Byte"}}, .flags = kUnique},
-                        {.name = u"Guid",
-                         .columns = {{u"Guid"}},
-                         .flags = IndexDefinition::kIgnoreNulls | IndexDefinition::kUnique},
-                        {.name = u"Boolean", .columns = {{u"Boolean", false}}},
-                        {.name = u"Numeric", .columns = {{u"Numeric"}}},
-                        {.name = u"Numeric2", .columns = {{u"Numeric", false}}}}};
+/// Keys of up to 500 bytes, which make trees of three levels, and rows that grow beyond their page.
+test::SampleTable deepTable() {
+    using enum ColumnType;
+    TableDesign design{
+        u"Tief",
+        {{u"Nr", Long, 0, true}, {u"Schlüssel", Binary, 255}, {u"Text", Text, 100}, {u"Länge", Text, 255}},
+        {{u"PrimaryKey", {{u"Nr"}}, true, kKey},
+         {u"Schlüssel", {{u"Schlüssel", false}}, false, kUnique},
+         {u"Beide", {{u"Schlüssel"}, {u"Text", false}}, false, kUnique},
+         {u"Text", {{u"Text"}, {u"Schlüssel"}}, false, kIgnoreNulls}}};
+    test::SampleTable table{design, {}};
+    std::mt19937 random(1);
+    test::RandomValues values(random);
+    for (std::int32_t i = 1; i <= 500; ++i)
+        table.rows.push_back({i, base::Bytes(static_cast<std::size_t>(i * 37 % 256), static_cast<std::uint8_t>(i / 2)),
+                              longName(i), base::Text(static_cast<std::size_t>(i % 50), u'Ω')});
+    return table;
 }
 
-Creator::RowFeed everyTypeRows() {
-    return [i = 0](std::vector<Value>& row) mutable {
-        if (i == 20) return false;
-        ++i;
-        row = {i,
-               static_cast<std::uint8_t>(i),
-               static_cast<std::int16_t>(-i),
-               i * 100000,
-               base::Currency{i * 12345LL},
-               0.5F * static_cast<float>(i),
-               -1.25 * i,
-               base::Date{38000.5 + i},
-               base::Bytes(static_cast<std::size_t>(i), 0xA5),
-               base::Text(static_cast<std::size_t>(i), u'ß'),
-               base::Guid{{static_cast<std::uint8_t>(i)}},
-               i % 2 == 0,
-               base::Decimal{i % 3 == 0, 3, {static_cast<std::uint32_t>(i), 0, 0, 0}},
-               base::Text(static_cast<std::size_t>(10 * i), u'n'),
-               base::Bytes(static_cast<std::size_t>(20 * i), 0xA5)};
-        if (i % 4 == 0) row[8] = base::Null{};
-        return true;
-    };
-}
-
-Seed make(std::string name, base::Text password, const auto& fill) {
-    MemoryIo io;
-    Creator creator(io, std::move(password));
-    fill(creator);
-    creator.finish();
-    return {std::move(name), io.bytes()};
-}
-
-/// Two tables, one of which refers to the other, with long values of every kind.
-Seed related() {
-    static constexpr std::size_t kNoteUnits[] = {20, 300, 4500, 2500};
-    const auto rows = [](std::int32_t count) {
-        return [count, i = 0](std::vector<Value>& row) mutable {
-            if (i == count) return false;
-            const std::size_t units = kNoteUnits[static_cast<std::size_t>(i) % std::size(kNoteUnits)];
-            ++i;
-            row = {i, i % 7 == 0 ? Value(base::Null{}) : Value(1 + i % 5), base::Text(units, u'n'),
-                   base::Bytes(i % 3 == 0 ? 200U : 5000U, 0xA5)};
-            return true;
-        };
-    };
-    constexpr std::uint8_t kKey = IndexDefinition::kUnique | IndexDefinition::kRequired;
-    TableDesign design{.name = {},
-                       .columns = {{.name = u"Nr", .type = ColumnType::Long, .isAutoNumber = true},
-                                   {.name = u"Zu", .type = ColumnType::Long},
-                                   {.name = u"Notiz", .type = ColumnType::Memo},
-                                   {.name = u"Bild", .type = ColumnType::Ole}},
-                       .indexes = {{.name = u"PrimaryKey", .columns = {{u"Nr"}}, .isPrimary = true, .flags = kKey},
-                                   {.name = u"Zu", .columns = {{u"Zu"}}}}};
-    const Seed tables = make("related", {}, [&](Creator& creator) {
-        for (const auto& [name, count] : {std::pair{u"Konto", 6}, std::pair{u"Sitzung", 12}}) {
-            design.name = name;
-            creator.addTable(design, rows(count));
+/// Gives the nodes of all indexes the shape that other writers use: without links, and every second without a tail.
+void reshapeNodes(test::MemoryPageStore& store, base::TextView tableName) {
+    const PageNumber owner = openTable(store, tableName)->definition().page;
+    for (PageNumber page = 0; page < store.pageCount(); ++page) {
+        if (store.page(page).kind() != PageKind::IndexNode || store.page(page).bytes.u32(4) != owner) continue;
+        IndexNode node(IndexPage(store.page(page), owner));
+        node.previous = node.next = 0;
+        if (node.tail == 0 && node.size() > 1) {
+            node.tail = node.child(node.size() - 1);
+            node.erase(node.size() - 1);
+        } else if (const IndexPage last(store.page(node.tail), owner); last.isLeaf()) {
+            IndexNode whole = node;
+            whole.insert(whole.size(), last.entry(last.size() - 1), std::exchange(whole.tail, 0));
+            if (page % 2 == 0 && whole.fits()) node = whole;
         }
-    });
-    test::MemoryPageStore store(tables.file);
-    test::relate(store, u"Sitzung", u"Zu", u"Konto", u"Nr", 0, test::kCascade);
-    return {tables.name, store.file()};
+        node.write(store.change(page), owner, store.page(page).bytes.u8(26));
+    }
 }
 
 void addCorpus(std::vector<Seed>& all) {
@@ -155,13 +107,102 @@ void addCorpus(std::vector<Seed>& all) {
 
 }  // namespace
 
+test::SampleTable everyType() {
+    using enum ColumnType;
+    TableDesign design{u"Alles",
+                       {{u"Nr", Long, 0, true},
+                        {u"Byte", Byte},
+                        {u"Integer", Integer},
+                        {u"Long", Long},
+                        {u"Currency", Currency},
+                        {u"Single", Single},
+                        {u"Double", Double},
+                        {u"Date", DateTime},
+                        {u"Binary", Binary, 40},
+                        {u"Text", Text, 50},
+                        {u"Guid", Guid},
+                        {u"Boolean", Boolean},
+                        {.name = u"Numeric", .type = Numeric, .scale = 3},
+                        {u"Memo", Memo},
+                        {u"Ole", Ole}},
+                       {{u"PrimaryKey", {{u"Nr"}}, true},
+                        {u"Mehrere", {{u"Text", false}, {u"Integer", true}}},
+                        {u"Byte", {{u"Byte"}, {u"Long"}}, false, kUnique},
+                        {u"Integer", {{u"Integer"}}, false, IndexDefinition::kRequired},
+                        {u"Long", {{u"Long", false}}},
+                        {u"Currency", {{u"Currency"}}, false, kUnique},
+                        {u"Single", {{u"Single", false}}},
+                        {u"Double", {{u"Double"}, {u"Single"}}, false, kUnique},
+                        {u"Date", {{u"Date"}}},
+                        {u"Binary", {{u"Binary"}}, false, kIgnoreNulls},
+                        {u"Binary2", {{u"Binary", false}, {u"Byte"}}, false, kUnique},
+                        {u"Guid", {{u"Guid"}}, false, kIgnoreNulls | kUnique},
+                        {u"Boolean", {{u"Boolean", false}}},
+                        {u"Numeric", {{u"Numeric"}}},
+                        {u"Numeric2", {{u"Numeric", false}}}}};
+    for (ColumnDesign& column : design.columns)
+        column.name += base::Text(50, u'ß');
+    for (IndexDesign& index : design.indexes) {
+        index.name += base::Text(50, u'ß');
+        for (IndexColumnDesign& part : index.columns)
+            part.name += base::Text(50, u'ß');
+    }
+    test::SampleTable table{design, {}};
+    std::mt19937 random(1);
+    test::RandomValues values(random);
+    for (std::int32_t i = 1; i <= 20; ++i) {
+        std::vector<Value>& row = table.rows.emplace_back();
+        for (const Column& column : makeDefinition(design).columns)
+            row.push_back(values.value(column));
+        row[0] = i;
+        row[1] = static_cast<std::uint8_t>(i);
+        row[2] = static_cast<std::int16_t>(-i);
+        row[4] = base::Currency{i * 12345LL};
+        row[6] = -1.25 * i;
+        row[10] = base::Guid{{static_cast<std::uint8_t>(i)}};
+    }
+    return table;
+}
+
+base::Bytes relatedTables() {
+    using enum ColumnType;
+    test::SampleTable accounts{
+        {u"Konten",
+         {{u"ID", Long, 0, true}, {u"Name", Text, 100}, {u"Merkmal", Text, 20}, {u"Notiz", Memo}, {u"Aktiv", Boolean}},
+         {{u"PrimaryKey", {{u"ID"}}, true, kKey},
+          {u"Name", {{u"Name"}, {u"ID", false}}},
+          {u"Merkmal", {{u"Merkmal"}}, false, kIgnoreNulls}}},
+        {}};
+    constexpr std::size_t kNoteUnits[] = {0, 20, 300, 10000, 200};  // in the row, in one row of a page, in a chain
+    for (std::int32_t i = 0; i < 150; ++i) {
+        accounts.rows.push_back({i + 1, longName(i), Null{}, Null{}, i % 3 == 0});
+        if (i % 4 == 0) accounts.rows.back()[2] = u"Merkmal " + base::decimal(i);
+        if (i > 0 && i < 5) accounts.rows.back()[3] = base::Text(kNoteUnits[i], u'm');
+    }
+    test::SampleTable second{{u"Zweite", {{u"Nr", Long}, {u"Text", Text, 50}}, {}}, {}};
+    second.design.indexes = {{u"Nr", {{u"Nr"}}, false, kUnique}};
+    for (std::int32_t i = 1; i <= 10; ++i)
+        second.rows.push_back({i, u"Zeile " + base::decimal(i)});
+    test::MemoryPageStore store(test::sampleFile({accounts, second}));
+    test::relate(store, u"Zweite", u"Nr", u"Konten", u"ID", 0, test::kCascade);
+    moveRow(store, {*openTable(store, u"Zweite")->ownedPages().next(0), 2});
+    return store.file();
+}
+
+base::Bytes deepTrees() {
+    test::MemoryPageStore store(test::sampleFile({deepTable()}));
+    reshapeNodes(store, u"Tief");
+    return store.file();
+}
+
 std::vector<Seed> seeds() {
-    std::vector<Seed> all;
-    all.push_back(make("empty", {}, [](Creator& creator) { creator.addTable(accountTable(), accountRows(0)); }));
-    all.push_back(make("accounts", base::Text(kSeedPassword),
-                       [](Creator& creator) { creator.addTable(accountTable(), accountRows(150)); }));
-    all.push_back(make("types", {}, [](Creator& creator) { creator.addTable(everyType(), everyTypeRows()); }));
-    all.push_back(related());
+    std::vector<Seed> all = {
+        {"empty", test::sampleFile({accounts(0)}), u"Benutzerkonto"},
+        {"accounts", test::sampleFile({accounts(150)}, base::Text(kSeedPassword)), u"Benutzerkonto"},
+        {"types", test::sampleFile({everyType()}), u"Alles"},
+        {"related", relatedTables(), u"Konten"},
+        {"deep", deepTrees(), u"Tief"},
+    };
     addCorpus(all);
     return all;
 }

@@ -30,11 +30,7 @@ struct Damage {
     std::function<base::Text(FileAtHand&)> apply;  ///< returns a part of the expected finding
 };
 
-/// A sound file with two tables. The account table has an index of names with several leaves, and memos of all kinds.
-/// The second table has a moved row.
-base::Bytes fileToDamage();
-
-/// At least two damages for each structure of the format.
+/// Damages that no change of a single byte makes; those are swept (CheckerSweepTest.cpp).
 std::vector<Damage> damages();
 
 }  // namespace jet

@@ -29,7 +29,7 @@ bool hasFault(const CheckResult& result, base::TextView part) {
 }
 
 TEST(Checker, FindsNothingInSoundFiles) {
-    FileAtHand file(fileToDamage());
+    FileAtHand file(relatedTables());
     const CheckResult result = check(file);
     EXPECT_EQ(linesOf(result), "");
     EXPECT_EQ(result.counts.tables, 6U);
@@ -42,9 +42,9 @@ TEST(Checker, FindsNothingInSoundFiles) {
 }
 
 TEST(Checker, FindsEachDamageAndNamesItsPlace) {
-    const base::Bytes sound = fileToDamage();
+    const base::Bytes sound = relatedTables();
     const auto all = damages();
-    EXPECT_GE(all.size(), 35U);
+    EXPECT_GE(all.size(), 20U);
     for (const Damage& damage : all) {
         FileAtHand file(sound);
         const base::Text wanted = damage.apply(file);
@@ -56,12 +56,12 @@ TEST(Checker, FindsEachDamageAndNamesItsPlace) {
 }
 
 TEST(Checker, GoesOnAfterAFault) {
-    FileAtHand file(fileToDamage());
+    FileAtHand file(relatedTables());
     // Each damage is in another structure.
     std::vector<base::Text> wanted;
     for (const Damage& damage : damages()) {
-        if (damage.name == "a commit word of 0" || damage.name == "a separator that is too small" ||
-            damage.name == "rules of a relationship" || damage.name == "bits behind the null mask") {
+        if (damage.name == "a commit word of 0" || damage.name == "a relationship that is not described" ||
+            damage.name == "two rows share a memo" || damage.name == "bits behind the null mask") {
             wanted.push_back(damage.apply(file));
         }
     }
@@ -73,7 +73,7 @@ TEST(Checker, GoesOnAfterAFault) {
 
 /// Known leftovers of other writers. Each is reported, and none is a fault.
 TEST(Checker, ReportsHarmlessOdditiesAsNotes) {
-    FileAtHand file(fileToDamage());
+    FileAtHand file(relatedTables());
     const PageNumber konten = openTable(file, u"Konten")->definition().page;
     base::putU32(file.at(konten), 16, 402);
     base::putU32(file.at(konten), 20, 17);  // last auto number
@@ -97,7 +97,7 @@ TEST(Checker, ReportsHarmlessOdditiesAsNotes) {
 }
 
 TEST(Checker, KeepsABoundedNumberOfFindings) {
-    FileAtHand file(fileToDamage());
+    FileAtHand file(relatedTables());
     for (std::size_t user = 0; user < 256; ++user)
         base::putU16(file.at(0), 0xE00 + 2 * user, 0);
     const PageNumber leaf = openTable(file, u"Konten")->definition().indexes[0].rootPage;

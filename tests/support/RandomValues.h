@@ -105,7 +105,7 @@ public:
             case jet::ColumnType::Ole:
                 return bytes(below(4) == 0 ? 15'000 : 200);
             case jet::ColumnType::Text:
-                return text(std::min<std::size_t>(column.lengthBytes / 2U, below(4) == 0 ? 60 : 10));
+                return text(std::min<std::size_t>(column.lengthBytes / 2U, below(4) == 0 ? 250 : 10));
             case jet::ColumnType::Memo:
                 return text(below(4) == 0 ? 9000 : 200);
             default:
