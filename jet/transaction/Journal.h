@@ -28,7 +28,7 @@
 ///     are not on the disk. So recovery writes every page once more before it flushes.
 ///     FailingMachine.TheNextOpenerFlushesWhatItSees
 ///  3. A commit that has returned is permanent, even if the deletion of its journal is lost: a left journal whose pages
-///     are all new in the file is dropped, not applied.   CrashSweep.AnAcknowledgedCommitStays
+///     are all new in the file is dropped, not applied.   CrashSweep.EveryCutLeavesTheOldFileOrTheNewOne
 ///  4. A left journal is applied only if every page that it names is old, new or torn in the file, if the file's length
 ///     is between the old and the new one, and if the original engine has not committed since.
 ///     LeftJournal.IsNeverAppliedToAFileThatSomebodyElseHasWritten
@@ -38,7 +38,7 @@
 ///  7. If 4, 5 or 6 refuses, nothing is changed: neither the file nor the journal.   The same three tests
 ///  8. A rollback that is interrupted can be repeated.   CrashSweep.AnInterruptedRollbackCanBeRepeated
 ///  9. If a write fails while its program goes on, the file is the old one again, or the journal stays for the next
-///     opener.   FailingMachine.LeavesTheOldFileAndSaysWhy
+///     opener.   RandomWork.GivesTheExpectedRowsInASoundFile
 ///
 /// What may be lost: the transaction that was being committed. What cannot be detected: a journal that was moved or
 /// deleted while it was needed; a journal that was put back after this engine has written again, if all pages it names

@@ -13,7 +13,6 @@
 
 #include "jet/storage/LockFile.h"
 #include "jet/transaction/Transaction.h"
-#include "tests/jet/DyingStorage.h"
 #include "tests/support/SampleFile.h"
 
 #ifdef _WIN32
@@ -98,14 +97,14 @@ int read(jet::LeftJournalRule rule) {
     return OtherProcess::kDone;
 }
 
-/// Adds 1, but dies at this step, counted from 1.
-int die(int step) {
-    insist([step] {
-        auto storage = dyingStorage(fileIn(folder()).u16string(), step);
-        Database database = Database::open(std::move(storage), {}, jet::LeftJournalRule::RollBack);
-        counter::add(database);
-    });
-    return OtherProcess::kDone;
+/// Counts, and dies after so many milliseconds, whatever it is doing.
+[[noreturn]] int die(int milliseconds) {
+    std::thread([milliseconds] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+        std::_Exit(OtherProcess::kDied);
+    }).detach();
+    while (true)
+        count(1);
 }
 
 [[noreturn]] void holdUntilTold() {

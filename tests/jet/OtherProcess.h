@@ -39,7 +39,7 @@ public:
 
     static constexpr int kDone = 0;
     static constexpr int kFault = 1;  ///< the message is on standard error
-    static constexpr int kDied = 9;   ///< at the step where it had to die
+    static constexpr int kDied = 9;   ///< when it had to
 
 private:
     std::intptr_t id_ = 0;
