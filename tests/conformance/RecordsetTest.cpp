@@ -164,17 +164,32 @@ TEST_F(Conformance, WhatCannotBeStoredIsRefusedAndNotWritten) {
 }
 
 TEST_F(Conformance, ARowThatSomebodyElseChangedOrDeletedIsNotOverwritten) {
+    const base::Bytes before = bytes();
+    constexpr std::int32_t kRowChanged = -2147217864, kRowDeleted = -2147217885;
+    const struct {
+        Text between;
+        std::int32_t error;
+        std::string after;
+    } cases[] = {
+        {u"UPDATE Benutzerkonto SET BenKTO_Pass = 'x' WHERE BenKTO_ID = 1", kRowChanged, "1 Müller|2 Aal|3 Meier|"},
+        {u"UPDATE Benutzerkonto SET BenKTO_Pass = 'x' WHERE BenKTO_ID = 2", 0, "1 Ich|2 Aal|3 Meier|"},
+        {u"DELETE FROM Benutzerkonto WHERE BenKTO_ID = 1", kRowDeleted, "2 Aal|3 Meier|"},
+    };
+    for (const auto& [between, error, after] : cases) {
+        write(before);
+        const auto connection = connect();
+        const auto rows = openToChange(*connection, kAll);
+        set(*rows, u"BenKTO_Name", Text(u"Ich"));
+        connect()->Execute(between);
+        EXPECT_EQ(errorOf([&] { rows->Update(); }), error) << base::toUtf8(between);
+        EXPECT_EQ(names(*connection), after) << base::toUtf8(between);
+    }
     const auto connection = connect();
-    const auto other = connect();
-    const auto rows = openToChange(*connection, kAll);
-    set(*rows, u"BenKTO_Name", Text(u"Ich"));
-    other->Execute(u"UPDATE Benutzerkonto SET BenKTO_Pass = 'anders' WHERE BenKTO_ID = 1");
-    EXPECT_NE(errorOf([&] { rows->Update(); }), 0);
-    const auto later = openToChange(*connection, kAll);
-    set(*later, u"BenKTO_Name", Text(u"Ich"));
-    other->Execute(u"DELETE FROM Benutzerkonto WHERE BenKTO_ID = 1");
-    EXPECT_NE(errorOf([&] { later->Update(); }), 0);
-    EXPECT_EQ(names(*connection), "2 Aal|3 Meier|");
+    connection->Execute(u"INSERT INTO Werte (Nr, Notiz) VALUES (1, '" + Text(9000, u'n') + u"')");
+    const auto rows = openToChange(*connection, u"SELECT * FROM Werte");
+    set(*rows, u"Text", Text(u"Ich"));
+    connection->Execute(u"UPDATE Werte SET Notiz = 'x'");
+    EXPECT_EQ(errorOf([&] { rows->Update(); }), kRowChanged) << "a long value";
 }
 
 }  // namespace

@@ -1,3 +1,5 @@
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <string>
 
@@ -8,7 +10,7 @@
 #include "jet/table/Table.h"
 #include "jet/transaction/Database.h"
 #include "tests/support/SampleFile.h"
-#include "tests/support/SparseStorage.h"
+#include "tests/support/TempFolder.h"
 
 namespace jet {
 namespace {
@@ -26,31 +28,36 @@ base::Bytes notes() {
 
 TEST(FullFile, RefusesWhatItHasNoPageForBeforeTheFirstWrite) {
     constexpr std::uint64_t kLongest = std::uint64_t{kMaxPages} * kPageSize;
-    test::SparseFile file(notes(), kLongest - 50 * kPageSize);
-    Database database = Database::open(file.storage(), {}, LeftJournalRule::RollBack);
+    const test::TempFolder folder;
+    const std::filesystem::path file = folder / "Probe.mdb";
+    const base::Bytes start = notes();
+    std::ofstream(file, std::ios::binary).write(reinterpret_cast<const char*>(start.data()), std::ssize(start));
+    std::filesystem::resize_file(file, kLongest - 50 * kPageSize);  // takes no room on the disk
+    const auto sizeBytes = [&] { return std::filesystem::file_size(file); };
+    Database database = Database::open(fileStorage(file.u16string()), {}, LeftJournalRule::RollBack);
     // Each note takes twenty pages. The map of a new file has a few hundred free pages, then the file grows.
     const Text insert = u"INSERT INTO Notizen (Text) VALUES ('" + Text(40'000, u'Ω') + u"')";
     int added = 0;
     std::string refusal;
     while (refusal.empty() && added < 60) {
-        const std::size_t writes = file.writes();
+        const auto written = std::filesystem::last_write_time(file);
         try {
             sql::execute(database, insert);
             ++added;
         } catch (const base::RuntimeError& error) {
             refusal = error.what();
-            EXPECT_EQ(file.writes(), writes);
+            EXPECT_EQ(std::filesystem::last_write_time(file), written);
         }
-        ASSERT_LE(file.sizeBytes(), kLongest);
+        ASSERT_LE(sizeBytes(), kLongest);
     }
-    EXPECT_GT(file.sizeBytes(), kLongest - 50 * kPageSize);
+    EXPECT_GT(sizeBytes(), kLongest - 50 * kPageSize);
     EXPECT_EQ(refusal, "-2147467259: Ungültiges Argument.");
     // Statements that need no new page still work, and freed pages are used again.
     EXPECT_EQ(sql::execute(database, u"INSERT INTO Notizen (Text) VALUES ('kurz')"), 1);
     EXPECT_EQ(sql::execute(database, u"DELETE FROM Notizen WHERE Nr = 1"), 1);
     EXPECT_EQ(sql::execute(database, insert), 1);
     auto operation = database.beginRead();
-    const CheckResult result = checkDatabase(operation, file.sizeBytes());
+    const CheckResult result = checkDatabase(operation, sizeBytes());
     EXPECT_EQ(result.findings.faultCount(), 0U);
     EXPECT_EQ(openTable(operation, u"Notizen")->definition().rowCount, static_cast<std::uint32_t>(added) + 1);
 }

@@ -7,11 +7,11 @@
 #include "base/RuntimeError.h"
 #include "jet/check/Checker.h"
 #include "jet/index/IndexedRow.h"
-#include "jet/storage/MemoryIo.h"
 #include "jet/table/Catalog.h"
 #include "jet/table/Table.h"
 #include "jet/transaction/Database.h"
 #include "jet/tree/IndexCursor.h"
+#include "tests/support/FaultyStorage.h"
 
 namespace jet {
 namespace {
@@ -68,7 +68,7 @@ ReadEverythingResult readEverything(base::Bytes file, base::TextView password) {
     ReadEverythingResult result;
     const std::uint64_t sizeBytes = file.size();
     countingDamage(result, [&] {
-        Database database = Database::open(std::make_unique<MemoryIo>(std::move(file)), u"fuzz.mdb", password);
+        Database database = Database::open(test::Machine(std::move(file)).storage(), password);
         ReadOperation operation = database.beginRead();
         result.faultCount = faultsOf(operation, sizeBytes);
         const Catalog catalog(operation);

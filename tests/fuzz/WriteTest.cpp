@@ -32,7 +32,7 @@ struct Target {
 
 std::vector<Target> targetsOf(const Seed& seed) {
     std::vector<Target> targets;
-    Database database = Database::open(std::make_unique<MemoryIo>(seed.file), u"Probe.mdb", kSeedPassword);
+    Database database = Database::open(test::Machine(seed.file).storage(), kSeedPassword);
     ReadOperation operation = database.beginRead();
     const Catalog catalog(operation);
     for (const CatalogEntry& entry : catalog.entries()) {

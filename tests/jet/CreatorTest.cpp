@@ -14,7 +14,7 @@
 #include "tests/support/RandomValues.h"
 #include "tests/support/SampleFile.h"
 #include "tests/support/SoundFile.h"
-#include "tests/support/SparseStorage.h"
+#include "tests/support/TempFolder.h"
 
 namespace jet {
 namespace {
@@ -50,7 +50,7 @@ TEST(Creator, WhatItWritesIsReadBackFromASoundFile) {
     }
     const base::Bytes file = test::sampleFile({table}, u"geheim");
     EXPECT_EQ(test::faultsIn(file, u"geheim"), "");
-    auto database = Database::open(std::make_unique<MemoryIo>(file), u"neu.mdb", u"geheim");
+    auto database = Database::open(test::Machine(file).storage(), u"geheim");
     auto operation = database.beginRead();
     const Table read = *openTable(operation, u"ALLES");
     EXPECT_EQ(readAll(operation, read), table.rows);
@@ -77,8 +77,8 @@ TEST(Creator, RefusesWhatWouldMakeAnUnsoundFile) {
 TEST(Creator, UsageMapsOfEverySizeHoldTheirPages) {
     // The global map: usual row, longest row, one and two bitmap pages.
     for (const PageNumber count : {20U, 512U, 513U, 32032U, 32033U, 40000U}) {
-        test::SparseFile sparse({}, 0);
-        const auto io = sparse.storage()->openForReading();
+        const test::TempFolder folder;
+        const auto io = openFile((folder / "a.mdb").u16string(), OpenMode::CreateNew);
         FreshPages pages(*io);
         while (pages.count() < count)
             pages.allocate();

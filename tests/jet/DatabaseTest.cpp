@@ -4,10 +4,10 @@
 #include <memory>
 #include <string>
 
-#include "jet/storage/MemoryIo.h"
 #include "jet/table/Catalog.h"
 #include "jet/transaction/Database.h"
 #include "tests/jet/PagesInMemory.h"
+#include "tests/support/FaultyStorage.h"
 #include "tests/support/SampleFile.h"
 #include "tests/support/TempFolder.h"
 
@@ -17,7 +17,7 @@ namespace {
 constexpr base::TextView kPassword = u"Geheim";
 
 Database open(base::Bytes bytes, base::TextView password) {
-    return Database::open(std::make_unique<MemoryIo>(std::move(bytes)), u"C:\\konten.mdb", password);
+    return Database::open(test::Machine(std::move(bytes)).storage(u"C:\\konten.mdb"), password);
 }
 
 TEST(Database, OpensOnlyJet4FilesAndSaysSo) {
@@ -124,30 +124,21 @@ TEST_F(FileTest, IsFreeWhenTheJournalCannotBeLookedFor) {
 }
 #endif
 
-class CountingIo final : public MemoryIo {
-public:
-    using MemoryIo::MemoryIo;
-    void read(std::uint64_t offset, std::span<std::uint8_t> bytes) override {
-        ++reads;
-        MemoryIo::read(offset, bytes);
-    }
-    std::size_t reads = 0;
-};
-
 TEST(PageFile, ReadsAheadInAScanAndKeepsAViewWhileOthersComeAndGo) {
     constexpr PageNumber kPages = 16 * 300 + 5;  // more extents than the cache keeps
     base::Bytes bytes(kPages * kPageSize + 100);
     for (PageNumber page = 0; page < kPages; ++page)
         base::putU32(bytes, page * kPageSize, page);
-    CountingIo io(std::move(bytes));
-    PageFile pages(io, 0);
+    const test::Machine machine(std::move(bytes));
+    const auto io = machine.io();
+    PageFile pages(*io, 0);
     EXPECT_EQ(pages.pageCount(), kPages);
     const PageView first = pages.page(3);
     for (PageNumber page = 0; page < kPages; ++page)
         ASSERT_EQ(pages.page(page).bytes.u32(0), page);
     EXPECT_EQ(first.bytes.u32(0), 3U);
     EXPECT_EQ(pages.pagesRead(), kPages) << "each page once";
-    EXPECT_LT(io.reads, 310U) << "in whole extents but for the beginning";
+    EXPECT_LT(machine.reads(), 310) << "in whole extents but for the beginning";
     EXPECT_EQ(pages.page(160).bytes.u32(0), 160U);
     EXPECT_EQ(pages.pagesRead(), kPages + 1) << "a page far from the others is read alone";
     EXPECT_THROW(pages.page(kPages), base::RuntimeError);

@@ -15,8 +15,8 @@ namespace {
 constexpr RowPointer kGlobalMap{1, 0};
 
 /// A file without tables, with further pages that are all in use.
-test::MemoryPageStore fileOf(PageNumber pages, std::size_t rowBytes = 0, PageNumber maxPages = 524'288) {
-    test::MemoryPageStore store(test::sampleFile({}), maxPages);
+test::MemoryPageStore fileOf(PageNumber pages, std::size_t rowBytes = 0) {
+    test::MemoryPageStore store(test::sampleFile({}));
     store.extendTo(pages);
     if (rowBytes != 0) {
         std::vector<PageNumber> behind;
@@ -56,23 +56,6 @@ TEST(PageAllocator, RefusesWhatMustNotBecomeFree) {
     allocator.free(page);
     for (const PageNumber wrong : {page, PageNumber{0}, PageNumber{1}, PageNumber{5}, page + 1})
         EXPECT_THROW(allocator.free(wrong), base::RuntimeError) << wrong;
-}
-
-TEST(PageAllocator, TakesNoPageThatATableRefersTo) {
-    TableDesign design{u"T", {{u"Nr", ColumnType::Long}, {u"Notiz", ColumnType::Memo}}, {{u"Nr", {{u"Nr"}}}}};
-    const base::Bytes file = test::sampleFile({{design, {{1, base::Text(9000, u'n')}}}});
-    const auto count = static_cast<PageNumber>(file.size() / kPageSize);
-    for (PageNumber used = 2; used < count; ++used) {
-        test::MemoryPageStore store(file);
-        UsageMapRow(store, kGlobalMap).put(used, true);
-        EXPECT_THROW(PageAllocator(store).allocate(), base::RuntimeError) << used;
-    }
-    test::MemoryPageStore store(file);
-    store.extendTo(count + 1);
-    store.change(count)[0] = 1;
-    const std::vector<PageNumber> last{0xFFFFFFFF};
-    UsageMapRow(store, openTable(store, u"T")->definition().ownedPages).replace(UsageMap::inlineRow(0xFFFFFFF8, last));
-    EXPECT_EQ(PageAllocator(store).allocate(), count) << "one that somebody freed, and a map that names no page";
 }
 
 /// The map grows past each of its limits: longer rows, the end of page 1, one and two more bitmap pages.
@@ -138,20 +121,6 @@ TEST(PageAllocator, APageFreedOutsideOfTheMapIsTakenAgain) {
         EXPECT_EQ(taken == std::set<PageNumber>(c.freed.begin(), c.freed.end()), c.isTaken) << c.freed[0];
         EXPECT_GE(PageAllocator(store).allocate(), 41'000U) << c.freed[0];
     }
-}
-
-TEST(PageAllocator, AFileOfTwoGigabytesGrowsNoFurther) {
-    test::MemoryPageStore store = fileOf(40'000, 0, 40'050);
-    PageAllocator allocator(store);
-    PageNumber last = 0;
-    const auto fill = [&] {
-        while (true)
-            last = allocator.allocate();
-    };
-    EXPECT_THROW(fill(), base::RuntimeError);
-    EXPECT_EQ(last, 40'049U);
-    allocator.free(39'000);
-    EXPECT_EQ(allocator.allocate(), 39'000U) << "what is free can still be taken";
 }
 
 /// Maps are changed at random and compared with a std::set. Their rows share one page, which becomes full.

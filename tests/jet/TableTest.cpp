@@ -151,30 +151,6 @@ TEST(Table, ReportsDamageInsteadOfLosingRows) {
     EXPECT_EQ(counted.scan().size(), 30U) << "a count that is out of date hides nothing";
 }
 
-TEST(Table, IsNotReadAsShorterWhenTheFileWasCut) {
-    const base::Bytes file = sampleFile(30);
-    const auto count = [](const base::Bytes& bytes) {
-        Database database = test::openSample(bytes);
-        ReadOperation operation = database.beginRead();
-        const auto table = openTable(operation, kName);
-        if (!table) return -1;
-        int rows = 0;
-        for (RowCursor cursor(*table); cursor.next();)
-            ++rows;
-        return rows;
-    };
-    ASSERT_EQ(count(file), 30);
-    for (std::size_t sizeBytes = 0; sizeBytes < file.size(); sizeBytes += 1000) {
-        base::Bytes cut = file;
-        cut.resize(sizeBytes);
-        // Reading does not need the last pages. Without them all rows are still there.
-        int rows = 30;
-        const std::string error = errorOf([&] { rows = count(cut); });
-        EXPECT_EQ(rows, 30) << sizeBytes;
-        EXPECT_TRUE(error != "no error" || sizeBytes >= file.size() / 2) << sizeBytes;
-    }
-}
-
 TEST(Catalog, RefusesTwoTablesOfOneName) {
     std::vector<test::SampleTable> tables(2);
     for (std::size_t i = 0; i < 2; ++i) {

@@ -53,39 +53,6 @@ void setProperty(WrittenFile& file, base::TextView column, base::TextView name, 
     rows.replace(table.entry().row, draft.finish(longValues));
 }
 
-TEST(TableWriter, ARowKeepsItsPlaceWhileItsBytesMove) {
-    TableDesign design;
-    design.name = Text(kTable);
-    design.columns = {{u"Id", ColumnType::Long}};
-    for (char16_t name = u'A'; name <= u'H'; ++name)
-        design.columns.push_back({Text(1, name), ColumnType::Text, 255});
-    WrittenFile file({{design, {}}});
-    const auto longText = [](std::size_t units) { return Text(units, u'Ω'); };
-    std::vector<RowPointer> rows;
-    rows.reserve(6);
-    for (std::int32_t i = 0; i < 6; ++i)
-        rows.push_back(file.writer(kTable).insert({{{0, i}, {1, longText(250)}}}));
-    ASSERT_EQ(rows.front().page, rows.back().page);
-    const auto grow = [&](std::size_t row, std::size_t units) {
-        file.writer(kTable).update(rows[row], {{{2, longText(units)}, {3, longText(units)}, {4, longText(units)}}});
-        const auto values = file.rows(kTable)[static_cast<std::int32_t>(row)];
-        EXPECT_EQ(values[3], base::Value(longText(units)));
-        return openTable(file.store, kTable)->rowAt(rows[row]).view.place();
-    };
-    EXPECT_EQ(grow(0, 5), rows[0]) << "the page has room";
-    const RowPointer moved = grow(1, 255);
-    EXPECT_NE(moved.page, rows[1].page);
-    EXPECT_EQ(grow(1, 250), moved) << "still too long for its old place";
-    EXPECT_NE(grow(2, 255), rows[2]);
-    file.writer(kTable).remove(rows[3]);
-    file.writer(kTable).remove(rows[4]);
-    EXPECT_EQ(grow(1, 1), rows[1]) << "it comes home";
-    EXPECT_EQ(file.rows(kTable).size(), 4U);
-    for (const std::size_t row : {0, 1, 2, 5})
-        file.writer(kTable).remove(rows[row]);
-    EXPECT_TRUE(openTable(file.store, kTable)->ownedPages().empty());
-}
-
 TEST(TableWriter, AutoNumbersAreGivenOnce) {
     WrittenFile file({stock()});
     const auto number = [](const RowOfValues& row) { return std::get<std::int32_t>(row[kId]); };

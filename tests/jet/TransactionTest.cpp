@@ -61,7 +61,9 @@ TEST(Transaction, CostsTwoFlushesAndNothingWithoutAChange) {
 
 TEST(Transaction, IsRefusedWhereThereIsNothingToWriteTo) {
     const base::Bytes file = test::sampleFile({});
-    Database database = test::openSample(file);
+    Machine readOnly(file);
+    readOnly.refuseWriting(Refusal::ReadOnly);
+    Database database = Database::open(readOnly.storage(), {});
     EXPECT_EQ(errorOf([&] { Transaction(database, WriteKind::Recordset); }),
               "-2147217911: Aktualisieren nicht möglich. Datenbank oder Objekt ist schreibgeschützt.");
     EXPECT_EQ(errorOf([&] { Transaction(database, WriteKind::Execute); }),

@@ -7,27 +7,6 @@
 namespace jet {
 namespace {
 
-std::vector<PageNumber> pagesOf(const UsageMap& map) {
-    std::vector<PageNumber> pages;
-    for (auto page = map.next(0); page; page = map.next(*page + 1))
-        pages.push_back(*page);
-    return pages;
-}
-
-TEST(UsageMap, ReadsReferencesToBitmapPages) {
-    PagesInMemory source;
-    base::Bytes bitmap(kPageSize, 0);
-    bitmap[0] = 5, bitmap[1] = 1;
-    bitmap[4] = 0x02;
-    bitmap[kPageSize - 1] = 0x80;
-    const PageNumber first = source.add(bitmap);
-    const PageNumber third = source.add(bitmap);
-    const PageNumber page = source.addDataPage(0, {UsageMap::referenceRow(std::vector<PageNumber>{first, 0, third})});
-    const UsageMap map = UsageMap::read(source, {page, 0});
-    EXPECT_EQ(pagesOf(map), (std::vector<PageNumber>{1, 32735, 2 * 32736 + 1, 3 * 32736 - 1}));
-    EXPECT_TRUE(UsageMap::read(source, {}).empty()) << "no map at all";
-}
-
 TEST(UsageMap, ReportsImpossibleMaps) {
     PagesInMemory source;
     const PageNumber page = source.addDataPage(

@@ -1,10 +1,10 @@
 #include <fstream>
 
 #include "base/RuntimeError.h"
-#include "jet/storage/MemoryIo.h"
 #include "jet/storage/NewFile.h"
 #include "jet/transaction/Database.h"
 #include "tests/kontodb/Command.h"
+#include "tests/support/FaultyStorage.h"
 #include "tools/kontodb/AccountFile.h"
 
 namespace kontodb {
@@ -107,9 +107,9 @@ TEST_F(Create, AWrongCallSaysWhatIsWrongAndMakesNothing) {
 }
 
 base::Bytes accountFile(std::uint32_t accounts, std::uint64_t seed) {
-    jet::MemoryIo io;
-    writeAccountFile(io, u"", accounts, seed);
-    return io.bytes();
+    const test::Machine machine;
+    writeAccountFile(*machine.io(), u"", accounts, seed);
+    return machine.file();
 }
 
 TEST(InventedAccounts, TheSameSeedGivesTheSameBytesEverywhere) {

@@ -10,7 +10,6 @@
 
 #include "base/Value.h"
 #include "jet/Errors.h"
-#include "jet/storage/MemoryIo.h"
 #include "jet/storage/Storage.h"
 #include "jet/transaction/JournalRecord.h"
 
@@ -33,7 +32,7 @@ enum class Loss {
 /// Without a planned fault it is a writable file in memory.
 class Machine {
 public:
-    explicit Machine(base::Bytes file, std::optional<base::Bytes> journal = std::nullopt)
+    explicit Machine(base::Bytes file = {}, std::optional<base::Bytes> journal = std::nullopt)
         : state_(std::make_shared<State>()) {
         state_->file = std::make_shared<DiskFile>(std::move(file));
         if (journal) state_->names.journal = std::make_shared<DiskFile>(std::move(*journal));
@@ -48,6 +47,7 @@ public:
     bool hasNewJournal() const { return state_->names.newJournal != nullptr; }
     int steps() const { return state_->steps; }
     int flushes() const { return state_->flushes; }
+    int reads() const { return state_->reads; }
 
     /// The machine stops at this step, counted from 1. If it is a write, its first half is done.
     void stopAt(int step) { state_->stopAt = step; }
@@ -60,6 +60,9 @@ public:
     std::unique_ptr<jet::Storage> storage(base::Text name = u"Konten.mdb") const {
         return std::make_unique<FaultyStorage>(state_, std::move(name));
     }
+
+    /// The bytes of the file.
+    std::unique_ptr<jet::PageIo> io() const { return storage()->openForReading(); }
 
     /// The machine after it has been started again.
     Machine afterStop(Loss loss, unsigned seed) const {
@@ -174,6 +177,7 @@ private:
         std::vector<std::function<void(Names&)>> unflushedNames;
         int steps = 0;
         int flushes = 0;
+        int reads = 0;
         std::optional<int> stopAt, failAt;
         jet::Refusal refusal = jet::Refusal::None;
     };
@@ -185,6 +189,7 @@ private:
 
         std::uint64_t sizeBytes() override { return file_->now.size(); }
         void read(std::uint64_t offset, std::span<std::uint8_t> bytes) override {
+            ++state_->reads;
             if (offset + bytes.size() > file_->now.size()) throw jet::deviceFailed(u"Platte", 3);
             std::copy_n(file_->now.begin() + static_cast<std::ptrdiff_t>(offset), bytes.size(), bytes.begin());
         }

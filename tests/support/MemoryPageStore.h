@@ -14,7 +14,7 @@ namespace test {
 /// of a page keep the old bytes.
 class MemoryPageStore : public jet::PageStore {
 public:
-    explicit MemoryPageStore(const base::Bytes& file, jet::PageNumber maxPages = 524'288) : maxPages_(maxPages) {
+    explicit MemoryPageStore(const base::Bytes& file) {
         for (std::size_t at = 0; at < file.size(); at += jet::kPageSize) {
             const auto begin = file.begin() + static_cast<std::ptrdiff_t>(at);
             pages_.push_back({std::make_shared<base::Bytes>(begin, begin + jet::kPageSize), false});
@@ -37,7 +37,6 @@ public:
     }
 
     jet::PageNumber append() override {
-        if (pageCount() >= maxPages_) throw base::RuntimeError(-2147467259, u"full");
         pages_.push_back({std::make_shared<base::Bytes>(jet::kPageSize), true});
         return pageCount() - 1;
     }
@@ -71,7 +70,6 @@ private:
         bool isChanged;
     };
     std::vector<Page> pages_;
-    jet::PageNumber maxPages_;
 };
 
 }  // namespace test

@@ -11,8 +11,8 @@
 #include "jet/fresh/TableDesign.h"
 #include "jet/page/Header.h"
 #include "jet/page/PageFile.h"
-#include "jet/storage/MemoryIo.h"
 #include "jet/transaction/Database.h"
+#include "tests/support/FaultyStorage.h"
 
 /// Files in memory for tests of statements and of ADO over the engine.
 namespace test {
@@ -42,8 +42,9 @@ inline SampleTable kontoTable() {
 }
 
 inline base::Bytes sampleFile(const std::vector<SampleTable>& tables, const base::Text& password = {}) {
-    jet::MemoryIo io;
-    jet::Creator creator(io, password);
+    const Machine machine;
+    const auto io = machine.io();
+    jet::Creator creator(*io, password);
     for (const SampleTable& table : tables) {
         std::size_t next = 0;
         creator.addTable(table.design, [&](std::vector<base::Value>& row) {
@@ -53,7 +54,7 @@ inline base::Bytes sampleFile(const std::vector<SampleTable>& tables, const base
         });
     }
     creator.finish();
-    return io.bytes();
+    return machine.file();
 }
 
 /// The same file with its pages encoded.
@@ -72,7 +73,7 @@ inline base::Bytes encoded(base::Bytes file, std::uint32_t key) {
 }
 
 inline jet::Database openSample(const base::Bytes& bytes) {
-    return jet::Database::open(std::make_unique<jet::MemoryIo>(bytes), u"Probe.mdb", {});
+    return jet::Database::open(Machine(bytes).storage(), {});
 }
 
 }  // namespace test

@@ -6,8 +6,8 @@
 #include "base/Text.h"
 #include "base/Value.h"
 #include "jet/check/Checker.h"
-#include "jet/storage/MemoryIo.h"
 #include "jet/transaction/Database.h"
+#include "tests/support/FaultyStorage.h"
 
 namespace test {
 
@@ -26,7 +26,7 @@ inline std::string faultsIn(jet::PageSource& source, Writers writers = Writers::
 }
 
 inline std::string faultsIn(const base::Bytes& file, base::TextView password = {}, Writers writers = Writers::OnlyWe) {
-    jet::Database database = jet::Database::open(std::make_unique<jet::MemoryIo>(file), u"Probe.mdb", password);
+    jet::Database database = jet::Database::open(Machine(file).storage(), password);
     auto operation = database.beginRead();
     return faultsIn(operation, writers);
 }
