@@ -56,22 +56,26 @@ void moveRow(test::MemoryPageStore& store, RowPointer row) {
     base::putU32(page, offset, RowPointer{row.page, static_cast<std::uint8_t>(target)}.packed());
 }
 
-/// Keys of up to 500 bytes, which make trees of three levels, and rows that grow beyond their page.
+/// Keys of up to 900 bytes, which make trees of several levels, and rows that grow beyond their page.
 test::SampleTable deepTable() {
     using enum ColumnType;
-    TableDesign design{
-        u"Tief",
-        {{u"Nr", Long, 0, true}, {u"Schlüssel", Binary, 255}, {u"Text", Text, 100}, {u"Länge", Text, 255}},
-        {{u"PrimaryKey", {{u"Nr"}}, true, kKey},
-         {u"Schlüssel", {{u"Schlüssel", false}}, false, kUnique},
-         {u"Beide", {{u"Schlüssel"}, {u"Text", false}}, false, kUnique},
-         {u"Text", {{u"Text"}, {u"Schlüssel"}}, false, kIgnoreNulls}}};
-    test::SampleTable table{design, {}};
-    std::mt19937 random(1);
-    test::RandomValues values(random);
+    test::SampleTable table{{u"Tief",
+                             {{u"Nr", Long, 0, true},
+                              {u"Schlüssel", Binary, 255},
+                              {u"Zweiter", Binary, 255},
+                              {u"Text", Text, 100},
+                              {u"Länge", Text, 255}},
+                             {{u"PrimaryKey", {{u"Nr"}}, true, kKey},
+                              {u"Schlüssel", {{u"Schlüssel", false}}, false, kUnique},
+                              {u"Alle", {{u"Schlüssel"}, {u"Zweiter"}, {u"Text", false}}, false, kUnique},
+                              {u"Text", {{u"Text"}, {u"Schlüssel"}}, false, kIgnoreNulls}}},
+                            {}};
+    const auto bytes = [](std::int32_t length, std::int32_t byte) {
+        return base::Bytes(static_cast<std::size_t>(length % 256), static_cast<std::uint8_t>(byte));
+    };
     for (std::int32_t i = 1; i <= 500; ++i)
-        table.rows.push_back({i, base::Bytes(static_cast<std::size_t>(i * 37 % 256), static_cast<std::uint8_t>(i / 2)),
-                              longName(i), base::Text(static_cast<std::size_t>(i % 50), u'Ω')});
+        table.rows.push_back({i, bytes(i * 37, i / 2), bytes(255 - i % 20, i), longName(i),
+                              base::Text(static_cast<std::size_t>(i % 50), u'Ω')});
     return table;
 }
 

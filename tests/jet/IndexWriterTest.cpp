@@ -17,8 +17,17 @@ namespace {
 
 using Entries = std::set<std::pair<base::Bytes, RowPointer>>;
 
+base::Bytes emptyTable() {
+    return test::sampleFile({{{u"Probe",
+                               {{u"Schlüssel", ColumnType::Text, 255}},
+                               {{u"Index", {{u"Schlüssel"}}, false, IndexDefinition::kUnique}}},
+                              {}}});
+}
+
 class Tree {
 public:
+    explicit Tree(const base::Bytes& file = emptyTable()) : store(file) {}
+
     void insert(const base::Bytes& key, RowPointer row, bool hasNull = false) {
         writer.insert(key, row, hasNull);
         expected.emplace(key, row);
@@ -32,6 +41,8 @@ public:
         return entries;
     }
 
+    IndexNode nodeAt(PageNumber page) { return IndexNode(IndexPage(store.page(page), definition.page)); }
+
     std::vector<PageNumber> pages() {
         const UsageMap map = UsageMap::read(store, definition.indexes[0].usageMap);
         std::vector<PageNumber> all;
@@ -40,10 +51,7 @@ public:
         return all;
     }
 
-    test::MemoryPageStore store{test::sampleFile({{{u"Probe",
-                                                    {{u"Schlüssel", ColumnType::Text, 255}},
-                                                    {{u"Index", {{u"Schlüssel"}}, false, IndexDefinition::kUnique}}},
-                                                   {}}})};
+    test::MemoryPageStore store;
     TableDefinition definition = openTable(store, u"Probe")->definition();
     PageAllocator allocator{store};
     IndexWriter writer{store, allocator, definition, 0};
@@ -78,6 +86,46 @@ TEST(IndexWriter, FillsPagesInOrderAndJoinsThemWhenTheyBecomeSmall) {
     }
 }
 
+/// Each page of a tree of three levels names its neighbours, its children and where they end. One of these is wrong.
+TEST(IndexWriter, EmptiesATreeWithAWrongLinkWhollyOrRefusesToDoSo) {
+    std::mt19937 random(3);
+    Tree sound;
+    for (std::uint32_t i = 0; i < 400; ++i) {
+        base::Bytes key(400, 0x40);
+        for (int place = 0; place < 6; ++place)
+            key[random() % 400] = static_cast<std::uint8_t>(random());
+        sound.insert(key, {3 + i, 0});
+    }
+    const base::Bytes file = sound.store.file();
+    const std::vector<PageNumber> pages = sound.pages();
+    int refused = 0;
+    for (int trial = 0; trial < 400; ++trial) {
+        Tree tree(file);
+        const PageNumber page = pages[random() % pages.size()], other = pages[random() % pages.size()];
+        const auto kind = static_cast<std::size_t>(random() % 5);
+        IndexNode node = sound.nodeAt(page);
+        if (kind < 3)
+            base::putU32(tree.store.change(page), 12 + 4 * kind, other);
+        else if (node.isLeaf())
+            continue;
+        else if (kind == 3)
+            node.setChildAt(random() % node.childCount(), other);
+        else
+            node.replaceEntry(node.size() - 1, sound.nodeAt(pages.front()).entry(0));
+        if (kind > 2) node.write(tree.store.change(page), tree.definition.page, tree.store.page(page).bytes.u8(26));
+        SCOPED_TRACE("page " + std::to_string(page) + ", kind " + std::to_string(kind));
+        try {
+            for (const auto& [key, row] : sound.expected)
+                tree.writer.remove(key, row);
+            EXPECT_TRUE(tree.read().empty());
+            EXPECT_EQ(tree.pages().size(), 1U);
+        } catch (const base::RuntimeError&) {
+            ++refused;
+        }
+    }
+    EXPECT_GT(refused, 120);
+}
+
 TEST(IndexWriter, AKeyIsUniqueAcrossTheLeavesUnlessItHoldsNull) {
     Tree tree;
     for (std::uint8_t i = 1; i < 40; ++i)
@@ -101,7 +149,7 @@ TEST(IndexWriter, AKeyIsUniqueAcrossTheLeavesUnlessItHoldsNull) {
     // A node may name an entry that was removed. The same key with a higher row is then in the next leaf.
     Entries taken;
     for (const PageNumber page : tree.pages()) {
-        IndexNode leaf(IndexPage(tree.store.page(page), tree.definition.page));
+        IndexNode leaf = tree.nodeAt(page);
         if (!leaf.isLeaf() || leaf.next == 0 || leaf.size() < 2) continue;
         const auto entry = leaf.entry(leaf.size() - 1);
         taken.emplace(base::Bytes(entry.begin(), entry.end() - kIndexRowBytes), rowOfEntry(entry));
