@@ -5,8 +5,7 @@ usage: tests/programs.py BUILD [--wine]
 
 The programs are those ctest knows, two at a time. Natively they run as they are, with --wine through the command
 that TOLV_WINE names (see tests/wine/wine-env.sh). A skipped case is a failed one: what a machine lacks must be said
-by the script that runs the tests. Only corpus_test, which compares files of other programs, is left out where
-TOLV_CORPUS names no folder of them.
+by the script that runs the tests.
 """
 import concurrent.futures
 import json
@@ -20,13 +19,10 @@ LIMIT_SECONDS = 600
 CASE = re.compile(r"^\[ +(OK|FAILED|SKIPPED) +\] (\S+?)(?:, where .*?)?(?: \(\d+ ms\))?\r?$")
 
 
-def programs(build, wine):
-    corpus = os.environ.get("TOLV_CORPUS") and not wine
+def programs(build):
     listing = subprocess.run(["ctest", "--test-dir", build, "--show-only=json-v1"],
                              capture_output=True, check=True, stdin=subprocess.DEVNULL).stdout
     for test in json.loads(listing)["tests"]:
-        if test["name"] == "corpus_test" and not corpus:
-            continue
         properties = {p["name"]: p["value"] for p in test.get("properties", [])}
         environment = dict(line.split("=", 1) for line in properties.get("ENVIRONMENT", []))
         yield test["name"], test.get("command", [test["name"]]), environment, properties.get("WORKING_DIRECTORY", build)
@@ -66,7 +62,7 @@ def run(name, command, environment, folder, wine):
 def main():
     build, wine = sys.argv[1], "--wine" in sys.argv[2:]
     with concurrent.futures.ThreadPoolExecutor(max_workers=2) as pool:
-        for output in pool.map(lambda program: run(*program, wine), list(programs(build, wine))):
+        for output in pool.map(lambda program: run(*program, wine), list(programs(build))):
             print("\n".join(output), flush=True)
 
 

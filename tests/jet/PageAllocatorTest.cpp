@@ -71,6 +71,7 @@ TEST(PageAllocator, TheMapGrowsWithTheFile) {
         {"a row of the greatest length", 4001, 31'960, 0},
         {"page 1 is full", 4009, 32'032, 1},
         {"page 1 is full, just before the second bitmap", 4009, 32'700, 1},
+        {"page 1 is full, and the first bitmap's page is in the second bitmap", 4009, 32'735, 1},
     };
     for (const auto& c : cases) {
         test::MemoryPageStore store = fileOf(c.pages, c.rowBytes);

@@ -6,6 +6,7 @@
 #include "jet/table/Catalog.h"
 #include "jet/table/DefinitionCounters.h"
 #include "jet/tree/IndexCursor.h"
+#include "jet/tree/IndexNode.h"
 #include "tests/jet/PagesInMemory.h"
 #include "tests/jet/WrittenFile.h"
 #include "tests/support/SoundFile.h"
@@ -156,6 +157,21 @@ TEST(TableWriter, NewRowsHaveTheirDefaults) {
 }
 
 TEST(TableWriter, NoNumberIsTakenIfEveryNewRowWouldBeRefused) {
+    /// Gives the first or the last entry of the index of names another key.
+    const auto foreignKey = [](bool first) {
+        return [=](WrittenFile& file) {
+            const TableDefinition table = openTable(file.store, kTable)->definition();
+            const auto byName = std::ranges::find(table.indexes, u"Name", &IndexDefinition::name);
+            IndexCursor cursor(file.store, table.page, byName->rootPage);
+            ASSERT_TRUE(first ? cursor.first() : cursor.last());
+            IndexNode leaf(IndexPage(file.store.page(cursor.leafPage()), table.page));
+            const std::size_t at = first ? 0 : leaf.size() - 1;
+            base::Bytes forged(leaf.entry(at).begin(), leaf.entry(at).end());
+            forged[1] = static_cast<std::uint8_t>(first ? forged[1] - 1 : forged[1] + 1);
+            leaf.replaceEntry(at, forged);
+            leaf.write(file.store.change(cursor.leafPage()), table.page, 0);
+        };
+    };
     const auto setting = [](base::TextView column, base::TextView name, base::TextView value) {
         return [=](WrittenFile& file) { setProperty(file, column, name, value); };
     };
@@ -166,21 +182,13 @@ TEST(TableWriter, NoNumberIsTakenIfEveryNewRowWouldBeRefused) {
         {"'GenGUID()' der Spalte 'Notiz'", setting(u"Notiz", u"DefaultValue", u"GenGUID()")},
         {"'Rnd()>0' für 'Bestand.Bild'", setting(u"Bild", u"ValidationRule", u"Rnd()>0")},
         {"'Rnd()>0' für 'Bestand'", setting(u"", u"ValidationRule", u"Rnd()>0")},
-        {"Index 'Name' ist nach einer anderen Sortierfolge aufgebaut",
-         [](WrittenFile& file) {
-             const TableDefinition table = openTable(file.store, kTable)->definition();
-             const auto byName = std::ranges::find(table.indexes, u"Name", &IndexDefinition::name);
-             IndexCursor cursor(file.store, table.page, byName->rootPage);
-             ASSERT_TRUE(cursor.first());
-             const auto leaf = file.store.change(cursor.leafPage());
-             const auto key = std::search(leaf.begin(), leaf.end(), cursor.key().begin(), cursor.key().end());
-             ASSERT_NE(key, leaf.end());
-             key[1] ^= 0x02U;
-         }},
+        {"Index 'Name' ist nach einer anderen Sortierfolge aufgebaut", foreignKey(true)},
+        {"Index 'Name' ist nach einer anderen Sortierfolge aufgebaut", foreignKey(false)},
     };
     for (const auto& [text, prepare] : cases) {
         WrittenFile file({stock()});
-        file.writer(kTable).insert({{{kName, Text(u"A")}}});
+        for (const base::TextView name : {u"A", u"B", u"C"})
+            file.writer(kTable).insert({{{kName, Text(name)}}});
         prepare(file);
         file.store.settle();
         try {
