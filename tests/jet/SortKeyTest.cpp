@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <string>
-#include <vector>
 
 #include "jet/value/SortKey.h"
 #include "tests/jet/Hex.h"
@@ -94,31 +94,11 @@ TEST(SortKey, EqualTextsAreThoseThatTheDatabaseCannotTellApart) {
 }
 
 TEST(SortKey, TextsAreInDictionaryOrder) {
-    const std::vector<Text> ordered = {u"",
-                                       u"1",
-                                       u"10",
-                                       u"9",
-                                       u"co",
-                                       u"coop",
-                                       u"co-op",
-                                       u"coopt",
-                                       u"Maier",
-                                       u"Mueller",
-                                       u"Muller",
-                                       u"Müller",
-                                       u"Mullers",
-                                       u"OBrien",
-                                       u"O'Brien",
-                                       u"O-Brien",
-                                       u"Strass",
-                                       u"Straße",
-                                       u"Straßen",
-                                       u"Zebra",
-                                       u"Мир",
-                                       u"漢字",
-                                       Text{0xD83D, 0xDE00},
-                                       Text{0xD83D, 0xDE01}};
-    for (std::size_t i = 1; i < ordered.size(); ++i)
+    const TextView ordered[] = {u"",        u"1",      u"10",      u"9",       u"co",         u"coop",
+                                u"co-op",   u"coopt",  u"Maier",   u"Mueller", u"Muller",     u"Müller",
+                                u"Mullers", u"OBrien", u"O'Brien", u"O-Brien", u"Strass",     u"Straße",
+                                u"Straßen", u"Zebra",  u"Мир",     u"漢字",    u"\U0001F600", u"\U0001F601"};
+    for (std::size_t i = 1; i < std::size(ordered); ++i)
         EXPECT_EQ(compareTexts(ordered[i - 1], ordered[i]), std::strong_ordering::less) << base::toUtf8(ordered[i]);
     // French compares the accents from the end.
     EXPECT_EQ(compareTexts(u"coté", u"côte"), std::strong_ordering::less);
