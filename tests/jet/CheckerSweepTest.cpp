@@ -6,9 +6,10 @@
 #include "jet/check/Checker.h"
 #include "jet/index/IndexedRow.h"
 #include "jet/page/UsageMap.h"
+#include "jet/table/Table.h"
 #include "jet/tree/IndexCursor.h"
 #include "tests/fuzz/Seeds.h"
-#include "tests/jet/CheckerDamages.h"
+#include "tests/jet/FileAtHand.h"
 #include "tests/support/Environment.h"
 
 namespace jet {

@@ -1,11 +1,9 @@
 #pragma once
 
-#include <functional>
-#include <string>
-#include <vector>
+#include <utility>
 
-#include "jet/table/Catalog.h"
-#include "jet/transaction/Database.h"
+#include "jet/Errors.h"
+#include "jet/page/PageSource.h"
 
 namespace jet {
 
@@ -15,22 +13,20 @@ public:
     explicit FileAtHand(base::Bytes file) : bytes(std::move(file)) {}
 
     PageNumber pageCount() const override { return static_cast<PageNumber>(bytes.size() / kPageSize); }
-    PageView page(PageNumber number) override;
+    PageView page(PageNumber number) override {
+        if (number >= pageCount()) throw damaged(number, u"Die Datei endet vorher");
+        return {number, base::ByteView(at(number)), nullptr};
+    }
     std::span<std::uint8_t> at(PageNumber number) { return std::span(bytes).subspan(number * kPageSize, kPageSize); }
+    /// The same bytes of this file, to be changed.
+    std::span<std::uint8_t> at(std::span<const std::uint8_t> view) {
+        return std::span(bytes).subspan(static_cast<std::size_t>(view.data() - bytes.data()), view.size());
+    }
 
     std::uint32_t u32(PageNumber number, std::size_t offset) { return page(number).bytes.u32(offset); }
     std::uint16_t u16(PageNumber number, std::size_t offset) { return page(number).bytes.u16(offset); }
 
     base::Bytes bytes;
 };
-
-/// Damage to a sound file, and what the checker must report.
-struct Damage {
-    std::string name;
-    std::function<base::Text(FileAtHand&)> apply;  ///< returns a part of the expected finding
-};
-
-/// Damages that no change of a single byte makes; those are swept (CheckerSweepTest.cpp).
-std::vector<Damage> damages();
 
 }  // namespace jet
