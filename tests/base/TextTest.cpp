@@ -7,9 +7,9 @@ namespace base {
 namespace {
 
 TEST(Text, Utf8GoesThereAndBackAndMalformedBytesAreReplaced) {
-    const std::string sound = "a\xC3\xBC\xE2\x82\xAC\xE6\x9D\x8E\xF0\x9F\x98\x80";
+    const std::string sound("a\0\xC3\xBC\xE2\x82\xAC\xE6\x9D\x8E\xF0\x9F\x98\x80", 14);
     EXPECT_EQ(toUtf8(fromUtf8(sound)), sound);
-    EXPECT_EQ(fromUtf8(sound).size(), 6U);
+    EXPECT_EQ(fromUtf8(sound).size(), 7U);
 
     struct Case {
         std::string bytes;

@@ -144,6 +144,11 @@ TEST_F(Checker, NamesThePlaceOfADamagedRowOrEntry) {
     file.at(root(u"PrimaryKey"))[480 + 9 + 4] = 1;
     expectOnly(u"Index 'PrimaryKey', " + onPage(root(u"PrimaryKey")) + u": Der Index verlangt eindeutige Werte");
 
+    file.at(root(u"PrimaryKey"))[480 + 9 + 8] = 0;  // the row of the second entry
+    expectOnly(u"es ist nicht der einzige");
+    flagSlot(ninth, 0xC000);
+    expectOnly(u"die Zeile ist gelöscht");
+
     const RowPointer second = row(u"Konten", 2), third = row(u"Konten", 3), fourth = row(u"Konten", 4);
     base::putU32(stored(u"Konten", fourth, u"Notiz"), 4, partOf(u"Konten", second, u"Notiz").packed());
     expectOnly(u"Spalte 'Notiz', " + atRow(fourth) + u": Der Teil des langen Werts");

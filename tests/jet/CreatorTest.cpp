@@ -95,6 +95,7 @@ TEST(Creator, UsageMapsOfEverySizeHoldTheirPages) {
         io->resize(std::uint64_t{pages.count()} * kPageSize);
 
         PageFile file(*io, 0);
+        EXPECT_EQ(DataPage(file.page(1)).slot(0).bytes[0], count > 1000 ? 1 : 0) << "the kind of map for " << count;
         const UsageMap global = UsageMap::read(file, {1, 0});
         for (PageNumber page = 0; page < pages.count(); ++page)
             ASSERT_FALSE(global.contains(page)) << count << ", page " << page;
