@@ -57,7 +57,7 @@ TableDefinition definitionAt(PageNumber page, const TableDesign& design) {
 
 Creator::Creator(PageIo& io, base::Text password, CreationStamp stamp)
     : stamp_(stamp), file_(io, headerWith(std::move(password), stamp)) {
-    PageNumber page = Catalog::kDefinitionPage;
+    PageNumber page = CatalogEntry::kDefinitionOfCatalog;
     for (const TableDesign& design : systemTableDesigns())
         systemTables_.push_back(file_.addTable(design.name, definitionAt(page++, design)));
     for (const auto& row : firstObjectRows(stamp_))

@@ -10,6 +10,7 @@
 #include "jet/sql/SelectExecutor.h"
 #include "jet/sql/SelectList.h"
 #include "jet/sql/SqlError.h"
+#include "jet/table/Catalog.h"
 #include "jet/value/ValueCodec.h"
 
 namespace jet::sql {

@@ -6,6 +6,7 @@
 #include <iterator>
 #include <random>
 
+#include "jet/table/Catalog.h"
 #include "jet/tree/IndexNode.h"
 #include "tests/support/MemoryPageStore.h"
 #include "tests/support/RandomValues.h"

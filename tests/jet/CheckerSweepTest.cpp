@@ -6,6 +6,7 @@
 #include "jet/check/Checker.h"
 #include "jet/index/IndexedRow.h"
 #include "jet/page/UsageMap.h"
+#include "jet/table/Catalog.h"
 #include "jet/table/Table.h"
 #include "jet/tree/IndexCursor.h"
 #include "tests/fuzz/Seeds.h"

@@ -3,6 +3,7 @@
 #include <sstream>
 
 #include "jet/check/Checker.h"
+#include "jet/table/Catalog.h"
 #include "jet/table/LongValue.h"
 #include "jet/table/Table.h"
 #include "jet/tree/IndexNode.h"

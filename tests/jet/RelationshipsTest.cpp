@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "jet/table/Catalog.h"
 #include "tests/jet/PagesInMemory.h"
 #include "tests/jet/WrittenFile.h"
 #include "tests/support/RelatedTables.h"

@@ -8,11 +8,12 @@
 
 #include "jet/page/Header.h"
 #include "jet/salvage/Rebuild.h"
-#include "jet/storage/MemoryIo.h"
+#include "jet/table/Catalog.h"
 #include "jet/table/LongValue.h"
 #include "tests/fuzz/Seeds.h"
-#include "tests/jet/CheckerDamages.h"
+#include "tests/jet/FileAtHand.h"
 #include "tests/support/Environment.h"
+#include "tests/support/MemoryIo.h"
 #include "tests/support/SoundFile.h"
 
 namespace jet {
@@ -223,15 +224,15 @@ protected:
         const DamagedCopy copy(seed.file, random);
         if (const char* w = std::getenv("DBG"); w && std::to_string(number_) == w) { auto* f = std::fopen("/tmp/dbg.mdb","wb"); std::fwrite(copy.file.data(),1,copy.file.size(),f); std::fclose(f);}
         ++figures_.copies;
-        MemoryIo io(copy.file);
+        test::MemoryIo io(copy.file);
         try {
             const Header header = Header::read(base::ByteView{std::span(seed.file).first(kPageSize)});
             DamagedFile file(io, u"Probe.mdb", header.password);
-            MemoryIo made;
+            test::MemoryIo made;
             rebuild(file, made);
             EXPECT_EQ(test::faultsIn(made.bytes(), header.password), "");
             if (const char* folder = std::getenv("TOLV_SALVAGE_OUT")) keep(made.bytes(), folder);
-            Database database = Database::open(std::make_unique<MemoryIo>(made.bytes()), u"Neu.mdb", header.password);
+            Database database = Database::open(std::make_unique<test::MemoryIo>(made.bytes()), u"Neu.mdb", header.password);
             auto fresh = database.beginRead();
             const Salvage salvage(file);
             for (const auto& [page, table] : truth) {

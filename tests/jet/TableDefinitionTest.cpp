@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 
+#include "jet/table/Catalog.h"
 #include "jet/table/Table.h"
 #include "tests/fuzz/Seeds.h"
 #include "tests/support/MemoryPageStore.h"

@@ -7,6 +7,7 @@
 
 #include "jet/expression/ExpressionErrors.h"
 #include "jet/sql/SqlError.h"
+#include "jet/table/Catalog.h"
 #include "jet/table/Table.h"
 #include "tools/kontodb/AlignedColumns.h"
 #include "tools/kontodb/Suggestion.h"
