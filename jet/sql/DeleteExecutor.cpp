@@ -2,13 +2,11 @@
 
 #include <vector>
 
-#include "jet/change/TableWriter.h"
 #include "jet/sql/RowSearch.h"
 
 namespace jet::sql {
 
-std::int32_t executeDelete(PageStore& store, const Delete& statement) {
-    TableWriter writer(store, statement.table, WriteKind::Execute);
+std::int32_t executeDelete(TableWriter& writer, const Delete& statement) {
     const std::vector<RowPointer> rows = RowSearch(writer.table(), statement.where).rows();
     for (const RowPointer row : rows)
         // A relationship of the table with itself may have deleted it along with another one.

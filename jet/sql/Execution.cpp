@@ -12,11 +12,20 @@
 
 namespace jet::sql {
 
-std::int32_t execute(PageStore& store, const Statement& statement) {
-    if (const auto* update = std::get_if<Update>(&statement)) return executeUpdate(store, *update);
-    if (const auto* remove = std::get_if<Delete>(&statement)) return executeDelete(store, *remove);
-    if (const auto* insert = std::get_if<Insert>(&statement)) return executeInsert(store, *insert);
+std::int32_t StatementRun::execute(const Statement& statement) {
+    if (const auto* update = std::get_if<Update>(&statement)) return executeUpdate(writerOf(update->table), *update);
+    if (const auto* remove = std::get_if<Delete>(&statement)) return executeDelete(writerOf(remove->table), *remove);
+    if (const auto* insert = std::get_if<Insert>(&statement)) return executeInsert(writerOf(insert->table), *insert);
     throw notUpdatable();
+}
+
+TableWriter& StatementRun::writerOf(const base::Text& table) {
+    if (!writer_ || table_ != table) {
+        writer_.reset();
+        writer_.emplace(store_, table, WriteKind::Execute);
+        table_ = table;
+    }
+    return *writer_;
 }
 
 std::int32_t execute(Database& database, const Statement& statement) {
@@ -26,7 +35,7 @@ std::int32_t execute(Database& database, const Statement& statement) {
         return 0;
     }
     Transaction transaction(database, WriteKind::Execute);
-    const std::int32_t rows = execute(transaction, statement);
+    const std::int32_t rows = StatementRun(transaction).execute(statement);
     transaction.commit();
     return rows;
 }

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 #include "base/Text.h"
+#include "jet/change/TableWriter.h"
 #include "jet/page/PageStore.h"
 #include "jet/sql/Statement.h"
 #include "jet/transaction/Database.h"
@@ -15,10 +17,26 @@ namespace jet::sql {
 /// @throws base::RuntimeError: the file cannot be written, is in use; the errors of the statement
 std::int32_t execute(Database& database, const Statement& statement);
 
-/// Carries out an UPDATE, DELETE or INSERT in a transaction that the caller commits, or drops if this throws.
-/// @return the number of rows that it added, changed or removed
-/// @throws base::RuntimeError: the errors of the statement; a SELECT is notUpdatable()
-std::int32_t execute(PageStore& store, const Statement& statement);
+/// Carries out UPDATE, DELETE and INSERT statements one after the other; each sees what the ones before it have
+/// changed. The caller commits the transaction, or drops it if one of them throws.
+class StatementRun {
+public:
+    /// @param store  a transaction; nobody else may change it while this lives
+    explicit StatementRun(PageStore& store) : store_(store) {}
+
+    /// @return the number of rows that it added, changed or removed
+    /// @throws base::RuntimeError: the errors of the statement; a SELECT is notUpdatable()
+    std::int32_t execute(const Statement& statement);
+
+private:
+    TableWriter& writerOf(const base::Text& table);
+
+    PageStore& store_;
+    base::Text table_;
+    /// Of the last statement's table. It knows which pages are free, and finding that out takes a walk through the
+    /// file.
+    std::optional<TableWriter> writer_;
+};
 
 /// Parses and carries out. A broken statement does not touch the file.
 /// @throws base::RuntimeError also for the errors of parse()

@@ -3,7 +3,6 @@
 #include <cassert>
 #include <vector>
 
-#include "jet/change/TableWriter.h"
 #include "jet/expression/StatementError.h"
 #include "jet/sql/RowAssignments.h"
 #include "jet/sql/SqlError.h"
@@ -37,8 +36,7 @@ public:
 
 }  // namespace
 
-std::int32_t executeInsert(PageStore& store, const Insert& statement) {
-    TableWriter writer(store, statement.table, WriteKind::Execute);
+std::int32_t executeInsert(TableWriter& writer, const Insert& statement) {
     const auto columns = writer.table().definition().columnsForDisplay();
     const std::vector<const Column*> targets = targetsOf(statement, columns);
     RowAssignments assignments;

@@ -2,15 +2,15 @@
 
 #include <cstdint>
 
-#include "jet/page/PageStore.h"
+#include "jet/change/TableWriter.h"
 #include "jet/sql/Statement.h"
 
 namespace jet::sql {
 
 /// Carries out an INSERT of one row. What it does not name has its default, an auto number is the next one.
-/// @param store  a transaction, to be dropped if this throws
+/// @param writer  of the statement's table; its transaction is to be dropped if this throws
 /// @return 1, the number of rows added
-/// @throws base::RuntimeError: unknown table or column, types that do not match; all that TableWriter throws
-std::int32_t executeInsert(PageStore& store, const Insert& statement);
+/// @throws base::RuntimeError: unknown column, types that do not match; all that TableWriter throws
+std::int32_t executeInsert(TableWriter& writer, const Insert& statement);
 
 }  // namespace jet::sql

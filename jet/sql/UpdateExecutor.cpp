@@ -2,15 +2,13 @@
 
 #include <vector>
 
-#include "jet/change/TableWriter.h"
 #include "jet/expression/ExpressionErrors.h"
 #include "jet/sql/RowAssignments.h"
 #include "jet/sql/RowSearch.h"
 
 namespace jet::sql {
 
-std::int32_t executeUpdate(PageStore& store, const Update& statement) {
-    TableWriter writer(store, statement.table, WriteKind::Execute);
+std::int32_t executeUpdate(TableWriter& writer, const Update& statement) {
     const auto columns = writer.table().definition().columnsForDisplay();
     RowAssignments assignments;
     for (const auto& [name, expression] : statement.values) {
@@ -21,7 +19,7 @@ std::int32_t executeUpdate(PageStore& store, const Update& statement) {
     const std::vector<RowPointer> rows = RowSearch(writer.table(), statement.where).rows();
     for (const RowPointer pointer : rows) {
         const Row row = writer.table().rowAt(pointer);
-        writer.update(pointer, assignments.valuesFor(StoredValues(store, row.view)));
+        writer.update(pointer, assignments.valuesFor(StoredValues(writer.table().source(), row.view)));
     }
     return static_cast<std::int32_t>(rows.size());
 }

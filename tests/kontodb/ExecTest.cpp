@@ -1,3 +1,5 @@
+#include <random>
+
 #include "tests/kontodb/Command.h"
 
 namespace kontodb {
@@ -104,6 +106,32 @@ TEST_F(Exec, SaysWhatIsWrongAndChangesNothing) {
         EXPECT_TRUE(outcome.errors.starts_with(error)) << outcome.errors;
     }
     EXPECT_EQ(content(), before);
+}
+
+TEST_F(Exec, ChangesTheSameInOneTransactionAsOneByOne) {
+    std::mt19937 random(20261125);
+    const auto below = [&](std::size_t limit) { return base::decimal(static_cast<std::int64_t>(random() % limit)); };
+    const Text other = path(u"andere.mdb"), password = u"--password=HwendorpliqZ";
+    std::filesystem::copy(std::filesystem::path(file_), std::filesystem::path(other));
+    Text script;
+    std::string counts;
+    for (int i = 0; i < 60; ++i) {
+        const Text path = u"'X:\\" + Text(random() % 200, u'ä') + below(5) + u"'";
+        const Text condition = u" WHERE BenKTO_ID " + Text(random() % 3 == 0 ? u"> 2" : u"= ") + below(220) +
+                               (random() % 2 == 0 ? u" OR BenKTO_ServerPath LIKE '%ä" + below(5) + u"'" : u"");
+        const Text statements[] = {u"INSERT INTO Benutzerkonto (BenKTO_Name, BenKTO_ServerPath) VALUES ('Neu " +
+                                       below(30) + u"', " + path + u")",
+                                   u"UPDATE Benutzerkonto SET BenKTO_ServerPath = " + path + condition,
+                                   u"DELETE FROM BENUTZERKONTO" + condition};
+        const Text& statement = statements[random() % 3];
+        counts += exec(statement).printed;
+        script += statement + u";\n";
+    }
+    EXPECT_EQ(Command::call({u"exec", other, u"-", password}, {}, base::toUtf8(script)).printed, counts);
+    const Text all = u"SELECT BenKTO_ID, BenKTO_Name, BenKTO_ServerPath FROM Benutzerkonto ORDER BY BenKTO_ID";
+    EXPECT_EQ(Command::call({u"query", other, all, password}).printed, call(u"query", {all}).printed);
+    EXPECT_EQ(Command::call({u"check", other, password}).exitCode, kExitSuccess);
+    std::filesystem::remove(std::filesystem::path(other));
 }
 
 TEST_F(Exec, CarriesOutAllStatementsOfAScriptOrNone) {

@@ -58,10 +58,10 @@ void requireIntended(const Script& script, bool mayChangeAll) {
     }
 }
 
-std::int32_t executePart(jet::PageStore& pages, const Script& script, std::size_t part) {
+std::int32_t executePart(jet::sql::StatementRun& run, jet::PageSource& pages, const Script& script, std::size_t part) {
     const jet::sql::Statement& statement = script.parts()[part].statement;
     try {
-        return jet::sql::execute(pages, statement);
+        return run.execute(statement);
     } catch (const jet::StatementError& error) {
         throw script.explained(error, part, adviceOnNames(statement, error, pages));
     } catch (const base::RuntimeError& error) {
@@ -74,9 +74,10 @@ Counts execute(jet::Database& database, const Script& script, bool isDryRun) {
     const Interruption interruption;
     jet::Transaction transaction(database, jet::WriteKind::Execute);
     InterruptiblePages pages(transaction);
+    jet::sql::StatementRun run(pages);
     Counts counts;
     for (std::size_t part = 0; part < script.parts().size(); ++part)
-        counts.push_back(executePart(pages, script, part));
+        counts.push_back(executePart(run, pages, script, part));
     Interruption::check();
     if (isDryRun)
         transaction.drop();
