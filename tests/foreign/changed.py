@@ -14,7 +14,7 @@ import subprocess
 import sys
 import tempfile
 
-from compare import CORPUS_PASSWORD, KONTODB, NULL, PASSWORD, byMdbReader, compare, plain, run
+from compare import CORPUS_PASSWORD, KONTODB, NULL, PASSWORD, byMdbReader, compacted, compare, plain, run
 from encode import encode
 from indexes import faultsOf
 
@@ -46,6 +46,7 @@ def written(path, password, statement):
 
 def report(label, path, password):
     compare(label, path, password)
+    compacted(label, path, password)
     faults, count = faultsOf(path)
     print("\n".join(f"FAIL {label}: {fault}" for fault in faults) or f"PASS {label}: {count} entries of indexes", flush=True)
 

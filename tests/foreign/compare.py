@@ -11,6 +11,7 @@ import io
 import json
 import os
 import pathlib
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -104,6 +105,23 @@ def compare(label, path, password):
     print("\n".join(f"FAIL {label}: {fault}" for fault in faults) or f"PASS {label}: {len(tables)} tables", flush=True)
 
 
+def compacted(label, path, password):
+    """A foreign reader must find the same rows in the compacted file. A file with faults is refused."""
+    copy = path.parent / f"compact-{path.name}"
+    words = ["--password", password] if password else []
+    try:
+        if subprocess.run([KONTODB, "check", path, *words], capture_output=True, timeout=60).returncode == 1:
+            done = subprocess.run([KONTODB, "compact", path, copy, *words], capture_output=True, text=True, timeout=60)
+            same = done.returncode == 2 and "nicht verkleinert" in done.stderr and not copy.exists()
+        else:
+            run(KONTODB, "compact", path, copy, *words)
+            tables = [[(*table, sorted(rows)) for *table, rows in byMdbReader(file, password)] for file in (path, copy)]
+            same = tables[0] == tables[1]
+    except (RuntimeError, subprocess.TimeoutExpired) as error:
+        same, label = False, f"{label}: {error}"
+    print(f"{'PASS' if same else 'FAIL'} {label}, compacted", flush=True)
+
+
 def fresh(folder):
     for accounts, seed in FRESH:
         path = folder / f"{accounts}.mdb"
@@ -113,13 +131,15 @@ def fresh(folder):
             encoded = folder / f"{accounts}-{key:08x}.mdb"
             encode(path, encoded, key)
             compare(f"{accounts} accounts, encoded with {key:08x}", encoded, PASSWORD)
+        compacted(f"{accounts} accounts, encoded", encoded, PASSWORD)
 
 
-def corpus(folder):
+def corpus(folder, work):
     for path in sorted(folder.glob("*.mdb")):
-        protected = path.name.startswith("BenKTO")
+        password = CORPUS_PASSWORD if path.name.startswith("BenKTO") else ""
         if path.read_bytes()[0x14] == 1:
-            compare(path.name, path, CORPUS_PASSWORD if protected else "")
+            compare(path.name, path, password)
+            compacted(path.name, pathlib.Path(shutil.copyfile(path, work / path.name)), password)
             continue
         done = subprocess.run([KONTODB, "query", path, "SELECT * FROM [Table1]"], capture_output=True, text=True,
                               stdin=subprocess.DEVNULL, timeout=60)
@@ -130,5 +150,5 @@ def corpus(folder):
 if __name__ == "__main__":
     with tempfile.TemporaryDirectory() as work:
         fresh(pathlib.Path(work))
-    if os.environ.get("TOLV_CORPUS"):
-        corpus(pathlib.Path(os.environ["TOLV_CORPUS"]))
+        if os.environ.get("TOLV_CORPUS"):
+            corpus(pathlib.Path(os.environ["TOLV_CORPUS"]), pathlib.Path(work))

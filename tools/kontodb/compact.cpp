@@ -25,10 +25,9 @@ void requireSound(jet::ReadOperation& copy) {
     const jet::CheckResult result = jet::checkDatabase(copy, copy.sizeBytes());
     if (result.isSound()) return;
     throw jet::failure(
-        u"Die Datei hat einen Fehler, der in die neue käme, und wird deshalb nicht verkleinert. In der neuen "
-        u"hieße er: " +
-        result.findings.kept().front().line() +
-        u" Alle Fehler der Datei nennt kontodb check; kontodb repair rettet, was lesbar ist.");
+        u"Die Datei hat Fehler, die in die neue kämen, und wird nicht verkleinert. Alle nennt kontodb check; "
+        u"kontodb repair rettet, was lesbar ist. In der neuen Datei stünde: " +
+        result.findings.kept().front().line());
 }
 
 /// The new file gets its name only after all of it was compared with the original.
