@@ -20,6 +20,7 @@ int exec(std::span<const base::Text> arguments, Console& console);
 int import(std::span<const base::Text> arguments, Console& console);
 int backup(std::span<const base::Text> arguments, Console& console);
 int compact(std::span<const base::Text> arguments, Console& console);
+int repair(std::span<const base::Text> arguments, Console& console);
 int tables(std::span<const base::Text> arguments, Console& console);
 int schema(std::span<const base::Text> arguments, Console& console);
 int query(std::span<const base::Text> arguments, Console& console);

@@ -45,12 +45,8 @@ base::Text firstLineOfInput(Console& console) {
     return passwordIn(std::move(line));
 }
 
-std::optional<base::Text> givenPassword(const CommandLine& line, Console& console) {
-    auto password = line.option(kPasswordOption);
-    const auto file = line.option(kPasswordFileOption);
-    if (password && file) throw UsageError(u"--password und --password-file schließen einander aus.");
-    if (!file) return password;
-    return *file == kStandardInput ? firstLineOfInput(console) : firstLineOf(*file);
+jet::Database open(const base::Text& path, base::TextView password, jet::LeftJournalRule rule) {
+    return jet::Database::open(jet::fileStorage(path), password, rule);
 }
 
 /// @return nothing if there is no terminal to ask at
@@ -61,11 +57,19 @@ std::optional<base::Text> askTwice(Console& console) {
     return password;
 }
 
-jet::Database open(const base::Text& path, base::TextView password, jet::LeftJournalRule rule) {
-    return jet::Database::open(jet::fileStorage(path), password, rule);
+}  // namespace
+
+std::optional<base::Text> givenPassword(const CommandLine& line, Console& console) {
+    auto password = line.option(kPasswordOption);
+    const auto file = line.option(kPasswordFileOption);
+    if (password && file) throw UsageError(u"--password und --password-file schließen einander aus.");
+    if (!file) return password;
+    return *file == kStandardInput ? firstLineOfInput(console) : firstLineOf(*file);
 }
 
-}  // namespace
+std::optional<base::Text> askForPassword(Console& console) {
+    return console.askPassword(kPrompt);
+}
 
 jet::Database openProtected(const base::Text& path, const CommandLine& line, Console& console,
                             jet::LeftJournalRule rule) {
@@ -75,7 +79,7 @@ jet::Database openProtected(const base::Text& path, const CommandLine& line, Con
         return open(path, {}, rule);
     } catch (const base::RuntimeError& error) {
         if (error.number() != static_cast<std::int32_t>(jet::ErrorNumber::WrongPassword)) throw;
-        const auto typed = console.askPassword(kPrompt);
+        const auto typed = askForPassword(console);
         if (!typed) throw;
         return open(path, *typed, rule);
     }

@@ -25,5 +25,13 @@ jet::Database openProtected(const base::Text& path, const CommandLine& line, Con
 /// @return nothing if none is given, or nothing is typed
 /// @throws UsageError if both options are given; RuntimeError if the two that were typed differ
 std::optional<base::Text> newPassword(const CommandLine& line, Console& console);
+/// The password of --password, or the first line of --password-file.
+/// @return nothing if neither is given
+/// @throws UsageError if both are
+std::optional<base::Text> givenPassword(const CommandLine& line, Console& console);
+
+/// Asks for the password at the terminal.
+/// @return nothing if there is no terminal
+std::optional<base::Text> askForPassword(Console& console);
 
 }  // namespace kontodb

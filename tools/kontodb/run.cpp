@@ -31,8 +31,9 @@ struct NamedCommand {
 int help(std::span<const base::Text> arguments, Console& console);
 
 constexpr NamedCommand kCommands[] = {
-    {u"create", create}, {u"check", check},   {u"tables", tables}, {u"schema", schema},   {u"query", query},
-    {u"exec", exec},     {u"import", import}, {u"backup", backup}, {u"compact", compact}, {u"help", help},
+    {u"create", create},   {u"check", check},   {u"tables", tables}, {u"schema", schema},
+    {u"query", query},     {u"exec", exec},     {u"import", import}, {u"backup", backup},
+    {u"compact", compact}, {u"repair", repair}, {u"help", help},
 };
 
 std::vector<base::TextView> names(std::initializer_list<base::TextView> further) {
