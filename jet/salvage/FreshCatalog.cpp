@@ -4,11 +4,11 @@
 #include <utility>
 
 #include "jet/fresh/SystemTables.h"
-#include "jet/page/Header.h"
 
 namespace jet {
 namespace {
 
+constexpr PageNumber kFirstSystemTable = 2;
 constexpr std::size_t kObjects = 0;
 constexpr std::size_t kRights = 1;
 constexpr std::size_t kQueries = 2;
@@ -35,22 +35,26 @@ base::Bytes propertiesOf(const TablePlan& plan) {
     std::erase_if(blob.owners, [&](const PropertyOwner& owner) {
         return owner.kind == kColumnProperties && plan.definition().column(owner.name) == nullptr;
     });
-    return blob.owners.empty() && blob.unknownChunks.empty() ? base::Bytes{} : blob.encode();
+    return blob.owners.empty() ? base::Bytes{} : blob.encode();
+}
+
+base::Value encoded(const std::optional<PropertyBlob>& properties) {
+    return properties && !properties->owners.empty() ? base::Value(properties->encode()) : base::Value{};
 }
 
 }  // namespace
 
-FreshCatalog::FreshCatalog(FreshPages& pages, FreshMaps& maps) {
-    const auto designs = systemTableDesigns();
-    const Header header = Header::fresh(knownCreationStamp().date);
-    for (std::size_t i = 0; i < 2 + designs.size(); ++i)
-        pages.allocate();
-    for (std::size_t i = 0; i < designs.size(); ++i)
-        tables_.emplace_back(pages, maps, designs[i], header.systemTables[i]);
+FreshCatalog::FreshCatalog(FreshFile& file) {
+    PageNumber page = kFirstSystemTable;
+    for (const TableDesign& design : systemTableDesigns()) {
+        TableDefinition definition = makeDefinition(design);
+        definition.page = page++;
+        tables_.push_back(file.addTable(design.name, std::move(definition)));
+    }
     for (auto& row : firstObjectRows(knownCreationStamp()))
         addRow(std::move(row));
     for (const auto& row : firstAccessRows(knownCreationStamp()))
-        tables_[kRights].addRow(row);
+        tables_[kRights]->addRow(row);
 }
 
 /// @return false if the object has the number or name of another, or no parent
@@ -68,7 +72,7 @@ bool FreshCatalog::addRow(std::vector<base::Value> row) {
 
 void FreshCatalog::addRights(std::uint32_t id) {
     for (const BuiltInAccount account : {BuiltInAccount::Admin, BuiltInAccount::Users})
-        tables_[kRights].addRow(accessRow(id, account, kAllRights, false, knownCreationStamp()));
+        tables_[kRights]->addRow(accessRow(id, account, kAllRights, false, knownCreationStamp()));
 }
 
 std::uint32_t FreshCatalog::freeId() {
@@ -95,7 +99,7 @@ void FreshCatalog::addRelationships(const RelationshipPlans& relationships, cons
         for (const auto& [own, other] : each.columns) {
             const TableDefinition& table = plans[each.table].definition();
             const TableDefinition& referenced = plans[each.referenced].definition();
-            tables_[kRelationships].addRow(std::vector<base::Value>{
+            tables_[kRelationships]->addRow(std::vector<base::Value>{
                 each.name, static_cast<std::int32_t>(each.flags), static_cast<std::int32_t>(each.columns.size()),
                 place++, plans[each.table].name(), table.columnNumbered(own)->name, plans[each.referenced].name(),
                 referenced.columnNumbered(other)->name});
@@ -110,7 +114,7 @@ void FreshCatalog::addObjects(const Salvage& salvage, SalvageReport& report) {
                              object.type != CatalogEntry::kRelationship && object.id >= kMaxPages;
         if (object.id == kDatabase && object.properties && !object.properties->owners.empty())
             std::ranges::find(objects_, object.id, [](const auto& row) { return numberOf(row[kId]); })
-                ->at(kProperties) = object.properties->encode();
+                ->at(kProperties) = encoded(object.properties);
         else if (isOther && !ids_.contains(object.id))
             waiting.push_back(&object);
     }
@@ -120,8 +124,12 @@ void FreshCatalog::addObjects(const Salvage& salvage, SalvageReport& report) {
         std::erase_if(waiting, [&](const SalvagedObject* object) {
             std::vector<base::Value> row = object->values;
             row[kOwner] = accountId(BuiltInAccount::Admin, knownCreationStamp());
+            row[kProperties] = encoded(object->properties);
             if (!object->isWhole || !addRow(std::move(row))) return false;
             addRights(object->id);
+            if (!object->properties || object->lostProperties > 0)
+                report.file.lose(placeText(object->row) + u": Eigenschaften des Objekts '" + *object->name +
+                                 u"' sind nicht lesbar.");
             return isAnyAdded = true;
         });
     }
@@ -138,15 +146,15 @@ void FreshCatalog::addObjects(const Salvage& salvage, SalvageReport& report) {
             key.push_back(static_cast<std::uint8_t>(numberOf(row[0]) >> shift));
         key.push_back(attribute == nullptr ? std::uint8_t{0} : *attribute);
         const bool isKnown = attribute != nullptr && ids_.contains(numberOf(row[0]));
-        if (isKnown && keys.insert(std::move(key)).second) tables_[kQueries].addRow(row);
+        if (isKnown && keys.insert(std::move(key)).second) tables_[kQueries]->addRow(row);
     }
 }
 
 void FreshCatalog::finish() {
     for (const auto& row : objects_)
-        tables_[kObjects].addRow(row);
-    for (FreshTable& table : tables_)
-        table.finish();
+        tables_[kObjects]->addRow(row);
+    for (const auto& table : tables_)
+        table->finish();
 }
 
 }  // namespace jet

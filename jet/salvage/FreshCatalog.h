@@ -1,12 +1,11 @@
 #pragma once
 
 #include <deque>
+#include <memory>
 #include <set>
 #include <vector>
 
-#include "jet/fresh/FreshMaps.h"
-#include "jet/fresh/FreshPages.h"
-#include "jet/fresh/FreshTable.h"
+#include "jet/fresh/FreshFile.h"
 #include "jet/salvage/RelationshipPlan.h"
 
 namespace jet {
@@ -15,8 +14,7 @@ namespace jet {
 /// that were made anew, and the other objects whose rows are whole. Owners and rights are those of a new file.
 class FreshCatalog {
 public:
-    /// Must be made before any other page is allocated.
-    FreshCatalog(FreshPages& pages, FreshMaps& maps);
+    explicit FreshCatalog(FreshFile& file);
 
     void addTable(const TablePlan& plan, PageNumber page);
     void addRelationships(const RelationshipPlans& relationships, const std::deque<TablePlan>& plans);
@@ -30,7 +28,7 @@ private:
     void addRights(std::uint32_t id);
     std::uint32_t freeId();
 
-    std::deque<FreshTable> tables_;
+    std::vector<std::unique_ptr<FreshTable>> tables_;
     std::vector<std::vector<base::Value>> objects_;
     std::set<std::uint32_t> ids_;
     std::set<std::pair<std::uint32_t, base::Bytes>> names_;

@@ -24,10 +24,20 @@ TextOrder usualOrder(const Salvage& salvage) {
     return most == counts.end() ? TextOrder{} : TextOrder{most->first.first, most->first.second};
 }
 
+/// Only password and encoding are those of the damaged file; the numbers of the accounts that own objects depend on the
+/// creation date.
+Header freshHeader(const DamagedFile& file, TextOrder order) {
+    Header header = Header::fresh(knownCreationStamp().date);
+    header.password = file.password();
+    header.databaseKey = file.databaseKey();
+    header.textOrder = order;
+    return header;
+}
+
 class Rebuild {
 public:
     Rebuild(DamagedFile& file, PageIo& io)
-        : file_(file), io_(io), salvage_(file), pages_(io, file.databaseKey()), maps_(pages_), catalog_(pages_, maps_) {}
+        : file_(file), salvage_(file), fresh_(io, freshHeader(file, usualOrder(salvage_))), catalog_(fresh_) {}
 
     SalvageReport run() {
         const TextOrder order = usualOrder(salvage_);
@@ -39,13 +49,14 @@ public:
             plans_[i].survey([&](const std::vector<base::Value>& row) { relationships.addRow(i, row); });
         std::vector<PageNumber> definitionPages;
         for (std::size_t i = 0; i < plans_.size(); ++i)
-            definitionPages.push_back(pages_.allocate());
+            definitionPages.push_back(fresh_.reserveDefinition());
         relationships.settle(definitionPages);
         for (std::size_t i = 0; i < plans_.size(); ++i)
             write(plans_[i], definitionPages[i]);
         catalog_.addRelationships(relationships, plans_);
         catalog_.addObjects(salvage_, report_);
-        finish(order);
+        catalog_.finish();
+        fresh_.finish();
         reportRest();
         return std::move(report_);
     }
@@ -54,25 +65,11 @@ private:
     void write(TablePlan& plan, PageNumber page) {
         TableDefinition definition = plan.definition();
         definition.page = page;
-        maps_.startPage();
-        FreshTable table(pages_, maps_, plan.name(), std::move(definition));
-        plan.eachRow([&](const std::vector<base::Value>& row) { table.addRow(row); });
-        table.finish();
+        fresh_.startMapPage();
+        const auto table = fresh_.addTable(plan.name(), std::move(definition));
+        plan.eachRow([&](const std::vector<base::Value>& row) { table->addRow(row); });
+        table->finish();
         catalog_.addTable(plan, page);
-    }
-
-    void finish(TextOrder order) {
-        catalog_.finish();
-        maps_.finish();
-        writeGlobalMap(pages_);
-        Header header = Header::fresh(knownCreationStamp().date);
-        header.password = file_.password();
-        header.databaseKey = file_.databaseKey();
-        header.textOrder = order;
-        base::Bytes page(kPageSize);
-        header.write(page);
-        pages_.write(0, page);
-        io_.sync();
     }
 
     void reportRest() {
@@ -90,11 +87,9 @@ private:
     }
 
     DamagedFile& file_;
-    PageIo& io_;
     Salvage salvage_;
     SalvageReport report_;
-    FreshPages pages_;
-    FreshMaps maps_;
+    FreshFile fresh_;
     FreshCatalog catalog_;
     std::deque<TablePlan> plans_;
 };

@@ -122,7 +122,7 @@ void Salvage::addTable(DamagedDefinition definition, std::vector<PageNumber> pag
                          .rows = {file_, std::move(definition), std::move(pages), std::move(lostPages)}};
     if (const SalvagedObject* object = objectOf(page)) {
         table.flags = object->flags;
-        table.hasLostProperties = !object->properties.has_value();
+        table.hasLostProperties = !object->properties || object->lostProperties > 0;
         if (object->properties) table.properties = *object->properties;
         if (object->name && isPossibleName(*object->name) && isNameFree(*object->name)) {
             table.name = *object->name;

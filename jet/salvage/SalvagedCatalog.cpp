@@ -52,15 +52,44 @@ private:
     const DamagedRow& row_;
 };
 
+bool isSoundText(const Property& property) {
+    const base::Text text = property.asText();
+    return property.data.size() % 2 == 0 && base::fromUtf8(base::toUtf8(text)) == text;
+}
+
+bool isSound(const Property& property) {
+    const auto type = static_cast<ColumnType>(property.type);
+    const std::size_t needed = type == ColumnType::Boolean ? 1 : storedBytes(type);
+    if (type == ColumnType::Text || type == ColumnType::Memo) return isSoundText(property);
+    return property.type != 0 && type <= ColumnType::Numeric && property.data.size() >= needed;
+}
+
+bool isSoundName(const base::Text& name) {
+    return base::fromUtf8(base::toUtf8(name)) == name;
+}
+
+/// Leaves out what a reader could not make sense of. @return how many properties are gone
+std::size_t removeUnsound(PropertyBlob& blob) {
+    std::size_t removed = std::erase_if(blob.owners, [](const PropertyOwner& owner) { return !isSoundName(owner.name); });
+    for (PropertyOwner& owner : blob.owners)
+        removed += std::erase_if(owner.properties, [](const Property& property) {
+            return !isSound(property) || !isSoundName(property.name);
+        });
+    removed += blob.unknownChunks.size();
+    blob.unknownChunks.clear();
+    blob.names.clear();  // those in use are added again
+    return removed;
+}
+
 void readProperties(const NamedValues& values, SalvagedObject& object) {
     const auto bytes = values.value<base::Bytes>(u"LvProp");
-    object.hadProperties = bytes.has_value() || values.isLost(u"LvProp");
-    if (!object.hadProperties) object.properties.emplace();
+    if (!bytes && !values.isLost(u"LvProp")) object.properties.emplace();
     if (!bytes) return;
     try {
         object.properties = PropertyBlob::read(*bytes, object.row);
+        object.lostProperties = removeUnsound(*object.properties);
     } catch (const base::RuntimeError&) {
-        object.properties.reset();  // reported with the table
+        object.properties.reset();  // reported with the object
     }
 }
 

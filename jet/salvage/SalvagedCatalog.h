@@ -18,7 +18,7 @@ struct SalvagedObject {
     std::optional<std::int16_t> type;
     std::uint32_t flags = 0;
     std::optional<PropertyBlob> properties;  ///< nothing if they cannot be read
-    bool hadProperties = false;
+    std::size_t lostProperties = 0;           ///< single ones that cannot be read
     std::uint32_t parentId = 0;
     std::vector<base::Value> values;  ///< of an object that is no table, by the column numbers of a fresh file
     bool isWhole = true;

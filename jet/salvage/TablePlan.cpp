@@ -81,7 +81,7 @@ TablePlan::TablePlan(const TableOfSalvage& table, TextOrder order, SalvageReport
     for (const base::Text& loss : table.rows.definitionLosses())
         report.lose(loss + u".");
     if (table.hasLostProperties)
-        report.lose(u"Die Eigenschaften der Tabelle und ihrer Spalten (Vorgaben, Regeln) sind nicht lesbar.");
+        report.lose(u"Eigenschaften der Tabelle oder ihrer Spalten (Vorgaben, Regeln) sind nicht lesbar.");
     planColumns(order);
     planIndexes();
 }
