@@ -8,10 +8,12 @@
 #include "base/RuntimeError.h"
 #include "jet/compact/Compactor.h"
 #include "jet/compact/Comparison.h"
+#include "jet/table/Catalog.h"
 #include "jet/tree/IndexCursor.h"
 #include "tests/fuzz/Seeds.h"
 #include "tests/jet/WrittenFile.h"
 #include "tests/support/RelatedTables.h"
+#include "tests/support/MemoryIo.h"
 #include "tests/support/SoundFile.h"
 
 namespace jet {
@@ -21,13 +23,13 @@ using base::Bytes;
 using base::Value;
 
 Database opened(const Bytes& file, base::TextView password) {
-    return Database::open(std::make_unique<MemoryIo>(file), u"Probe.mdb", password);
+    return Database::open(std::make_unique<test::MemoryIo>(file), u"Probe.mdb", password);
 }
 
 Bytes compacted(const Bytes& file, base::TextView password = {}) {
     auto database = opened(file, password);
     auto source = database.beginRead();
-    MemoryIo io;
+    test::MemoryIo io;
     Compactor(source, source.header()).writeTo(io);
     return io.bytes();
 }
