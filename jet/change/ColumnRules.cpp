@@ -13,7 +13,7 @@ using base::TextView;
 ColumnRules::ColumnRules(const Table& table, WriteKind kind)
     : table_(table), kind_(kind), properties_(table.properties()) {}
 
-/// Nothing for a property that is not there or says nothing.
+/// Nothing if there is no such property or it is empty.
 std::optional<Text> ColumnRules::textOf(const Column* column, TextView property) const {
     const Property* found = properties_.find(column == nullptr ? TextView{} : TextView{column->name}, property);
     if (found == nullptr) return std::nullopt;
@@ -36,12 +36,12 @@ base::Value ColumnRules::defaultOf(const Column& column) const {
     return convertToColumn(column, readDefault(column, *expression), kind_);
 }
 
-/// @throws RuntimeError if it is not understood, or the column counts by itself
+/// @throws RuntimeError if it is not understood, or the column is an auto number
 base::Value ColumnRules::readDefault(const Column& column, const Text& expression) const {
     try {
         if (!column.isAutoNumber()) return defaultValue(expression);
     } catch (const base::RuntimeError&) {
-        // The expression's own error would speak of a statement that nobody wrote.
+        // The error of the expression would be about a statement, and the user wrote none.
     }
     throw tableNotWritable(table_.name(), u"Den Standardwert '" + expression + u"' der Spalte '" + column.name +
                                               u"' kennt das Modul nicht");
@@ -75,7 +75,7 @@ void ColumnRules::requireUnderstood() {
     ruleOf(nullptr);
 }
 
-/// @throws RuntimeError if there is one that is not understood
+/// @throws RuntimeError if the column has a rule that is not understood
 std::optional<ColumnRules::Rule> ColumnRules::readRule(const Column* column) const {
     const auto text = textOf(column, u"ValidationRule");
     if (!text) return std::nullopt;
@@ -88,7 +88,7 @@ std::optional<ColumnRules::Rule> ColumnRules::readRule(const Column* column) con
     }
 }
 
-/// @throws RuntimeError as readRule(), each time
+/// @throws RuntimeError as readRule(), in every call
 const std::optional<ColumnRules::Rule>& ColumnRules::ruleOf(const Column* column) {
     const auto known = rules_.find(column);
     return known != rules_.end() ? known->second : rules_.emplace(column, readRule(column)).first->second;

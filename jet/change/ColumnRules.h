@@ -13,24 +13,24 @@
 
 namespace jet {
 
-/// What the properties of a table demand of its rows: required, zero length, defaults, validation rules. What it does
-/// not understand it refuses when it would matter, naming it.
+/// The rules in the properties of a table: required values, texts without characters, defaults, validation rules. A
+/// rule that is not understood causes an error that names it, as soon as the rule would have to be applied.
 class ColumnRules {
 public:
     /// @param table  must outlive the rules
     ColumnRules(const Table& table, WriteKind kind);
 
-    /// What a new row has in the column if nobody assigns anything; of an auto number null.
+    /// The value of the column in a new row, if no value is assigned; for an auto number null.
     /// @throws RuntimeError if the default is not understood, or the column assigns its own values
     base::Value defaultOf(const Column& column) const;
 
-    /// Whether all rules are understood, before there is a row to check: a new one may get values in any column.
+    /// Checks that all rules are understood, before there is a row: a new row may get values in any column.
     /// @throws RuntimeError for the first that is not
     void requireUnderstood();
 
-    /// @param row       values as the columns hold them
-    /// @param assigned  columns that got a value, or the default in a new row
-    /// @param isNew     then columns that got none count too, unless they have only a rule
+    /// @param row       values, converted to the types of their columns
+    /// @param assigned  columns to which a value was assigned, in a new row also those with a default
+    /// @param isNew     if so, all other columns are checked, too, except for their validation rules
     /// @throws RuntimeError for the first rule that is broken
     void check(const RowValues& row, const std::vector<const Column*>& assigned, bool isNew);
 
@@ -52,7 +52,7 @@ private:
     const Table& table_;
     WriteKind kind_;
     PropertyBlob properties_;
-    std::map<const Column*, std::optional<Rule>> rules_;  ///< as far as they were asked for; the table's under null
+    std::map<const Column*, std::optional<Rule>> rules_;  ///< read when needed; null is the table's own rule
 };
 
 }  // namespace jet

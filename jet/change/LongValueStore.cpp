@@ -23,7 +23,7 @@ RowPages& LongValueStore::pagesOf(const Column& column) {
 
 void LongValueStore::remove(const Column& column, std::span<const std::uint8_t> stored, RowPointer row) {
     if (stored.empty()) return;
-    // What can be read comes to an end, and does not go on in the parts of another value.
+    // If the value can be read, its chain has an end and does not contain parts of another value.
     static_cast<void>(readLongValue(store_, stored, row));
     const LongValueReference reference = LongValueReference::read(stored, row);
     if (reference.kind == LongValueKind::SingleRow) pagesOf(column).remove(reference.first);

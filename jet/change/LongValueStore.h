@@ -10,22 +10,22 @@
 
 namespace jet {
 
-/// The long values of a table: puts them on the pages of their columns and takes them off. What a row holds of a value
-/// belongs to this row alone. See docs/file-format.md, "Long values".
+/// Adds the long values of a table to the pages of their columns, and removes them. Each value belongs to one row only.
+/// See docs/file-format.md, "Long values".
 class LongValueStore {
 public:
-    /// All must outlive the store.
+    /// All arguments must outlive this object.
     LongValueStore(PageStore& store, PageAllocator& allocator, const TableDefinition& table);
 
-    /// Puts the value on pages, whatever its length.
-    /// @return the column's bytes in the row
+    /// Writes the value to pages, even if it is short.
+    /// @return the bytes that the row has for the column
     /// @throws RuntimeError if the file is full, or the value longer than the format allows
     base::Bytes add(const Column& column, std::span<const std::uint8_t> value) {
         return placeLongValue(pagesOf(column), value);
     }
 
-    /// Removes what lies outside of the row.
-    /// @param stored  the column's bytes in the row
+    /// Removes the part of the value that is not in the row itself.
+    /// @param stored  the bytes that the row has for the column
     /// @param row     for error messages
     /// @throws RuntimeError (damage) if the value cannot be read
     void remove(const Column& column, std::span<const std::uint8_t> stored, RowPointer row);

@@ -24,7 +24,7 @@ bool isWhole(ColumnType type) {
     return type == ColumnType::Byte || type == ColumnType::Integer || type == ColumnType::Long;
 }
 
-/// Whether equal values of both columns have keys that can be made of each other.
+/// Whether a value of one column can be looked up in an index of the other one.
 bool areOfOneKind(const Column& a, const Column& b) {
     return a.type == b.type || (isWhole(a.type) && isWhole(b.type));
 }
@@ -57,8 +57,8 @@ Relationships::Link Relationships::linkOf(WritableTable& table, const LogicalInd
     return link;
 }
 
-/// The key that the partner's index has for rows with the same values. Nothing if there can be no such row: a value is
-/// null, or beyond what the partner's column holds.
+/// The key in the partner's index of rows with the same values. Nothing if there cannot be such a row: a value is null,
+/// or out of the range of the partner's column.
 std::optional<base::Bytes> Relationships::partnerKey(const WritableTable& table, const Link& link,
                                                      const RowValues& row) {
     const TableDefinition& there = link.partner.definition();
@@ -138,7 +138,7 @@ std::vector<Relationships::TableRemoval> Relationships::removalsOf(WritableTable
     std::vector<Referrer> mustGo;
     std::set<std::pair<PageNumber, RowPointer>> going{{table.definition().page, row}};
     removals.push_back({&table, table.makeRemoval(row)});
-    // Grows while it is walked through: rows that go along have rows of their own that refer to them.
+    // The list grows during the loop: other rows may refer to the rows that are added to it.
     for (std::size_t i = 0; i < removals.size(); ++i) {
         WritableTable& from = *removals[i].table;
         for (const LogicalIndex& index : from.definition().logicalIndexes) {

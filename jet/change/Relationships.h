@@ -11,19 +11,19 @@
 
 namespace jet {
 
-/// What relationships that the file enforces want of a row. They stand in the definitions of both tables as indexes
-/// of the kind foreign key; see docs/file-format.md, "Table definitions".
+/// The rules of enforced relationships. A relationship is recorded in the definitions of both tables, as an index of
+/// the kind foreign key; see docs/file-format.md, "Table definitions".
 ///
-/// A row that refers to another needs that other one, unless a part of its key is null. A row that others refer to
-/// keeps its key, and its place, unless the relationship deletes those along. Changes that a relationship would have
-/// to make in other rows (new keys, nulls) are refused.
+/// If a row refers to another one, that row must exist, unless a part of the key is null. If other rows refer to a row,
+/// its key cannot change, and it can be deleted only if the relationship deletes them, too. If a relationship requires
+/// other changes in other rows (new keys, nulls), the change is refused.
 class Relationships {
 public:
     /// @param tables  must outlive this
     explicit Relationships(TableSet& tables) : tables_(tables) {}
 
-    /// Before there is a row: whether the rows that a new one of the table will refer to can be looked up at all.
-    /// @throws RuntimeError if not
+    /// Checks before there is a row that the rows to which a new row may refer can be looked up.
+    /// @throws RuntimeError if they cannot
     void requireUsable(WritableTable& table);
 
     struct TableRemoval {
@@ -31,12 +31,12 @@ public:
         WritableTable::Removal removal;
     };
 
-    /// For a row to be added or changed, with keys of both kinds.
+    /// Checks a row that will be added or changed, for both sides of its table's relationships.
     /// @throws RuntimeError if a relationship refuses it
     void check(WritableTable& table, RowDraft& draft);
 
-    /// The row and all that go with it.
-    /// @throws RuntimeError if a row that stays refers to one of them
+    /// The row and all rows that must be deleted with it.
+    /// @throws RuntimeError if another row refers to one of them
     std::vector<TableRemoval> removalsOf(WritableTable& table, RowPointer row);
 
 private:

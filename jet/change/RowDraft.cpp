@@ -106,7 +106,7 @@ RowView RowDraft::preview() {
     return {preview_, table_, old_ ? old_->place() : RowPointer{}};
 }
 
-/// Of the row, if new long values of at most so many bytes stay in it.
+/// The length of the row if new long values up to this length stay in it.
 std::size_t RowDraft::bytesWith(std::size_t mostInRow) const {
     std::vector<Cell> cells = cells_;
     for (const auto& [number, bytes] : newLongValues_)
@@ -114,7 +114,7 @@ std::size_t RowDraft::bytesWith(std::size_t mostInRow) const {
     return encodeRow(table_, cells).size();
 }
 
-/// Values that would stay in the row leave it where it would be too long with them.
+/// Up to which length new long values stay in the row: if it would be too long with them, none do.
 std::size_t RowDraft::mostInRow() const {
     for (const std::size_t most : {kMaxInlineLongValueBytes, std::size_t{0}}) {
         if (bytesWith(most) <= std::max(RowStore::kMaxBytes, oldBytes_.size())) return most;

@@ -13,14 +13,14 @@
 
 namespace jet {
 
-/// A row in the making: the bytes of an old one, or none, and values put over them. It can be looked at, measured and
-/// checked as a whole while none of its long values has been given a page yet.
+/// A row before it is stored: the bytes of an old row, if any, and the new values. The complete row can be read,
+/// measured and checked before its long values are written to pages.
 class RowDraft final : public RowValues {
 public:
-    /// A row with null in all columns.
+    /// Starts with null in all columns.
     RowDraft(PageSource& source, const TableDefinition& table);
 
-    /// An old row; its bytes are copied.
+    /// Starts with an old row; its bytes are copied.
     RowDraft(PageSource& source, const TableDefinition& table, const RowView& old);
 
     RowDraft(const RowDraft&) = delete;
@@ -29,32 +29,32 @@ public:
     RowDraft& operator=(RowDraft&&) = delete;
     ~RowDraft() override = default;
 
-    /// @param value  as the column holds it
+    /// @param value  already of the type of the column
     void put(const Column& column, const base::Value& value);
 
     base::Value valueOf(const Column& column) const override;
 
-    /// Whether any byte of the column differs from the old row. True for all columns of a new one.
+    /// Whether any byte of the column differs from the old row. True for all columns of a new row.
     bool isChanged(const Column& column) const;
     bool isChanged() const;
 
-    /// The row for those who look at its values: of a long value that has no page yet there is as much as counts for
-    /// an index. Valid until the next change.
+    /// The row with its new values, for reading. Of a new long value it has only the part that matters for an index.
+    /// Valid until the next change.
     /// @throws RuntimeError if the row is too long
     RowView preview();
 
-    /// Gives all new long values a place, and removes those that they replace.
+    /// Writes all new long values, and removes the ones that they replace.
     /// @return the row as it is to be stored
     /// @throws RuntimeError if the row is too long; then nothing has been changed
     base::Bytes finish(LongValueStore& longValues);
 
-    /// Checks what finish() would.
+    /// @throws RuntimeError if the row is too long, as finish()
     void checkLength() const;
 
     /// Removes the long values of the old row.
     void removeOldLongValues(LongValueStore& longValues) const;
 
-    /// The old row's bytes.
+    /// The old row; nothing for a new one.
     std::optional<RowView> old() const { return old_; }
 
 private:
@@ -67,7 +67,7 @@ private:
     const TableDefinition& table_;
     base::Bytes oldBytes_;
     std::optional<RowView> old_;
-    std::vector<Cell> cells_;                             ///< by column number; of long values the references
+    std::vector<Cell> cells_;                             ///< by column number; for long values their references
     std::map<std::uint16_t, base::Bytes> newLongValues_;  ///< by column number, in stored form
     base::Bytes preview_;
 };

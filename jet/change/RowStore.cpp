@@ -30,7 +30,7 @@ bool RowStore::contains(RowPointer row) {
     return state == SlotState::Live || state == SlotState::Moved;
 }
 
-/// The row's own place first, that of its bytes last.
+/// From the place of the row to the place of its bytes.
 std::vector<RowPointer> RowStore::placesOf(RowPointer row) {
     std::vector<RowPointer> places{row};
     while (places.size() <= kMaxMoves + 1) {
@@ -60,7 +60,7 @@ void RowStore::replace(RowPointer row, std::span<const std::uint8_t> bytes) {
     }
     if (places.size() > 1 && pages_.edit(places.back().page).replace(places.back().slot, bytes)) return;
     const RowPointer target = pages_.add(bytes, SlotState::Hidden);
-    // Shorter than what stood there, unless another writer has not filled up a row of three bytes.
+    // The pointer fits, because it has four bytes and rows are at least as long. Another writer may break that rule.
     if (!home.replace(row.slot, pointerBytes(target))) throw rowTooLong();
     home.setState(row.slot, SlotState::Moved);
     if (places.size() > 1)

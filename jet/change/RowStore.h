@@ -8,26 +8,26 @@
 
 namespace jet {
 
-/// The rows of a table as bytes. A row keeps its place, by which indexes know it, for its whole life: one that grows
-/// out of its page leaves a pointer there, and its bytes go elsewhere as a hidden row.
+/// The rows of a table as bytes. A row never changes its place, because indexes refer to it. If it becomes too long for
+/// its page, a pointer replaces it there, and its bytes move to another page as a hidden row.
 class RowStore {
 public:
-    /// Longest row that is written anew. The format has room for a few bytes more, other programs have not.
+    /// The longest row that is written. The format allows a few bytes more, but other programs do not.
     static constexpr std::size_t kMaxBytes = 4060;
 
     RowStore(PageStore& store, PageAllocator& allocator, const TableDefinition& table);
 
-    /// Whether there is a row at this place that is neither deleted nor another one's hidden bytes.
+    /// Whether there is a row at this place. Deleted rows and the hidden bytes of other rows do not count.
     bool contains(RowPointer row);
 
-    /// @param bytes  of a whole row, 4 to kMaxBytes of them
+    /// @param bytes  of a whole row; 4 to kMaxBytes
     RowPointer add(std::span<const std::uint8_t> bytes) { return pages_.add(bytes); }
 
-    /// Gives the row other bytes, where there is room for them: in its place, where they were moved to, or on another
-    /// page.
+    /// Replaces the bytes of the row. They are stored at its place, or where it was moved to, or on another page,
+    /// depending on the room.
     void replace(RowPointer row, std::span<const std::uint8_t> bytes);
 
-    /// Wherever its bytes are.
+    /// Also if its bytes were moved.
     void remove(RowPointer row);
 
 private:

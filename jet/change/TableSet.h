@@ -11,7 +11,7 @@
 
 namespace jet {
 
-/// The tables that one transaction writes: each opened once, all with the same keeper of free pages.
+/// The tables that one transaction writes. Each is opened once, and all use the same PageAllocator.
 class TableSet {
 public:
     /// @param store  must outlive the set
@@ -24,10 +24,10 @@ public:
     PageStore& store() { return store_; }
     const Catalog& catalog() const { return catalog_; }
 
-    /// @throws RuntimeError if there is none of this name, or it cannot be written
+    /// @throws RuntimeError if there is no table of this name, or it cannot be written
     WritableTable& named(base::TextView name);
 
-    /// @param definition  the table's identity
+    /// @param definition  page of the definition, which identifies the table
     /// @throws RuntimeError (damage) if the catalog knows no such table
     WritableTable& at(PageNumber definition);
 

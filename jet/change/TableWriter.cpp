@@ -65,7 +65,7 @@ std::int32_t TableWriter::Impl::nextAutoNumber(const Column& column) {
     return last + 1;
 }
 
-/// For the columns that nothing is assigned to.
+/// Only for columns without an assignment.
 RowOfValues TableWriter::Impl::defaults(std::span<const Assignment> assignments) const {
     RowOfValues values(table_.definition().columnsEver);
     for (const Column& column : table_.definition().columns) {
@@ -89,7 +89,7 @@ RowOfValues TableWriter::Impl::startRow() {
     return values;
 }
 
-/// @return the columns, each once
+/// @return the columns with an assignment, each once
 TableWriter::Impl::Columns TableWriter::Impl::put(RowDraft& draft, std::span<const Assignment> assignments) const {
     Columns columns;
     for (const Assignment& assignment : assignments) {
@@ -122,7 +122,7 @@ RowPointer TableWriter::Impl::insert(const RowOfValues& started, std::span<const
     return table_.add(draft, entries);
 }
 
-/// A number beyond the counter raises it, so that it is not given again.
+/// If the number is greater than the counter, raises the counter, so that no other row gets the number.
 void TableWriter::Impl::keepAutoNumber(const Column& column, const RowDraft& draft) {
     const base::Value value = draft.valueOf(column);
     const auto number = std::get<std::int32_t>(value);

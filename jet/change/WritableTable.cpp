@@ -12,7 +12,7 @@
 namespace jet {
 namespace {
 
-/// Columns by which a table shows that it is one of several copies that are brought together.
+/// Only tables that take part in replication have these columns.
 constexpr std::array<base::TextView, 3> kReplicationColumns = {u"s_GUID", u"s_Generation", u"s_Lineage"};
 
 }  // namespace
@@ -66,7 +66,7 @@ void WritableTable::addOldKey(EntryChange& change, const RowView& old) {
     change.isOldCertain = keyOfRowIsCertain(store_, index, old);
 }
 
-/// Nothing if the entry stays.
+/// Nothing if the entry does not change.
 std::optional<WritableTable::EntryChange> WritableTable::makeEntry(std::size_t number, RowDraft& draft) {
     const IndexDefinition& index = definition().indexes[number];
     const bool concerned = std::ranges::any_of(
@@ -141,7 +141,7 @@ void WritableTable::remove(const Removal& removal) {
     removeEntries(removal.row, removal.entries);
     removal.draft.removeOldLongValues(longValues_);
     rows_.remove(removal.row);
-    // The count may have been wrong before; below none it does not go.
+    // The count may have been wrong before, so it may be 0 already.
     const std::uint32_t count = counters().rowCount();
     if (count > 0) counters().setRowCount(count - 1);
 }
@@ -150,7 +150,8 @@ std::vector<RowPointer> WritableTable::rowsWithKey(std::size_t index, std::span<
     requireOwnKeysOnce(index);
     std::vector<RowPointer> rows;
     IndexCursor cursor(store_, definition().page, definition().indexes[index].rootPage);
-    // A key may be the beginning of others, that of no bytes for one; they stand among each other.
+    // A key can be a prefix of others, for example that of an empty byte value, so entries with longer keys may come
+    // between.
     for (cursor.seek(key); cursor.isAtEntry() && cursor.keyStartsWith(key); cursor.next())
         if (cursor.key().size() == key.size()) rows.push_back(cursor.row());
     return rows;

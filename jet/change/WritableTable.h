@@ -17,19 +17,18 @@
 
 namespace jet {
 
-/// A table whose rows can be written with everything that lies in the file for them: bytes, long values, the entries of
-/// all indexes, the counts of the definition. It keeps the rules of indexes; those of columns and relationships are
-/// others' business.
+/// A table whose rows can be written, together with their long values, their entries in all indexes, and the counters
+/// in the definition. It checks the rules of indexes. ColumnRules and Relationships check the others.
 ///
-/// A change has two halves. The first one, make..., reads and checks, and can refuse; the second one writes.
+/// A change has two steps: make...() reads and checks and may throw; add(), replace() or remove() writes.
 class WritableTable {
 public:
-    /// What happens to a row's entry in one index.
+    /// The change of a row's entry in one index.
     struct EntryChange {
         std::size_t index = 0;
         std::optional<IndexEntryKey> oldKey;  ///< nothing for a new row
-        bool isOldCertain = true;             ///< false: the old key cannot be made again
-        std::optional<IndexEntryKey> newKey;  ///< nothing for a row to be removed
+        bool isOldCertain = true;             ///< false: the stored key may differ from oldKey
+        std::optional<IndexEntryKey> newKey;  ///< nothing if the row is removed
     };
     using EntryChanges = std::vector<EntryChange>;
 
@@ -39,7 +38,7 @@ public:
         EntryChanges entries;
     };
 
-    /// Nothing here may move: store and allocator must outlive it, and what it gives away refers to it.
+    /// Store and allocator must outlive this object, which in turn must outlive everything that it returns.
     /// @throws RuntimeError: a system table, replication, damage
     WritableTable(PageStore& store, PageAllocator& allocator, CatalogEntry entry);
     WritableTable(const WritableTable&) = delete;
@@ -62,16 +61,16 @@ public:
     void replace(RowPointer row, RowDraft& draft, const EntryChanges& entries);
     void remove(const Removal& removal);
 
-    /// Rows with exactly this key.
-    /// @throws RuntimeError if the index has other keys than ours; damage
+    /// The rows with exactly this key.
+    /// @throws RuntimeError if the keys of the index differ from those of this engine; damage
     std::vector<RowPointer> rowsWithKey(std::size_t index, std::span<const std::uint8_t> key);
 
-    /// Looks at all indexes, as a new row will.
-    /// @throws RuntimeError if one has other keys than ours; damage
+    /// Checks that a new row could be added to all indexes.
+    /// @throws RuntimeError if the keys of one differ from those of this engine; damage
     void requireWritableIndexes();
     void requireWritableIndex(std::size_t index);
 
-    /// The last number given: the counter's, or a greater one that stands in a row.
+    /// The last auto number used: that of the counter, or a greater one in a row.
     std::int32_t lastAutoNumber(const Column& column);
 
 private:
@@ -88,8 +87,8 @@ private:
     Table table_;
     RowStore rows_;
     LongValueStore longValues_;
-    std::vector<std::unique_ptr<IndexWriter>> writers_;  ///< by index; made when needed
-    std::vector<bool> hasOwnKeys_;                       ///< by index: known to
+    std::vector<std::unique_ptr<IndexWriter>> writers_;  ///< by position of the index; made when needed
+    std::vector<bool> hasOwnKeys_;                       ///< by position of the index; compared with ours
 };
 
 }  // namespace jet

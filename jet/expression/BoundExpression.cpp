@@ -13,7 +13,7 @@
 
 namespace jet {
 
-/// What can be compared with each other.
+/// Values of one class can be compared with each other.
 enum class ValueClass { Number, Text, Bytes, Guid };
 
 namespace {
@@ -31,7 +31,7 @@ Truth negated(Truth truth, bool negate = true) {
     return truthOf(truth == Truth::False);
 }
 
-/// A value ready to be compared: null, a number, or the bytes that stand for a text, a GUID or bytes.
+/// A value ready to be compared: null, a number, or bytes: the sort key of a text, a GUID as written, or plain bytes.
 using Comparable = std::variant<base::Null, Number, base::Bytes>;
 
 Comparable comparableOf(const base::Value& value, TextOrder order) {
@@ -45,7 +45,7 @@ Comparable comparableOf(const base::Value& value, TextOrder order) {
     return base::Null{};
 }
 
-/// Both must be of one class; nulls are the caller's.
+/// Both values must be of the same class, and not null.
 std::partial_ordering compare(const Comparable& a, const Comparable& b) {
     if (const auto* number = std::get_if<Number>(&a)) return Number::compare(*number, std::get<Number>(b));
     return std::get<base::Bytes>(a) <=> std::get<base::Bytes>(b);
@@ -82,7 +82,7 @@ Truth either(Truth a, Truth b) {
     return std::max(a, b);
 }
 
-/// The class of a literal; nothing for null, which goes with all.
+/// The class of a literal; nothing for null, which can be compared with all classes.
 std::optional<ValueClass> classOf(const base::Value& value) {
     if (base::isNull(value)) return std::nullopt;
     if (std::holds_alternative<base::Text>(value)) return ValueClass::Text;
@@ -107,7 +107,7 @@ ValueClass classOf(ColumnType type) {
     }
 }
 
-/// Text that LIKE looks at; nothing for what has no such text.
+/// The text that LIKE compares with its pattern; nothing if the value cannot be used with LIKE.
 std::optional<base::Text> textForLike(const base::Value& value) {
     return std::visit(
         [](const auto& held) -> std::optional<base::Text> {
@@ -122,7 +122,7 @@ std::optional<base::Text> textForLike(const base::Value& value) {
 
 }  // namespace
 
-/// The expression with its names bound and its constants made ready.
+/// A node of the expression, with its name bound or its constant made ready for comparisons.
 struct BoundExpression::Node {
     Kind kind = Kind::Literal;
     Comparison comparison = Comparison::Equal;
@@ -130,7 +130,7 @@ struct BoundExpression::Node {
     std::size_t place = 0;  ///< in the text
     const Column* column = nullptr;
     std::optional<ValueClass> valueClass;  ///< nothing for the literal null
-    TextOrder order;                       ///< by which the operands are compared
+    TextOrder order;                       ///< how operands that are texts are compared
     base::Value value;
     Comparable comparable;  ///< of a literal
     std::optional<LikePattern> pattern;
@@ -227,7 +227,7 @@ Truth BoundExpression::Node::isLike(const RowValues& row) const {
     return given != nullptr ? truthOf(LikePattern(*given, order).matches(*text)) : Truth::Unknown;
 }
 
-/// Binds an expression to the columns of one table, and checks that what is compared can be.
+/// Binds an expression to the columns of one table, and checks that its operands can be compared.
 class BoundExpression::Binder {
 public:
     Binder(base::TextView table, const std::vector<const Column*>& columns) : table_(table), columns_(columns) {}
@@ -238,7 +238,7 @@ public:
         node.comparison = expression.comparison;
         node.isNegated = expression.negated;
         node.place = expression.place;
-        node.valueClass = ValueClass::Number;  // of everything that is true or false
+        node.valueClass = ValueClass::Number;  // of a condition, too
         if (node.kind == Kind::Name) bindName(node, expression);
         if (node.kind == Kind::Literal) {
             node.value = expression.value;
@@ -250,7 +250,7 @@ public:
         return node;
     }
 
-    /// What is asked for being true must be a number or null.
+    /// A condition must be a number or null.
     static void expectTruth(const Node& node) {
         if (node.valueClass.value_or(ValueClass::Number) != ValueClass::Number) throw typesDoNotMatch(node.place);
     }
@@ -292,14 +292,14 @@ private:
         }
     }
 
-    /// The first column among the operands says by which order all of them are compared.
+    /// The first column among the operands decides in which order their texts are compared.
     static void takeOrder(Node& node) {
         const auto column = std::find_if(node.operands.begin(), node.operands.end(),
                                          [](const Node& operand) { return operand.isColumn(); });
         if (column != node.operands.end()) node.order = column->order;
     }
 
-    /// What a GUID is compared with may be a text in the form of one.
+    /// A text in the form of a GUID counts as one if it is compared with a GUID.
     static void takeGuids(Node& node) {
         const bool hasGuid = std::any_of(node.operands.begin(), node.operands.end(),
                                          [](const Node& operand) { return operand.valueClass == ValueClass::Guid; });

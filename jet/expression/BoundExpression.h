@@ -13,23 +13,23 @@
 
 namespace jet {
 
-/// A column that the condition wants to be equal to a constant, whatever else it says.
+/// An equality of a column and a constant without which the whole condition cannot be true.
 struct RequiredEquality {
     const Column* column = nullptr;
     base::Value value;
 };
 
-/// An expression whose names are bound to the columns of one table, ready to be asked for each row.
+/// An expression whose names are bound to the columns of one table, ready to be evaluated for each row.
 ///
-/// Three truth values: a comparison with null is unknown, NOT unknown is unknown, and a row counts only if
-/// the condition is true. Numbers compare by value (yes/no as -1 and 0, dates as days), texts by their sort
-/// key. BETWEEN takes its bounds in either order. A number stands as a condition for "not zero". LIKE takes
-/// text and whole numbers; a pattern is text. A GUID is compared with a text in the form of one too.
+/// There are three truth values: a comparison with null is unknown, NOT unknown is unknown, and a row is found only if
+/// the condition is true. Numbers are compared by value (yes/no as -1 and 0, dates as days), texts by their sort key.
+/// BETWEEN accepts its bounds in either order. A number used as a condition means "not zero". LIKE accepts text and
+/// whole numbers; its pattern is text. A GUID can also be compared with a text that has the form of a GUID.
 class BoundExpression {
 public:
-    /// @param table    name under which the columns may be qualified
-    /// @param columns  of the table; must outlive the expression, though not as a list
-    /// @throws base::RuntimeError if a name is unknown or types do not match; so also for an empty table
+    /// @param table    the name that may be written before a column
+    /// @param columns  of the table; the columns must outlive the expression, the list need not
+    /// @throws StatementError if a name is unknown or types do not match, even if the table has no rows
     BoundExpression(const Expression& expression, base::TextView table, const std::vector<const Column*>& columns);
     BoundExpression(const BoundExpression&) = delete;
     BoundExpression& operator=(const BoundExpression&) = delete;
@@ -37,16 +37,16 @@ public:
     BoundExpression& operator=(BoundExpression&&) noexcept;
     ~BoundExpression();
 
-    /// @throws base::RuntimeError if the expression can be neither true nor false
+    /// @throws StatementError if the expression is no condition, for example a text
     void expectCondition() const;
 
-    /// Whether the condition is true, neither false nor unknown.
+    /// Whether the condition is true. If it is false or unknown, this is false.
     bool holds(const RowValues& row) const;
 
-    /// What the expression stands for; of a condition true, false or null.
+    /// The value of the expression; for a condition true, false, or null for unknown.
     base::Value valueFor(const RowValues& row) const;
 
-    /// The equalities with constants other than null at the condition's top, joined by AND alone.
+    /// The equalities with constants other than null that must hold: the condition itself, or the operands of its AND.
     std::vector<RequiredEquality> requiredEqualities() const;
 
 private:
@@ -55,10 +55,10 @@ private:
     std::unique_ptr<const Node> root_;
 };
 
-/// The place of a column by its name, which case does not tell apart.
+/// The position of the column with this name; case is ignored.
 std::optional<std::size_t> findColumn(const std::vector<const Column*>& columns, base::TextView name);
 
-/// Whether two names of tables or columns are the same for the engine.
+/// Whether the engine takes two names of tables or columns for the same.
 bool namesAreEqual(base::TextView a, base::TextView b);
 
 }  // namespace jet

@@ -8,7 +8,7 @@ namespace jet {
 
 namespace {
 
-/// Walks along the literal; every step says whether it found what it looked for.
+/// Reads the literal from left to right. Each function returns whether it found what it was looking for.
 class Scanner {
 public:
     explicit Scanner(base::TextView text) : text_(base::trimBlanks(text)) {}
@@ -42,7 +42,7 @@ public:
         return digits_ > 0;
     }
 
-    /// How many digits the last number had.
+    /// Number of digits of the last number.
     std::size_t digits() const { return digits_; }
 
     std::size_t place() const { return place_; }
@@ -111,7 +111,7 @@ std::optional<base::Date> dateFromLiteral(base::TextView text) {
     }
     const auto time = scanTime(scanner);
     if (!time || !scanner.atEnd()) return std::nullopt;
-    // Before day zero the fraction still counts forward from midnight.
+    // In dates before day zero, too, the fraction is the time since midnight.
     return base::Date{day < 0 ? day - *time : day + *time};
 }
 

@@ -37,7 +37,7 @@ base::Date now(const std::tm& local) {
     return {today(local).days + seconds / kSecondsOfDay};
 }
 
-/// Whether the reader stands at a call of the function, without arguments and with nothing behind it.
+/// Whether the rest of the text is a call of the function without arguments.
 bool isCallOf(TokenReader reader, base::TextView function) {
     return reader.take(function) && reader.take(u"(") && reader.take(u")") && reader.atEnd();
 }

@@ -5,8 +5,8 @@
 
 namespace jet {
 
-/// The value that a column's default stands for: a constant, or for Now() and Date() the present time or day. An
-/// equals sign may stand before it.
+/// The value of a column's default: a constant, or the current time or day for Now() and Date(). An equals sign before
+/// it is ignored.
 /// @throws base::RuntimeError if the expression is not understood
 base::Value defaultValue(base::TextView expression);
 

@@ -10,8 +10,8 @@ namespace jet {
 
 enum class Comparison { Equal, NotEqual, Less, LessOrEqual, Greater, GreaterOrEqual };
 
-/// One node of an expression as it was written, before any name is looked up in a table. Which members count, the kind
-/// says; operands stand in the order of writing.
+/// One node of an expression as it was written. No name has been looked up in a table yet. Which members are used
+/// depends on the kind, see below; operands are in the order of writing.
 struct Expression {
     enum class Kind {
         Literal,  ///< value
@@ -29,7 +29,7 @@ struct Expression {
     Kind kind = Kind::Literal;
     Comparison comparison = Comparison::Equal;
     bool negated = false;
-    std::size_t place = 0;  ///< of the literal, the name or the operator in the text, in units
+    std::size_t place = 0;  ///< offset of the literal, name or operator in the text, in units
     base::Value value;
     base::Text table;
     base::Text name;

@@ -13,7 +13,7 @@ namespace {
 
 using Kind = Expression::Kind;
 
-/// Operators and clauses of a larger language than ours: not broken, but not understood either.
+/// Operators and clauses of the original engine's language that this engine does not support.
 constexpr std::array<base::TextView, 14> kLargerLanguage = {
     u"+", u"-", u"*", u"/", u"&", u"^", u"\\", u"MOD", u"XOR", u"GROUP", u"HAVING", u"UNION", u"ALIKE", u"EQV"};
 
@@ -42,7 +42,7 @@ std::optional<Comparison> comparisonAt(const TokenReader& reader) {
     return std::nullopt;
 }
 
-/// Turns the sign of a number; says whether it is one.
+/// Changes the sign of a number. Returns false if the value is no number.
 bool negate(base::Value& value) {
     if (auto* whole = std::get_if<std::int32_t>(&value)) {
         *whole = -*whole;
@@ -58,7 +58,7 @@ bool negate(base::Value& value) {
 
 }  // namespace
 
-/// One step deeper into the expression, for as long as it lives.
+/// Counts one level of nesting as long as it exists.
 class ExpressionParser::Level {
 public:
     explicit Level(ExpressionParser& parser) : parser_(parser) {
@@ -105,7 +105,7 @@ Expression ExpressionParser::parsePredicates() {
     return left;
 }
 
-/// Takes one comparison or the like and makes `left` its first operand; says whether there was one.
+/// Reads one comparison, IS, BETWEEN, IN or LIKE, with `left` as its first operand. Returns false if there is none.
 bool ExpressionParser::parsePredicate(Expression& left) {
     const std::size_t begin = place();
     if (const auto comparison = comparisonAt(reader_)) {
@@ -142,7 +142,7 @@ bool ExpressionParser::atPredicate() const {
            reader_.at(u"LIKE");
 }
 
-/// What stands in brackets is a part of its own, and never an operand: (5) < Nr would not say which 5 is meant.
+/// In a rule, brackets hold a part of the rule, never an operand: in (5) < Nr the 5 could mean "Nr = 5" or the number.
 Expression ExpressionParser::parseRulePart(const Expression& subject) {
     if (reader_.take(u"(")) {
         const Level level(*this);

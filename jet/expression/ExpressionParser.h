@@ -9,27 +9,27 @@
 
 namespace jet {
 
-/// Brackets and NOTs inside one another, and comparisons in one row.
+/// Limit for nested brackets and NOTs, and for comparisons that follow each other (a = b = c).
 inline constexpr std::size_t kMaxExpressionDepth = 100;
 
-/// Reads one expression of a statement and quotes it in its errors: all from its first unit to the next
-/// clause or the statement's end, as it was typed.
+/// Reads one expression of a statement. Its errors quote the expression as it was typed, up to the next clause or the
+/// end of the statement.
 ///
-/// Binding, from tight to loose: comparison, IS, BETWEEN, IN and LIKE, one after the other from the left;
-/// NOT; AND; OR. So NOT a = 5 denies the comparison.
+/// Precedence, highest first: comparison, IS, BETWEEN, IN and LIKE, all on one level from left to right; NOT; AND; OR.
+/// So NOT a = 5 means NOT (a = 5).
 class ExpressionParser {
 public:
-    /// The expression begins at the reader's present token.
-    /// @param subject  of a validation rule: the column that stands where a predicate has no first operand, and that
-    ///                 is to be equal to a literal that stands alone; must outlive the parser
+    /// The expression begins at the current token of the reader.
+    /// @param subject  only for validation rules: the column that is meant where a comparison has no first operand
+    ///                 ("> 0"), and to which a literal without any operator must be equal; must outlive the parser
     explicit ExpressionParser(TokenReader& reader, const Expression* subject = nullptr)
         : reader_(reader), subject_(subject), begin_(reader.token().begin) {}
 
-    /// Stops at the first token that cannot belong to the expression.
-    /// @throws base::RuntimeError if it is broken, too deep or beyond what the engine understands
+    /// Stops at the first token that cannot be part of the expression.
+    /// @throws base::RuntimeError if the expression is broken, nested too deeply or not supported
     Expression parse() { return parseOr(); }
 
-    /// To be called when what follows the expression cannot follow it.
+    /// For the caller, if the token after the expression is not allowed there.
     [[noreturn]] void fail() const;
 
 private:
@@ -56,7 +56,7 @@ private:
     std::size_t depth_ = 0;
 };
 
-/// Reads one expression that reaches to the end of the text.
+/// Reads a text that is one expression.
 /// @param subject  as of ExpressionParser
 /// @throws base::RuntimeError as ExpressionParser::parse(), and if something follows the expression
 Expression parseWhole(TokenReader reader, const Expression* subject = nullptr);

@@ -14,7 +14,7 @@ namespace jet {
 
 namespace {
 
-/// As many digits as a Decimal takes.
+/// The number of digits that a Decimal can hold.
 constexpr std::uint8_t kExactDigits = 28;
 
 bool isDigit(char16_t unit) {
@@ -29,7 +29,7 @@ bool isBlank(char16_t unit) {
     return unit == u' ' || unit == u'\t' || unit == u'\r' || unit == u'\n';
 }
 
-/// The number's value, or null if it is beyond every number.
+/// The value of the number, or null if it is too large for every type.
 base::Value numberOf(const std::string& typed) {
     const std::optional<ExactNumber> number = ExactNumber::fromText(typed);
     if (!number) return base::Null{};

@@ -9,32 +9,31 @@ namespace jet {
 
 enum class TokenKind {
     End,
-    Word,           ///< a name or a keyword; which of them, the parser knows
+    Word,           ///< a name or a keyword; the parser decides which
     BracketedName,  ///< a name in square brackets; never a keyword
     Literal,        ///< text, number, date or GUID, as a value
-    Symbol,         ///< one of ( ) , . ; * = < > <= >= <> + - and any unit that has no meaning
-    BrokenText,     ///< a text whose closing quote is missing; reaches to the end
-    BrokenDate,     ///< no date between number signs, or the second one missing
-    BrokenGuid,     ///< a brace that begins no GUID; reaches to the last one behind it
-    BrokenName,     ///< a bracket that is not closed, or with nothing in it
-    BrokenNumber,   ///< digits beyond every number
+    Symbol,         ///< one of ( ) , . ; * = < > <= >= <> + - and any other unit
+    BrokenText,     ///< a text without a closing quote; extends to the end
+    BrokenDate,     ///< no date between two #, or the second # is missing
+    BrokenGuid,     ///< a brace that does not begin a GUID; extends to its closing brace or the end
+    BrokenName,     ///< a bracket that is not closed, or empty brackets
+    BrokenNumber,   ///< a number that is too large for every type
 };
 
 struct Token {
     TokenKind kind = TokenKind::End;
-    std::size_t begin = 0;  ///< place in the statement, in units
+    std::size_t begin = 0;  ///< offset in the statement, in units
     std::size_t end = 0;
     base::Text text;  ///< the name without brackets, the symbol
     base::Value value;
 };
 
-/// Cuts a statement into tokens, one at a time and never further than asked: of two faults in a statement
-/// the one is reported that comes first. A broken token is a token too; it is the parser who says what it
-/// breaks.
+/// Splits a statement into tokens. It reads only one token at a time, so that of two faults the first one is reported.
+/// It does not throw for a broken token: the parser decides which error that is.
 ///
-/// Names consist of ASCII letters, digits, "_" and all units from U+0080 on. Text stands in '..' or "..",
-/// a doubled quote is one. Numbers have a decimal point: up to 28 digits are exact (int32_t if they fit,
-/// else Decimal), an exponent or more digits give a double. A GUID stands as {guid {...}}.
+/// Names consist of ASCII letters, digits, "_" and all units from U+0080 on. A text is written '..' or ".."; inside, a
+/// doubled quote means one quote. Numbers have a decimal point. Up to 28 digits they are exact (int32_t if possible,
+/// otherwise Decimal); with an exponent or more digits they are doubles. A GUID is written {guid {...}}.
 class Lexer {
 public:
     /// The statement must outlive the lexer.

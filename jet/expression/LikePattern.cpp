@@ -9,7 +9,7 @@ namespace jet {
 
 namespace {
 
-/// A unit alone has a key that says something: the blank has none, and some units are ignored altogether.
+/// False for units that have no sort key of their own: the blank and control characters.
 bool countsInKeys(char16_t unit) {
     return unit > u' ' && unit != 0x7F;
 }
@@ -29,7 +29,7 @@ bool sameUnit(char16_t a, char16_t b, TextOrder order) {
 }  // namespace
 
 LikePattern::LikePattern(base::TextView pattern, TextOrder order) : order_(order) {
-    bool listsEnded = false;  // where a bracket is not closed, no later one is
+    bool listsEnded = false;  // if one bracket is not closed, no later one is
     for (std::size_t i = 0; i < pattern.size(); ++i) {
         Part part;
         const bool opens = pattern[i] == u'[' && !listsEnded;
@@ -66,8 +66,8 @@ LikePattern::Part LikePattern::listOf(base::TextView inside) const {
     return part;
 }
 
-/// The classic walk with one place to come back to: behind the last "%" seen. At most length times length
-/// steps, and no recursion.
+/// On a mismatch, goes back to the last "%" and lets it match one unit more. At most length of text times length of
+/// pattern steps, without recursion.
 bool LikePattern::matches(base::TextView text) const {
     std::size_t part = 0;
     std::size_t unit = 0;

@@ -7,12 +7,11 @@
 
 namespace jet {
 
-/// The pattern of LIKE: "%" stands for any run of units, "_" for one unit, "[a-cx]" for one out of a list,
-/// "[!a-cx]" for one that is not in it; within a list the wildcards stand for themselves. A bracket that is
-/// not closed stands for itself.
+/// The pattern of LIKE: "%" matches any number of units, "_" one unit, "[a-cx]" one unit of a list, "[!a-cx]" one unit
+/// that is not in the list. Inside a list, "%" and "_" are ordinary characters. So is a bracket that is not closed.
 ///
-/// Units are compared one by one by their sort keys: case does not count, accents do, and "ß" is not "ss"
-/// here. Unlike in "=", blanks at the end count.
+/// Units are compared one by one, by their sort keys: case is ignored, accents are not, and "ß" does not match "ss". In
+/// contrast to "=", blanks at the end matter.
 class LikePattern {
 public:
     LikePattern(base::TextView pattern, TextOrder order);

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::int64_t kTenThousand = 10000;
 
-/// Room for 128 bits times ten to the power of 255, the most that a damaged scale can ask for.
+/// Has room for 128 bits times 10^255: a damaged file may have any scale up to 255.
 using Wide = std::array<std::uint32_t, 4 + 27>;
 
 Wide magnitudeTimesTenTo(const base::Decimal& decimal, unsigned power) {
@@ -48,10 +48,10 @@ std::strong_ordering compareExactly(const base::Decimal& a, const base::Decimal&
     return std::strong_ordering::equal;
 }
 
-/// A decimal of up to 14 digits, at most four of them behind the point, as ten-thousandths.
+/// A decimal of up to 14 digits, at most four of them after the point, in ten-thousandths.
 std::optional<std::int64_t> tenThousandthsOf(const base::Decimal& decimal) {
     if (decimal.scale > 4 || decimal.magnitude[1] > 0x1FFFF || decimal.magnitude[2] != 0 || decimal.magnitude[3] != 0)
-        return std::nullopt;  // what is left is below 2^49, times 10^4 below 2^63
+        return std::nullopt;  // so the rest is below 2^49, and times 10^4 below 2^63
     std::int64_t number = (static_cast<std::int64_t>(decimal.magnitude[1]) << 32U) | decimal.magnitude[0];
     for (unsigned scale = decimal.scale; scale < 4; ++scale)
         number *= 10;
@@ -99,12 +99,12 @@ bool Number::isZero() const {
     return std::get<std::int64_t>(form_) == 0;
 }
 
-/// The nearest double, so that a stored one is found by its own digits.
+/// The nearest double. So a condition with the digits of a stored double finds it.
 double Number::toDouble() const {
     if (const auto* floating = std::get_if<double>(&form_)) return *floating;
     const base::Decimal decimal = toDecimal();
-    // The quotient of two exact numbers is rounded once.
-    constexpr std::uint32_t kMostHigh = 1U << 21U;  // of 53 bits
+    // If both numbers are exact as doubles, their quotient is rounded only once, so it is the nearest double.
+    constexpr std::uint32_t kMostHigh = 1U << 21U;  // a double has 53 bits
     constexpr std::uint8_t kMostScale = 22;         // 10^22 is the last power of ten that is exact
     const bool isShort = decimal.magnitude[3] == 0 && decimal.magnitude[2] == 0 && decimal.magnitude[1] < kMostHigh;
     if (!isShort || decimal.scale > kMostScale) return ExactNumber(decimal).toDouble();

@@ -9,18 +9,18 @@
 
 namespace jet {
 
-/// A number as statements compare it: by its value, whatever type it comes from. Yes/no counts as -1 and 0,
-/// a date as its days.
+/// A number as statements compare it: by its value, whatever its type. Yes/no counts as -1 and 0, a date as its number
+/// of days.
 ///
-/// Whole numbers, money and decimals compare exactly with each other, however long they are; as soon as
-/// a float or double takes part, both sides are compared as doubles. Money and whole numbers of up to
-/// fourteen digits take the fast way: one integer of ten-thousandths.
+/// Whole numbers, money and decimals are compared exactly, whatever their length. If one side is a float or a double,
+/// both sides are compared as doubles. For speed, money and whole numbers of up to fourteen digits are kept as one
+/// integer, which counts ten-thousandths.
 class Number {
 public:
-    /// @return nothing if the value is null or no number
+    /// @return nothing if the value is null or not a number
     static std::optional<Number> from(const base::Value& value);
 
-    /// Without an order only where a NaN takes part.
+    /// Unordered only if one side is a NaN.
     static std::partial_ordering compare(const Number& a, const Number& b);
 
     bool isZero() const;

@@ -8,12 +8,12 @@
 
 namespace jet {
 
-/// An error in a statement. Number and description are those that users of such files know; the rest is for callers
-/// that can show the statement.
+/// An error in a statement, with its place. Number and description are those of the original engine; the rest is for
+/// callers that can show the statement.
 class StatementError : public base::RuntimeError {
 public:
-    /// @param place   where the fault was noticed: offset in the statement, in units; at most its length
-    /// @param column  as it was typed, if the table lacks it
+    /// @param place   offset of the fault in the statement, in units; at most its length
+    /// @param column  if the table lacks a column, its name as it was typed
     StatementError(const base::RuntimeError& error, std::size_t place, base::Text column = {})
         : RuntimeError(error), place_(place), unknownColumn_(std::move(column)) {}
 

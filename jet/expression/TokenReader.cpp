@@ -5,7 +5,7 @@
 namespace jet {
 
 bool isName(const Token& token) {
-    // Words that are no names unless they stand in brackets.
+    // These words are names only in brackets.
     constexpr std::array<base::TextView, 23> keywords = {u"AND",   u"ASC",  u"BETWEEN", u"BY",     u"DELETE", u"DESC",
                                                          u"FALSE", u"FROM", u"IN",      u"INSERT", u"INTO",   u"IS",
                                                          u"LIKE",  u"NOT",  u"NULL",    u"OR",     u"ORDER",  u"SELECT",

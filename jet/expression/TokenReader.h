@@ -4,7 +4,7 @@
 
 namespace jet {
 
-/// The statement's tokens with the present one in view; what the parsers share.
+/// Goes through the tokens of a statement; all parsers use it.
 class TokenReader {
 public:
     /// The statement must outlive the reader.
@@ -13,12 +13,12 @@ public:
     const Token& token() const { return token_; }
     base::TextView statement() const { return statement_; }
 
-    /// The present token as it was typed.
+    /// The current token as it was typed.
     base::TextView typed() const { return statement_.substr(token_.begin, token_.end - token_.begin); }
 
     void advance() { token_ = lexer_.next(); }
 
-    /// Whether the present token is the keyword, in any case, or the symbol.
+    /// Whether the current token is this keyword, in upper or lower case, or this symbol.
     bool at(base::TextView wordOrSymbol) const { return is(token_, wordOrSymbol); }
     bool atEnd() const { return token_.kind == TokenKind::End; }
 
@@ -39,7 +39,7 @@ private:
     Token token_;
 };
 
-/// Whether the token can be the name of a table or column: keywords can only in brackets.
+/// Whether the token can be the name of a table or column. Keywords can be names only in brackets.
 bool isName(const Token& token);
 
 }  // namespace jet

@@ -9,8 +9,8 @@ namespace jet::sql {
 namespace {
 
 constexpr std::size_t kFirstBlockBytes = std::size_t{256} * 1024;
-/// All further blocks are made of huge pages, where there are some: with small ones a fifth of a large query's time
-/// went into the system's handing them out.
+/// All further blocks ask for huge pages. With small pages, a fifth of the time of a large query was spent in the
+/// system, which provides them one by one.
 constexpr std::size_t kHugePageBytes = std::size_t{2} * 1024 * 1024;
 
 }  // namespace
@@ -31,7 +31,7 @@ void ByteStore::addBlock(std::size_t fewestBytes) {
     free_ = static_cast<std::uint8_t*>(::operator new(freeBytes_, alignment));
     blocks_.emplace_back(free_, Release{alignment});
 #ifdef __linux__
-    // Advice only: where there are no huge pages, nothing is lost.
+    // Only a hint: without huge pages everything works as well.
     if (!isFirst) static_cast<void>(madvise(free_, freeBytes_, MADV_HUGEPAGE));
 #endif
 }

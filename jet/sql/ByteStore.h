@@ -9,10 +9,10 @@
 
 namespace jet::sql {
 
-/// Many pieces of bytes, kept together in blocks that never move.
+/// Keeps copies of many byte sequences in large blocks that never move.
 class ByteStore {
 public:
-    /// @return the copy, valid as long as the store
+    /// @return the copy; it is valid as long as this object
     std::span<const std::uint8_t> put(std::span<const std::uint8_t> piece);
 
 private:
@@ -24,7 +24,7 @@ private:
     void addBlock(std::size_t fewestBytes);
 
     std::vector<std::unique_ptr<std::uint8_t, Release>> blocks_;
-    std::uint8_t* free_ = nullptr;  ///< of the last block
+    std::uint8_t* free_ = nullptr;  ///< where the next copy goes in the last block
     std::size_t freeBytes_ = 0;
 };
 

@@ -11,7 +11,7 @@ namespace jet::sql {
 using base::TextView;
 
 void failInClause(const TokenReader& reader, TextView clause) {
-    // What may follow a table or an order in a larger language than ours.
+    // What the original engine's language allows in this place, but this engine does not support.
     constexpr std::array<TextView, 9> kLargerLanguage = {u",",     u".",     u"AS",     u"INNER", u"LEFT",
                                                          u"RIGHT", u"GROUP", u"HAVING", u"UNION"};
     for (const TextView part : kLargerLanguage)

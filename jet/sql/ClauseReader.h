@@ -4,22 +4,22 @@
 #include "jet/expression/TokenReader.h"
 #include "jet/sql/Statement.h"
 
-/// What the parsers of statements share: names of tables and columns, and the fault of a clause. A clause is named as
-/// in the error's text ("FROM-Klausel").
+/// What the parsers of statements share: reading names of tables and columns, and the syntax error of a clause. A
+/// clause is named as in the text of the error ("FROM-Klausel").
 namespace jet::sql {
 
 inline constexpr base::TextView kSelectStatement = u"SELECT-Anweisung";
 
-/// To be called when the present token cannot follow.
+/// Throws the syntax error for the current token, which is not allowed here.
 [[noreturn]] void failInClause(const TokenReader& reader, base::TextView clause);
 
-/// @throws base::RuntimeError unless the present token is a name
+/// @throws base::RuntimeError if the current token is no name
 base::Text takeName(TokenReader& reader, base::TextView clause);
 
-/// A column without a table in front of it.
+/// A column name without a table.
 ColumnName takeColumn(TokenReader& reader, base::TextView clause);
 
-/// The same, or "table.column".
+/// "column" or "table.column".
 ColumnName takeQualifiedColumn(TokenReader& reader, base::TextView clause);
 
 }  // namespace jet::sql

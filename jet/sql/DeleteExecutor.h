@@ -7,10 +7,9 @@
 
 namespace jet::sql {
 
-/// Carries out a DELETE. The rows are found first, through an index where one fits, then removed.
-/// @param writer  of the statement's table; its transaction is to be dropped if this throws
-/// @return the number of rows that the condition names; those of other tables that relationships delete along do not
-/// count
+/// Carries out a DELETE. First finds the rows, with an index if one fits, then removes them.
+/// @param writer  of the table in the statement; the caller drops its transaction if this throws
+/// @return the number of rows for which the condition is true; rows that relationships delete with them do not count
 /// @throws base::RuntimeError: unknown column, types that do not match; all that TableWriter throws
 std::int32_t executeDelete(TableWriter& writer, const Delete& statement);
 

@@ -11,8 +11,8 @@
 
 namespace jet::sql {
 
-/// Carries out a statement whole or not at all: what it changes reaches the file in one transaction. The rows of a
-/// SELECT are read and given up.
+/// Carries out one statement in one transaction, so completely or not at all. A SELECT is carried out, too, but its
+/// rows are dropped.
 /// @return the number of rows that it added, changed or removed
 /// @throws base::RuntimeError: the file cannot be written, is in use; the errors of the statement
 std::int32_t execute(Database& database, const Statement& statement);
@@ -33,12 +33,12 @@ private:
 
     PageStore& store_;
     base::Text table_;
-    /// Of the last statement's table. It knows which pages are free, and finding that out takes a walk through the
-    /// file.
+    /// For the table of the last statement. It is kept because it knows which pages are free: a new writer has to go
+    /// through the file to find that out.
     std::optional<TableWriter> writer_;
 };
 
-/// Parses and carries out. A broken statement does not touch the file.
+/// Parses the statement and carries it out. If the statement is broken, the file is not touched.
 /// @throws base::RuntimeError also for the errors of parse()
 std::int32_t execute(Database& database, base::TextView statement);
 

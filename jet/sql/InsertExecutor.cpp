@@ -11,7 +11,7 @@ namespace jet::sql {
 
 namespace {
 
-/// The columns that the values are for, in the order of the values.
+/// The column for each value, in the order of the values.
 std::vector<const Column*> targetsOf(const Insert& statement, const std::vector<const Column*>& columns) {
     std::vector<const Column*> targets;
     for (const ColumnName& name : statement.columns) {
@@ -25,7 +25,7 @@ std::vector<const Column*> targetsOf(const Insert& statement, const std::vector<
     return targets;
 }
 
-/// There is no row yet that a value could be taken from.
+/// The values of an INSERT cannot refer to a row, because there is none yet.
 class NoRow final : public RowValues {
 public:
     base::Value valueOf(const Column&) const override {

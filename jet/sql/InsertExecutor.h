@@ -7,8 +7,8 @@
 
 namespace jet::sql {
 
-/// Carries out an INSERT of one row. What it does not name has its default, an auto number is the next one.
-/// @param writer  of the statement's table; its transaction is to be dropped if this throws
+/// Carries out an INSERT of one row. A column that it does not name gets its default, an auto number the next number.
+/// @param writer  of the table in the statement; the caller drops its transaction if this throws
 /// @return 1, the number of rows added
 /// @throws base::RuntimeError: unknown column, types that do not match; all that TableWriter throws
 std::int32_t executeInsert(TableWriter& writer, const Insert& statement);

@@ -27,7 +27,7 @@ public:
 
     Statement parse();
 
-    /// Where the parser has got to.
+    /// Where the current token begins: after an error, the place of the fault.
     std::size_t place() const { return reader_.token().begin; }
 
 private:

@@ -8,21 +8,22 @@
 
 namespace jet::sql {
 
-/// Units of a statement; the original engine's own limit.
+/// In UTF-16 units. The original engine has the same limit.
 inline constexpr std::size_t kMaxStatementLength = 64000;
 
-/// Reads what stands between SELECT and FROM.
+/// Reads the part between SELECT and FROM.
 using ListParser = void (*)(TokenReader& reader, Select& select);
 
-/// "*" alone, which is what executeSelect() carries out. A program that needs no more does not contain the rest.
-/// @throws base::RuntimeError for all else
+/// Accepts "*" alone, which is what executeSelect() can carry out. Thanks to this, a program that needs no more does
+/// not contain the code for lists of columns.
+/// @throws base::RuntimeError for everything else
 void parseStar(TokenReader& reader, Select& select);
 
 /// Reads one statement; a semicolon may end it.
 ///
-/// The first fault from the left decides the error: in 'O'Neil' the missing operator is met before the text
-/// that is left open.
-/// @param parseList  parseStar, or parseSelectList for all that can be asked for
+/// The error is that of the first fault from the left: in 'O'Neil' this is the missing operator before Neil, not the
+/// text after it, which has no end.
+/// @param parseList  parseStar, or parseSelectList for everything that executeQuery() can carry out
 /// @throws StatementError as SqlError.h and ExpressionErrors.h list them; if the statement is too long, a RuntimeError
 Statement parse(base::TextView statement, ListParser parseList = parseStar);
 

@@ -17,7 +17,7 @@ namespace jet::sql {
 
 namespace {
 
-/// A row of a table that is in no file.
+/// The result looks like one row of a table that does not exist in the file.
 ResultSet countRows(const Table& table, const RowSearch& search) {
     std::int32_t count = 0;
     search.forEach([&](const Row&) {
@@ -35,7 +35,7 @@ ResultSet countRows(const Table& table, const RowSearch& search) {
     return result;
 }
 
-/// The columns of a result: those that are shown, then those that only the order needs.
+/// The columns of a result: first those of the list, then those that only ORDER BY needs.
 class Columns {
 public:
     Columns(const Table& table, const Select& select) {
@@ -51,13 +51,13 @@ public:
             order_.push_back({placeInResult(placeOf(item.column, table, all)), item.descending});
     }
 
-    /// By which columns of the result it is ordered.
+    /// The columns of ORDER BY, as positions in the result.
     const std::vector<OrderColumn>& order() const { return order_; }
 
-    /// To be called before the first row is read.
+    /// The caller calls this before it reads the first row,
     void prepare(ResultSet& rows) const { rows.keepColumns(places_); }
 
-    /// To be called when the rows are in order.
+    /// and this when the rows are in order.
     void dropHidden(ResultSet& rows) const {
         std::vector<std::size_t> shown(shown_);
         std::iota(shown.begin(), shown.end(), std::size_t{0});
@@ -72,7 +72,7 @@ private:
         return place;
     }
 
-    std::vector<std::size_t> places_;  ///< in the order of SELECT *
+    std::vector<std::size_t> places_;  ///< positions in the order of SELECT *
     std::size_t shown_ = 0;
     std::vector<OrderColumn> order_;
 };

@@ -5,8 +5,8 @@
 #include "jet/sql/ResultSet.h"
 #include "jet/sql/RowKeys.h"
 
-/// What makes a result a part of whole rows and of all rows, in a source that programs with SELECT * alone do not
-/// contain.
+/// Results with some of the columns or rows. This is a source of its own, so that programs that send SELECT * alone do
+/// not contain it.
 namespace jet::sql {
 
 void ResultSet::keepColumns(const std::vector<std::size_t>& columns) {

@@ -19,18 +19,19 @@ namespace jet::sql {
 
 class ResultSet;
 
-/// One row of a result, for whoever wants several of its fields. Valid as long as the set keeps its rows.
+/// One row of a result. Faster than ResultSet::value() if several fields of the row are needed. Valid until the set
+/// changes.
 class ResultRow {
 public:
     RowPointer pointer() const { return view_.place(); }
     const RowView& view() const { return view_; }
 
     /// @param column  below the set's columnCount()
-    /// @throws base::RuntimeError (damage) if the field's bytes are no value of the column's type
+    /// @throws base::RuntimeError (damage) if the bytes of the field are not a value of the column's type
     base::Value value(std::size_t column) const;
 
-    /// The short way to most texts: the units of a Text column if they lie in the file as one byte each, which
-    /// stands for U+0000 + byte. Nothing in all other cases; then value() knows.
+    /// A faster way to most texts: the bytes of a Text value that is stored with one byte for each character, where a
+    /// byte b stands for U+0000 + b. Nothing in all other cases; then call value().
     std::optional<std::span<const std::uint8_t>> latinText(std::size_t column) const;
 
 private:
@@ -42,13 +43,13 @@ private:
     RowView view_;
 };
 
-/// Rows as they were at one moment. Keeps their bytes, long values too, and decodes a field when it is asked
-/// for; nothing in it depends on the file any more.
+/// The rows of a result as they were at one moment. It has copies of their bytes, including long values, so it does not
+/// need the file any more. A field is decoded when it is asked for.
 class ResultSet {
 public:
     explicit ResultSet(const TableDefinition& definition);
 
-    /// The table's, as it was then.
+    /// The definition of the table when the rows were read.
     const TableDefinition& definition() const { return *definition_; }
 
     std::size_t columnCount() const { return columns_.size(); }
@@ -60,11 +61,11 @@ public:
     base::Value value(std::size_t row, std::size_t column) const { return this->row(row).value(column); }
     RowPointer pointer(std::size_t row) const { return rows_[row].pointer(); }
 
-    /// Makes room for so many rows, which is a guess.
+    /// Reserves memory for this number of rows; there may be more or fewer.
     void reserve(std::size_t rows) { rows_.reserve(rows); }
 
-    /// Copies the row and reads its long values. Comes before arrange().
-    /// @throws base::RuntimeError (damage) also if the long values together are more than the file holds
+    /// Copies the row and reads its long values. Not allowed after arrange().
+    /// @throws base::RuntimeError (damage) also if all long values together are larger than the file
     void append(PageSource& source, const Row& row);
 
     /// Puts the rows in another order. Rows whose number is missing are dropped.
@@ -79,7 +80,7 @@ public:
 private:
     friend class ResultRow;
     using Stored = std::span<const std::uint8_t>;
-    /// In 16 bytes, since there may be a million.
+    /// Only 16 bytes, because there may be a million of them.
     struct StoredRow {
         const std::uint8_t* begin;
         PageNumber page;
@@ -96,8 +97,8 @@ private:
     std::vector<const Column*> columns_;      ///< at first all, in the order of SELECT *
     std::vector<const Column*> longColumns_;  ///< those of long values that are read
     std::vector<StoredRow> rows_;
-    std::vector<std::uint32_t> order_;  ///< the how-manieth appended each row was; empty: they stand so
-    std::vector<Stored> longValues_;    ///< of each row as appended, one for each of longColumns_
+    std::vector<std::uint32_t> order_;  ///< for each row, its number when it was appended; empty: still the same
+    std::vector<Stored> longValues_;    ///< in the order of appending; for each row one for each of longColumns_
     ByteStore bytes_;                   ///< of rows and long values
     std::uint64_t longBytes_ = 0;
 };

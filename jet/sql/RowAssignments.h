@@ -8,14 +8,14 @@
 
 namespace jet::sql {
 
-/// What a statement stores in the columns of a row.
+/// The assignments of an UPDATE or INSERT: columns and the expressions for their new values.
 class RowAssignments {
 public:
     /// @param column  must outlive the assignments
-    /// @throws base::RuntimeError if the column has got a value already
+    /// @throws base::RuntimeError if the column already has an assignment
     void add(const Column& column, BoundExpression value);
 
-    /// The values, computed from those that the row has now.
+    /// The new values, computed from the present values of the row.
     std::vector<Assignment> valuesFor(const RowValues& row) const;
 
 private:

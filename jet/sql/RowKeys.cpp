@@ -17,8 +17,9 @@ std::uint64_t beginningOf(std::span<const std::uint8_t> key) {
     return beginning;
 }
 
-/// What an ascending index has for the value, inverted where the order descends. A descending index itself has decimals
-/// in another order, and no bytes at all stand anywhere in one: here they come before all others.
+/// Appends the key that an ascending index has for the value; for a descending order, its bytes are inverted. The keys
+/// of a real descending index are not used: they put decimals in another order, and empty byte values in any place.
+/// Here an empty byte value comes before all others.
 void appendOrderPart(base::Bytes& key, const Column& column, const base::Value& value, bool descending) {
     constexpr std::size_t kEmptyGroupBytes = 9;
     const std::size_t start = key.size();
@@ -42,7 +43,7 @@ RowKeys::RowKeys(const ResultSet& rows, const std::vector<OrderColumn>& columns)
     }
 }
 
-/// No key is the beginning of another one, so equal bytes up to the shorter end are equal keys.
+/// No key is a prefix of another one. So two keys are equal if their bytes are, up to the end of the shorter one.
 bool RowKeys::isBefore(const Row& a, const Row& b) const {
     if (a.beginning != b.beginning) return a.beginning < b.beginning;
     const std::size_t shared = std::min(a.lengthBytes, b.lengthBytes);

@@ -10,24 +10,24 @@
 namespace jet::sql {
 
 struct OrderColumn {
-    std::size_t column = 0;  ///< place in the result
+    std::size_t column = 0;  ///< position in the result
     bool descending = false;
 };
 
-/// A key for each row of a result: the index keys of the columns of an order, one after the other. Rows with equal keys
-/// stand as in the result.
+/// A sort key for each row of a result: the index keys of the columns in ORDER BY, one after the other. Rows with equal
+/// keys stay in the order of the result.
 class RowKeys {
 public:
     RowKeys(const ResultSet& rows, const std::vector<OrderColumn>& columns);
 
-    /// Keeps the first rows and those that are equal to the last of them.
+    /// Drops all keys but the first ones and those that are equal to the last of these.
     void keepTop(std::uint32_t top);
 
-    /// The rows' numbers in order.
+    /// The numbers of the rows in the order of their keys.
     std::vector<std::uint32_t> sorted();
 
 private:
-    /// A row's key in the arena, with its first eight bytes at hand: they decide most comparisons.
+    /// The place of a row's key in arena_, and a copy of its first eight bytes, which decide most comparisons.
     struct Row {
         std::uint64_t beginning = 0;
         std::size_t offset = 0;

@@ -12,8 +12,8 @@ namespace jet::sql {
 
 namespace {
 
-/// Finds rows by their pointers. They lie in the order of these, so each page's rows stand together, and within a page
-/// the slot alone tells them apart.
+/// Finds rows by their pointers. The rows are in the order of their pointers, so those of one page are next to each
+/// other and differ in the slot.
 class RowFinder {
 public:
     explicit RowFinder(const ResultSet& rows) {
@@ -33,7 +33,8 @@ public:
     std::optional<std::uint32_t> find(RowPointer pointer) const {
         const std::size_t page = std::size_t{pointer.page} - firstPage_;
         if (pointer.page < firstPage_ || page + 1 >= firstOfPage_.size()) return std::nullopt;
-        // Where no slot before it is free, the row stands where its slot says; else before that.
+        // If no earlier slot of the page is free, the slot is also the row's position in the page; otherwise that is
+        // lower.
         const std::uint32_t begin = firstOfPage_[page];
         const std::uint32_t end = firstOfPage_[page + 1];
         for (std::uint32_t row = std::min(end, begin + pointer.slot + 1); row > begin; --row) {
@@ -45,8 +46,8 @@ public:
 
 private:
     PageNumber firstPage_ = 0;
-    std::vector<std::uint32_t> firstOfPage_;  ///< of each page from firstPage_ on; the last is the count
-    std::vector<std::uint8_t> slots_;         ///< of each row
+    std::vector<std::uint32_t> firstOfPage_;  ///< for each page from firstPage_ on; the last entry counts all rows
+    std::vector<std::uint8_t> slots_;         ///< for each row
 };
 
 }  // namespace

@@ -40,7 +40,7 @@ bool RowSearch::isWanted(const Row& row) const {
     return !condition_ || condition_->holds(StoredValues(table_.source(), row.view));
 }
 
-/// The first index that can answer one of the equalities that the condition asks for, best a unique one.
+/// An index for one of the equalities that the condition requires; a unique one if there is one.
 std::optional<RowSearch::IndexRange> RowSearch::rangeOfCondition() const {
     std::optional<IndexRange> best;
     if (!condition_) return best;
@@ -48,7 +48,7 @@ std::optional<RowSearch::IndexRange> RowSearch::rangeOfCondition() const {
         const Column& column = *equality.column;
         for (const IndexDefinition& index : table_.definition().indexes) {
             const bool fits = !index.columns.empty() && index.columns[0].columnNumber == column.number;
-            // With several columns an index that ignores nulls may leave out a row for the others' sake.
+            // An index of several columns that ignores nulls may lack a row because another column is null.
             const bool whole = index.columns.size() == 1 || !index.ignoresNulls();
             if (!fits || !whole || (best && !index.isUnique())) continue;
             auto key = searchKeyPart(column, equality.value, index.columns[0].ascending);
@@ -59,7 +59,7 @@ std::optional<RowSearch::IndexRange> RowSearch::rangeOfCondition() const {
     return best;
 }
 
-/// Rows of equal keys stand in the index by their pointers, those of a longer key do not: hence the sorting.
+/// The index orders rows by their pointers only if their whole keys are equal, so the pointers must be sorted here.
 std::vector<RowPointer> RowSearch::rowsInRange(const IndexRange& range) const {
     std::vector<RowPointer> pointers;
     IndexCursor cursor(table_.source(), table_.definition().page, range.index->rootPage);

@@ -9,28 +9,28 @@
 
 namespace jet::sql {
 
-/// The rows of a table for which the WHERE of a statement holds.
+/// Finds the rows of a table for which the WHERE condition of a statement is true.
 ///
-/// An index is used where it gives the very same rows: for a condition that wants a column to be equal to a
-/// constant. The rest of the condition is then asked of each row found.
+/// If the condition requires that a column is equal to a constant, an index is used, provided that it gives the same
+/// rows as a scan. The whole condition is then checked for each row found.
 class RowSearch {
 public:
     /// @param table  must outlive the search
-    /// @param where  nothing: all rows
+    /// @param where  without a value: all rows
     /// @throws base::RuntimeError if a name is unknown or types do not match
     RowSearch(const Table& table, const std::optional<Expression>& where);
 
     bool wantsAll() const { return !condition_; }
 
-    /// Gives the rows in the order in which they lie in the file. The table must not be changed meanwhile.
+    /// Calls `take` for each row, in the order of the file. The table must not change during the call.
     /// @param take  returns false to stop the search
     void forEach(const std::function<bool(const Row&)>& take) const;
 
-    /// The places of all rows found, so that the table may be changed.
+    /// The places of all rows found. Afterwards the table may be changed.
     std::vector<RowPointer> rows() const;
 
 private:
-    /// Part of an index where all rows with some value of a column must stand.
+    /// The part of an index that has all rows with one value of a column.
     struct IndexRange {
         const IndexDefinition* index = nullptr;
         base::Bytes key;

@@ -16,7 +16,7 @@ namespace jet::sql {
 
 namespace {
 
-/// The index that stands as the order wants it, for all rows of the table.
+/// An index whose entries are in the order wanted and that has all rows of the table; null if there is none.
 const IndexDefinition* indexOfOrder(const Table& table, const ResultSet& rows, const std::vector<OrderColumn>& order) {
     if (order.size() != 1) return nullptr;
     const Column& column = rows.column(order[0].column);
@@ -50,7 +50,7 @@ void readRows(const Table& table, const RowSearch& search, const std::vector<Ord
     }
     search.forEach([&](const Row& row) {
         rows.append(source, row);
-        // An index is no help with the order once the key of one row is not certain.
+        // If the key of one row is not certain, the place of this row in the index is not known.
         if (orderedBy != nullptr && !keyOfRowIsCertain(source, *orderedBy, row.view)) orderedBy = nullptr;
         return true;
     });

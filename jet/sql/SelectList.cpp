@@ -14,7 +14,7 @@ namespace {
 
 using base::TextView;
 
-/// Words in front of the columns of a larger language than ours.
+/// Words of the original engine's language before the columns that this engine does not support.
 constexpr std::array<TextView, 4> kLargerSelect = {u"ALL", u"DISTINCT", u"DISTINCTROW", u"PERCENT"};
 
 bool isNext(TokenReader reader, TextView wordOrSymbol) {
@@ -22,7 +22,7 @@ bool isNext(TokenReader reader, TextView wordOrSymbol) {
     return reader.at(wordOrSymbol);
 }
 
-/// A column may be called Top: the word limits the rows only in front of a number.
+/// TOP is a keyword only before a number, because a column may have this name.
 std::optional<std::uint32_t> parseTop(TokenReader& reader) {
     TokenReader ahead = reader;
     if (!ahead.take(u"TOP") || ahead.token().kind != TokenKind::Literal) return std::nullopt;

@@ -5,8 +5,8 @@
 
 namespace jet::sql {
 
-/// Reads all that a SELECT may ask for: [TOP number] * | column, ..., or COUNT(*). For parse(); executeQuery() carries
-/// it out.
+/// Reads everything that may be between SELECT and FROM: [TOP number] * | column, ..., or COUNT(*). To be passed to
+/// parse(); executeQuery() carries the statement out.
 /// @throws base::RuntimeError if it is broken or not understood
 void parseSelectList(TokenReader& reader, Select& select);
 

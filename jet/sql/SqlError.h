@@ -3,27 +3,26 @@
 #include "base/RuntimeError.h"
 #include "base/Text.h"
 
-/// What the engine says about statements: one function a fault, each with the number and the wording that
-/// users of such files know. Those of expressions are jet/expression/ExpressionErrors.h's. See docs/file-format.md,
-/// "Statements".
+/// The errors in statements: one function for each, with the number and the text of the original engine. Errors in
+/// expressions are in jet/expression/ExpressionErrors.h. See docs/file-format.md, "Statements".
 namespace jet::sql {
 
 /// -2147217900: a clause or statement ("FROM-Klausel", "UPDATE-Anweisung") is broken.
 base::RuntimeError brokenClause(base::TextView clause);
 
-/// -2147217900: an INSERT names a column that the table has not, or one column twice; values and columns differ in
-/// number.
+/// -2147217900: an INSERT names a column that the table lacks, or a column twice, or has more or fewer values than
+/// columns.
 base::RuntimeError unknownColumnOfInsert(base::TextView column);
 base::RuntimeError columnNamedTwice(base::TextView column);
 base::RuntimeError valuesDoNotFitColumns();
 
-/// -2147217900: the text begins with none of the statements there are.
+/// -2147217900: the text does not begin with a known statement.
 base::RuntimeError otherStatement();
 
-/// -2147217900: something stands behind the semicolon.
+/// -2147217900: there is text after the semicolon.
 base::RuntimeError textBehindStatement();
 
-/// -2147467259: UPDATE, DELETE or INSERT where rows alone are asked for or nothing can be written.
+/// -2147467259: UPDATE, DELETE or INSERT where only a SELECT is allowed.
 base::RuntimeError notUpdatable();
 
 }  // namespace jet::sql

@@ -10,7 +10,7 @@
 #include "base/Text.h"
 #include "jet/expression/Expression.h"
 
-/// Statements as they were written, before any name is looked up in a file.
+/// Statements as they were written. No name has been looked up in a file yet.
 namespace jet::sql {
 
 struct ColumnName {
@@ -51,8 +51,8 @@ struct Delete {
 /// INSERT INTO table [(column, ...)] VALUES (expression, ...)
 struct Insert {
     base::Text table;
-    std::vector<ColumnName> columns;  ///< empty: all of them in their order
-    std::vector<Expression> values;   ///< as many as columns, if those are named
+    std::vector<ColumnName> columns;  ///< empty: all columns in their order
+    std::vector<Expression> values;   ///< as many as columns, if there are any columns
 };
 
 using Statement = std::variant<Select, Update, Delete, Insert>;

@@ -7,10 +7,10 @@
 
 namespace jet::sql {
 
-/// Carries out an UPDATE. The rows are found first, through an index where one fits, then changed; each value is
-/// computed from what its row held before.
-/// @param writer  of the statement's table; its transaction is to be dropped if this throws
-/// @return the number of rows changed, those included that already had the values
+/// Carries out an UPDATE. First finds the rows, with an index if one fits, then changes them. Each new value is
+/// computed from the old values of the row.
+/// @param writer  of the table in the statement; the caller drops its transaction if this throws
+/// @return the number of rows for which the condition is true, including those that already had the new values
 /// @throws base::RuntimeError: unknown column, types that do not match; all that TableWriter throws
 std::int32_t executeUpdate(TableWriter& writer, const Update& statement);
 

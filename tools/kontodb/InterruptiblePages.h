@@ -5,7 +5,7 @@
 
 namespace kontodb {
 
-/// Pages on which the work can be broken off each time it needs one.
+/// Pages of a transaction. Each access ends with Interrupted if the user has ended the program.
 class InterruptiblePages final : public jet::PageStore {
 public:
     /// @param pages  must outlive this

@@ -51,8 +51,8 @@ Script Script::ofMany(base::Text text) {
     }
 }
 
-/// A quotation mark that is missing, or one too many, makes a text that reaches to the end. So nobody knows where the
-/// statement ends, but the fault is in it. What comes after the fault's line must not be quoted as a part of it.
+/// Adds a statement with a text, name or date that has no end. Where this statement ends is not known, so it is cut
+/// after the line of the fault: the error must not quote all further statements.
 void Script::addBrokenPart(std::size_t begin) {
     std::size_t end = text_.size();
     try {
@@ -63,7 +63,7 @@ void Script::addBrokenPart(std::size_t begin) {
     addPart(begin, end);
 }
 
-/// Blanks keep all places in the text as they are.
+/// Replaces remarks by blanks, so that all other text keeps its place.
 void Script::blankRemarks() {
     jet::Lexer lexer(text_);
     for (jet::Token token = lexer.next(); token.kind != jet::TokenKind::End; token = lexer.next()) {

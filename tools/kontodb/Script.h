@@ -12,7 +12,7 @@
 
 namespace kontodb {
 
-/// Statements as somebody wrote them down, read as far as that is possible without a file.
+/// Statements from the command line or a file, parsed; no table has been looked up yet.
 class Script {
 public:
     struct Part {
@@ -25,15 +25,15 @@ public:
     /// @throws ExplainedError if it is broken
     static Script ofOne(base::Text text);
 
-    /// Any number of statements with semicolons between them. Semicolons in texts and names part nothing. Lines that
+    /// Any number of statements with semicolons between them. Semicolons in texts and names do not count. Lines that
     /// begin with "--" are remarks.
     /// @throws ExplainedError that names the statement, if one is broken
     static Script ofMany(base::Text text);
 
     const std::vector<Part>& parts() const { return parts_; }
 
-    /// The error of a part with what explains it: the number of the statement if there are several, its line, the place
-    /// in it if the error knows one, and the advice.
+    /// The error of a part, with an explanation: the number of the statement if there may be several, its line, a caret
+    /// under the place if the error has one, and the advice.
     /// @param advice  whole lines, in UTF-8; may be empty
     ExplainedError explained(const base::RuntimeError& error, std::size_t part, const std::string& advice) const;
 

@@ -15,8 +15,7 @@
 namespace kontodb {
 namespace {
 
-/// Of a line that is too long for a screen, so many units are shown, at most the second number of them before the
-/// place.
+/// The longest part of a line that is shown, and how much of it may come before the place.
 constexpr std::size_t kUnits = 72;
 constexpr std::size_t kUnitsBefore = 45;
 
@@ -38,7 +37,7 @@ std::size_t charactersIn(std::string_view utf8) {
         std::ranges::count_if(utf8, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80; }));
 }
 
-/// Where nothing follows, the end of the last line with text is meant.
+/// If only blanks follow the place, the end of the text before them.
 std::size_t visiblePlace(base::TextView text, std::size_t place) {
     const bool isAtEnd = text.find_first_not_of(kBlanks, place) == base::TextView::npos;
     if (!isAtEnd) return place;

@@ -24,7 +24,7 @@ constexpr base::TextView kDryRunFlag = u"--dry-run";
 
 using Counts = std::vector<std::int32_t>;
 
-/// An operand is one statement, even if a name from elsewhere was put into it that holds a semicolon.
+/// An operand is only one statement: another program may have put a name with a semicolon into it.
 Script scriptOf(const CommandLine& line, Console& console) {
     const auto file = line.option(kFileOption);
     if (file && line.count() > 1)
@@ -86,7 +86,7 @@ Counts execute(jet::Database& database, const Script& script, bool isDryRun) {
     return counts;
 }
 
-/// A number in each line; for somebody at a screen with words if there are several.
+/// One number in each line; on a screen with words, if there are several.
 std::string linesOf(const Counts& counts, bool isScreen) {
     std::string lines;
     for (std::size_t part = 0; part < counts.size(); ++part) {
