@@ -57,6 +57,32 @@ def checking(files):
     wanted("1,000,000 accounts in less than 15 times that", times[1000000] < 15 * times[100000])
 
 
+def peak(command):
+    """Seconds and peak memory in MB."""
+    start = time.perf_counter()
+    process = subprocess.Popen(command, stdout=subprocess.DEVNULL)
+    _, status, usage = os.wait4(process.pid, 0)
+    if status != 0:
+        raise RuntimeError(f"{command}: {status}")
+    return time.perf_counter() - start, usage.ru_maxrss / 1024
+
+
+def compacting(files):
+    for count, file in files.items():
+        target = f"{file}.made"
+        made = compacted = (1e9, 0)
+        for _ in range(1 if count == 1000000 else 3):
+            made = min(made, peak([KONTODB, "create", target, "--accounts", str(count)]))
+            os.remove(target)
+            compacted = min(compacted, peak([KONTODB, "compact", file, target, "--password", PASSWORD]))
+            os.remove(target)
+        print(f"compact: {count:,} accounts {compacted[0] * 1000:.0f} ms, {compacted[0] / made[0]:.2f} times as long as making "
+              f"them; {compacted[1]:.1f} MB of memory, the file has {os.path.getsize(file) / 1e6:.1f} MB")
+        if count > 1000:
+            wanted("under 3 times", compacted[0] < 3 * made[0])
+            wanted("memory under 5 MB and 16 bytes for each account", compacted[1] < 5 + count * 16 / 2**20)
+
+
 def changing(file):
     """Changes half of 100,000 accounts in one statement."""
     for statement in ("UPDATE Benutzerkonto SET BenKTO_Name = 'Neuer Name'", "DELETE FROM Benutzerkonto"):
@@ -147,6 +173,7 @@ def main():
                   f"{os.path.getsize(files[count]) / 1e6:.1f} MB")
         reading(files[100000])
         checking(files)
+        compacting(files)
         changing(files[100000])
         writing(files)
         windows(files)

@@ -20,6 +20,28 @@ bool keyIsCertain(const Column& column, const base::Value& value) {
     return text == nullptr || sortKeyIsCertain(*text, column.textOrder);
 }
 
+bool isNullOrFalse(const Column& column, const Cell& cell) {
+    return !cell || (column.type == ColumnType::Boolean && cell->at(0) == 0);
+}
+
+/// The definition as it was before columns were added that the row does not use. Readers take them for null. Needed for
+/// rows that were full at that time: with the later columns they would not fit on a page.
+TableDefinition withoutLastNulls(TableDefinition definition, std::span<const Cell> cells) {
+    std::uint16_t variableColumns = 1;  // a row has none only if its table never had any
+    definition.columnsEver = 1;
+    for (const Column& column : definition.columns) {
+        if (isNullOrFalse(column, cells[column.number])) continue;
+        definition.columnsEver = std::max<std::uint16_t>(definition.columnsEver, column.number + 1);
+        if (!column.isFixed()) variableColumns = std::max<std::uint16_t>(variableColumns, column.variableIndex + 1);
+    }
+    definition.variableColumnsEver = std::min(definition.variableColumnsEver, variableColumns);
+    std::erase_if(definition.columns, [&](const Column& column) {
+        return column.number >= definition.columnsEver ||
+               (!column.isFixed() && column.variableIndex >= definition.variableColumnsEver);
+    });
+    return definition;
+}
+
 }  // namespace
 
 FreshTable::FreshTable(FreshPages& pages, FreshMaps& maps, base::Text name, TableDefinition definition)
@@ -84,7 +106,13 @@ void FreshTable::addRow(std::span<const base::Value> values) {
 }
 
 RowPointer FreshTable::addStoredRow(std::span<const Cell> cells, std::span<const base::Value> values) {
-    return store(encodeRow(definition_, cells), keysOf(values));
+    const std::vector<Key> keys = keysOf(values);
+    base::Bytes row = encodeRow(definition_, cells);
+    if (row.size() > kMaxRowBytes) {
+        const TableDefinition before = withoutLastNulls(definition_, cells);
+        row = encodeRow(before, cells.first(before.columnsEver));
+    }
+    return store(row, keys);
 }
 
 RowPointer FreshTable::store(const base::Bytes& row, const std::vector<Key>& keys) {

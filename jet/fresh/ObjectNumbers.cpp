@@ -10,12 +10,10 @@ struct NumberColumn {
     base::TextView column;
 };
 
-/// The last two tables belong to Access, which keeps the order of its object list there.
-constexpr NumberColumn kNumberColumns[] = {{u"MSysObjects", u"Id"},
-                                           {u"MSysObjects", u"ParentId"},
-                                           {u"MSysACEs", u"ObjectId"},
-                                           {u"MSysNavPaneObjectIDs", u"Id"},
-                                           {u"MSysNavPaneGroupToObjects", u"ObjectID"}};
+/// The last three tables belong to Access, which keeps its list of objects there.
+constexpr NumberColumn kNumberColumns[] = {
+    {u"MSysObjects", u"Id"},          {u"MSysObjects", u"ParentId"},       {u"MSysACEs", u"ObjectId"},
+    {u"MSysNavPaneObjectIDs", u"Id"}, {u"MSysNavPaneGroups", u"ObjectID"}, {u"MSysNavPaneGroupToObjects", u"ObjectID"}};
 
 }  // namespace
 

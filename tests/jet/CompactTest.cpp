@@ -59,7 +59,7 @@ void change(PageStore& store, base::TextView table, const std::function<void(Tab
 
 /// What the original engine and Access put into a file beyond what the Creator makes.
 Bytes fileOfAccess() {
-    test::SampleTable groups{{u"MSysNavPaneGroupToObjects",
+    test::SampleTable groups{{u"MSysNavPaneGroups",
                               {{u"Id", ColumnType::Long}, {u"ObjectID", ColumnType::Long}},
                               {{u"ObjectID", {{u"ObjectID"}}, false, 0}}},
                              {{1, 27}, {2, 16}, {3, 2}}};
@@ -162,12 +162,35 @@ TEST(Compact, CarriesWhatOnlyAccessUnderstands) {
     IndexCursor cursor(store, konto.definition().page, konto.definition().indexes[1].rootPage);
     EXPECT_TRUE(cursor.first() && cursor.next() && !cursor.next());
     std::vector<Value> objects;
-    const Table groups = *openTable(store, u"MSysNavPaneGroupToObjects");
+    const Table groups = *openTable(store, u"MSysNavPaneGroups");
     for (RowCursor rows(groups); rows.next();)
         objects.push_back(groups.value(rows.row().view, groups.definition().columns[1]));
     const auto number = [](const Table& table) { return Value(static_cast<std::int32_t>(table.definition().page)); };
     EXPECT_EQ(objects, (std::vector<Value>{27, number(konto), 2}));
     EXPECT_NE(konto.definition().page, 16U);
+}
+
+/// A full row, and columns that were added later: with them it would be too long.
+TEST(Compact, TakesFullRowsThatAreOlderThanTheLastColumns) {
+    test::SampleTable table{{u"T", {}, {}}, {{}}};
+    for (const char16_t* name : {u"A", u"B", u"C", u"D", u"E", u"F", u"G", u"H"}) {
+        table.design.columns.push_back({name, ColumnType::Binary, 510});
+        table.rows[0].emplace_back(Bytes(name[0] == u'H' ? 480 : 510, 1));
+    }
+    test::MemoryPageStore store(test::sampleFile({table}));
+    for (const char16_t* name : {u"I", u"J", u"K"}) {
+        table.design.columns.push_back({name, ColumnType::Double});
+        table.design.columns.push_back({name + base::Text(u"2"), ColumnType::Text, 20});
+    }
+    change(store, u"T", [&](TableDefinition& definition) {
+        const TableDefinition later = makeDefinition(table.design);
+        definition.columns = later.columns;
+        definition.columnsEver = later.columnsEver;
+        definition.variableColumnsEver = later.variableColumnsEver;
+    });
+    const Bytes copy = compacted(store.file());
+    EXPECT_EQ(difference(store.file(), copy), "");
+    EXPECT_TRUE(compacted(copy) == copy);
 }
 
 TEST(Compact, RelationshipsHoldInTheCopy) {
