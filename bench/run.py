@@ -48,6 +48,58 @@ def reading(file):
     wanted("5 times or more", foreign >= 5 * ours)
 
 
+def peak(*command):
+    """The most memory that the process held, in MB."""
+    process = subprocess.Popen(command, stdout=subprocess.DEVNULL)
+    usage = os.wait4(process.pid, 0)[2]
+    process.returncode = 0
+    return f"{usage.ru_maxrss / 1024:.0f} MB"
+
+
+def exporting(files):
+    for count in (100000, 1000000):
+        statement = "SELECT * FROM Benutzerkonto"
+        ours = best(f"'{KONTODB}' query '{files[count]}' '{statement}' --csv --password {PASSWORD}")
+        foreign = best(f"mdb-export '{files[count]}' Benutzerkonto")
+        memory = peak(KONTODB, "query", files[count], statement, "--csv", "--password", PASSWORD)
+        print(f"{count:,} accounts as CSV: {ours * 1000:.0f} ms, {memory}; mdb-export takes {foreign / ours:.1f} times as long")
+        wanted("5 times or more", foreign >= 5 * ours)
+
+
+def backing_up(files):
+    for count in (100000, 1000000):
+        file, copy = files[count], f"{files[count]}.copy"
+        command = f"'{KONTODB}' backup '{file}' '{copy}' --password {PASSWORD}"
+        ours = best(f"rm -f '{copy}'; {command}")
+        os.remove(copy)
+        memory = peak(KONTODB, "backup", file, copy, "--password", PASSWORD)
+        plain = best(f"rm -f '{copy}'; cp '{file}' '{copy}'; sync '{copy}'")
+        checked = best(f"'{KONTODB}' check '{copy}' --password {PASSWORD}")
+        os.remove(copy)
+        print(f"{count:,} accounts backed up: {ours * 1000:.0f} ms, {memory}; cp and flush {plain * 1000:.0f} ms, "
+              f"check {checked * 1000:.0f} ms")
+        wanted("less than 1.5 times as long as cp, flush and check", ours < 1.5 * (plain + checked))
+
+
+def importing(files, insert_us):
+    """10,000 accounts into an empty file, which is made anew each time."""
+    rows = subprocess.run([KONTODB, "query", files[100000], "SELECT * FROM Benutzerkonto WHERE BenKTO_ID <= 10500 AND "
+                           "BenKTO_ServerPath IS NOT NULL", "--csv", "--password", PASSWORD], check=True,
+                          capture_output=True).stdout
+    head, *lines = rows.split(b"\r\n")[:-1]
+    copy, csv = f"{files[1000]}.copy", f"{files[1000]}.csv"
+    with open(csv, "wb") as file:
+        file.write(b"\r\n".join([head, *lines[-10000:]]) + b"\r\n")
+    command = [KONTODB, "import", copy, csv, "--password", PASSWORD]
+    subprocess.run([KONTODB, "create", copy, "--password", PASSWORD], check=True, stdout=subprocess.DEVNULL)
+    memory = peak(*command)
+    ours = best(f"rm '{copy}'; '{KONTODB}' create '{copy}' --password {PASSWORD}; '{command[0]}' import '{copy}' '{csv}' "
+                f"--password {PASSWORD}") / 10000 * 1e6
+    os.remove(copy)
+    print(f"10,000 accounts imported: {ours:.0f} us an account, {memory}; one INSERT takes {insert_us:.0f} us")
+    wanted("an account in less than 5 times one INSERT", ours < 5 * insert_us)
+
+
 def checking(files):
     times = {count: best(f"'{KONTODB}' check '{files[count]}' --password {PASSWORD}", 3) for count in files}
     plain = best(f"cat '{files[100000]}'")
@@ -128,6 +180,8 @@ def writing(files):
               f"the order of their names, {r['insert_random_us']:.1f} us at random")
     wanted("at random less than 3 times as long", all(r["insert_random_us"] < 3 * r["insert_ascending_us"]
                                                      for r in results.values()))
+    return many["insert"]["us"]
+
 
 DEEDS = {"open": "open", "move": "go to another", "refill": "refill", "sort": "sort", "save": "save",
          "save_sorted": "save while sorted"}
@@ -175,7 +229,9 @@ def main():
         checking(files)
         compacting(files)
         changing(files[100000])
-        writing(files)
+        exporting(files)
+        backing_up(files)
+        importing(files, writing(files))
         windows(files)
         native(files)
     if missed:

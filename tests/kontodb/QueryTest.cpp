@@ -151,6 +151,22 @@ TEST_F(Query, KeepsNobodyFromWritingWhileItPrints) {
     EXPECT_EQ(console.written.printed, "1\n") << console.written.errors;
 }
 
+TEST(ValueText, QuotesForSpreadsheetsWhereverTheUnitStands) {
+    const std::pair<std::uint8_t, std::string> units[] = {{'"', "\"\""}, {'\n', "\n"}, {'\r', "\r"}, {';', ";"},
+                                                          {',', ","},    {'\t', "\t"}, {0xFC, "ü"},  {'\\', "\\"}};
+    for (const auto& [unit, written] : units) {
+        for (std::size_t at = 0; at < 20; ++at) {
+            base::Bytes text(20, 'x');
+            text[at] = unit;
+            std::string expected = std::string(at, 'x') + written + std::string(19 - at, 'x');
+            if (std::string_view("\"\n\r;").find(static_cast<char>(unit)) != std::string_view::npos)
+                expected = "\"" + expected + "\"";
+            char room[kMostLatinBytes * 20 + 2];
+            EXPECT_EQ(std::string(room, writeCsvLatin(room, text, ';')), expected);
+        }
+    }
+}
+
 TEST(ValueText, PrintsDecimalsExactlyAndDatesToTheSecond) {
     const struct {
         Value value;

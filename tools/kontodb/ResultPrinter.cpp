@@ -137,11 +137,26 @@ private:
         for (std::size_t row = 0; row < rows_.rowCount(); ++row) {
             const jet::sql::ResultRow fields = rows_.row(row);
             for (std::size_t column = 0; column < rows_.columnCount(); ++column) {
-                if (column > 0) lines_.put(style_.separator);
-                putCsvValue(fields.value(column));
+                if (column > 0) putSeparator();
+                putCsvField(fields, column);
             }
             endCsvLine();
         }
+    }
+
+    void putSeparator() {
+        if (style_.separator.size() == 1)
+            lines_.put(style_.separator.front());
+        else
+            lines_.put(style_.separator);
+    }
+
+    void putCsvField(const jet::sql::ResultRow& fields, std::size_t column) {
+        if (const auto units = style_.separator.size() == 1 ? fields.latinText(column) : std::nullopt) {
+            char* const room = lines_.room(kMostLatinBytes * units->size() + 2);
+            return lines_.endAt(writeCsvLatin(room, *units, style_.separator.front()));
+        }
+        putCsvValue(fields.value(column));
     }
 
     void endCsvLine() {
@@ -165,8 +180,11 @@ private:
     }
 
     void putCsvText(std::string_view text) {
-        const bool isPlain = !text.empty() && text.find_first_of("\"\r\n") == std::string_view::npos &&
-                             text.find(style_.separator) == std::string_view::npos;
+        const char first = style_.separator.front();
+        const auto isSpecial = [first](char byte) {
+            return byte == '"' || byte == '\r' || byte == '\n' || byte == first;
+        };
+        const bool isPlain = !text.empty() && std::ranges::none_of(text, isSpecial);
         if (isPlain) return lines_.put(text);
         lines_.put('"');
         for (const char byte : text) {

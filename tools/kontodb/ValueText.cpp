@@ -200,20 +200,51 @@ constexpr std::array<LatinForm, 256> kLatinForms = [] {
     return forms;
 }();
 
+/// The same in a quoted field of comma-separated values.
+constexpr std::array<LatinForm, 256> kCsvForms = [] {
+    std::array<LatinForm, 256> forms = kLatinForms;
+    for (const char unit : {'\\', '\t', '\r', '\n'})
+        forms[static_cast<unsigned char>(unit)] = {{unit, 0}, 1};
+    forms['"'] = {{'"', '"'}, 2};
+    return forms;
+}();
+
+/// What needs quotes in every field of comma-separated values.
+constexpr std::array<std::uint8_t, 256> kNeedsQuotes = [] {
+    std::array<std::uint8_t, 256> needed{};
+    for (const unsigned char unit : {'"', '\r', '\n'})
+        needed[unit] = 1;
+    return needed;
+}();
+
 /// @param out  kMostLatinBytes of room
 /// @return behind what was put
-inline char* putLatin(char* out, std::uint8_t unit) {
-    const LatinForm& form = kLatinForms[unit];
+inline char* putForm(char* out, const LatinForm& form) {
     std::memcpy(out, form.bytes.data(), form.bytes.size());
     return out + form.length;
 }
 
-/// Whether no byte of the eight needs more than itself: none is a backslash, below U+0020 or above U+007F.
-inline bool isPlainAscii(std::uint64_t eight) {
+/// Whether no byte of the eight needs more than itself: none is one of the two, below U+0020 or above U+007F.
+inline bool isPlainAscii(std::uint64_t eight, char special, char other) {
     constexpr std::uint64_t kOnes = 0x0101010101010101;
     constexpr std::uint64_t kTops = 0x8080808080808080;
-    const std::uint64_t others = eight ^ (kOnes * '\\');
-    return ((eight | (eight - kOnes * 0x20) | (others - kOnes)) & kTops) == 0;
+    const std::uint64_t specials = eight ^ (kOnes * static_cast<unsigned char>(special));
+    const std::uint64_t others = eight ^ (kOnes * static_cast<unsigned char>(other));
+    return ((eight | (eight - kOnes * 0x20) | (specials - kOnes) | (others - kOnes)) & kTops) == 0;
+}
+
+/// Copies eight units at once as long as all of them are plain.
+/// @param unit  where to begin; where to go on afterwards
+/// @return behind what was written
+inline char* copyPlain(char* room, const std::uint8_t*& unit, const std::uint8_t* end, char special, char other) {
+    for (; static_cast<std::size_t>(end - unit) >= sizeof(std::uint64_t); unit += sizeof(std::uint64_t)) {
+        std::uint64_t eight = 0;
+        std::memcpy(&eight, unit, sizeof(eight));
+        if (!isPlainAscii(eight, special, other)) break;
+        std::memcpy(room, &eight, sizeof(eight));
+        room += sizeof(eight);
+    }
+    return room;
 }
 
 }  // namespace
@@ -227,16 +258,28 @@ char* writePlainLatin(char* room, std::span<const std::uint8_t> units) {
     const std::uint8_t* unit = units.data();
     const std::uint8_t* const end = unit + units.size();
     // Once a text is not plain it seldom is so again for long, and going by bytes needs no guess what comes.
-    for (; static_cast<std::size_t>(end - unit) >= sizeof(std::uint64_t); unit += sizeof(std::uint64_t)) {
-        std::uint64_t eight = 0;
-        std::memcpy(&eight, unit, sizeof(eight));
-        if (!isPlainAscii(eight)) break;
-        std::memcpy(room, &eight, sizeof(eight));
-        room += sizeof(eight);
-    }
+    room = copyPlain(room, unit, end, '\\', '\\');
     for (; unit != end; ++unit)
-        room = putLatin(room, *unit);
+        room = putForm(room, kLatinForms[*unit]);
     return room;
+}
+
+char* writeCsvLatin(char* const room, std::span<const std::uint8_t> units, char separator) {
+    const std::uint8_t* unit = units.data();
+    const std::uint8_t* const end = unit + units.size();
+    unsigned special = unit == end ? 1U : 0U;  // gathered without branches, which would be guessed wrongly
+    char* out = copyPlain(room, unit, end, '"', separator);
+    for (; unit != end; ++unit) {
+        out = putForm(out, kCsvForms[*unit]);
+        special |= kNeedsQuotes[*unit] | static_cast<unsigned>(*unit == static_cast<unsigned char>(separator));
+    }
+    if (special == 0) return out;
+    out = room;
+    *out++ = '"';
+    for (const std::uint8_t each : units)
+        out = putForm(out, kCsvForms[each]);
+    *out++ = '"';
+    return out;
 }
 
 void appendPlain(std::string& line, const base::Value& value) {

@@ -28,6 +28,11 @@ inline constexpr std::size_t kMostLatinBytes = 2;
 /// @return behind what was written
 char* writePlainLatin(char* room, std::span<const std::uint8_t> units);
 
+/// The same for comma-separated values, with quotes if the text needs them.
+/// @param room       kMostLatinBytes for each unit, and two
+/// @param separator  ASCII
+char* writeCsvLatin(char* room, std::span<const std::uint8_t> units, char separator);
+
 /// For an object of JSON: null, true and false, numbers; all else is a string.
 void appendJsonText(std::string& line, base::TextView text);
 void appendJson(std::string& line, const base::Value& value);
