@@ -43,7 +43,8 @@ Beispiel:
 )"},
     {u"tables", R"(kontodb tables DATEI [--json] [--password KENNWORT | --password-file DATEI]
 
-Nennt die Tabellen der Datei und wie viele Zeilen jede hat.
+Nennt die Tabellen der Datei und wie viele Zeilen jede hat. Verknüpfte Tabellen fehlen:
+Ihre Zeilen stehen in einer anderen Datei, die vielleicht nicht zu erreichen ist.
 
   --json  ein Objekt je Zeile
 )"},
