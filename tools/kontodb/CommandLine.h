@@ -34,8 +34,8 @@ inline constexpr base::TextView kStandardInput = u"-";
 /// Results for programs, an object a line.
 inline constexpr base::TextView kJsonFlag = u"--json";
 
-/// The arguments behind a command's name, told apart: `--option VALUE` (or `--option=VALUE`), `--flag`, and
-/// the rest in order, none of which begins with "-" unless it is "-" alone. Behind `--` nothing is an option any more.
+/// The arguments after a command's name, by kind: `--option VALUE` (or `--option=VALUE`), `--flag`, and the others in
+/// their order. An argument that begins with "-" is an option, except "-" alone and everything after `--`.
 class CommandLine {
 public:
     /// @throws UsageError for an unknown option, one that is there twice, or one without its value

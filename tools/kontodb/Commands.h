@@ -13,7 +13,7 @@ constexpr int kExitSuccess = 0;
 constexpr int kExitFaultsFound = 1;
 constexpr int kExitError = 2;
 
-/// @param arguments  those behind the command's name
+/// @param arguments  those after the command's name
 int create(std::span<const base::Text> arguments, Console& console);
 int check(std::span<const base::Text> arguments, Console& console);
 int exec(std::span<const base::Text> arguments, Console& console);

@@ -7,7 +7,7 @@
 
 #include "base/Text.h"
 
-/// What the commands print, as UTF-8: results to the first door, errors to the second. A failed write is
+/// What the commands print, as UTF-8: results to the standard output, errors to the error output. A failed write is
 /// noticed when the command ends, in flush.
 namespace kontodb {
 
@@ -17,13 +17,13 @@ public:
     virtual void print(std::string_view utf8) = 0;
     virtual void printError(std::string_view utf8) = 0;
 
-    /// Whether what is printed goes to somebody who reads it on a screen.
+    /// Whether the output is a terminal.
     virtual bool isTerminal() { return false; }
 
-    /// The same for errors.
+    /// Whether the error output is a terminal.
     virtual bool isErrorTerminal() { return false; }
 
-    /// Asks the user, who types unseen.
+    /// Asks the user for a password. What is typed is not shown.
     /// @return nothing if there is no terminal to ask at
     virtual std::optional<base::Text> askPassword(base::TextView /*prompt*/) { return std::nullopt; }
 

@@ -5,7 +5,7 @@
 
 namespace kontodb {
 
-/// A file whose making can be broken off at each read and write.
+/// A file that is being made. Each read and write throws Interrupted if the program was told to end.
 class InterruptibleIo final : public jet::PageIo {
 public:
     /// @param io  must outlive this

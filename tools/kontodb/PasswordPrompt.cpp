@@ -18,7 +18,7 @@ namespace kontodb {
 
 #ifdef _WIN32
 
-/// Asks for the console itself: the C runtime takes the null device for a terminal too.
+/// Asks the system whether there is a console: for the C runtime the null device is a terminal, too.
 bool isInputTerminal() {
     DWORD mode = 0;
     return GetConsoleMode(GetStdHandle(STD_INPUT_HANDLE), &mode) != 0;
@@ -26,7 +26,7 @@ bool isInputTerminal() {
 
 std::optional<base::Text> readHiddenLine() {
     constexpr wint_t endOfInput = 0x1A;
-    constexpr wint_t controlC = 0x03;  // comes as a character here
+    constexpr wint_t controlC = 0x03;  // arrives as a character here
     base::Text line;
     for (wint_t unit = _getwch(); unit != L'\r' && unit != L'\n'; unit = _getwch()) {
         if (unit == controlC) throw Interrupted{SIGINT};
@@ -77,7 +77,7 @@ struct Answer {
     int signal;  ///< that interrupted it; 0 for none
 };
 
-/// Shows again what is typed before anybody is told of a signal.
+/// Makes the terminal show typed text again before the signal is reported.
 Answer ask() {
     const Interruption interruption({SIGTSTP});
     const HiddenInput hidden;

@@ -8,7 +8,7 @@ namespace kontodb {
 
 bool isInputTerminal();
 
-/// Reads one line from the terminal without showing it. What is typed behind it stays unread.
+/// Reads one line from the terminal without showing it. What is typed after it stays unread.
 /// @return nothing if the input ends
 std::optional<base::Text> readHiddenLine();
 

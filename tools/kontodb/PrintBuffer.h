@@ -20,8 +20,9 @@ public:
         if (capacity_ - size_ < bytes) grow(bytes);
         return bytes_.get() + size_;
     }
-    /// @param behind  what was put in the room begins where that does and ends here
-    void endAt(const char* behind) { size_ = static_cast<std::size_t>(behind - bytes_.get()); }
+    /// Keeps what was put into the room.
+    /// @param end  after the last byte that was put there
+    void endAt(const char* end) { size_ = static_cast<std::size_t>(end - bytes_.get()); }
 
     void put(std::string_view utf8) { endAt(std::copy(utf8.begin(), utf8.end(), room(utf8.size()))); }
     void put(char byte) {
@@ -33,7 +34,7 @@ public:
     void endLine();
     /// Prints what is left.
     void flush();
-    /// Takes back what was put behind the last line's end.
+    /// Drops what was put after the end of the last line.
     void dropLine() { size_ = lineEnd_; }
 
 private:

@@ -14,7 +14,7 @@ constexpr base::TextView kPasswordFileOption = u"--password-file";
 
 /// Opens an existing file for reading. The password is that of --password, the first line of --password-file
 /// (for "-" of the standard input, asked for at a terminal), or, if neither is given and the file wants one, what is
-/// typed at the terminal. A file without a password takes any.
+/// typed at the terminal. A file without a password accepts any.
 /// @param rule  what is done about a journal that an interrupted writing left
 /// @throws UsageError if both options are given; the engine's errors of opening, among them the wrong
 ///         password's if there is no terminal

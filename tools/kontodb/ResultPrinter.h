@@ -11,14 +11,14 @@ namespace kontodb {
 /// How the rows of a result are written.
 struct ResultStyle {
     enum class Form {
-        Lines,    ///< values parted by tabs, escaped
-        Aligned,  ///< columns one below the other, for a screen
+        Lines,    ///< values separated by tabs, escaped
+        Aligned,  ///< aligned columns, for a screen
         Csv,      ///< RFC 4180: lines end with CR LF, a text is quoted where it must be, an empty one always
         Json,     ///< an object a line
     };
     Form form = Form::Lines;
     bool hasHeader = true;            ///< not of Json
-    std::optional<std::string> null;  ///< what stands for null; without one \N, in Csv nothing; not of Json
+    std::optional<std::string> null;  ///< printed for null; otherwise \N, in Csv nothing; not of Json
     std::string separator = ",";      ///< Csv: one character
     bool hasMark = false;             ///< Csv: begins with the byte order mark
     bool hasDecimalComma = false;     ///< Csv

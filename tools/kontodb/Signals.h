@@ -6,8 +6,8 @@
 
 namespace kontodb {
 
-/// Somebody has ended the program, which has cleared away what it had begun. Whoever catches it raises the signal
-/// again.
+/// The program has been told to end by a signal. It is thrown so that unfinished work is removed; the function that
+/// catches it raises the signal again.
 struct Interrupted {
     int signal;
 };
@@ -16,7 +16,7 @@ struct Interrupted {
 /// the program was started to ignore stay ignored.
 class Interruption {
 public:
-    /// @param further  signals beside those that end the program
+    /// @param further  signals besides those that end the program
     Interruption(std::initializer_list<int> further = {});
     ~Interruption();
     Interruption(const Interruption&) = delete;
@@ -34,7 +34,7 @@ private:
     std::map<int, std::function<void()>> restore_;
 };
 
-/// A write beyond a limit, or into a pipe that nobody reads, fails from now on and does not end the program.
+/// From now on a write beyond a limit, or into a pipe without a reader, fails and does not end the program.
 void failBeyondLimits();
 void failOnClosedPipes();
 

@@ -26,11 +26,11 @@ bool isWindow(std::FILE* stream) {
 void prepare(std::FILE* stream) {
     std::fflush(stream);
     _setmode(_fileno(stream), isWindow(stream) ? _O_U16TEXT : _O_BINARY);
-    // A window's stream is written byte by byte otherwise: slow, and not every C runtime takes half a character.
+    // Otherwise a console stream is written byte by byte: slow, and not every C runtime accepts half a character.
     std::setvbuf(stream, nullptr, _IOFBF, BUFSIZ);
 }
 
-/// A console window gives wide characters, whatever its code page is.
+/// A console window delivers wide characters, whatever its code page is.
 std::string readTyped(std::size_t mostUnits) {
     _setmode(_fileno(stdin), _O_U16TEXT);
     base::Text line;
@@ -54,7 +54,7 @@ bool isWindow(std::FILE* stream) {
 
 void prepare(std::FILE*) {}
 
-/// Past the stream, which would try for ever where nothing is taken.
+/// Bypasses the stream, which would try for ever if the other side accepts nothing.
 bool write(std::FILE* stream, std::string_view utf8) {
     while (!utf8.empty()) {
         const ssize_t count = ::write(::fileno(stream), utf8.data(), utf8.size());
@@ -77,7 +77,7 @@ void StandardConsole::print(std::string_view utf8) {
 }
 
 void StandardConsole::printError(std::string_view utf8) {
-    // Where errors cannot be written there is nobody to tell.
+    // If errors cannot be written, there is no other way to report that.
     static_cast<void>(write(stderr, utf8));
     std::fflush(stderr);
 }

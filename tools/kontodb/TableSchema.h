@@ -18,7 +18,7 @@ struct ColumnSchema {
     bool isRequired = false;
     std::optional<base::Text> defaultValue;  ///< an expression
     std::optional<base::Text> rule;
-    std::optional<base::Text> ruleText;  ///< what is said to who breaks the rule
+    std::optional<base::Text> ruleText;  ///< shown if a value breaks the rule
 };
 
 struct IndexSchema {

@@ -16,9 +16,9 @@ namespace kontodb {
 namespace {
 
 constexpr char kHexDigits[] = "0123456789abcdef";
-/// Days of the year 100 and behind the year 9999: what lies beyond is no date.
+/// The first day of the year 100, and the day after the year 9999: numbers outside are no dates.
 constexpr double kFirstDay = -657434;
-constexpr double kBehindLastDay = 2958466;
+constexpr double kAfterLastDay = 2958466;
 
 template <typename Number>
 void appendNumber(std::string& line, Number number) {
@@ -66,15 +66,15 @@ void appendPadded(std::string& line, int number, std::size_t width) {
 }
 
 bool isDate(base::Date date) {
-    return date.days >= kFirstDay && date.days < kBehindLastDay;
+    return date.days >= kFirstDay && date.days < kAfterLastDay;
 }
 
 void appendDate(std::string& line, base::Date date) {
     using std::chrono::sys_days;
     // Also before day zero the fraction counts forward from midnight.
     const double wholeDays = std::trunc(date.days);
-    // The last day has no other behind it to be rounded up to.
-    const long mostSeconds = wholeDays + 1 < kBehindLastDay ? 86400 : 86399;
+    // The last day cannot be rounded up: no day comes after it.
+    const long mostSeconds = wholeDays + 1 < kAfterLastDay ? 86400 : 86399;
     const long secondOfDay = std::min(std::lround(std::abs(date.days - wholeDays) * 86400), mostSeconds);
     const sys_days dayZero = std::chrono::year(1899) / std::chrono::December / 30;
     const std::chrono::days days(static_cast<int>(wholeDays) + (secondOfDay == 86400 ? 1 : 0));
@@ -218,7 +218,7 @@ constexpr std::array<std::uint8_t, 256> kNeedsQuotes = [] {
 }();
 
 /// @param out  kMostLatinBytes of room
-/// @return behind what was put
+/// @return the end of what was put
 inline char* putForm(char* out, const LatinForm& form) {
     std::memcpy(out, form.bytes.data(), form.bytes.size());
     return out + form.length;
@@ -235,7 +235,7 @@ inline bool isPlainAscii(std::uint64_t eight, char special, char other) {
 
 /// Copies eight units at once as long as all of them are plain.
 /// @param unit  where to begin; where to go on afterwards
-/// @return behind what was written
+/// @return the end of what was written
 inline char* copyPlain(char* room, const std::uint8_t*& unit, const std::uint8_t* end, char special, char other) {
     for (; static_cast<std::size_t>(end - unit) >= sizeof(std::uint64_t); unit += sizeof(std::uint64_t)) {
         std::uint64_t eight = 0;
@@ -257,7 +257,8 @@ void appendPlainText(std::string& line, base::TextView text) {
 char* writePlainLatin(char* room, std::span<const std::uint8_t> units) {
     const std::uint8_t* unit = units.data();
     const std::uint8_t* const end = unit + units.size();
-    // Once a text is not plain it seldom is so again for long, and going by bytes needs no guess what comes.
+    // After the first special unit others usually follow soon. One byte at a time needs no branch that could be
+    // predicted wrongly.
     room = copyPlain(room, unit, end, '\\', '\\');
     for (; unit != end; ++unit)
         room = putForm(room, kLatinForms[*unit]);
@@ -267,7 +268,7 @@ char* writePlainLatin(char* room, std::span<const std::uint8_t> units) {
 char* writeCsvLatin(char* const room, std::span<const std::uint8_t> units, char separator) {
     const std::uint8_t* unit = units.data();
     const std::uint8_t* const end = unit + units.size();
-    unsigned special = unit == end ? 1U : 0U;  // gathered without branches, which would be guessed wrongly
+    unsigned special = unit == end ? 1U : 0U;  // collected without branches, which would be predicted wrongly
     char* out = copyPlain(room, unit, end, '"', separator);
     for (; unit != end; ++unit) {
         out = putForm(out, kCsvForms[*unit]);

@@ -25,7 +25,7 @@ inline constexpr std::size_t kMostLatinBytes = 2;
 /// The short way to most texts.
 /// @param room   kMostLatinBytes for each unit
 /// @param units  a text of units below U+0100, one byte each
-/// @return behind what was written
+/// @return the end of what was written
 char* writePlainLatin(char* room, std::span<const std::uint8_t> units);
 
 /// The same for comma-separated values, with quotes if the text needs them.

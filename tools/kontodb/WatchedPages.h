@@ -8,8 +8,8 @@
 
 namespace kontodb {
 
-/// Pages of a file that is read as a whole. Reading can be broken off at each page, and the progress counts the pages
-/// that have been read at least once.
+/// Pages of a file that is read as a whole. Each page throws Interrupted if the program was told to end, and the
+/// progress counts the pages that have been read at least once.
 class WatchedPages final : public jet::PageSource {
 public:
     /// @param pages, progress  must outlive this

@@ -31,8 +31,8 @@ int wmain(int count, wchar_t** words) {
 #else
 namespace {
 
-/// So that no file that is opened gets the number of a stream that was closed, and what is printed with it. Nothing can
-/// be read from or written to what stands in for it.
+/// Replaces standard streams that are closed. Otherwise the next opened file would get the number of such a stream, and
+/// what is printed would go into that file. The replacements can be neither read nor written.
 void occupyStandardStreams() {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (::fcntl(stream, F_GETFD) < 0) ::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
