@@ -157,7 +157,7 @@ void addValues(std::vector<Area>& areas, FileAtHand& file, base::TextView name, 
 }
 
 std::vector<Area> placesAndIndexes(FileAtHand& file) {
-    std::vector<Area> areas = {{0, 0x18, 0x30, u"the header"}};
+    std::vector<Area> areas = {{0, 0x18, 0x30, u"the header"}, {0, 0x98, 0xA0, u"the header"}};
     addValues(areas, file, u"Konten", {u"ID", u"Notiz"});
     addValues(areas, file, u"MSysObjects", {u"Id", u"ParentId"});
     addValues(areas, file, u"MSysRelationships",

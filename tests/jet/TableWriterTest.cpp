@@ -187,8 +187,8 @@ TEST(TableWriter, NoNumberIsTakenIfEveryNewRowWouldBeRefused) {
     };
     for (const auto& [text, prepare] : cases) {
         WrittenFile file({stock()});
-        for (const base::TextView name : {u"A", u"B", u"C"})
-            file.writer(kTable).insert({{{kName, Text(name)}}});
+        for (std::int32_t i = 0; i < 150; ++i)  // so that the index has several leaves
+            file.writer(kTable).insert({{{kName, Text(40, static_cast<char16_t>(u'a' + i % 26)) + base::decimal(i)}}});
         prepare(file);
         file.store.settle();
         try {
