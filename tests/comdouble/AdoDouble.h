@@ -41,8 +41,6 @@ struct Faults {
     /// After this many more statements (record sets opened, Execute, AddNew, Update) the file cannot be reached: the
     /// next one fails, and so do all after it.
     std::optional<int> statementsUntilDeath;
-    /// This many rows at the beginning are counted but not delivered.
-    int missingRows = 0;
     /// A column that the record sets do not find.
     base::Text missingField;
     /// Columns that deliver another value; the function makes a variant, which the caller must clear.

@@ -10,39 +10,25 @@ namespace comdouble {
 
 namespace {
 
-Raised raisedBy(const std::vector<std::string>& words) {
-    Raised raised;
-    raised.scode = static_cast<SCODE>(std::stol(words.at(2)));
-    raised.description = base::fromUtf8(words.at(3));
-    return raised;
-}
-
-/// An error code, which is not a value; or the text.
-VARIANT oddValue(const std::optional<std::string>& text) {
-    VARIANT value{};
-    V_VT(&value) = text ? VT_BSTR : VT_ERROR;
-    V_ERROR(&value) = E_FAIL;
-    if (text) V_BSTR(&value) = SysAllocString(reinterpret_cast<const OLECHAR*>(base::fromUtf8(*text).c_str()));
-    return value;
+VARIANT noValue() {
+    VARIANT error{};
+    V_VT(&error) = VT_ERROR;
+    V_ERROR(&error) = E_FAIL;
+    return error;
 }
 
 void add(Faults& faults, const std::vector<std::string>& words) {
     const std::string& kind = words.at(0);
     const base::Text name = base::fromUtf8(words.at(1));
     if (kind == "call")
-        faults.calls[name] = raisedBy(words);
-    else if (kind == "property")
-        faults.properties[name] = raisedBy(words);
+        faults.calls[name] = {.scode = static_cast<SCODE>(std::stol(words.at(2))),
+                              .description = base::fromUtf8(words.at(3))};
     else if (kind == "statements")
         faults.statementsUntilDeath = std::stoi(words[1]);
-    else if (kind == "missing-rows")
-        faults.missingRows = std::stoi(words[1]);
     else if (kind == "missing-field")
         faults.missingField = name;
     else if (kind == "no-value")
-        faults.oddValues[name] = [] { return oddValue(std::nullopt); };
-    else if (kind == "text")
-        faults.oddValues[name] = [text = words.at(2)] { return oddValue(text); };
+        faults.oddValues[name] = noValue;
     else
         throw std::invalid_argument(kind);
 }

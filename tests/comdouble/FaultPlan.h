@@ -10,12 +10,9 @@ namespace comdouble {
 /// faults.
 ///
 ///     call MEMBER NUMBER TEXT         the call fails with an exception record, for example "Connection.Open"
-///     property NAME NUMBER TEXT       setting this property of the provider fails in the same way
 ///     statements COUNT                this many statements succeed before the file cannot be reached any more
-///     missing-rows COUNT
 ///     missing-field COLUMN
 ///     no-value COLUMN                 delivers an error code, which is not a value
-///     text COLUMN TEXT                delivers the text
 ///
 /// @throws std::invalid_argument for any other line
 Faults faultsOf(const std::filesystem::path& plan);

@@ -83,8 +83,6 @@ Variant openRecordset(Subject& on, const Arguments& with) {
     countStatement();
     on.recordset->Open(with[0].text(), *over->connection, cursor, lock, with[4].int32());
     on.connection = over->connection;
-    for (int row = 0; row < state().faults.missingRows && !on.recordset->isEOF(); ++row)
-        on.recordset->MoveNext();
     return {};
 }
 

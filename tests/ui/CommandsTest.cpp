@@ -156,6 +156,8 @@ TEST_F(CommandsTest, aNewAccountIsAnnouncedStoredAndThenShown) {
     EXPECT_FALSE(window.cmbResetPWD.Enabled());
     const test::FakeDatabase::Row stored{18, base::Text(u"Neu"), kInitial, base::Text(u"C:\\N\\"), true};
     EXPECT_EQ(tool.database.rows().back(), stored);
+    toggleNew();
+    EXPECT_EQ(window.lvwBenKto.rowCount(), 0) << "the button works again";
 }
 
 TEST_F(CommandsTest, aChangedAccountIsStoredAndStaysSelectedHoweverTheListIsSorted) {

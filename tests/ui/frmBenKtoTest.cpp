@@ -48,6 +48,8 @@ TEST_F(frmBenKtoTest, withAccountsItOpensOnTheFirstByName) {
     expectAccount(u"Abel", u"C:\\A", 0);
     EXPECT_EQ(window.Caption(), u"Tolv-Benutzerkontenverwaltung");
     EXPECT_EQ(window.lvwBenKto.ColumnHeaderIcons(), &window.imgList_Sort);
+    const auto& sent = tool.services.windowMessages.sent;
+    EXPECT_EQ(std::ranges::count(sent, 4612U, &test::FakeWindowMessages::Sent::message), 2) << "a mark for each header";
     EXPECT_TRUE(window.lvwBenKto.hasFocus());
     EXPECT_EQ(loads(), 1);
 }

@@ -266,6 +266,36 @@ TEST_F(LayoutTest, AKeyOrAClickLoadsAnAccountOnce) {
     EXPECT_EQ(loadsAfter([&] { press(VK_END); }), 1);
 }
 
+TEST_F(LayoutTest, AResizedListKeepsItsSelectedRowInSightAndItsGivenWidths) {
+    for (int id = 3; id < 100; ++id)
+        tool.database.add(id, u"Konto " + base::decimal(id));
+    for (int click = 0; click < 2; ++click)
+        window.cmbAddNew.userClicked();  // the second fills the list anew
+    const auto ask = [this](UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
+        return static_cast<int>(SendMessageW(list(), message, wParam, lParam));
+    };
+    setClient(*peer, {640, 600});
+    const int last = ask(LVM_GETCOUNTPERPAGE) - 1;
+    window.lvwBenKto.ListItems(last + 1).Select();
+    const auto isInSight = [&] {
+        const int top = ask(LVM_GETTOPINDEX);
+        return top <= last && last < top + ask(LVM_GETCOUNTPERPAGE);
+    };
+    setClient(*peer, {640, 400});
+    EXPECT_LE(ask(LVM_GETCOUNTPERPAGE), last);
+    EXPECT_TRUE(isInSight());
+    ask(LVM_SCROLL, 0, 3000);
+    EXPECT_FALSE(isInSight());
+    const int top = ask(LVM_GETTOPINDEX);
+    setClient(*peer, {640, 405});
+    EXPECT_EQ(ask(LVM_GETTOPINDEX), top) << "the user has scrolled the selected row away";
+    for (const int width : {60, 300}) {
+        ask(LVM_SETCOLUMNWIDTH, 1, width);
+        setClient(*peer, {640 + width, 405});
+        EXPECT_EQ(ask(LVM_GETCOLUMNWIDTH, 1), width);
+    }
+}
+
 TEST_F(LayoutTest, SpareRoomGoesToTheListAndThePath) {
     setClient(*peer, {620, 366});
     const auto small = allShown(*peer);

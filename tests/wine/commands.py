@@ -3,7 +3,7 @@ import subprocess
 import time
 
 from account_window import answer, check_order, fill, go_to, is_clean, is_red, ordinary, press, toggled
-from driver import BOX_CLASS, LVM_SCROLL, LVM_SETCOLUMNWIDTH, SETTLE_SECONDS, TITLE, check, equal, journey, until
+from driver import BOX_CLASS, SETTLE_SECONDS, TITLE, check, equal, journey, until
 
 
 @journey
@@ -26,34 +26,6 @@ def every_click_on_a_header_turns_the_order_however_soon_it_comes(scene):
             rows = accounts.list(0, 100)["rows"]
             check_order([row[column] for row in rows], wanted[column] == 1, f"the order by column {column}")
             equal((accounts.shown()[0], rows[accounts.selected()][0]), (name, name), "the account shown and selected")
-
-
-@journey
-def a_resized_list_keeps_its_selected_row_in_sight_and_its_given_widths(scene):
-    with scene.tool("thousand") as tool:
-        accounts = tool.accounts()
-        left, top, right, bottom = accounts.tree()["rect"]
-        resize = lambda share: tool.session.ask("resize", accounts.window, right - left, int((bottom - top) * share))
-
-        def in_sight():
-            rows = accounts.list()
-            return rows["top"] <= rows["selected"] < rows["top"] + rows["perPage"]
-
-        last = accounts.list()["perPage"] - 1
-        tool.click(*accounts.row_middle(last))
-        accounts.until_selected(last)
-        resize(0.7)
-        until(lambda: accounts.list()["perPage"] <= last, "fewer rows in the list")
-        check(in_sight(), "the selected row is out of sight in the smaller window")
-        tool.session.ask("send", accounts.list_handle, LVM_SCROLL, 0, 3000)
-        until(lambda: not in_sight(), "the list scrolled by the user")
-        before = accounts.list()["top"]
-        resize(0.71)
-        equal(accounts.list()["top"], before, "the first row shown of a list that the user has scrolled away")
-        for width in 60, 300:
-            tool.session.ask("send", accounts.list_handle, LVM_SETCOLUMNWIDTH, 1, width)
-            tool.session.ask("resize", accounts.window, right - left + width, bottom - top)
-            equal(accounts.list()["columns"][1]["width"], width, "the width of the last column, given in pixels")
 
 
 @journey
