@@ -3,7 +3,6 @@
 #include <mutex>
 #include <set>
 #include <stdexcept>
-#include <utility>
 
 #include "win32/SystemHeaders.h"
 
@@ -17,7 +16,7 @@ namespace {
 std::mutex guard;
 bool isWatching = false;
 std::set<void*> live;
-std::set<void*> freed;
+std::set<void*> allocated;  ///< allocated since the watch began
 std::size_t freedTwice = 0;
 
 /// COM calls it before and after everything the allocator does. It stays registered, because COM does not release it
@@ -39,14 +38,15 @@ public:
 
     void* STDMETHODCALLTYPE PostAlloc(void* block) override {
         const std::scoped_lock lock(guard);
-        if (isWatching && block != nullptr) live.insert(block);
+        if (!isWatching || block == nullptr) return block;
+        live.insert(block);
+        allocated.insert(block);
         return block;
     }
     void* STDMETHODCALLTYPE PreFree(void* block, BOOL /*wasSpied*/) override {
         const std::scoped_lock lock(guard);
-        if (!isWatching) return block;
-        if (live.erase(block) == 0 && !freed.contains(block)) return block;  // the block is older than the watch
-        if (!freed.insert(block).second) ++freedTwice;
+        if (live.erase(block) != 0 || !allocated.contains(block)) return block;  // other blocks are older than the watch
+        ++freedTwice;
         return nullptr;
     }
     SIZE_T STDMETHODCALLTYPE PreRealloc(void* block, SIZE_T sizeBytes, void** actual, BOOL /*wasSpied*/) override {
@@ -73,19 +73,15 @@ MemoryWatch::MemoryWatch() {
     static Spy only;
     const std::scoped_lock lock(guard);
     live.clear();
+    allocated.clear();
     freedTwice = 0;
     isWatching = true;
 }
 
 MemoryWatch::~MemoryWatch() {
-    std::set<void*> kept;
-    {
-        const std::scoped_lock lock(guard);
-        isWatching = false;
-        std::swap(kept, freed);
-    }
-    for (void* block : kept)
-        CoTaskMemFree(block);
+    const std::scoped_lock lock(guard);
+    isWatching = false;
+    allocated.clear();
 }
 
 std::size_t MemoryWatch::notFreed() const {

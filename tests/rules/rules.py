@@ -1,5 +1,6 @@
 #!/usr/bin/python3
 """The rules of the source tree that no compiler checks: allowed includes, no circles, file sizes, forbidden words."""
+import graphlib
 import pathlib
 import re
 import subprocess
@@ -64,18 +65,6 @@ if re.search(r'#\s*include\s+"(?!base/)', texts.get(FOR_EVERY_ROOM_OF_THE_TOOL, 
     faults["includes"].append(f"{FOR_EVERY_ROOM_OF_THE_TOOL} may hold only forward declarations and includes of base/")
 
 
-def circle(graph):
-    """What is left when the nodes that use none, or are used by none, are taken away again and again."""
-    left = {node: set(used) for node, used in graph.items()}
-    while True:
-        used_ones = set().union(*left.values())
-        ends = [node for node, used in left.items() if not used & left.keys() or node not in used_ones]
-        if not ends:
-            return sorted(left)
-        for node in ends:
-            del left[node]
-
-
 def code_lines(names):
     """Counts lines that are neither empty nor comments."""
     return sum(not re.fullmatch(r"\s*((//|#(?![a-z])).*)?", line) for name in names for line in texts[name].splitlines())
@@ -85,7 +74,11 @@ code = [name for name in texts if name.endswith((".cpp", ".h", ".py", ".sh")) or
 share = code_lines(name for name in code if name.startswith("tests/")) / code_lines(code)
 print(f"tests: {share:.1%} of {code_lines(code)} lines of code (wanted: a quarter to a third)")
 
-faults["circles"] = [f"{', '.join(found)}" for found in (circle(uses), circle(unit_uses)) if found]
+for graph in (uses, unit_uses):
+    try:
+        graphlib.TopologicalSorter(graph).prepare()
+    except graphlib.CycleError as circle:
+        faults["circles"].append(" <- ".join(circle.args[1]))
 for rule, found in faults.items():
     for fault in found:
         print(f"FAIL {rule}: {fault}")

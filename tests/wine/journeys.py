@@ -19,8 +19,8 @@ import traceback
 
 import commands  # noqa: F401  (registers its journeys)
 import writing  # noqa: F401
-from driver import (BOX_CLASS, JOURNEYS, LOGIN_CONTROLS, LOGIN_TITLE, PASSWORD, ROOT, SETTLE_SECONDS, TITLE, Failure,
-                    Session, Tool, check, enter_architecture, equal, journey, looking_default, until)
+from driver import (BOX_CLASS, JOURNEYS, LOGIN_CONTROLS, LOGIN_TITLE, PASSWORD, ROOT, SC_MAXIMIZE, SETTLE_SECONDS, TITLE,
+                    WM_SYSCOMMAND, Failure, Session, Tool, check, enter_architecture, equal, journey, looking_default, until)
 
 
 class Scene:
@@ -236,22 +236,10 @@ def windows_are_whole(scene):
         expect_painted(scene, accounts, "opened")
         check(scene.session.ask("resize", accounts.window, 200, 150), "the window cannot be resized")
         expect_painted(scene, accounts, "smallest")
-        maximise(accounts)
+        scene.session.ask("send", accounts.window, WM_SYSCOMMAND, SC_MAXIMIZE)
         expect_painted(scene, accounts, "maximised")
         left, _, right, _ = accounts.controls()["lvwBenKto"]["rect"]
         check(right - left > 1200, "the list does not grow with the window")
-
-
-def maximise(accounts):
-    """Clicks twice on the title. A busy machine may take that for two single clicks; then it is done again."""
-    left, top, width, _ = accounts.tree()["client"]  # the window manager's title is directly above
-    for _ in range(5):
-        accounts.tool.session.xdotool("mousemove", left + width // 2, top - 8, "click", "--repeat", 2, "--delay", 50, 1)
-        try:
-            return until(lambda: accounts.tree()["rect"][2] > 1300, "the window maximised", 3)
-        except Failure:
-            continue
-    raise Failure("two clicks on the title do not maximise the window")
 
 
 def expect_painted(scene, accounts, what):

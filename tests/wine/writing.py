@@ -149,33 +149,6 @@ def names_of_any_script_are_stored_shown_and_asked_for(scene, accounts, rows):
     delete(accounts, "n", lambda: scene.picture("question"))
 
 
-@writing()
-def save_and_delete_leave_the_list_sorted_by_path(scene, accounts, rows):
-    left, top, _, _ = accounts.controls()["lvwBenKto"]["rect"]
-    accounts.tool.click(left + 30 + accounts.list()["columns"][0]["width"], top + 10)
-    until(lambda: [c["image"] for c in accounts.list()["columns"]] == [-1, 1], "the mark of a descending order")
-    order = names(accounts)
-    name = next(name for name in reversed(order) if name in ordinary(accounts))
-    go_to(accounts, name)
-    fill(accounts, name.swapcase(), "zzz")
-    save(accounts)
-    order.remove(name)
-    order.insert(0, name.swapcase())
-    equal(names(accounts), order, "the order after saving")
-    change_row(row_named(rows, name), Name=name.swapcase(), ServerPath="zzz")
-    compare_rows(scene, accounts.tool, rows)
-    for place in (len(order) - 1, 0):
-        accounts.tool.key("End" if place else "Home")
-        accounts.until_selected(place)
-        deleted = order.pop(place)
-        delete(accounts)
-        until(lambda: accounts.list()["count"] == len(order), f"{len(order)} rows")
-        until_shown_in(accounts, 0)
-        equal(names(accounts), order, f"the order after deleting {deleted}")
-        del rows[row_named(rows, deleted)["BenKTO_ID"]]
-    equal([c["image"] for c in accounts.list()["columns"]], [-1, 1], "the marks of the headers")
-
-
 def reset(accounts, first=None, second=None):
     """Answers the two boxes of the command."""
     name = accounts.shown()[0]
