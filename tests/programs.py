@@ -43,20 +43,14 @@ def run(name, command, environment, folder, wine):
             code = error
         printed.seek(0)
         output = printed.read().decode("utf-8", "replace")
-    lines, results, seen = output.splitlines(), [], set()
-    summary = next((i for i, line in enumerate(lines) if line.startswith("[==========]") and " ran." in line), None)
-    for line in lines[:summary]:
-        match = CASE.match(line)
-        if match and match[2] not in seen and "." in match[2]:
-            seen.add(match[2])
-            word, reason = {"OK": ("PASS", ""), "FAILED": ("FAIL", ": see above"), "SKIPPED": ("FAIL", ": skipped")}[match[1]]
-            results.append(f"{word} {name} {match[2]}{reason}")
-    if not seen or summary is None:
-        results.append(f"FAIL {name}: ended with {code} after {len(seen)} cases")
-    elif code != 0 and not any(result.startswith("FAIL") for result in results):
-        results.append(f"FAIL {name}: all cases passed, but it ended with {code}")
-    failed = any(result.startswith("FAIL") for result in results)
-    return (lines if failed else []) + results
+    lines = output.splitlines()
+    end = next((i for i, line in enumerate(lines) if line.startswith("[==========]") and " ran." in line), None)
+    cases = {match[2]: match[1] for match in map(CASE.match, lines[:end]) if match and "." in match[2]}
+    said = {"OK": "PASS {}", "FAILED": "FAIL {}: see above", "SKIPPED": "FAIL {}: skipped"}
+    results = [said[word].format(f"{name} {case}") for case, word in cases.items()]
+    if not cases or end is None or (code != 0 and set(cases.values()) == {"OK"}):
+        results.append(f"FAIL {name}: ended with {code} after {len(cases)} cases")
+    return (lines if any(result.startswith("FAIL") for result in results) else []) + results
 
 
 def main():

@@ -7,17 +7,19 @@ namespace base {
 namespace {
 
 TEST(Text, Utf8GoesThereAndBackAndMalformedBytesAreReplaced) {
-    const std::string sound("a\0\xC3\xBC\xE2\x82\xAC\xE6\x9D\x8E\xF0\x9F\x98\x80", 14);
+    const Text first = u"\u0080\u0800\uFFFF\U00010000\U0010FFFF";  // and last ones of each length
+    const std::string sound = std::string("a\0\xC3\xBC\xE2\x82\xAC\xE6\x9D\x8E\xF0\x9F\x98\x80", 14) + toUtf8(first);
     EXPECT_EQ(toUtf8(fromUtf8(sound)), sound);
-    EXPECT_EQ(fromUtf8(sound).size(), 7U);
+    EXPECT_EQ(fromUtf8(sound), Text(u"a\0ü€李\U0001F600", 7) + first);
 
     struct Case {
         std::string bytes;
         Text text;
     };
-    for (const Case& c :
-         {Case{"\xC3", u"\uFFFD"}, Case{"\xC0\x80", u"\uFFFD\uFFFD"}, Case{"\xED\xA0\x80x", u"\uFFFD\uFFFD\uFFFDx"},
-          Case{"\xF5\x80", u"\uFFFD\uFFFD"}, Case{"\xE2\x82z", u"\uFFFD\uFFFDz"}}) {
+    for (const Case& c : {Case{"\xC3", u"\uFFFD"}, Case{"\xC0\x80", u"\uFFFD\uFFFD"},
+                          Case{"\xED\xA0\x80x", u"\uFFFD\uFFFD\uFFFDx"}, Case{"\xF5\x80", u"\uFFFD\uFFFD"},
+                          Case{"\xE0\x9F\xBF", Text(3, u'\uFFFD')}, Case{"\xF0\x8F\xBF\xBF", Text(4, u'\uFFFD')},
+                          Case{"\xF4\x90\x80\x80", Text(4, u'\uFFFD')}, Case{"\xE2\x82z", u"\uFFFD\uFFFDz"}}) {
         EXPECT_EQ(fromUtf8(c.bytes), c.text) << c.bytes;
     }
     EXPECT_EQ(toUtf8(Text{0xD800, u'x', 0xDC00}), "\xEF\xBF\xBDx\xEF\xBF\xBD");

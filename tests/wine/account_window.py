@@ -20,18 +20,6 @@ def ordinary(accounts):
     return found
 
 
-def sort_text(text):
-    """The text by which a text with only German letters is sorted; None for any other text."""
-    text = text.casefold().translate(str.maketrans("äöü", "aou"))
-    return text if re.fullmatch(r"[a-z0-9 ,.&()$:\\-]*", text) else None
-
-
-def check_order(texts, descending, what):
-    keys = [key for key in map(sort_text, texts) if key is not None]
-    check(len(keys) > 4, f"{what}: {texts} hold too few texts of German letters")
-    equal(keys, sorted(keys, reverse=descending), what)
-
-
 def go_to(accounts, name):
     """Selects the visible row with this name by a click."""
     row = names(accounts).index(name)

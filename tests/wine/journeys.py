@@ -129,19 +129,6 @@ def state_of(folder):
     return dates_of(folder), {path.name: path.read_bytes() for path in folder.iterdir()}
 
 
-@journey
-def marker_file_fills_the_password(scene):
-    marker = scene.session.drive_c / "mmtolvblankologin"
-    marker.touch()
-    try:
-        with scene.tool() as tool:
-            equal(tool.login().typed(), PASSWORD, "the password box with a marker file")
-            tool.key("Return")
-            tool.window(TITLE)
-    finally:
-        marker.unlink()
-
-
 # The account window
 
 @journey

@@ -190,10 +190,11 @@ def nobody_closes_the_window_while_a_box_is_open(scene, accounts, rows):
         equal((accounts.selected(), accounts.shown()), before, "the selected row and the fields under a box")
 
     press(accounts, "cmdGlobal")
-    until(lambda: next((w for w in tool.windows() if w["class"] == BOX_CLASS and w["front"]), None), "the chooser")
+    until(lambda: any(w["class"] == BOX_CLASS and w["front"] for w in tool.windows()), "the folder chooser")
     others_try()
     tool.key("Escape")
     tool.window(TITLE)
+    check(is_clean(accounts), "cancelling marks the account as changed")
 
     tool.click(*accounts.row_middle(0))  # the keys go to the list again
     next(i for i in range(len(rows)) if can_reset(accounts, i))
@@ -222,6 +223,7 @@ def names_given_meanwhile_are_taken_or_replaced_and_a_deleted_account_is_saved_a
     fill(accounts, "Anderswo")
     accounts.tool.key("ctrl+s")
     answer(accounts, "Es existiert bereits ein Benutzerkonto mit dieser Bezeichnung.")
+    until(lambda: accounts.focus() == "txtUserNameDexo", "the focus back in the box")
     fill(accounts, own)
     save(accounts)
     check("Anderswo" in names(accounts) and "Zwischenzeit" not in names(accounts), "the list does not show the change")
