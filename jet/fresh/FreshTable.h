@@ -35,7 +35,7 @@ public:
     void addRow(std::span<const base::Value> values);
 
     /// The same for a row that is already in the form of a file, to the bit. The auto number stays as it is.
-    /// @param cells   by column number; of long values, what longValue() returned
+    /// @param cells   by column number; of long values, what storeOutside() or inlineLongValue() returned
     /// @param values  by column number, for the keys of those indexes that are not takeEntries()
     /// @return its place, which is after those of all rows before it
     RowPointer addStoredRow(std::span<const Cell> cells, std::span<const base::Value> values = {});

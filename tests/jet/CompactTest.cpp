@@ -102,7 +102,7 @@ Bytes usedFile() {
     for (int i = 3; i < 400; ++i)
         write(0, u"Konto " + base::decimal(i), 3);
     for (int i = 3; i < 300; i += 7)
-        write(i, u"Umbenannt " + base::decimal(i), 40U * static_cast<unsigned>(i));
+        write(i, u"Umbenannt " + base::decimal(i), 40 * static_cast<std::size_t>(i));
     for (int i = 10; i < 390; ++i)
         if (i % 49 != 3) file.writer(u"Konto").remove(file.find(u"Konto", i));
     return file.store.file();
