@@ -80,7 +80,7 @@ TEST_F(Import, NamesEveryFaultAndWritesNothing) {
          "Zeile 10: der Benutzername enthält einen Apostroph, den die Benutzerkontenverwaltung nicht speichern kann\n"
          "Zeile 11: '2' ist bei BenKTO_R_ProgUpdate weder 1 noch 0\n"
          "Zeile 12: 2 Felder statt 3\n"
-         "Nichts wurde geschrieben.\n"},
+         "8 Zeilen sind falsch; nichts wurde geschrieben.\n"},
         {"", "Die CSV-Datei ist leer"},
         {"BenKTO_Name\nx\n", "In der ersten Zeile fehlt die Spalte BenKTO_ServerPath."},
         {"BenKTO_Name,Ort\nx,y\n", "Die Spalte 'Ort' gibt es nicht"},

@@ -117,9 +117,11 @@ with tempfile.TemporaryDirectory() as temporary:
     found = {path.name for path in program.parent.iterdir()}
     completed = output("bash", "-c", f"""compopt() {{ :; }}; . '{program}.bash'
         COMP_WORDS=(kontodb query BenKTO.mdb --cs) COMP_CWORD=3; _kontodb; echo "${{COMPREPLY[*]}}" """).decode()
+    misnamed = subprocess.run([program, "check", b"M\xfcller.mdb"], capture_output=True)
     rule("linux", ["kontodb needs libraries"] * (b"INTERP" in output("readelf", "-lW", program))
          + [f"holds {sorted(found)}"] * (found != {"kontodb", "kontodb.1", "kontodb.bash", "Handbuch.html"})
-         + [f"--cs is completed to {completed}"] * (completed != "--csv\n"))
+         + [f"--cs is completed to {completed}"] * (completed != "--csv\n")
+         + ["a name that is not UTF-8 is not refused"] * ("nicht in UTF-8" not in misnamed.stderr.decode()))
     elsewhere = make("out/again/packages", TZ="Pacific/Auckland", LC_ALL="de_DE.UTF-8", umask="077")
     rule("the same bytes", [f"{name} differs" for name in made if made[name] != elsewhere.get(name)])
     rule("signatures", signatures(here))

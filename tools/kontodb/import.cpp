@@ -45,8 +45,10 @@ bool reportFaults(const std::vector<ImportFault>& faults, Console& console) {
     for (const ImportFault& fault : faults)
         console.printError("Zeile " + std::to_string(fault.line) + ": " + withoutControls(base::toUtf8(fault.reason)) +
                            "\n");
-    if (!faults.empty()) console.printError("Nichts wurde geschrieben.\n");
-    return faults.empty();
+    if (faults.empty()) return true;
+    const std::string count = faults.size() == 1 ? "1 Zeile ist" : std::to_string(faults.size()) + " Zeilen sind";
+    console.printError(count + " falsch; nichts wurde geschrieben.\n");
+    return false;
 }
 
 }  // namespace
