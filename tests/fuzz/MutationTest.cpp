@@ -25,7 +25,7 @@ TEST(DamagedFiles, SoundSeedsAreReadWithoutDamage) {
 /// TOLV_RANDOM_SEED other ones.
 TEST(DamagedFiles, EndInValuesOrInRunTimeErrors) {
     const std::vector<Seed> all = seeds();
-    const std::uint32_t count = test::environmentNumber("TOLV_MUTATIONS", 6000);
+    const std::uint32_t count = test::environmentNumber("TOLV_MUTATIONS", 4000);
     const std::uint32_t randomSeed = test::environmentNumber("TOLV_RANDOM_SEED", 1);
     Mutator mutator(randomSeed);
     std::size_t damaged = 0;

@@ -74,7 +74,7 @@ test::SampleTable deepTable() {
     const auto bytes = [](std::int32_t length, std::int32_t byte) {
         return base::Bytes(static_cast<std::size_t>(length % 256), static_cast<std::uint8_t>(byte));
     };
-    for (std::int32_t i = 1; i <= 500; ++i)
+    for (std::int32_t i = 1; i <= 200; ++i)
         table.rows.push_back({i, bytes(i * 37, i / 2), bytes(255 - i % 20, i), longName(i),
                               base::Text(static_cast<std::size_t>(i % 50), u'Ω')});
     return table;
