@@ -141,6 +141,8 @@ TEST_F(Checker, NamesThePlaceOfADamagedRowOrEntry) {
     };
     IndexNode(true).write(file.at(root(u"Merkmal")), definition.page, 0);
     expectOnly(u"Index 'Merkmal', Seite ");
+    file.at(root(u"Name"))[480 + 2] -= 1;  // a separator that is too small
+    expectOnly(u"Index 'Name', " + onPage(root(u"Name")));
     stored(u"Konten", row(u"Konten", 1), u"ID")[0] = 1;
     file.at(root(u"PrimaryKey"))[480 + 9 + 4] = 1;
     expectOnly(u"Index 'PrimaryKey', " + onPage(root(u"PrimaryKey")) + u": Der Index verlangt eindeutige Werte");
