@@ -1,5 +1,8 @@
 #include "db/cDB.h"
 
+#include <utility>
+#include <variant>
+
 #include "app/mPublic.h"
 #include "settings/cINI.h"
 
@@ -18,7 +21,8 @@ cDB::~cDB() {
     if (connection_->State() == ado::adStateOpen) connection_->Close();
 }
 
-base::Text cDB::GiveTextBoxValueForFORM(const base::Value& value) const {
+base::Text cDB::GiveTextBoxValueForFORM(base::Value value) const {
+    if (auto* text = std::get_if<base::Text>(&value)) return std::move(*text);
     return base::isNull(value) ? base::Text() : regional_.toText(value);
 }
 

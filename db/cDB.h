@@ -24,7 +24,7 @@ public:
     ado::Connection& Connection() const { return *connection_; }
 
     /// Null gives empty text, anything else its text in the user's regional format; not trimmed.
-    base::Text GiveTextBoxValueForFORM(const base::Value& value) const;
+    base::Text GiveTextBoxValueForFORM(base::Value value) const;
     /// The text without blanks at both ends; null if nothing is left. Tabs and line ends are not blanks.
     base::Value GiveTextBoxValueForDB(const base::Text& text) const;
 

@@ -37,7 +37,8 @@ void KeyIndex::erase(std::uint32_t hash, Row row) {
 }
 
 void KeyIndex::clear() {
-    slots_ = {};
+    // The table stays: a cleared list is mostly filled again, with about as many rows.
+    std::fill(slots_.begin(), slots_.end(), Slot());
     count_ = 0;
 }
 

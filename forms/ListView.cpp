@@ -91,6 +91,7 @@ void ListView::clearRows() {
     if (rows_.empty()) return;
     keys_.clear();
     rows_.clear();
+    texts_.clear();
     order_.clear();
     orderedCount_ = 0;
     orderIsDue_ = false;
@@ -134,7 +135,7 @@ void ListView::setCell(const ListItem& item, std::size_t cell, base::TextView te
     if (row.texts.cell(cell) == text) return;
     if (orderIsDue_) settleOrder();  // using the text before the change
     textsChanged_ = true;
-    row.texts.setCell(cell, text);
+    row.texts.setCell(texts_, cell, text);
     tellPeer(Property::Rows);
 }
 
@@ -146,8 +147,8 @@ void ListView::setKeyOf(const ListItem& item, base::TextView key) {
     if (holder && *holder != item.row_) throw base::runtimeError(base::RuntimeErrorNumber::KeyNotUnique);
     const base::TextView keyBefore = row.texts.cell(0);
     if (!keyBefore.empty()) keys_.erase(hashOf(keyBefore), item.row_);
-    row.texts.setCell(0, key);
-    // `key` may be a view of the row's old texts, which no longer exist.
+    row.texts.setCell(texts_, 0, key);
+    // `key` may be a view of the row's old texts, which have moved.
     if (!key.empty()) keys_.insert(hashOf(row.texts.cell(0)), item.row_);
 }
 

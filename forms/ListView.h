@@ -142,6 +142,7 @@ private:
     ViewMode view_ = ViewMode::Icon;
     ImageList* columnHeaderIcons_ = nullptr;
 
+    TextMemory texts_;
     std::deque<Row> rows_;
     std::vector<RowId> order_;      ///< rows by place
     std::size_t orderedCount_ = 0;  ///< places before this one are settled

@@ -1,13 +1,15 @@
 #include "forms/RowTexts.h"
 
 #include <algorithm>
-#include <cstdint>
+#include <functional>
 #include <utility>
 
 namespace forms {
 namespace {
 
 constexpr std::size_t kUnitsPerNumber = 2;
+constexpr std::size_t kFirstBlockUnits = 4096;
+constexpr std::size_t kLargestBlockUnits = std::size_t{1} << 19U;
 
 std::size_t numberAt(const char16_t* place) {
     return static_cast<std::size_t>(place[0]) | static_cast<std::size_t>(place[1]) << 16U;
@@ -18,41 +20,63 @@ void putNumber(char16_t* place, std::size_t number) {
     place[1] = static_cast<char16_t>(number >> 16U & 0xFFFFU);
 }
 
+/// The place of a cell, or of the end if the index is the number of cells.
+char16_t* placeOfCell(char16_t* units, std::size_t index) {
+    char16_t* place = units + kUnitsPerNumber;
+    for (; index > 0; --index)
+        place += kUnitsPerNumber + numberAt(place);
+    return place;
+}
+
 }  // namespace
 
-base::TextView RowTexts::cell(std::size_t index) const {
-    const std::size_t count = cellCount();
-    if (index >= count) return {};
-    const std::size_t begin = index == 0 ? 0 : endOf(index - 1);
-    const char16_t* units = block_.get() + kUnitsPerNumber * (1 + count);
-    return {units + begin, endOf(index) - begin};
-}
-
-void RowTexts::setCell(std::size_t index, base::TextView text) {
-    const std::size_t count = std::max(cellCount(), index + 1);
-    std::size_t unitCount = 0;
-    for (std::size_t i = 0; i < count; ++i)
-        unitCount += (i == index ? text : cell(i)).size();
-
-    const std::size_t tableUnits = kUnitsPerNumber * (1 + count);
-    auto block = std::make_unique_for_overwrite<char16_t[]>(tableUnits + unitCount);
-    putNumber(block.get(), count);
-    std::size_t end = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-        const base::TextView source = i == index ? text : cell(i);
-        std::copy(source.begin(), source.end(), block.get() + tableUnits + end);
-        end += source.size();
-        putNumber(block.get() + kUnitsPerNumber * (1 + i), end);
+char16_t* TextMemory::grow(char16_t* piece, std::size_t before, std::size_t after) {
+    const bool isNewest = piece != nullptr && piece + before == end_;
+    if (isNewest && after - before <= freeUnits_) {
+        end_ += after - before;
+        freeUnits_ -= after - before;
+        return piece;
     }
-    block_ = std::move(block);
+    if (after > freeUnits_) {
+        const std::size_t units =
+            std::min(kFirstBlockUnits << std::min<std::size_t>(blocks_.size(), 16), kLargestBlockUnits);
+        freeUnits_ = std::max(units, after);
+        end_ = blocks_.emplace_back(std::make_unique_for_overwrite<char16_t[]>(freeUnits_)).get();
+    }
+    char16_t* place = std::exchange(end_, end_ + after);
+    freeUnits_ -= after;
+    std::copy_n(piece, before, place);
+    return place;
 }
 
-std::size_t RowTexts::cellCount() const {
-    return block_ == nullptr ? 0 : numberAt(block_.get());
+base::TextView RowTexts::cell(std::size_t index) const {
+    if (units_ == nullptr || index >= numberAt(units_)) return {};
+    const char16_t* place = placeOfCell(units_, index);
+    return {place + kUnitsPerNumber, numberAt(place)};
 }
 
-std::size_t RowTexts::endOf(std::size_t index) const {
-    return numberAt(block_.get() + kUnitsPerNumber * (1 + index));
+void RowTexts::setCell(TextMemory& memory, std::size_t index, base::TextView text) {
+    const std::size_t count = units_ == nullptr ? 0 : numberAt(units_);
+    const std::size_t size = units_ == nullptr ? 0 : static_cast<std::size_t>(placeOfCell(units_, count) - units_);
+    const std::less<const char16_t*> isBefore;
+    if (size > 0 && !isBefore(text.data(), units_) && isBefore(text.data(), units_ + size))
+        return setCell(memory, index, base::Text(text));  // the row's own text would move while it is copied
+
+    const std::size_t oldLength = cell(index).size();
+    const std::size_t newCells = index < count ? 0 : index + 1 - count;
+    const std::size_t head = size == 0 ? kUnitsPerNumber : 0;
+    const std::size_t newSize = size + head + kUnitsPerNumber * newCells + text.size() - oldLength;
+    if (newSize > size) units_ = memory.grow(units_, size, newSize);
+    char16_t* end = units_ + size + head;
+    for (std::size_t i = 0; i < newCells; ++i, end += kUnitsPerNumber)
+        putNumber(end, 0);
+    putNumber(units_, std::max(count, index + 1));
+    char16_t* place = placeOfCell(units_, index);
+    char16_t* textPlace = place + kUnitsPerNumber;
+    if (text.size() > oldLength) std::copy_backward(textPlace + oldLength, end, end + text.size() - oldLength);
+    if (text.size() < oldLength) std::copy(textPlace + oldLength, end, textPlace + text.size());
+    putNumber(place, text.size());
+    std::copy(text.begin(), text.end(), textPlace);
 }
 
 }  // namespace forms
