@@ -16,7 +16,9 @@ namespace jet {
 enum class ErrorNumber : std::int32_t {
     Unspecified = -2147467259,    ///< 80004005: opening, sharing, damage
     WrongPassword = -2147217843,  ///< 80040E4D
+    RowChanged = -2147217864,     ///< 80040E38
     MissingTable = -2147217865,   ///< 80040E37
+    RowDeleted = -2147217885,     ///< 80040E23
     NotUpdated = -2147217887,     ///< 80040E21
     ReadOnly = -2147217911,       ///< 80040E09
     TypeMismatch = -2147217913,   ///< 80040E07

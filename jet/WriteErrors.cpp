@@ -87,6 +87,16 @@ base::RuntimeError autoNumbersUsedUp() {
     return failure(u"Die fortlaufenden Nummern der Tabelle sind aufgebraucht.");
 }
 
+base::RuntimeError rowChanged() {
+    return {static_cast<std::int32_t>(ErrorNumber::RowChanged),
+            u"Das Microsoft Jet-Datenbankmodul hat den Vorgang angehalten, da Sie und ein weiterer Benutzer "
+            u"gleichzeitig versuchen, dieselben Daten zu verändern."};
+}
+
+base::RuntimeError rowDeleted() {
+    return {static_cast<std::int32_t>(ErrorNumber::RowDeleted), u"Der Datensatz wurde gelöscht."};
+}
+
 base::RuntimeError relatedRowsExist(base::TextView table) {
     return failure(u"Der Datensatz kann nicht gelöscht oder geändert werden, da die Tabelle " + quoted(table) +
                    u" in Beziehung stehende Datensätze enthält.");

@@ -36,6 +36,10 @@ base::RuntimeError ruleViolated(WriteKind kind, base::TextView text, base::TextV
 
 base::RuntimeError autoNumbersUsedUp();
 
+/// Somebody else has changed or deleted the row since it was read.
+base::RuntimeError rowChanged();
+base::RuntimeError rowDeleted();
+
 /// Relationships: rows of `table` refer to the row, or `table` lacks the row that is referred to.
 base::RuntimeError relatedRowsExist(base::TextView table);
 base::RuntimeError relatedRowMissing(base::TextView table);

@@ -46,14 +46,4 @@ base::RuntimeError invalidUser() {
     return {-2147217843, u"Kein zulässiger Kontoname oder falsches Kennwort."};
 }
 
-base::RuntimeError rowChanged() {
-    return {-2147217864,
-            u"Das Microsoft Jet-Datenbankmodul hat den Vorgang angehalten, da Sie und ein weiterer Benutzer "
-            u"gleichzeitig versuchen, dieselben Daten zu verändern."};
-}
-
-base::RuntimeError rowDeleted() {
-    return {-2147217885, u"Der Datensatz wurde gelöscht."};
-}
-
 }  // namespace ado::embedded

@@ -25,10 +25,4 @@ base::RuntimeError adoError(AdoErrorNumber number);
 /// -2147217843: the file has no such user.
 base::RuntimeError invalidUser();
 
-/// -2147217864: somebody else has changed the row since the record set was opened.
-base::RuntimeError rowChanged();
-
-/// -2147217885: somebody else has deleted the row since the record set was opened.
-base::RuntimeError rowDeleted();
-
 }  // namespace ado::embedded

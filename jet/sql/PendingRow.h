@@ -7,21 +7,21 @@
 #include "base/Value.h"
 #include "jet/change/TableWriter.h"
 
-namespace ado::embedded {
+namespace jet::sql {
 
-/// The values assigned to a row that is not stored yet: a new row, or an existing one of the record set. It is in
+/// The values assigned to a row that is not stored yet: a new row, or an existing one of a result. It is in
 /// memory only and holds nothing of the file.
 class PendingRow {
 public:
     /// For an existing row.
     PendingRow() = default;
     /// @param started  a new row's values before anything is assigned
-    explicit PendingRow(jet::RowOfValues started) : started_(std::move(started)) {}
+    explicit PendingRow(RowOfValues started) : started_(std::move(started)) {}
 
     bool isNew() const { return started_.has_value(); }
     /// For a new row only.
-    const jet::RowOfValues& started() const { return *started_; }
-    const std::vector<jet::Assignment>& assignments() const { return assignments_; }
+    const RowOfValues& started() const { return *started_; }
+    const std::vector<Assignment>& assignments() const { return assignments_; }
 
     /// @param value  must already have the column's type
     void assign(std::uint16_t column, base::Value value);
@@ -30,8 +30,8 @@ public:
     const base::Value* valueOf(std::uint16_t column) const;
 
 private:
-    std::optional<jet::RowOfValues> started_;
-    std::vector<jet::Assignment> assignments_;  ///< at most one for each column
+    std::optional<RowOfValues> started_;
+    std::vector<Assignment> assignments_;  ///< at most one for each column
 };
 
-}  // namespace ado::embedded
+}  // namespace jet::sql
