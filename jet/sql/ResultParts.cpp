@@ -11,6 +11,7 @@ namespace jet::sql {
 
 void ResultSet::keepColumns(const std::vector<std::size_t>& columns) {
     std::vector<const Column*> kept;
+    kept.reserve(columns.size());
     for (const std::size_t column : columns)
         kept.push_back(columns_[column]);
     columns_ = std::move(kept);

@@ -54,11 +54,13 @@ Script Script::ofMany(base::Text text) {
 /// Adds a statement with a text, name or date that has no end. Where this statement ends is not known, so it is cut
 /// after the line of the fault: the error must not quote all further statements.
 void Script::addBrokenPart(std::size_t begin) {
-    std::size_t end = text_.size();
+    const base::TextView text = text_;
+    std::size_t end = text.size();
     try {
-        static_cast<void>(jet::sql::parse(base::TextView(text_).substr(begin, jet::sql::kMaxStatementLength)));
+        const base::TextView longest = text.substr(begin, jet::sql::kMaxStatementLength);
+        static_cast<void>(jet::sql::parse(longest, jet::sql::parseSelectList));
     } catch (const jet::StatementError& error) {
-        end = std::min(text_.find(u'\n', begin + error.place()), end);
+        end = std::min(text.find(u'\n', begin + error.place()), end);
     }
     addPart(begin, end);
 }
@@ -76,7 +78,8 @@ void Script::blankRemarks() {
 
 void Script::addPart(std::size_t begin, std::size_t end) {
     parts_.push_back({begin, end, {}});
-    const base::TextView statement = base::TextView(text_).substr(begin, end - begin);
+    const base::TextView text = text_;
+    const base::TextView statement = text.substr(begin, end - begin);
     try {
         parts_.back().statement = jet::sql::parse(statement, jet::sql::parseSelectList);
     } catch (const jet::StatementError& error) {

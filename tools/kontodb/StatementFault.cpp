@@ -103,6 +103,7 @@ std::string adviceOnNames(const jet::sql::Statement& statement, const jet::State
     if (isValue) return "In VALUES stehen nur Werte; ein Text steht in '...'.\n";
     const auto columns = table->definition().columnsForDisplay();
     std::vector<base::TextView> names;
+    names.reserve(columns.size());
     for (const jet::Column* each : columns)
         names.push_back(each->name);
     const base::Text near = suggestion(column, names);
