@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <utility>
 
@@ -23,7 +24,7 @@ void ResultSet::keepColumns(const std::vector<std::size_t>& columns) {
 void RowKeys::keepTop(std::uint32_t top) {
     if (top >= rows_.size()) return;
     if (top == 0) return rows_.clear();
-    const auto last = rows_.begin() + (top - 1);
+    const auto last = rows_.begin() + static_cast<std::ptrdiff_t>(top - 1);
     std::nth_element(rows_.begin(), last, rows_.end(), [this](const Row& a, const Row& b) { return isBefore(a, b); });
     const auto end = std::partition(last + 1, rows_.end(), [&](const Row& row) {
         return row.lengthBytes == last->lengthBytes &&
