@@ -45,7 +45,8 @@ public:
     }
     void* STDMETHODCALLTYPE PreFree(void* block, BOOL /*wasSpied*/) override {
         const std::scoped_lock lock(guard);
-        if (live.erase(block) != 0 || !allocated.contains(block)) return block;  // other blocks are older than the watch
+        if (live.erase(block) != 0 || !allocated.contains(block))
+            return block;  // other blocks are older than the watch
         ++freedTwice;
         return nullptr;
     }

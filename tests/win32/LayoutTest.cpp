@@ -221,12 +221,8 @@ TEST_F(LayoutTest, AnotherSizeOfTextsIsTakenOverAtOnceAndBack) {
         ImageList_GetIconSize(std::bit_cast<HIMAGELIST>(SendMessageW(header, HDM_GETIMAGELIST, 0, 0)), &mark, &mark);
         const Shown button = shown(window.cmdSpeichern, peer->window());
         const LRESULT names = SendMessageW(list(), LVM_GETCOLUMNWIDTH, 0, 0);
-        return std::vector<double>{double(windowSize(*peer).cx),
-                                   double(windowSize(*peer).cy),
-                                   double(button.text.cy),
-                                   double(button.width()),
-                                   double(names),
-                                   double(mark)};
+        return std::vector<LRESULT>{
+            windowSize(*peer).cx, windowSize(*peer).cy, button.text.cy, button.width(), names, mark};
     };
     setClient(*peer, {640, 400});
     const auto usual = measured();
@@ -235,7 +231,9 @@ TEST_F(LayoutTest, AnotherSizeOfTextsIsTakenOverAtOnceAndBack) {
         SendMessageW(peer->window(), WM_SETTINGCHANGE, SPI_SETNONCLIENTMETRICS, 0);
         const auto now = measured();
         for (std::size_t i = 0; i < now.size(); ++i)
-            EXPECT_NEAR(now[i] / usual[i], percent / 100.0, percent > 100 ? 0.15 : 0.01) << "measure " << i;
+            EXPECT_NEAR(static_cast<double>(now[i]) / static_cast<double>(usual[i]), percent / 100.0,
+                        percent > 100 ? 0.15 : 0.01)
+                << "measure " << i;
     }
 }
 

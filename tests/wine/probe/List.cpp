@@ -53,6 +53,16 @@ Json cell(HWND list, int row, int column) {
     return text(answerOf(list, LVM_GETITEMTEXTW, row, item, &LVITEMW::pszText).text);
 }
 
+/// The array of what is made of each whole number in [first, end).
+template <class Make>
+Json arrayOf(int first, int end, Make&& make) {
+    std::vector<Json> items;
+    items.reserve(static_cast<std::size_t>(std::max(end - first, 0)));
+    for (int index = first; index < end; ++index)
+        items.push_back(make(index));
+    return array(items);
+}
+
 }  // namespace
 
 Json listOf(HWND list, int first, int count) {
@@ -62,16 +72,6 @@ Json listOf(HWND list, int first, int count) {
     const int rowCount = ask(LVM_GETITEMCOUNT);
     auto* header = std::bit_cast<HWND>(SendMessageW(list, LVM_GETHEADER, 0, 0));
     const auto columnCount = static_cast<int>(SendMessageW(header, HDM_GETITEMCOUNT, 0, 0));
-    std::vector<Json> columns;
-    for (int index = 0; index < columnCount; ++index)
-        columns.push_back(column(list, header, index));
-    std::vector<Json> rows;
-    for (int row = first; row < std::min(first + count, rowCount); ++row) {
-        std::vector<Json> cells;
-        for (int index = 0; index < columnCount; ++index)
-            cells.push_back(cell(list, row, index));
-        rows.push_back(array(cells));
-    }
     RECT place{};
     place.left = LVIR_BOUNDS;
     place = answerOf<RECT>(list, LVM_GETITEMRECT, first, place, nullptr).structure;
@@ -84,8 +84,10 @@ Json listOf(HWND list, int first, int count) {
                    {"top", std::to_string(ask(LVM_GETTOPINDEX))},
                    {"perPage", std::to_string(ask(LVM_GETCOUNTPERPAGE))},
                    {"firstRect", rectangle(place)},
-                   {"columns", array(columns)},
-                   {"rows", array(rows)}});
+                   {"columns", arrayOf(0, columnCount, [&](int index) { return column(list, header, index); })},
+                   {"rows", arrayOf(first, std::min(first + count, rowCount), [&](int row) {
+                        return arrayOf(0, columnCount, [&](int index) { return cell(list, row, index); });
+                    })}});
 }
 
 }  // namespace probe
