@@ -266,6 +266,16 @@ TEST_F(CheckerSweep, WhateverChangesWhatATableShowsIsAFault) {
     }
 }
 
+TEST_F(CheckerSweep, EveryChangedPlaceInADefinitionOfTwoPagesIsReported) {
+    file_.bytes = test::sampleFile({everyType()});
+    const TableDefinition definition = openTable(file_, u"Alles")->definition();
+    std::vector<Area> areas;
+    addPlaces(areas, {definition.page, 0, kPageSize, u"Alles"}, definition);
+    // The names of indexes, and what follows them, are on the second page.
+    std::erase_if(areas, [](const Area& area) { return area.to >= kPageSize || area.from == 0; });
+    sweepAll(areas, [&](const Area& area) { EXPECT_TRUE(isTold(area)); });
+}
+
 TEST_F(CheckerSweep, EveryChangedPlaceOrIndexEntryIsReported) {
     sweepAll(headerAndValues(file_), [&](const Area& area) { EXPECT_TRUE(isTold(area)); });
     sweep(placesAndIndexes(file_), 300, [&](const Area& area) { EXPECT_TRUE(isTold(area)); });
