@@ -177,7 +177,8 @@ TEST_F(Checker, NamesThePlaceOfADamagedObject) {
     flagSlot(row(u"MSysRelationships", 0), 0xC000);
     expectOnly(u": Die Beziehung steht nicht in MSysRelationships");
     const base::Bytes name = {'i', 0, 'c', 0, 'o', 0, 'l', 0, 'u', 0, 'm', 0, 'n', 0};
-    *std::ranges::search(file.at(5), name).begin() ^= 2U;
+    const auto page = file.at(5);
+    *std::search(page.begin(), page.end(), name.begin(), name.end()) ^= 2U;
     expectOnly(u"Tabelle 'MSysRelationships', Spalte 'icolumn', Seite 5");
 }
 
