@@ -12,8 +12,8 @@ namespace jet {
 struct DamagedSlot {
     SlotState state = SlotState::Deleted;
     std::span<const std::uint8_t> bytes;  ///< empty if the place is impossible
-    bool isPossible = false;  ///< its bytes are inside the page, outside the slots, and the file has them
-    bool isInOrder = false;   ///< and its neighbours agree: the places of rows never rise
+    bool isPossible = false;              ///< its bytes are inside the page, outside the slots, and the file has them
+    bool isInOrder = false;               ///< and its neighbours agree: the places of rows never rise
 };
 
 /// A data page of which any byte may be wrong. In contrast to DataPage, a wrong word costs the rows whose beginning or

@@ -172,8 +172,8 @@ public:
 private:
     bool isDescriptor(std::size_t at) const { return joined_.u32(at + 1) == kMark; }
 
-    /// The descriptors begin after 12 bytes for each index. Each has a mark, which shows their beginning and number even
-    /// if the counts were damaged.
+    /// The descriptors begin after 12 bytes for each index. Each has a mark, which shows their beginning and number
+    /// even if the counts were damaged.
     bool findDescriptors() {
         std::size_t best = 0;
         const std::size_t stored = joined_.u32(kIndexesOffset);
@@ -226,8 +226,7 @@ private:
             at_ = firstIndexAfter(at_);
         }
         for (std::size_t i = 0; i < columnCount_; ++i) {
-            base::Bytes bytes =
-                joined_.take(descriptors_ + Column::kDescriptorBytes * i, Column::kDescriptorBytes);
+            base::Bytes bytes = joined_.take(descriptors_ + Column::kDescriptorBytes * i, Column::kDescriptorBytes);
             const base::Text made = u"Spalte" + base::decimal(static_cast<std::int64_t>(i + 1));
             const base::Bytes block = parts_.block;
             raiseCounts(bytes);
@@ -240,7 +239,8 @@ private:
     }
 
     bool endsColumns(std::size_t at) const {
-        if (indexCount_ > 0) return joined_.u32(at) == kIndexMark || joined_.u32(at + IndexDefinition::kBytes) == kIndexMark;
+        if (indexCount_ > 0)
+            return joined_.u32(at) == kIndexMark || joined_.u32(at + IndexDefinition::kBytes) == kIndexMark;
         return joined_.u16(at) == kEnd || joined_.u32(at) == kMark || joined_.u16(at) < kMaxColumns;
     }
 
@@ -261,7 +261,8 @@ private:
         }
         const std::size_t lost = indexCount_ - parts_.indexes.size();
         if (lost > 0)
-            losses_.push_back(base::decimal(static_cast<std::int64_t>(lost)) + u" Indizes sind nicht lesbar beschrieben");
+            losses_.push_back(base::decimal(static_cast<std::int64_t>(lost)) +
+                              u" Indizes sind nicht lesbar beschrieben");
         readLogicalIndexes(newPlaces);
     }
 

@@ -152,7 +152,7 @@ bool readDamagedRow(DamagedFile& file, const TableDefinition& definition, const 
                     DamagedRow& row, base::Text& reason) {
     RowReader reader(file, definition, place, row);
     if (!slot.isPossible) {
-        reason = u"Wo die Zeile auf der Seite steht, ist nicht lesbar";
+        reason = u"Sein Platz auf der Seite ist zerstört";
         return false;
     }
     const bool isRead = reader.read(slot.bytes, reason);

@@ -8,7 +8,6 @@
 namespace jet {
 namespace {
 
-constexpr PageNumber kFirstSystemTable = 2;
 constexpr std::size_t kObjects = 0;
 constexpr std::size_t kRights = 1;
 constexpr std::size_t kQueries = 2;
@@ -113,8 +112,9 @@ void FreshCatalog::addObjects(const Salvage& salvage, SalvageReport& report) {
         const bool isOther = object.type && object.type != CatalogEntry::kLocalTable &&
                              object.type != CatalogEntry::kRelationship && object.id >= kMaxPages;
         if (object.id == kDatabase && object.properties && !object.properties->owners.empty())
-            std::ranges::find(objects_, object.id, [](const auto& row) { return numberOf(row[kId]); })
-                ->at(kProperties) = encoded(object.properties);
+            std::ranges::find(objects_, object.id, [](const auto& row) {
+                return numberOf(row[kId]);
+            })->at(kProperties) = encoded(object.properties);
         else if (isOther && !ids_.contains(object.id))
             waiting.push_back(&object);
     }
@@ -134,8 +134,8 @@ void FreshCatalog::addObjects(const Salvage& salvage, SalvageReport& report) {
         });
     }
     for (const SalvagedObject* object : waiting) {
-        report.file.lose(placeText(object->row) + u": Das Objekt '" + object->name.value_or(base::Text{}) +
-                         u"' (Art " + base::decimal(object->type.value_or(0)) + u") ist nicht ganz lesbar.");
+        report.file.lose(placeText(object->row) + u": Das Objekt '" + object->name.value_or(base::Text{}) + u"' (Art " +
+                         base::decimal(object->type.value_or(0)) + u") ist nicht ganz lesbar.");
     }
     std::set<base::Bytes> keys;
     for (const auto& row : salvage.queryRows()) {

@@ -101,10 +101,8 @@ RelationshipPlans::RelationshipPlans(const Salvage& salvage, std::deque<TablePla
         for (const std::uint16_t number : numbersOf(relationship, Side::Referencing))
             columns.push_back({number, true});
         TablePlan& plan = plans_[relationship.table];
-        const bool isThere =
-            findIndex(plan.definition(), numbersOf(relationship, Side::Referencing), false) != kNone;
-        if (keys_[i].isWatched && !isThere && columns.size() <= kMaxIndexColumns)
-            plan.addIndex(std::move(columns));
+        const bool isThere = findIndex(plan.definition(), numbersOf(relationship, Side::Referencing), false) != kNone;
+        if (keys_[i].isWatched && !isThere && columns.size() <= kMaxIndexColumns) plan.addIndex(std::move(columns));
     }
 }
 
@@ -188,9 +186,9 @@ void RelationshipPlans::orderLikeIndex(PlannedRelationship& relationship) const 
     for (const IndexDefinition& index : plans_[relationship.referenced].definition().indexes) {
         const std::vector<std::uint16_t> numbers = numbersOf(index);
         const auto place = [&](std::uint16_t number) { return std::ranges::find(numbers, number); };
-        const bool isOver =
-            index.isUnique() && numbers.size() == relationship.columns.size() &&
-            std::ranges::all_of(relationship.columns, [&](const auto& pair) { return place(pair.second) != numbers.end(); });
+        const bool isOver = index.isUnique() && numbers.size() == relationship.columns.size() &&
+                            std::ranges::all_of(relationship.columns,
+                                                [&](const auto& pair) { return place(pair.second) != numbers.end(); });
         if (!isOver) continue;
         std::ranges::sort(relationship.columns, {}, [&](const auto& pair) { return place(pair.second); });
         return;
@@ -245,8 +243,8 @@ void RelationshipPlans::settle(std::span<const PageNumber> pages) {
             continue;
         }
         relationship.flags |= kNotEnforced;
-        report_.file.lose(u"Die Beziehung '" + relationship.name + u"' zwischen '" +
-                          plans_[relationship.table].name() + u"' und '" + plans_[relationship.referenced].name() +
+        report_.file.lose(u"Die Beziehung '" + relationship.name + u"' zwischen '" + plans_[relationship.table].name() +
+                          u"' und '" + plans_[relationship.referenced].name() +
                           (isPossible ? u"' gilt nicht mehr: Datensätze verweisen auf fehlende."
                                       : u"' gilt nicht mehr: Ein Index, den sie braucht, fehlt."));
     }

@@ -12,8 +12,8 @@ namespace jet {
 /// one that is not enforced.
 struct PlannedRelationship {
     base::Text name;
-    std::uint32_t flags = 0;     ///< as in MSysRelationships
-    std::size_t table = 0;       ///< the referencing one, by its position in the plans
+    std::uint32_t flags = 0;  ///< as in MSysRelationships
+    std::size_t table = 0;    ///< the referencing one, by its position in the plans
     std::size_t referenced = 0;
     std::vector<std::pair<std::uint16_t, std::uint16_t>> columns;  ///< new numbers: referencing, referenced
 

@@ -8,12 +8,10 @@
 namespace jet {
 namespace {
 
-constexpr PageNumber kFirstSystemTable = 2;
-constexpr PageNumber kLastSystemTable = 5;
 constexpr PageNumber kRelationshipsTable = 5;
 constexpr PageNumber kRightsTable = 3;
 constexpr PageNumber kQueriesTable = 4;
-constexpr std::size_t kMaxNameUnits = 64;
+constexpr std::size_t kLongestName = 64;
 
 bool isSystemPage(PageNumber page) {
     return page >= kFirstSystemTable && page <= kLastSystemTable;
@@ -21,7 +19,7 @@ bool isSystemPage(PageNumber page) {
 
 /// Whether the original engine would accept the name.
 bool isPossibleName(base::TextView name) {
-    return !name.empty() && name.size() <= kMaxNameUnits && name.front() != u' ' &&
+    return !name.empty() && name.size() <= kLongestName && name.front() != u' ' &&
            name.find_first_of(u".![]`") == base::TextView::npos &&
            std::ranges::none_of(name, [](char16_t unit) { return unit < u' '; }) &&
            base::fromUtf8(base::toUtf8(name)) == name;
@@ -63,7 +61,8 @@ std::vector<DamagedDefinition> Salvage::findDefinitions() {
         continuations.insert(chain.begin() + 1, chain.end());
         definitions.push_back(*std::move(found));
     }
-    std::erase_if(definitions, [&](const DamagedDefinition& each) { return continuations.contains(each.definition.page); });
+    std::erase_if(definitions,
+                  [&](const DamagedDefinition& each) { return continuations.contains(each.definition.page); });
     return definitions;
 }
 
@@ -111,8 +110,7 @@ bool Salvage::isNameFree(base::TextView name) const {
     return std::ranges::none_of(tables_, [&](const TableOfSalvage& each) { return textsAreEqual(each.name, name); });
 }
 
-void Salvage::addTable(DamagedDefinition definition, std::vector<PageNumber> pages,
-                       std::vector<PageNumber> lostPages) {
+void Salvage::addTable(DamagedDefinition definition, std::vector<PageNumber> pages, std::vector<PageNumber> lostPages) {
     const PageNumber page = definition.definition.page;
     TableOfSalvage table{.name = u"Tabelle_S" + base::decimal(page),
                          .isNameMade = true,
@@ -135,9 +133,8 @@ void Salvage::addTable(DamagedDefinition definition, std::vector<PageNumber> pag
 void Salvage::findLostTables() {
     for (const SalvagedObject& object : objects_) {
         if (object.type != CatalogEntry::kLocalTable || object.id <= kLastSystemTable) continue;
-        const bool isThere = std::ranges::any_of(tables_, [&](const TableOfSalvage& each) {
-            return each.rows.definition().page == object.id;
-        });
+        const bool isThere = std::ranges::any_of(
+            tables_, [&](const TableOfSalvage& each) { return each.rows.definition().page == object.id; });
         if (isThere) continue;
         LostTable lost{object.name.value_or(base::Text{}), object.id, 0};
         for (PageNumber page = 1; page < scan_.pageCount(); ++page) {

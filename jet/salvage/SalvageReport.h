@@ -27,7 +27,7 @@ public:
     };
 
     std::vector<Table> tables;
-    Table file;                      ///< what belongs to no table; its name is empty
+    Table file;                       ///< what belongs to no table; its name is empty
     std::vector<base::Text> remarks;  ///< what the reader should know and what is no loss
 
     bool hasLosses() const;

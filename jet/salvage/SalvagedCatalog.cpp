@@ -9,8 +9,6 @@
 namespace jet {
 namespace {
 
-constexpr PageNumber kFirstSystemTable = 2;
-
 bool hasColumnsOf(const TableDefinition& definition, const TableDesign& design) {
     return std::ranges::all_of(design.columns, [&](const ColumnDesign& wanted) {
         const Column* column = definition.column(wanted.name);
@@ -70,7 +68,8 @@ bool isSoundName(const base::Text& name) {
 
 /// Leaves out what a reader could not make sense of. @return how many properties are gone
 std::size_t removeUnsound(PropertyBlob& blob) {
-    std::size_t removed = std::erase_if(blob.owners, [](const PropertyOwner& owner) { return !isSoundName(owner.name); });
+    std::size_t removed =
+        std::erase_if(blob.owners, [](const PropertyOwner& owner) { return !isSoundName(owner.name); });
     for (PropertyOwner& owner : blob.owners)
         removed += std::erase_if(owner.properties, [](const Property& property) {
             return !isSound(property) || !isSoundName(property.name);

@@ -11,6 +11,10 @@
 
 namespace jet {
 
+/// The pages of the definitions of the system tables.
+inline constexpr PageNumber kFirstSystemTable = 2;
+inline constexpr PageNumber kLastSystemTable = 5;
+
 /// An object of a damaged catalog, as far as its row can be read.
 struct SalvagedObject {
     std::uint32_t id = 0;
@@ -18,7 +22,7 @@ struct SalvagedObject {
     std::optional<std::int16_t> type;
     std::uint32_t flags = 0;
     std::optional<PropertyBlob> properties;  ///< nothing if they cannot be read
-    std::size_t lostProperties = 0;           ///< single ones that cannot be read
+    std::size_t lostProperties = 0;          ///< single ones that cannot be read
     std::uint32_t parentId = 0;
     std::vector<base::Value> values;  ///< of an object that is no table, by the column numbers of a fresh file
     bool isWhole = true;
@@ -29,7 +33,7 @@ struct SalvagedObject {
 struct SalvagedRelationship {
     base::Text name;
     std::uint32_t flags = 0;
-    std::uint32_t place = 0;      ///< of the pair
+    std::uint32_t place = 0;  ///< of the pair
     std::uint32_t pairCount = 0;
     base::Text table, column;
     base::Text referencedTable, referencedColumn;

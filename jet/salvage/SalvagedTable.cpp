@@ -84,10 +84,7 @@ private:
 
 SalvagedTable::SalvagedTable(DamagedFile& file, DamagedDefinition definition, std::vector<PageNumber> pages,
                              std::vector<PageNumber> lostPages)
-    : file_(&file),
-      definition_(std::move(definition)),
-      pages_(std::move(pages)),
-      lostPages_(std::move(lostPages)) {}
+    : file_(&file), definition_(std::move(definition)), pages_(std::move(pages)), lostPages_(std::move(lostPages)) {}
 
 void SalvagedTable::eachRow(const Visit& visit, const Report& report) const {
     Scan(*this, visit, report).run();

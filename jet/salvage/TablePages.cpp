@@ -69,8 +69,9 @@ void TablePages::readClaims() {
         claims_.hasMap[i] = map.has_value();
         if (!map) continue;
         for (const PageNumber page : *map) {
-            if (claims_.byMap[page] == kNone || claims_.byHeader[page] == i)
-                claims_.byMap[page] = static_cast<std::uint16_t>(i);
+            auto& first = claims_.byMap[page];
+            if (first != kNone) claims_.byFurtherMaps.emplace(page, claims_.byHeader[page] == i ? first : i);
+            if (first == kNone || claims_.byHeader[page] == i) first = static_cast<std::uint16_t>(i);
         }
     }
 }
@@ -119,13 +120,27 @@ void TablePages::settle(PageNumber page) {
             pages_[header].push_back(page);
         else
             lost_[header].push_back(page);
-    } else if (map != kNone && mayHaveRowsOf(page, map)) {
-        // If the page is something else, a bit of the map is wrong.
-        if (fitOf(page, map).isGood())
-            pages_[map].push_back(page);
-        else if (scan_.kind(page) == PageKind::Header || scan_.kind(page) > PageKind::UsageBitmap)
-            lost_[map].push_back(page);
+    } else if (map != kNone) {
+        settleByMaps(page);
     }
+}
+
+/// The page goes to the table whose rows it has. If it has those of none, a bit of a map is wrong, or the page is lost.
+void TablePages::settleByMaps(PageNumber page) {
+    std::vector<std::size_t> candidates{claims_.byMap[page]};
+    const auto [begin, end] = claims_.byFurtherMaps.equal_range(page);
+    for (auto further = begin; further != end; ++further)
+        candidates.push_back(further->second);
+    std::erase_if(candidates, [&](std::size_t table) { return !mayHaveRowsOf(page, table); });
+    if (candidates.empty()) return;
+    const auto best =
+        std::ranges::max_element(candidates, {}, [&](std::size_t table) { return fitOf(page, table).good; });
+    const Fit fit = fitOf(page, *best);
+    const PageKind kind = scan_.kind(page);
+    if (fit.good > 0 && fit.good >= fit.bad)
+        pages_[*best].push_back(page);
+    else if (kind == PageKind::Header || kind > PageKind::UsageBitmap)
+        lost_[*best].push_back(page);
 }
 
 /// Whether the table lacks rows, and no index shows that they are not on this page. Neither knows the data of moved
@@ -172,9 +187,9 @@ const TablePages::Entries& TablePages::entriesOf(std::size_t table) {
 void TablePages::findStrays() {
     for (PageNumber page = 2; page < scan_.pageCount(); ++page) {
         const bool isData = scan_.kind(page) == PageKind::Data;
-        const bool isOfOtherUse = isData ? scan_.owner(page) == 0 || scan_.owner(page) == kLongValueOwner
-                                         : scan_.kind(page) >= PageKind::TableDefinition &&
-                                               scan_.kind(page) <= PageKind::UsageBitmap;
+        const bool isOfOtherUse =
+            isData ? scan_.owner(page) == 0 || scan_.owner(page) == kLongValueOwner
+                   : scan_.kind(page) >= PageKind::TableDefinition && scan_.kind(page) <= PageKind::UsageBitmap;
         if (claims_.byHeader[page] != kNone || claims_.byMap[page] != kNone || isOfOtherUse || scan_.isFree(page))
             continue;
         std::vector<std::size_t> owners;

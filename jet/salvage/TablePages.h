@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <span>
 #include <vector>
 
@@ -36,11 +37,12 @@ private:
     struct Claims {
         std::vector<std::uint16_t> byHeader;  ///< table of each page, kNone for none
         std::vector<std::uint16_t> byMap;
-        std::vector<bool> hasMap;  ///< of each table
+        std::multimap<PageNumber, std::size_t> byFurtherMaps;  ///< if several maps name the page
+        std::vector<bool> hasMap;                              ///< of each table
     };
     struct Entries {
-        std::vector<bool> pages;   ///< those to which entries point
-        bool isComplete = false;   ///< some index has every row and can be read from end to end
+        std::vector<bool> pages;  ///< those to which entries point
+        bool isComplete = false;  ///< some index has every row and can be read from end to end
     };
     struct Fit {
         std::size_t good = 0;
@@ -51,6 +53,7 @@ private:
     void readClaims();
     void countRows();
     void settle(PageNumber page);
+    void settleByMaps(PageNumber page);
     bool mayHaveRowsOf(PageNumber page, std::size_t table);
     void findStrays();
     bool isFreed(PageNumber page, std::size_t table);

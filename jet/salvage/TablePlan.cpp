@@ -271,7 +271,8 @@ void TablePlan::shorten(RowPointer place, std::vector<base::Value>& values, bool
     for (const Column& column : definition_.columns)
         longest += column.isLongValue() ? kLongValueReferenceBytes + kMaxInlineLongValueBytes : column.lengthBytes + 2U;
     if (longest <= kMaxRowBytes - 64) return;
-    const std::size_t outside = 2 + definition_.fixedAreaBytes() + 2 * (definition_.variableColumnsEver + std::size_t{2}) +
+    const std::size_t outside = 2 + definition_.fixedAreaBytes() +
+                                2 * (definition_.variableColumnsEver + std::size_t{2}) +
                                 nullMaskBytes(definition_.columnsEver);
     while (true) {
         std::size_t bytes = outside;
@@ -325,12 +326,15 @@ void TablePlan::settleIndexes() {
         const bool isRepeated = facts.keys.hasDuplicates();
         const bool isNull = facts.hasNull && (index.isRequired() || index.isPrimary);
         if (facts.isUncertain) {
-            if (!index.name.empty()) report_->lose(subject + u"fehlt: Wie Access einen der Texte einordnet, ist nicht bekannt.");
+            if (!index.name.empty())
+                report_->lose(subject + u"fehlt: Wie Access einen der Texte einordnet, ist nicht bekannt.");
             removeIndex(i - 1);
             continue;
         }
-        if (isRepeated && !index.name.empty()) report_->lose(subject + u"ist nicht mehr eindeutig: Zwei Datensätze haben denselben Schlüssel.");
-        if (isNull && !index.name.empty()) report_->lose(subject + u"lässt jetzt Nullwerte zu: Ein Datensatz hat einen.");
+        if (isRepeated && !index.name.empty())
+            report_->lose(subject + u"ist nicht mehr eindeutig: Zwei Datensätze haben denselben Schlüssel.");
+        if (isNull && !index.name.empty())
+            report_->lose(subject + u"lässt jetzt Nullwerte zu: Ein Datensatz hat einen.");
         if (isRepeated) index.flags = static_cast<std::uint8_t>(index.flags & ~IndexDefinition::kUnique);
         if (isNull) index.flags = static_cast<std::uint8_t>(index.flags & ~IndexDefinition::kRequired);
         if (!isRepeated && !isNull) continue;
@@ -366,8 +370,8 @@ void TablePlan::reportCounts() {
         report_->lose(u"Seite " + base::decimal(page) + u": Die Datensätze der Seite sind nicht lesbar.");
     const std::size_t found = report_->wholeRows + report_->rowsWithLosses + report_->lostRows;
     const std::size_t counted = table_->rows.definition().rowCount;
-    const bool hasGaps = report_->lostRows > 0 || !table_->rows.lostPages().empty() ||
-                         !table_->rows.definitionLosses().empty();
+    const bool hasGaps =
+        report_->lostRows > 0 || !table_->rows.lostPages().empty() || !table_->rows.definitionLosses().empty();
     if (counted > found && counted - found < kMaxUnusedNumbers)
         report_->lose(u"Die Tabelle zählt " + countText(counted, u"Datensatz", u"Datensätze") + u", gefunden sind " +
                       base::decimal(static_cast<std::int64_t>(found)) +
