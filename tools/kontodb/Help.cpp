@@ -159,6 +159,22 @@ arbeitet; heben Sie die alte als Sicherung auf. Ist die alte beschädigt, hilft 
 Beispiel:
   kontodb compact BenKTO.mdb BenKTO-klein.mdb
 )"},
+    {u"repair", R"(kontodb repair DATEI ZIEL [--password KENNWORT | --password-file DATEI]
+
+Schreibt in eine neue Datei, was von einer beschädigten noch zu lesen ist, und nennt, was
+fehlt: je Tabelle, wie viele Datensätze ganz sind, welche einen Wert verloren haben und
+welche verloren sind, mit Seite, Zeile und Grund. Erfunden wird nichts: Ein verlorener
+Wert ist Null, Gelöschtes bleibt gelöscht. Widerspricht ein Datensatz einem Index oder
+einer Beziehung, so gilt diese Regel nicht mehr, und der Datensatz bleibt. Die
+beschädigte Datei bleibt, wie sie ist, und eine Datei, die es schon gibt, unberührt.
+
+Ein verändertes Byte in einem Wert fällt niemandem auf; spielen Sie lieber eine
+Sicherung ein, wenn es eine gibt. Rechte einzelner Benutzer werden nicht übernommen.
+Ergebnis 0: nichts verloren, 1: etwas verloren, 2: nicht möglich.
+
+Beispiel:
+  kontodb repair BenKTO.mdb BenKTO-gerettet.mdb
+)"},
     {u"sql", R"(Die Sprache der Anweisungen
 
   SELECT [TOP n] * | Spalte, ... FROM Tabelle [WHERE Bedingung]
@@ -199,6 +215,7 @@ constexpr std::string_view kOverview = R"(kontodb - Dateien von Access 2000 bis 
   kontodb import DATEI CSV                 legt Konten aus einer CSV-Datei an
   kontodb compact DATEI ZIEL               schreibt eine Datei neu und kleiner
   kontodb backup DATEI ZIEL                sichert eine Datei, auch während der Arbeit
+  kontodb repair DATEI ZIEL                rettet, was von einer Datei zu lesen ist
   kontodb help [BEFEHL | sql]              erklärt einen Befehl oder die Anweisungen
   kontodb --version                        zeigt die Version
 
