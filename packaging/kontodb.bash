@@ -5,7 +5,7 @@ _kontodb() {
     COMPREPLY=()
     if [ "$COMP_CWORD" = 1 ]; then
         compopt +o default
-        COMPREPLY=($(compgen -W 'create check tables schema query exec import backup help --help --version' -- "$word"))
+        COMPREPLY=($(compgen -W 'create check tables schema query exec import backup compact repair help --help --version' -- "$word"))
         return
     fi
     case $before in --accounts|--null|--password|--seed|--separator)
@@ -15,16 +15,18 @@ _kontodb() {
     case ${COMP_WORDS[1]} in
         help)
             compopt +o default
-            COMPREPLY=($(compgen -W 'create check tables schema query exec import backup sql' -- "$word"))
+            COMPREPLY=($(compgen -W 'create check tables schema query exec import backup compact repair sql' -- "$word"))
             return ;;
         create) options='--accounts --help --password --password-file --seed' ;;
         check) options='--help --notes --password --password-file' ;;
         tables) options='--help --json --password --password-file' ;;
         schema) options='--help --json --password --password-file --sql' ;;
         query) options='--bom --csv --decimal-comma --help --json --no-header --null --password --password-file --separator' ;;
-        exec) options='--help --password --password-file' ;;
+        exec) options='--all --dry-run --file --help --password --password-file' ;;
         import) options='--dry-run --help --password --password-file' ;;
         backup) options='--help --password --password-file' ;;
+        compact) options='--help --password --password-file' ;;
+        repair) options='--help --password --password-file' ;;
     esac
     # Everything else is the name of a file.
     case $word in -*)

@@ -12,8 +12,8 @@
 #include "jet/tree/IndexCursor.h"
 #include "tests/fuzz/Seeds.h"
 #include "tests/jet/WrittenFile.h"
-#include "tests/support/RelatedTables.h"
 #include "tests/support/MemoryIo.h"
+#include "tests/support/RelatedTables.h"
 #include "tests/support/SoundFile.h"
 
 namespace jet {

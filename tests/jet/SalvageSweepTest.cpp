@@ -8,13 +8,13 @@
 
 #include "jet/page/Header.h"
 #include "jet/salvage/Rebuild.h"
-
+#include "jet/table/Catalog.h"
 #include "jet/table/LongValue.h"
 #include "tests/fuzz/Seeds.h"
 #include "tests/jet/FileAtHand.h"
 #include "tests/support/Environment.h"
-#include "tests/support/SampleFile.h"
 #include "tests/support/MemoryIo.h"
+#include "tests/support/SampleFile.h"
 #include "tests/support/SoundFile.h"
 
 namespace jet {
@@ -235,7 +235,8 @@ protected:
             rebuild(file, made);
             EXPECT_EQ(test::faultsIn(made.bytes(), header.password), "");
             if (const char* folder = std::getenv("TOLV_SALVAGE_OUT")) keep(made.bytes(), folder);
-            Database database = Database::open(std::make_unique<test::MemoryIo>(made.bytes()), u"Neu.mdb", header.password);
+            Database database =
+                Database::open(std::make_unique<test::MemoryIo>(made.bytes()), u"Neu.mdb", header.password);
             auto fresh = database.beginRead();
             const Salvage salvage(file);
             for (const auto& [page, table] : truth) {
