@@ -246,19 +246,20 @@ private:
 };
 
 TEST_F(CheckerSweep, WhateverChangesWhatATableShowsIsAFault) {
-    for (const auto& [sound, tables] : {std::pair(relatedTables(), std::vector<base::TextView>{u"Konten", u"Zweite"}),
-                                        {test::sampleFile({everyType()}), {u"Alles"}}}) {
-        file_.bytes = sound;
-        std::vector<Answer> before;
-        for (const base::TextView table : tables)
-            before.push_back(ask(file_, table));
+    for (const auto& file : {std::pair(relatedTables(), std::vector<base::TextView>{u"Konten", u"Zweite"}),
+                             {test::sampleFile({everyType()}), {u"Alles"}}}) {
+        const std::vector<base::TextView>& tables = file.second;
+        file_.bytes = file.first;
+        const auto askAll = [&] {
+            std::vector<Answer> answers(tables.size());
+            std::ranges::transform(tables, answers.begin(), [&](base::TextView name) { return ask(file_, name); });
+            return answers;
+        };
+        const std::vector<Answer> before = askAll();
         ASSERT_GE(before[0].rows, 20U);
         std::size_t changed = 0;
         sweep(catalogAndDefinitions(file_), 400, [&](const Area&) {
-            std::vector<Answer> now;
-            for (const base::TextView table : tables)
-                now.push_back(ask(file_, table));
-            if (now == before) return;
+            if (askAll() == before) return;
             ++changed;
             EXPECT_FALSE(isSound());
         });

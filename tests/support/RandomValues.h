@@ -51,13 +51,14 @@ inline std::optional<base::Text> literalOf(const base::Value& value) {
             if constexpr (std::is_same_v<Held, base::Date>)
                 return held.days == 0 ? u"#1899-12-30#" : base::fromUtf8(printed("%.17g", held.days));
             if constexpr (std::is_same_v<Held, base::Guid>) {
+                constexpr std::size_t kOrder[] = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
                 std::string digits;
-                for (const std::size_t at : {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15}) {
+                for (const std::size_t at : kOrder) {
                     char pair[3];
                     std::snprintf(pair, sizeof pair, "%02X", held.bytes[at]);
                     digits += pair;
                 }
-                for (const std::size_t dash : {20, 16, 12, 8})
+                for (const std::size_t dash : {20U, 16U, 12U, 8U})
                     digits.insert(dash, "-");
                 return u"{guid {" + base::fromUtf8(digits) + u"}}";
             }
