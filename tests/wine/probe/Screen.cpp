@@ -50,6 +50,8 @@ Json coloursIn(const RECT& place) {
 Json iconShownAt(const RECT& place) {
     const auto shown = screenPixels(place);
     const int side = place.right - place.left;
+    Json best = text(L"other");
+    std::size_t fewest = shown.size() / 10;  // a tenth of the pixels may differ: edges are drawn half transparent
     for (const auto& [name, resource] : {std::pair(L"critical", IDI_ERROR),
                                          {L"question", IDI_QUESTION},
                                          {L"warning", IDI_WARNING},
@@ -62,10 +64,11 @@ Json iconShownAt(const RECT& place) {
         std::size_t different = 0;
         for (std::size_t i = 0; i < shown.size() && i < drawn.size(); ++i)
             different += shown[i] != drawn[i] ? 1U : 0U;
-        // A tenth of the pixels may differ: edges are drawn half transparent.
-        if (!shown.empty() && different < shown.size() / 10) return text(name);
+        if (different >= fewest) continue;
+        fewest = different;
+        best = text(name);
     }
-    return text(L"other");
+    return best;
 }
 
 }  // namespace probe
