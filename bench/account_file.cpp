@@ -74,8 +74,8 @@ public:
     /// Adds accounts in one transaction, which is not committed. @return microseconds of processor time for each
     /// account
     double insert(const std::vector<std::uint32_t>& names) {
-        jet::Transaction transaction(database_, jet::WriteKind::Execute);
-        jet::TableWriter writer(transaction, kTable, jet::WriteKind::Execute);
+        jet::Transaction transaction(database_);
+        jet::TableWriter writer(transaction, kTable);
         const auto column = writer.table().definition().column(u"BenKTO_Name")->number;
         const std::clock_t start = std::clock();
         for (const std::uint32_t name : names) {

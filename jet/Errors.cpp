@@ -65,19 +65,17 @@ RuntimeError tableNotFound(TextView name) {
                      u"richtig eingegeben wurde.");
 }
 
-RuntimeError lockedByUser(WriteKind kind, TextView path, TextView user, TextView computer) {
-    const ErrorNumber number = kind == WriteKind::Recordset ? ErrorNumber::NotUpdated : ErrorNumber::Unspecified;
+WriteRefused lockedByUser(TextView path, TextView user, TextView computer) {
     const Text holder = user.empty() && computer.empty()
                             ? u"einen anderen Benutzer der Datei " + quoted(path)
                             : u"Benutzer " + quoted(user) + u" auf Computer " + quoted(computer);
-    return error(number, u"Aktualisieren nicht möglich; derzeit gesperrt durch " + holder + u".");
+    return {WriteRefused::Reason::InUse, ErrorNumber::Unspecified,
+            u"Aktualisieren nicht möglich; derzeit gesperrt durch " + holder + u"."};
 }
 
-RuntimeError readOnly(WriteKind kind) {
-    if (kind == WriteKind::Recordset)
-        return error(ErrorNumber::ReadOnly,
-                     u"Aktualisieren nicht möglich. Datenbank oder Objekt ist schreibgeschützt.");
-    return failure(u"Operation muss eine aktualisierbare Abfrage verwenden.");
+WriteRefused readOnly() {
+    return {WriteRefused::Reason::ReadOnly, ErrorNumber::Unspecified,
+            u"Operation muss eine aktualisierbare Abfrage verwenden."};
 }
 
 RuntimeError fileTooLarge() {

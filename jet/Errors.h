@@ -41,12 +41,24 @@ base::RuntimeError unknownFormat(base::TextView path);
 base::RuntimeError wrongPassword();
 base::RuntimeError tableNotFound(base::TextView name);
 
-/// The kind of write: the same failure has one number for record sets and another for statements.
-enum class WriteKind { Recordset, Execute };
+/// A change that is refused because of the file or a value. It has the number and text of statements; callers who know
+/// others for some reasons can tell these apart.
+class WriteRefused : public base::RuntimeError {
+public:
+    enum class Reason { InUse, ReadOnly, ValueDoesNotFit, RuleViolated };
+
+    WriteRefused(Reason reason, ErrorNumber number, base::Text description)
+        : RuntimeError(static_cast<std::int32_t>(number), std::move(description)), reason_(reason) {}
+
+    Reason reason() const noexcept { return reason_; }
+
+private:
+    Reason reason_;
+};
 
 /// @param user  the user who holds the file, if known; if empty, the text names the file instead
-base::RuntimeError lockedByUser(WriteKind kind, base::TextView path, base::TextView user, base::TextView computer);
-base::RuntimeError readOnly(WriteKind kind);
+WriteRefused lockedByUser(base::TextView path, base::TextView user, base::TextView computer);
+WriteRefused readOnly();
 base::RuntimeError fileTooLarge();
 base::RuntimeError diskFull();
 

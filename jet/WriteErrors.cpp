@@ -5,16 +5,10 @@
 namespace jet {
 namespace {
 
-/// Violated column rules have one number for record sets and another for statements.
-base::RuntimeError failure(WriteKind kind, base::Text description) {
-    const ErrorNumber number = kind == WriteKind::Recordset ? ErrorNumber::NotUpdated : ErrorNumber::Unspecified;
-    return {static_cast<std::int32_t>(number), std::move(description)};
-}
+using Reason = WriteRefused::Reason;
 
-base::RuntimeError multipleStepFailure() {
-    return failure(WriteKind::Recordset,
-                   u"Fehler bei einer aus mehreren Schritten bestehenden OLE DB-Operation. Prüfen Sie die einzelnen "
-                   u"OLE DB-Statuswerte, falls vorhanden. Daten wurden nicht verarbeitet.");
+WriteRefused violation(base::Text description) {
+    return {Reason::RuleViolated, ErrorNumber::Unspecified, std::move(description)};
 }
 
 }  // namespace
@@ -50,37 +44,34 @@ base::RuntimeError foreignKeys(base::TextView index) {
                    u" ist nach einer anderen Sortierfolge aufgebaut. Die Tabelle kann nur gelesen werden.");
 }
 
-base::RuntimeError valueTooLong(WriteKind kind) {
-    if (kind == WriteKind::Recordset) return multipleStepFailure();
-    return {static_cast<std::int32_t>(ErrorNumber::FieldTooSmall),
+WriteRefused valueTooLong() {
+    return {Reason::ValueDoesNotFit, ErrorNumber::FieldTooSmall,
             u"Das Feld ist zu klein für die Datenmenge, die Sie hinzufügen wollten. Versuchen Sie, weniger Daten "
             u"einzufügen."};
 }
 
-base::RuntimeError valueOfOtherType(WriteKind kind) {
-    if (kind == WriteKind::Recordset) return multipleStepFailure();
-    return {static_cast<std::int32_t>(ErrorNumber::TypeMismatch), u"Datentypenkonflikt in Kriterienausdruck."};
+WriteRefused valueOfOtherType() {
+    return {Reason::ValueDoesNotFit, ErrorNumber::TypeMismatch, u"Datentypenkonflikt in Kriterienausdruck."};
 }
 
-base::RuntimeError nullNotAllowed(WriteKind kind, base::TextView column) {
-    return failure(kind, u"Das Feld " + quoted(column) +
-                             u" kann keinen Nullwert enthalten, da die Required-Eigenschaft für dieses Feld auf True "
-                             u"gesetzt ist. Geben Sie einen Wert in dieses Feld ein.");
+WriteRefused nullNotAllowed(base::TextView column) {
+    return violation(u"Das Feld " + quoted(column) +
+                     u" kann keinen Nullwert enthalten, da die Required-Eigenschaft für dieses Feld auf True "
+                     u"gesetzt ist. Geben Sie einen Wert in dieses Feld ein.");
 }
 
-base::RuntimeError emptyTextNotAllowed(WriteKind kind, base::TextView column) {
-    return failure(kind, u"Feld " + quoted(column) + u" kann keine leere Zeichenfolge sein.");
+WriteRefused emptyTextNotAllowed(base::TextView column) {
+    return violation(u"Feld " + quoted(column) + u" kann keine leere Zeichenfolge sein.");
 }
 
-base::RuntimeError columnNotUpdatable(WriteKind kind, base::TextView column) {
-    return failure(kind, u"Das Feld " + quoted(column) + u" kann nicht aktualisiert werden.");
+WriteRefused columnNotUpdatable(base::TextView column) {
+    return violation(u"Das Feld " + quoted(column) + u" kann nicht aktualisiert werden.");
 }
 
-base::RuntimeError ruleViolated(WriteKind kind, base::TextView text, base::TextView rule, base::TextView owner) {
-    if (!text.empty()) return failure(kind, base::Text(text));
-    return failure(kind, u"Ein oder mehrere Werte verstoßen gegen die Gültigkeitsregel " + quoted(rule) + u" für " +
-                             quoted(owner) +
-                             u". Geben Sie einen Wert ein, den der Ausdruck für dieses Feld akzeptieren kann.");
+WriteRefused ruleViolated(base::TextView text, base::TextView rule, base::TextView owner) {
+    if (!text.empty()) return violation(base::Text(text));
+    return violation(u"Ein oder mehrere Werte verstoßen gegen die Gültigkeitsregel " + quoted(rule) + u" für " +
+                     quoted(owner) + u". Geben Sie einen Wert ein, den der Ausdruck für dieses Feld akzeptieren kann.");
 }
 
 base::RuntimeError autoNumbersUsedUp() {

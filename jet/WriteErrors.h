@@ -20,19 +20,18 @@ base::RuntimeError uncertainKey(base::TextView index);
 base::RuntimeError foreignKeys(base::TextView index);
 
 /// The column cannot hold the value.
-/// @param kind  determines the number of the failure, and for these two also the text
-base::RuntimeError valueTooLong(WriteKind kind);
-base::RuntimeError valueOfOtherType(WriteKind kind);
+WriteRefused valueTooLong();
+WriteRefused valueOfOtherType();
 
 /// Violated rules of columns.
 /// @param column  as "Table.Column"
-base::RuntimeError nullNotAllowed(WriteKind kind, base::TextView column);
-base::RuntimeError emptyTextNotAllowed(WriteKind kind, base::TextView column);
-base::RuntimeError columnNotUpdatable(WriteKind kind, base::TextView column);
+WriteRefused nullNotAllowed(base::TextView column);
+WriteRefused emptyTextNotAllowed(base::TextView column);
+WriteRefused columnNotUpdatable(base::TextView column);
 
 /// @param text  the message that the database's author wrote; if empty, the engine names the rule
 /// @param owner  "Table.Column", or "Table" for the rule of a table
-base::RuntimeError ruleViolated(WriteKind kind, base::TextView text, base::TextView rule, base::TextView owner);
+WriteRefused ruleViolated(base::TextView text, base::TextView rule, base::TextView owner);
 
 base::RuntimeError autoNumbersUsedUp();
 

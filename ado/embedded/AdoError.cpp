@@ -42,6 +42,19 @@ base::RuntimeError adoError(AdoErrorNumber number) {
     return {static_cast<std::int32_t>(number), base::Text(descriptionOf(number))};
 }
 
+base::RuntimeError recordsetError(const jet::WriteRefused& refused) {
+    using Reason = jet::WriteRefused::Reason;
+    if (refused.reason() == Reason::ReadOnly)
+        return {static_cast<std::int32_t>(jet::ErrorNumber::ReadOnly),
+                u"Aktualisieren nicht möglich. Datenbank oder Objekt ist schreibgeschützt."};
+    constexpr auto kNotUpdated = static_cast<std::int32_t>(jet::ErrorNumber::NotUpdated);
+    if (refused.reason() == Reason::ValueDoesNotFit)
+        return {kNotUpdated,
+                u"Fehler bei einer aus mehreren Schritten bestehenden OLE DB-Operation. Prüfen Sie die einzelnen "
+                u"OLE DB-Statuswerte, falls vorhanden. Daten wurden nicht verarbeitet."};
+    return {kNotUpdated, refused.description()};
+}
+
 base::RuntimeError invalidUser() {
     return {-2147217843, u"Kein zulässiger Kontoname oder falsches Kennwort."};
 }

@@ -3,11 +3,12 @@
 #include <cstdint>
 
 #include "base/RuntimeError.h"
+#include "jet/Errors.h"
 
 namespace ado::embedded {
 
 /// The errors that ADO itself raises, with its numbers and German texts. Errors of the engine already have the
-/// provider's numbers and pass through unchanged.
+/// provider's numbers and pass through; only what refuses a change through a record set gets others.
 enum class AdoErrorNumber : std::int32_t {
     InvalidArgument = 3001,
     NoCurrentRecord = 3021,
@@ -21,6 +22,9 @@ enum class AdoErrorNumber : std::int32_t {
 };
 
 base::RuntimeError adoError(AdoErrorNumber number);
+
+/// The provider's error for a change through a record set; a statement's has another number for the same reason.
+base::RuntimeError recordsetError(const jet::WriteRefused& refused);
 
 /// -2147217843: the file has no such user.
 base::RuntimeError invalidUser();

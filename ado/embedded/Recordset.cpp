@@ -5,6 +5,19 @@
 
 namespace ado::embedded {
 
+namespace {
+
+template <typename Change>
+void changing(Change&& change) {
+    try {
+        change();
+    } catch (const jet::WriteRefused& refused) {
+        throw recordsetError(refused);
+    }
+}
+
+}  // namespace
+
 void Recordset::Open(base::TextView source, ado::Connection& connection, CursorType, LockType lockType, std::int32_t) {
     if (rows_) throw adoError(AdoErrorNumber::ObjectOpen);
     auto* own = dynamic_cast<Connection*>(&connection);
@@ -38,12 +51,12 @@ ado::Fields& Recordset::Fields() {
 void Recordset::AddNew() {
     auto& rows = updatable();
     if (rows.isPending()) Update();
-    rows.startRow(*openDatabase());
+    changing([&] { rows.startRow(*openDatabase()); });
 }
 
 void Recordset::Update() {
     auto& rows = updatable();
-    if (rows.isPending()) rows.store(*openDatabase());
+    if (rows.isPending()) changing([&] { rows.store(*openDatabase()); });
 }
 
 void Recordset::Close() {
@@ -78,7 +91,7 @@ base::Value Recordset::RowField::Value() const {
 void Recordset::RowField::setValue(const base::Value& value) {
     auto& rows = rows_.updatable();
     if (rows.isAtEnd()) throw adoError(AdoErrorNumber::NoCurrentRecord);
-    rows.assign(column_, value);
+    changing([&] { rows.assign(column_, value); });
 }
 
 Recordset::RowFields::RowFields(Recordset& rows, std::size_t count) {

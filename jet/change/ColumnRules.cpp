@@ -10,8 +10,7 @@ namespace jet {
 using base::Text;
 using base::TextView;
 
-ColumnRules::ColumnRules(const Table& table, WriteKind kind)
-    : table_(table), kind_(kind), properties_(table.properties()) {}
+ColumnRules::ColumnRules(const Table& table) : table_(table), properties_(table.properties()) {}
 
 /// Nothing if there is no such property or it is empty.
 std::optional<Text> ColumnRules::textOf(const Column* column, TextView property) const {
@@ -32,8 +31,8 @@ base::Value ColumnRules::defaultOf(const Column& column) const {
         throw tableNotWritable(table_.name(),
                                u"Werte, die sich die Spalte '" + column.name + u"' selbst gibt, kennt das Modul nicht");
     }
-    if (!expression) return convertToColumn(column, base::Null{}, kind_);
-    return convertToColumn(column, readDefault(column, *expression), kind_);
+    if (!expression) return convertToColumn(column, base::Null{});
+    return convertToColumn(column, readDefault(column, *expression));
 }
 
 /// @throws RuntimeError if it is not understood, or the column is an auto number
@@ -61,12 +60,12 @@ void ColumnRules::check(const RowValues& row, const std::vector<const Column*>& 
 
 void ColumnRules::checkValue(const Column& column, const base::Value& value) const {
     if (base::isNull(value)) {
-        if (properties_.isRequired(column.name)) throw nullNotAllowed(kind_, nameOf(&column));
+        if (properties_.isRequired(column.name)) throw nullNotAllowed(nameOf(&column));
         return;
     }
     const auto* text = std::get_if<Text>(&value);
     if (text == nullptr || !text->empty()) return;
-    if (!properties_.allowsZeroLength(column.name)) throw emptyTextNotAllowed(kind_, nameOf(&column));
+    if (!properties_.allowsZeroLength(column.name)) throw emptyTextNotAllowed(nameOf(&column));
 }
 
 void ColumnRules::requireUnderstood() {
@@ -96,7 +95,7 @@ const std::optional<ColumnRules::Rule>& ColumnRules::ruleOf(const Column* column
 
 void ColumnRules::checkRule(const RowValues& row, const Column* column) {
     const std::optional<Rule>& rule = ruleOf(column);
-    if (rule && !rule->rule.permits(row)) throw ruleViolated(kind_, rule->message, rule->text, rule->owner);
+    if (rule && !rule->rule.permits(row)) throw ruleViolated(rule->message, rule->text, rule->owner);
 }
 
 }  // namespace jet

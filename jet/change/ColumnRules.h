@@ -18,7 +18,7 @@ namespace jet {
 class ColumnRules {
 public:
     /// @param table  must outlive the rules
-    ColumnRules(const Table& table, WriteKind kind);
+    explicit ColumnRules(const Table& table);
 
     /// The value of the column in a new row, if no value is assigned; for an auto number null.
     /// @throws RuntimeError if the default is not understood, or the column assigns its own values
@@ -50,7 +50,6 @@ private:
     base::Text nameOf(const Column* column) const;
 
     const Table& table_;
-    WriteKind kind_;
     PropertyBlob properties_;
     std::map<const Column*, std::optional<Rule>> rules_;  ///< read when needed; null is the table's own rule
 };

@@ -16,12 +16,8 @@
 namespace jet {
 class TableWriter::Impl {
 public:
-    Impl(PageStore& store, base::TextView tableName, WriteKind kind)
-        : tables_(store),
-          table_(tables_.named(tableName)),
-          kind_(kind),
-          rules_(table_.table(), kind),
-          relationships_(tables_) {
+    Impl(PageStore& store, base::TextView tableName)
+        : tables_(store), table_(tables_.named(tableName)), rules_(table_.table()), relationships_(tables_) {
         const auto& entries = tables_.catalog().entries();
         if (std::ranges::any_of(entries,
                                 [](const CatalogEntry& entry) { return entry.type == CatalogEntry::kCheckConstraint; }))
@@ -47,7 +43,6 @@ private:
 
     TableSet tables_;
     WritableTable& table_;
-    WriteKind kind_;
     ColumnRules rules_;
     Relationships relationships_;
 };
@@ -95,7 +90,7 @@ TableWriter::Impl::Columns TableWriter::Impl::put(RowDraft& draft, std::span<con
     for (const Assignment& assignment : assignments) {
         const Column* column = table_.definition().columnNumbered(assignment.column);
         assert(column != nullptr);
-        draft.put(*column, convertToColumn(*column, assignment.value, kind_));
+        draft.put(*column, convertToColumn(*column, assignment.value));
         if (std::ranges::find(columns, column) == columns.end()) columns.push_back(column);
     }
     return columns;
@@ -107,7 +102,7 @@ RowPointer TableWriter::Impl::insert(const RowOfValues& started, std::span<const
     Columns given;
     for (const Column& column : table_.definition().columns) {
         const base::Value& value = started[column.number];
-        draft.put(column, convertToColumn(column, value, kind_));
+        draft.put(column, convertToColumn(column, value));
         if (!base::isNull(value)) given.push_back(&column);
     }
     for (const Column* column : put(draft, assignments))
@@ -134,7 +129,7 @@ void TableWriter::Impl::update(RowPointer row, std::span<const Assignment> assig
     RowDraft draft = table_.draftOf(row);
     const Columns given = put(draft, assignments);
     for (const Column* column : given) {
-        if (column->isAutoNumber()) throw columnNotUpdatable(kind_, table_.table().name() + u"." + column->name);
+        if (column->isAutoNumber()) throw columnNotUpdatable(table_.table().name() + u"." + column->name);
     }
     if (!draft.isChanged()) return;
     rules_.check(draft, given, false);
@@ -149,8 +144,8 @@ void TableWriter::Impl::remove(RowPointer row) {
         each.table->remove(each.removal);
 }
 
-TableWriter::TableWriter(PageStore& store, base::TextView tableName, WriteKind kind)
-    : impl_(std::make_unique<Impl>(store, tableName, kind)) {}
+TableWriter::TableWriter(PageStore& store, base::TextView tableName)
+    : impl_(std::make_unique<Impl>(store, tableName)) {}
 
 TableWriter::~TableWriter() = default;
 

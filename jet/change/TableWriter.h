@@ -26,8 +26,8 @@ using RowOfValues = std::vector<base::Value>;
 /// Adds, changes and removes rows of one table within one transaction, and everything that belongs to them: data pages,
 /// long values, all indexes, counters, and rows of other tables that a relationship deletes with them.
 ///
-///     Transaction transaction(database, WriteKind::Execute);
-///     TableWriter writer(transaction, u"Benutzerkonto", WriteKind::Execute);
+///     Transaction transaction(database);
+///     TableWriter writer(transaction, u"Benutzerkonto");
 ///     writer.update(row, {{{column->number, base::Text(u"Meier")}}});
 ///     transaction.commit();
 ///
@@ -39,7 +39,7 @@ public:
     /// Reads what is needed to write the table; changes nothing.
     /// @param store  a transaction; must outlive the writer
     /// @throws RuntimeError: no such table, a system table, a table with replication or of a later version, damage
-    TableWriter(PageStore& store, base::TextView tableName, WriteKind kind);
+    TableWriter(PageStore& store, base::TextView tableName);
     ~TableWriter();
     TableWriter(const TableWriter&) = delete;
     TableWriter& operator=(const TableWriter&) = delete;

@@ -20,7 +20,8 @@ StatementError missingParameter(base::TextView table, base::TextView name, std::
 }
 
 StatementError typesDoNotMatch(std::size_t place) {
-    return {valueOfOtherType(WriteKind::Execute), place};
+    const WriteRefused error = valueOfOtherType();
+    return {{error.number(), error.description()}, place};
 }
 
 base::RuntimeError missingOperator(base::TextView expression) {

@@ -22,7 +22,7 @@ std::int32_t StatementRun::execute(const Statement& statement) {
 TableWriter& StatementRun::writerOf(const base::Text& table) {
     if (!writer_ || table_ != table) {
         writer_.reset();
-        writer_.emplace(store_, table, WriteKind::Execute);
+        writer_.emplace(store_, table);
         table_ = table;
     }
     return *writer_;
@@ -34,7 +34,7 @@ std::int32_t execute(Database& database, const Statement& statement) {
         executeSelect(operation, *select);
         return 0;
     }
-    Transaction transaction(database, WriteKind::Execute);
+    Transaction transaction(database);
     const std::int32_t rows = StatementRun(transaction).execute(statement);
     transaction.commit();
     return rows;

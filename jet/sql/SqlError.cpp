@@ -34,8 +34,8 @@ base::RuntimeError textBehindStatement() {
     return {kSyntaxError, u"Nach dem Ende der SQL-Anweisung wurden Zeichen gefunden."};
 }
 
-base::RuntimeError notUpdatable() {
-    return readOnly(WriteKind::Execute);
+WriteRefused notUpdatable() {
+    return readOnly();
 }
 
 }  // namespace jet::sql

@@ -2,6 +2,7 @@
 
 #include "base/RuntimeError.h"
 #include "base/Text.h"
+#include "jet/Errors.h"
 
 /// The errors in statements: one function for each, with the number and the text of the original engine. Errors in
 /// expressions are in jet/expression/ExpressionErrors.h. See docs/file-format.md, "Statements".
@@ -22,7 +23,7 @@ base::RuntimeError otherStatement();
 /// -2147217900: there is text after the semicolon.
 base::RuntimeError textBehindStatement();
 
-/// -2147467259: UPDATE, DELETE or INSERT where only a SELECT is allowed.
-base::RuntimeError notUpdatable();
+/// -2147467259: UPDATE, DELETE or INSERT where rows alone are asked for or nothing can be written.
+WriteRefused notUpdatable();
 
 }  // namespace jet::sql

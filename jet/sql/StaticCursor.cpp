@@ -14,8 +14,6 @@ namespace jet::sql {
 
 namespace {
 
-constexpr auto kKind = WriteKind::Recordset;
-
 Select parseSelect(base::TextView statement) {
     Statement parsed = parse(statement);
     auto* select = std::get_if<Select>(&parsed);
@@ -61,15 +59,15 @@ base::Value StaticCursor::value(std::size_t column) const {
 
 void StaticCursor::assign(std::size_t column, const base::Value& value) {
     const Column& assigned = rows_.column(column);
-    if (assigned.isAutoNumber()) throw columnNotUpdatable(kKind, table_ + u"." + assigned.name);
-    base::Value converted = convertToColumn(assigned, value, kKind);
+    if (assigned.isAutoNumber()) throw columnNotUpdatable(table_ + u"." + assigned.name);
+    base::Value converted = convertToColumn(assigned, value);
     if (!pending_) pending_.emplace();
     pending_->assign(assigned.number, std::move(converted));
 }
 
 void StaticCursor::startRow(Database& database) {
-    Transaction transaction(database, kKind);
-    TableWriter writer(transaction, table_, kKind);
+    Transaction transaction(database);
+    TableWriter writer(transaction, table_);
     requireSameColumns(writer.table().definition());
     RowOfValues started = writer.startRow();
     transaction.commit();
@@ -77,8 +75,8 @@ void StaticCursor::startRow(Database& database) {
 }
 
 void StaticCursor::store(Database& database) {
-    Transaction transaction(database, kKind);
-    TableWriter writer(transaction, table_, kKind);
+    Transaction transaction(database);
+    TableWriter writer(transaction, table_);
     requireSameColumns(writer.table().definition());
     const RowPointer place = put(writer);
     // Read before the commit, because the transaction's view of the file ends with it.

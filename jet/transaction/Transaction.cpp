@@ -6,8 +6,8 @@
 namespace jet {
 namespace {
 
-Storage& writableStorage(const std::unique_ptr<Storage>& storage, WriteKind kind) {
-    if (!storage) throw readOnly(kind);
+Storage& writableStorage(const std::unique_ptr<Storage>& storage) {
+    if (!storage) throw readOnly();
     return *storage;
 }
 
@@ -19,10 +19,9 @@ struct Transaction::ChangedPage {
     base::Bytes after;
 };
 
-Transaction::Transaction(Database& database, WriteKind kind)
-    : storage_(writableStorage(database.storage_, kind)),
-      kind_(kind),
-      access_(std::make_unique<WriteAccess>(storage_, kind)),
+Transaction::Transaction(Database& database)
+    : storage_(writableStorage(database.storage_)),
+      access_(std::make_unique<WriteAccess>(storage_)),
       header_(readHeader(access_->io(), storage_.path())),
       pages_(std::make_unique<PageFile>(access_->io(), header_.databaseKey)),
       oldPageCount_(pages_->pageCount()),
@@ -92,7 +91,7 @@ void Transaction::drop() {
 void Transaction::write(const std::vector<PageChange>& changes) {
     if (changes.empty()) return;
     Journal journal(storage_);
-    if (journal.write(access_->io(), oldPageCount_, changes) != Refusal::None) throw readOnly(kind_);
+    if (journal.write(access_->io(), oldPageCount_, changes) != Refusal::None) throw readOnly();
     try {
         writePages(changes);
     } catch (...) {

@@ -17,7 +17,7 @@ namespace jet {
 /// All changes of one `Update` or one statement. The changed pages stay in memory and reach the file all at once or not
 /// at all. As soon as the transaction is over, others can read and write again.
 ///
-///     Transaction transaction(database, WriteKind::Execute);
+///     Transaction transaction(database);
 ///     ... openTable(transaction, ...), transaction.change(page), ...
 ///     transaction.commit();
 ///
@@ -46,8 +46,8 @@ public:
     /// Begins: keeps others from writing, looks for users of the original engine, takes the lock (all this waits at
     /// most kLockWait), rolls back the work of an interrupted writer, and reads the file again. No other operation of
     /// the same database may be running.
-    /// @throws RuntimeError with the numbers of `kind`: in use, read-only; and the errors of WriteAccess
-    Transaction(Database& database, WriteKind kind);
+    /// @throws WriteRefused: in use, read-only; and the errors of WriteAccess
+    explicit Transaction(Database& database);
     ~Transaction() override;
     Transaction(const Transaction&) = delete;
     Transaction& operator=(const Transaction&) = delete;
@@ -80,7 +80,6 @@ private:
     void end(State state);
 
     Storage& storage_;
-    WriteKind kind_;
     State state_ = State::Open;
     std::unique_ptr<WriteAccess> access_;
     Header header_;

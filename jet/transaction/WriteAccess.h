@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 
 #include "jet/Errors.h"
 #include "jet/storage/Storage.h"
@@ -14,9 +13,8 @@ namespace jet {
 class WriteAccess {
 public:
     /// Waits at most kLockWait in all.
-    /// @throws RuntimeError with the numbers of `kind`: in use, read-only. Also if there is a journal that must not be
-    /// applied.
-    WriteAccess(Storage& storage, WriteKind kind);
+    /// @throws WriteRefused: in use, read-only. RuntimeError if there is a journal that must not be applied
+    explicit WriteAccess(Storage& storage);
 
     /// Only rolls back the work of an interrupted writer.
     /// @throws RuntimeError (journal left) if we may not write, or if the journal must not be applied
@@ -25,11 +23,7 @@ public:
     PageIo& io() { return *io_; }
 
 private:
-    explicit WriteAccess(Storage& storage);
-
     std::unique_ptr<PageIo> io_;
-    Refusal refusal_ = Refusal::None;
-    std::optional<FileUser> holder_;  ///< a user of the original engine, if that is why the access is refused
 };
 
 }  // namespace jet

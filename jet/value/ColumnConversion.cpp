@@ -14,8 +14,8 @@ namespace {
 
 using base::Value;
 
-constexpr double kFirstDate = -657434;       // the year 100
-constexpr double kBehindLastDate = 2958466;  // the year 10000
+constexpr double kFirstDate = -657434;  // the year 100
+constexpr double kDateLimit = 2958466;  // the year 10000
 constexpr std::uint8_t kCurrencyScale = 4;
 
 /// A number to be converted. It is exact if possible.
@@ -41,7 +41,7 @@ std::optional<Source> sourceOf(const Value& value) {
 
 class Converter {
 public:
-    Converter(const Column& column, WriteKind kind) : column_(column), kind_(kind) {}
+    explicit Converter(const Column& column) : column_(column) {}
 
     Value convert(const Value& value) const {
         switch (column_.type) {
@@ -56,7 +56,7 @@ public:
             case ColumnType::Guid:
                 return asGuid(value);
             case ColumnType::Block:
-                throw valueOfOtherType(kind_);
+                throw valueOfOtherType();
             default:
                 return asNumber(source(value));
         }
@@ -65,7 +65,7 @@ public:
 private:
     Source source(const Value& value) const {
         const auto number = sourceOf(value);
-        if (!number) throw valueOfOtherType(kind_);
+        if (!number) throw valueOfOtherType();
         return *number;
     }
 
@@ -85,10 +85,10 @@ private:
             const auto number = sourceOf(value);
             const auto* exact = number ? std::get_if<ExactNumber>(&*number) : nullptr;
             const auto whole = exact != nullptr ? exact->wholeText() : std::nullopt;
-            if (!whole) throw valueOfOtherType(kind_);
+            if (!whole) throw valueOfOtherType();
             text = base::fromUtf8(*whole);
         }
-        if (column_.type == ColumnType::Text && text.size() > column_.lengthBytes / 2U) throw valueTooLong(kind_);
+        if (column_.type == ColumnType::Text && text.size() > column_.lengthBytes / 2U) throw valueTooLong();
         return text;
     }
 
@@ -96,14 +96,14 @@ private:
         if (std::holds_alternative<base::Guid>(value)) return value;
         const auto* text = std::get_if<base::Text>(&value);
         const auto guid = text != nullptr ? guidFromText(*text) : std::nullopt;
-        if (!guid) throw valueOfOtherType(kind_);
+        if (!guid) throw valueOfOtherType();
         return *guid;
     }
 
     Value asBytes(const Value& value) const {
         const auto* bytes = std::get_if<base::Bytes>(&value);
-        if (bytes == nullptr) throw valueOfOtherType(kind_);
-        if (column_.type == ColumnType::Binary && bytes->size() > column_.lengthBytes) throw valueTooLong(kind_);
+        if (bytes == nullptr) throw valueOfOtherType();
+        if (column_.type == ColumnType::Binary && bytes->size() > column_.lengthBytes) throw valueTooLong();
         return *bytes;
     }
 
@@ -119,14 +119,14 @@ private:
                 return base::Currency{scaled(number, kCurrencyScale)};
             case ColumnType::Single: {
                 const double wide = asDouble(number);
-                if (!(std::abs(wide) <= std::numeric_limits<float>::max())) throw valueTooLong(kind_);
+                if (!(std::abs(wide) <= std::numeric_limits<float>::max())) throw valueTooLong();
                 return static_cast<float>(wide);
             }
             case ColumnType::Double:
                 return asDouble(number);
             case ColumnType::DateTime: {
                 const double days = asDouble(number);
-                if (!(days >= kFirstDate && days < kBehindLastDate)) throw valueTooLong(kind_);
+                if (!(days >= kFirstDate && days < kDateLimit)) throw valueTooLong();
                 return base::Date{days};
             }
             default:
@@ -138,26 +138,26 @@ private:
     Value whole(const Source& number) const {
         const std::int64_t value = scaled(number, 0);
         if (value < std::numeric_limits<Whole>::min() || value > std::numeric_limits<Whole>::max())
-            throw valueTooLong(kind_);
+            throw valueTooLong();
         return static_cast<Whole>(value);
     }
 
     std::int64_t scaled(const Source& number, std::uint8_t scale) const {
         const auto value = exact(number).scaledTo(scale);
-        if (!value) throw valueTooLong(kind_);
+        if (!value) throw valueTooLong();
         return *value;
     }
 
     Value asDecimal(const Source& number) const {
         const auto decimal = exact(number).decimal(column_.precision, column_.scale);
-        if (!decimal) throw valueTooLong(kind_);
+        if (!decimal) throw valueTooLong();
         return *decimal;
     }
 
     double asDouble(const Source& number) const {
         const auto* floating = std::get_if<double>(&number);
         const double value = floating != nullptr ? *floating : std::get<ExactNumber>(number).toDouble();
-        if (!std::isfinite(value)) throw valueTooLong(kind_);
+        if (!std::isfinite(value)) throw valueTooLong();
         return value;
     }
 
@@ -165,18 +165,17 @@ private:
         const auto* floating = std::get_if<double>(&number);
         if (floating == nullptr) return std::get<ExactNumber>(number);
         const auto exact = ExactNumber::fromDouble(*floating);
-        if (!exact) throw valueTooLong(kind_);
+        if (!exact) throw valueTooLong();
         return *exact;
     }
 
     const Column& column_;
-    WriteKind kind_;
 };
 
 }  // namespace
 
-Value convertToColumn(const Column& column, const Value& value, WriteKind kind) {
-    if (!base::isNull(value)) return Converter(column, kind).convert(value);
+Value convertToColumn(const Column& column, const Value& value) {
+    if (!base::isNull(value)) return Converter(column).convert(value);
     return column.type == ColumnType::Boolean ? Value(false) : value;
 }
 

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <string>
 
+#include "ado/embedded/AdoError.h"
 #include "ado/embedded/Factory.h"
 #include "base/RuntimeError.h"
 #include "tests/support/Expect.h"
@@ -138,6 +139,8 @@ TEST_F(Embedded, WhatCannotBeWrittenIsRefusedAtAddNew) {
         EXPECT_EQ(errorOf([&] { rows->AddNew(); }), number);
         EXPECT_EQ(errorOf([&] { connection->Execute(u"DELETE FROM Konto"); }), -2147467259);
     }
+    EXPECT_EQ(recordsetError(jet::readOnly()).description(),
+              u"Aktualisieren nicht möglich. Datenbank oder Objekt ist schreibgeschützt.");
     EXPECT_EQ(machine.file(), before);
     EXPECT_EQ(machine.journal(), std::nullopt);
     // Nothing is pending, and reading still works.

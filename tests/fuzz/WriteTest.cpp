@@ -99,8 +99,8 @@ private:
 void addRow(Database& database, base::TextView table) {
     RowOfValues row;
     for (const bool isFirst : {true, false}) {
-        Transaction transaction(database, WriteKind::Recordset);
-        TableWriter writer(transaction, table, WriteKind::Recordset);
+        Transaction transaction(database);
+        TableWriter writer(transaction, table);
         if (isFirst)
             row = writer.startRow();
         else

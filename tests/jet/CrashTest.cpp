@@ -46,7 +46,7 @@ base::Bytes sampleBytes(std::uint32_t databaseKey) {
 /// @return whether the commit returned without an error
 bool commitOn(const Machine& machine, const Pattern& pattern) {
     Database database = Database::open(machine.storage(), {}, LeftJournalRule::RollBack);
-    Transaction transaction(database, WriteKind::Execute);
+    Transaction transaction(database);
     pattern.change(transaction);
     try {
         transaction.commit();

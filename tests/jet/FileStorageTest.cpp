@@ -100,10 +100,10 @@ protected:
     std::string openingError() const {
         return errorOf([&] { open(LeftJournalRule::Refuse); });
     }
-    std::string writingError(WriteKind kind) const {
+    std::string writingError() const {
         return errorOf([&] {
             Database database = open();
-            Transaction transaction(database, kind);
+            Transaction transaction(database);
             transaction.change(1)[100] ^= 1U;
             transaction.commit();
         });
@@ -185,9 +185,9 @@ TEST_F(FileStorageTest, WaitsForAWriterOnlySoLongAndIsFreeWhenHeDies) {
 TEST_F(FileStorageTest, TellsTheWriterThatAnotherOneHoldsIt) {
     Database first = open();
     Database second = open();
-    const Transaction transaction(first, WriteKind::Execute);
-    EXPECT_EQ(errorOf([&] { Transaction(second, WriteKind::Recordset); }),
-              "-2147217887: Aktualisieren nicht möglich; derzeit gesperrt durch einen anderen Benutzer der Datei '" +
+    const Transaction transaction(first);
+    EXPECT_EQ(errorOf([&] { Transaction{second}; }),
+              "-2147467259: Aktualisieren nicht möglich; derzeit gesperrt durch einen anderen Benutzer der Datei '" +
                   base::toUtf8(file_.u16string()) + "'.");
 }
 
@@ -225,11 +225,10 @@ TEST_F(FileStorageTest, IsNotWrittenWhileTheOriginalEngineHasItOpen) {
     const std::string text =
         "Aktualisieren nicht möglich; derzeit gesperrt durch Benutzer 'Admin' auf Computer "
         "'PC-BÜRO'.";
-    EXPECT_EQ(writingError(WriteKind::Recordset), "-2147217887: " + text);
-    EXPECT_EQ(writingError(WriteKind::Execute), "-2147467259: " + text);
+    EXPECT_EQ(writingError(), "-2147467259: " + text);
     EXPECT_EQ(counted(), 0U);
     release(holder);
-    EXPECT_EQ(writingError(WriteKind::Execute), "no error");
+    EXPECT_EQ(writingError(), "no error");
     EXPECT_EQ(contents(lockFile), slots);
 }
 
@@ -248,21 +247,21 @@ TEST_F(FileStorageTest, IsNotWrittenWhereSomethingElseHasTheJournalsName) {
     for (const fs::path& path : {journal_, newJournal_}) {
         for (const auto& make : makers) {
             make(path);
-            EXPECT_NE(writingError(WriteKind::Execute), "no error");
+            EXPECT_NE(writingError(), "no error");
             EXPECT_NE(fs::symlink_status(path).type(), fs::file_type::regular);
             EXPECT_TRUE(fs::remove(path));
         }
     }
     EXPECT_TRUE(contents(file_) == old_ && contents(victim) == old_ && !fs::exists(folder_ / "nirgends"));
-    EXPECT_EQ(writingError(WriteKind::Execute), "no error");
+    EXPECT_EQ(writingError(), "no error");
 }
 
 TEST_F(FileStorageTest, IsNotWrittenIfTheOriginalEngineOpensItWhileTheWriterWaits) {
     store(lockFilePath(file_.u16string()), base::Bytes(kUserSlotBytes, 'A'));
     Database database = open(), second = open();
-    auto transaction = std::make_unique<Transaction>(database, WriteKind::Execute);
+    auto transaction = std::make_unique<Transaction>(database);
     std::string error;
-    std::thread waiting([&] { error = errorOf([&] { Transaction(second, WriteKind::Execute); }); });
+    std::thread waiting([&] { error = errorOf([&] { Transaction{second}; }); });
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
     OtherProcess holder = startHolder("hold-user-slot");
     transaction.reset();
@@ -292,7 +291,7 @@ private:
 TEST_F(FileStorageTest, KeepsOtherProgramsFromWritingWhileItIsWritten) {
     Database database = open();
     {
-        const Transaction transaction(database, WriteKind::Execute);
+        const Transaction transaction(database);
         EXPECT_FALSE(Foreign(file_, _O_RDWR, _SH_DENYNO).isOpen());
         EXPECT_TRUE(Foreign(file_, _O_RDONLY, _SH_DENYNO).isOpen());
     }
@@ -321,16 +320,14 @@ TEST_F(FileStorageTest, IsReadAsFarAsOtherProgramsLetIt) {
     {
         const Foreign writer(file_, _O_RDWR, _SH_DENYNO);
         EXPECT_EQ(counted(), 0U);
-        EXPECT_THAT(writingError(WriteKind::Recordset),
-                    testing::StartsWith("-2147217887: Aktualisieren nicht möglich"));
-        EXPECT_THAT(writingError(WriteKind::Execute), testing::StartsWith("-2147467259: Aktualisieren nicht möglich"));
+        EXPECT_THAT(writingError(), testing::StartsWith("-2147467259: Aktualisieren nicht möglich"));
     }
     {
         const Foreign jealous(file_, _O_RDWR, _SH_DENYRW);
         EXPECT_THAT(openingError(), testing::EndsWith("konnte nicht verwendet werden; Datei wird bereits benutzt."));
     }
     EXPECT_EQ(contents(file_), old_);
-    EXPECT_EQ(writingError(WriteKind::Execute), "no error");
+    EXPECT_EQ(writingError(), "no error");
 }
 
 #else
@@ -351,8 +348,7 @@ bool asOrdinaryUser(const std::function<bool()>& attempt) {
 
 TEST_F(FileStorageTest, IsReadButNotWrittenWhereItMayNotBe) {
     const auto isOnlyRead = [this] {
-        return counted() == 0 && writingError(WriteKind::Recordset).starts_with("-2147217911: ") &&
-               writingError(WriteKind::Execute).starts_with("-2147467259: Operation muss");
+        return counted() == 0 && writingError().starts_with("-2147467259: Operation muss");
     };
     fs::permissions(folder_, fs::perms::all);
     fs::permissions(file_, fs::perms::all & ~kWrite);

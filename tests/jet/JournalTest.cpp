@@ -18,7 +18,7 @@ constexpr PageNumber kSecond = 8;
 /// Changes the pages kFirst and kSecond in all their sectors, and appends one page.
 void change(const Machine& machine) {
     Database database = Database::open(machine.storage(), {});
-    Transaction transaction(database, WriteKind::Execute);
+    Transaction transaction(database);
     for (const PageNumber number : {kFirst, kSecond, transaction.append()}) {
         for (std::uint8_t& byte : transaction.change(number))
             byte = static_cast<std::uint8_t>(byte + 1);

@@ -116,7 +116,7 @@ int read(jet::LeftJournalRule rule) {
 /// Stops in the middle of a change.
 int holdTransaction(int) {
     Database database = open(jet::LeftJournalRule::RollBack);
-    jet::Transaction transaction(database, jet::WriteKind::Execute);
+    jet::Transaction transaction(database);
     transaction.change(kPages[0])[kOffset] = 77;
     holdUntilTold();
 }
@@ -169,7 +169,7 @@ base::Bytes file() {
 }
 
 void add(Database& database) {
-    jet::Transaction transaction(database, jet::WriteKind::Execute);
+    jet::Transaction transaction(database);
     for (const jet::PageNumber number : kPages) {
         const auto page = transaction.change(number);
         base::putU32(page, kOffset, base::ByteView(page).u32(kOffset) + 1);

@@ -80,35 +80,28 @@ TEST(TableWriter, RefusesBeforeAnythingIsChanged) {
     const struct {
         const char* what;
         Assignment assignment;
-        std::int32_t recordset;
-        std::int32_t statement;
+        std::int32_t number;
         const char* text;
     } cases[] = {
-        {"null", {kName, Null{}}, -2147217887, -2147467259, "Das Feld 'Bestand.Name' kann keinen Nullwert"},
-        {"no text", {kName, Text()}, -2147217887, -2147467259, "Feld 'Bestand.Name' kann keine leere"},
-        {"too long", {kName, Text(51, u'x')}, -2147217887, -2147217833, ""},
-        {"a key twice", {kKey, Text(u"K2 ")}, -2147467259, -2147467259, "mehrfach vorkommende Werte"},
-        {"a key of unknown order", {kKey, Text(u"\xD83D\xDE00")}, -2147467259, -2147467259, "Index 'Kennung'"},
-        {"out of range", {kCount, 3e9}, -2147217887, -2147217833, ""},
-        {"no number", {kCount, Text(u"zwei")}, -2147217887, -2147217913, ""},
-        {"against a rule",
-         {kCount, std::int32_t{0}},
-         -2147217887,
-         -2147467259,
-         "Gültigkeitsregel '>0' für 'Bestand.Anzahl'"},
-        {"a rule not understood", {kPicture, base::Bytes(3)}, -2147467259, -2147467259, "'Rnd()>0'"},
-        {"a number of the engine's", {kId, std::int32_t{9}}, -2147217887, -2147467259, "nicht aktualisiert werden"},
+        {"null", {kName, Null{}}, -2147467259, "Das Feld 'Bestand.Name' kann keinen Nullwert"},
+        {"no text", {kName, Text()}, -2147467259, "Feld 'Bestand.Name' kann keine leere"},
+        {"too long", {kName, Text(51, u'x')}, -2147217833, ""},
+        {"a key twice", {kKey, Text(u"K2 ")}, -2147467259, "mehrfach vorkommende Werte"},
+        {"a key of unknown order", {kKey, Text(u"\xD83D\xDE00")}, -2147467259, "Index 'Kennung'"},
+        {"out of range", {kCount, 3e9}, -2147217833, ""},
+        {"no number", {kCount, Text(u"zwei")}, -2147217913, ""},
+        {"against a rule", {kCount, std::int32_t{0}}, -2147467259, "Gültigkeitsregel '>0' für 'Bestand.Anzahl'"},
+        {"a rule not understood", {kPicture, base::Bytes(3)}, -2147467259, "'Rnd()>0'"},
+        {"a number of the engine's", {kId, std::int32_t{9}}, -2147467259, "nicht aktualisiert werden"},
     };
     for (const auto& c : cases) {
-        for (const WriteKind kind : {WriteKind::Recordset, WriteKind::Execute}) {
-            TableWriter writer = file.writer(kTable, kind);
-            try {
-                writer.update(row, {{{kNote, Text(5000, u'n')}, c.assignment}});
-                ADD_FAILURE() << c.what;
-            } catch (const base::RuntimeError& error) {
-                EXPECT_EQ(error.number(), kind == WriteKind::Recordset ? c.recordset : c.statement) << c.what;
-                EXPECT_NE(std::string(error.what()).find(c.text), std::string::npos) << error.what();
-            }
+        TableWriter writer = file.writer(kTable);
+        try {
+            writer.update(row, {{{kNote, Text(5000, u'n')}, c.assignment}});
+            ADD_FAILURE() << c.what;
+        } catch (const base::RuntimeError& error) {
+            EXPECT_EQ(error.number(), c.number) << c.what;
+            EXPECT_NE(std::string(error.what()).find(c.text), std::string::npos) << error.what();
         }
         EXPECT_EQ(file.store.changedPages(), 0U) << c.what;
     }
@@ -192,7 +185,7 @@ TEST(TableWriter, NoNumberIsTakenIfEveryNewRowWouldBeRefused) {
         prepare(file);
         file.store.settle();
         try {
-            file.writer(kTable, WriteKind::Recordset).startRow();
+            file.writer(kTable).startRow();
             ADD_FAILURE() << text;
         } catch (const base::RuntimeError& error) {
             EXPECT_NE(std::string(error.what()).find(text), std::string::npos) << error.what();

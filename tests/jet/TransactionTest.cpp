@@ -14,7 +14,7 @@ TEST(Transaction, ShowsItsOwnChangesAndNobodyElseDoes) {
     const base::Bytes old = test::sampleFile({});
     const Machine machine(old);
     Database database = Database::open(machine.storage(), {});
-    Transaction transaction(database, WriteKind::Recordset);
+    Transaction transaction(database);
     const PageView earlier = transaction.page(6);
     const std::uint8_t byte = earlier.bytes.u8(100);
     transaction.change(6)[100] = static_cast<std::uint8_t>(byte + 1);
@@ -39,17 +39,17 @@ TEST(Transaction, CostsTwoFlushesAndNothingWithoutAChange) {
     const Machine machine(old);
     Database database = Database::open(machine.storage(), {});
     {
-        Transaction idle(database, WriteKind::Execute);
+        Transaction idle(database);
         idle.change(4)[7] ^= 0U;
         idle.commit();
-        Transaction forgotten(database, WriteKind::Execute);
+        Transaction forgotten(database);
         forgotten.change(4)[7] ^= 1U;
-        Transaction dropped(database, WriteKind::Execute);
+        Transaction dropped(database);
         dropped.change(4)[7] ^= 1U;
         dropped.drop();
     }
     EXPECT_EQ(machine.steps(), 0);
-    Transaction transaction(database, WriteKind::Execute);
+    Transaction transaction(database);
     for (const PageNumber page : {4U, 9U, 11U})
         transaction.change(page)[7] ^= 1U;
     transaction.commit();
@@ -64,15 +64,13 @@ TEST(Transaction, IsRefusedWhereThereIsNothingToWriteTo) {
     Machine readOnly(file);
     readOnly.refuseWriting(Refusal::ReadOnly);
     Database database = Database::open(readOnly.storage(), {});
-    EXPECT_EQ(errorOf([&] { Transaction(database, WriteKind::Recordset); }),
-              "-2147217911: Aktualisieren nicht möglich. Datenbank oder Objekt ist schreibgeschützt.");
-    EXPECT_EQ(errorOf([&] { Transaction(database, WriteKind::Execute); }),
+    EXPECT_EQ(errorOf([&] { Transaction{database}; }),
               "-2147467259: Operation muss eine aktualisierbare Abfrage verwenden.");
     base::Bytes withTail = file;
     withTail.push_back(1);
     const Machine machine(withTail);
     Database cut = Database::open(machine.storage(), {});
-    EXPECT_NE(errorOf([&] { Transaction(cut, WriteKind::Execute); }).find("mitten in dieser Seite"), std::string::npos);
+    EXPECT_NE(errorOf([&] { Transaction{cut}; }).find("mitten in dieser Seite"), std::string::npos);
 }
 
 }  // namespace

@@ -132,9 +132,9 @@ TEST(ColumnConversion, ConvertsWhatFitsAndRefusesTheRest) {
         taking.lengthBytes = 20;
         taking.precision = 16;
         if (base::isNull(c.held))
-            EXPECT_THROW(convertToColumn(taking, c.value, WriteKind::Execute), base::RuntimeError);
+            EXPECT_THROW(convertToColumn(taking, c.value), base::RuntimeError);
         else
-            EXPECT_EQ(convertToColumn(taking, c.value, WriteKind::Execute), c.held);
+            EXPECT_EQ(convertToColumn(taking, c.value), c.held);
     }
 }
 

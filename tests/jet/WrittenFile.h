@@ -16,7 +16,7 @@ public:
     explicit WrittenFile(const std::vector<test::SampleTable>& tables) : store(test::sampleFile(tables)) {}
     explicit WrittenFile(const base::Bytes& file) : store(file) {}
 
-    TableWriter writer(base::TextView table, WriteKind kind = WriteKind::Execute) { return {store, table, kind}; }
+    TableWriter writer(base::TextView table) { return {store, table}; }
 
     /// The rows of the table by the value of the first column, which is a Long.
     std::map<std::int32_t, std::vector<base::Value>> rows(base::TextView name) {

@@ -51,10 +51,9 @@ public:
     }
     void add(std::int32_t id, base::Value name, base::Value path = base::Text(u"C:\\Daten"),
              base::Value pass = base::Null{}, bool progUpdate = false) {
-        constexpr auto kKind = jet::WriteKind::Execute;
         jet::Database database = open();
-        jet::Transaction transaction(database, kKind);
-        jet::TableWriter writer(transaction, tolv::accountTable::kTable, kKind);
+        jet::Transaction transaction(database);
+        jet::TableWriter writer(transaction, tolv::accountTable::kTable);
         writer.insert({{{0, id}, {1, std::move(name)}, {2, std::move(pass)}, {3, std::move(path)}, {4, progUpdate}}});
         transaction.commit();
     }

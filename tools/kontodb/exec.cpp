@@ -72,7 +72,7 @@ std::int32_t executePart(jet::sql::StatementRun& run, jet::PageSource& pages, co
 /// All statements in one transaction; each sees what the ones before it have changed.
 Counts execute(jet::Database& database, const Script& script, bool isDryRun) {
     const Interruption interruption;
-    jet::Transaction transaction(database, jet::WriteKind::Execute);
+    jet::Transaction transaction(database);
     InterruptiblePages pages(transaction);
     jet::sql::StatementRun run(pages);
     Counts counts;

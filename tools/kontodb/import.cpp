@@ -63,8 +63,8 @@ int import(std::span<const base::Text> arguments, Console& console) {
     jet::Database database = openProtected(line.operand(0), line, console, leftJournal);
 
     const Interruption interruption;
-    jet::Transaction transaction(database, jet::WriteKind::Execute);
-    jet::TableWriter writer(transaction, tolv::accountTable::kTable, jet::WriteKind::Execute);
+    jet::Transaction transaction(database);
+    jet::TableWriter writer(transaction, tolv::accountTable::kTable);
     if (!reportFaults(accounts.faults(writer.table()), console)) return kExitError;
     accounts.insert(writer, console);
     const std::string count = numberOfAccounts(accounts.count());
