@@ -3,6 +3,7 @@
 #include <cassert>
 
 #include "jet/Errors.h"
+#include "jet/WriteErrors.h"
 #include "jet/table/RowCodec.h"
 
 namespace jet {
@@ -29,11 +30,13 @@ DataPage RowPages::read(PageNumber page) const {
     return DataPage::read(store_, page, owner_);
 }
 
-PageNumber RowPages::addPage() {
+RowPointer RowPages::addToNewPage(std::span<const std::uint8_t> row, SlotState state) {
     const PageNumber page = allocator_.allocate();
     clearDataPage(store_.change(page), owner_);
     owned_.set(page);
-    return page;
+    const int slot = edit(page).append(row, state);
+    if (slot < 0) throw rowTooLong();
+    return {page, static_cast<std::uint8_t>(slot)};
 }
 
 RowPointer RowPages::add(std::span<const std::uint8_t> row, SlotState state) {
@@ -43,14 +46,13 @@ RowPointer RowPages::add(std::span<const std::uint8_t> row, SlotState state) {
         if (slot >= 0) return {*page, static_cast<std::uint8_t>(slot)};
         withRoom_.clear(*page);
     }
-    const PageNumber page = addPage();
-    withRoom_.set(page);
-    return {page, static_cast<std::uint8_t>(edit(page).append(row, state))};
+    const RowPointer place = addToNewPage(row, state);
+    withRoom_.set(place.page);
+    return place;
 }
 
 RowPointer RowPages::addAlone(std::span<const std::uint8_t> row) {
-    const PageNumber page = addPage();
-    return {page, static_cast<std::uint8_t>(edit(page).append(row))};
+    return addToNewPage(row, SlotState::Live);
 }
 
 void RowPages::remove(RowPointer row) {

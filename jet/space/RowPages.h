@@ -24,7 +24,7 @@ public:
 
     /// Adds a row to any page with room, or to a new page.
     /// @param row  at most kMaxRowBytes
-    /// @throws RuntimeError if the file is full
+    /// @throws RuntimeError if the file is full, or the row longer than a page takes
     RowPointer add(std::span<const std::uint8_t> row, SlotState state = SlotState::Live);
 
     /// Adds a row to a page of its own, to which no other row will be added.
@@ -43,7 +43,7 @@ public:
 
 private:
     void requireOwn(PageNumber page) const;
-    PageNumber addPage();
+    RowPointer addToNewPage(std::span<const std::uint8_t> row, SlotState state);
 
     PageStore& store_;
     PageAllocator& allocator_;

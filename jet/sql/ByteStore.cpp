@@ -9,8 +9,8 @@ namespace jet::sql {
 namespace {
 
 constexpr std::size_t kFirstBlockBytes = std::size_t{256} * 1024;
-/// All further blocks ask for huge pages. With small pages, a fifth of the time of a large query was spent in the
-/// system, which provides them one by one.
+/// All further blocks are made of huge pages, where there are some: with small ones an ordered query of 1,000,000
+/// accounts takes 1.5 times the processor time.
 constexpr std::size_t kHugePageBytes = std::size_t{2} * 1024 * 1024;
 
 }  // namespace

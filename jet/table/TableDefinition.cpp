@@ -29,6 +29,47 @@ constexpr std::size_t kOwnedOffset = 55;
 constexpr std::size_t kSpaceOffset = 59;
 constexpr std::size_t kLongValueMapsBytes = 10;
 
+/// Offsets in a column descriptor.
+struct ColumnAt {
+    static constexpr std::size_t kType = 0;
+    static constexpr std::size_t kMark = 1;
+    static constexpr std::size_t kNumber = 5;
+    static constexpr std::size_t kVariableIndex = 7;
+    static constexpr std::size_t kDisplayPosition = 9;
+    static constexpr std::size_t kPrecision = 11;  ///< Numeric; the other types have an order of text here
+    static constexpr std::size_t kScale = 12;
+    static constexpr std::size_t kTextOrder = 11;
+    static constexpr std::size_t kTextOrderVersion = 14;
+    static constexpr std::size_t kFlags = 15;
+    static constexpr std::size_t kExtendedFlags = 16;
+    static constexpr std::size_t kFixedOffset = 21;
+    static constexpr std::size_t kLength = 23;
+};
+
+/// Offsets in an index data block.
+struct BlockAt {
+    static constexpr std::size_t kMark = 0;
+    static constexpr std::size_t kUsageMap = 34;
+    static constexpr std::size_t kRootPage = 38;
+    static constexpr std::size_t kFlags = 46;
+
+    static constexpr std::size_t columnNumber(std::size_t i) { return 4 + 3 * i; }
+    static constexpr std::size_t columnOrder(std::size_t i) { return columnNumber(i) + 2; }
+};
+
+/// Offsets in a logical index.
+struct LogicalAt {
+    static constexpr std::size_t kMark = 0;
+    static constexpr std::size_t kNumber = 4;
+    static constexpr std::size_t kDataBlock = 8;
+    static constexpr std::size_t kSide = 12;
+    static constexpr std::size_t kPartnerNumber = 13;
+    static constexpr std::size_t kPartnerTable = 17;
+    static constexpr std::size_t kUpdateRule = 21;
+    static constexpr std::size_t kDeleteRule = 22;
+    static constexpr std::size_t kKind = 23;
+};
+
 constexpr std::uint32_t kMark = 1625;
 constexpr std::uint32_t kIndexMark = 1923;
 constexpr std::uint16_t kNone = 0xFFFF;
@@ -91,20 +132,20 @@ bool isKnown(ColumnType type) {
 Column readColumn(base::ByteView bytes) {
     Column column;
     std::copy(bytes.bytes().begin(), bytes.bytes().end(), column.descriptor.begin());
-    column.type = static_cast<ColumnType>(bytes.u8(0));
-    column.number = bytes.u16(5);
-    column.variableIndex = bytes.u16(7);
-    column.displayPosition = bytes.u16(9);
+    column.type = static_cast<ColumnType>(bytes.u8(ColumnAt::kType));
+    column.number = bytes.u16(ColumnAt::kNumber);
+    column.variableIndex = bytes.u16(ColumnAt::kVariableIndex);
+    column.displayPosition = bytes.u16(ColumnAt::kDisplayPosition);
     if (column.type == ColumnType::Numeric) {
-        column.precision = bytes.u8(11);
-        column.scale = bytes.u8(12);
+        column.precision = bytes.u8(ColumnAt::kPrecision);
+        column.scale = bytes.u8(ColumnAt::kScale);
     } else {
-        column.textOrder = {bytes.u16(11), bytes.u8(14)};
+        column.textOrder = {bytes.u16(ColumnAt::kTextOrder), bytes.u8(ColumnAt::kTextOrderVersion)};
     }
-    column.flags = bytes.u8(15);
-    column.extendedFlags = bytes.u8(16);
-    column.fixedOffset = bytes.u16(21);
-    column.lengthBytes = bytes.u16(23);
+    column.flags = bytes.u8(ColumnAt::kFlags);
+    column.extendedFlags = bytes.u8(ColumnAt::kExtendedFlags);
+    column.fixedOffset = bytes.u16(ColumnAt::kFixedOffset);
+    column.lengthBytes = bytes.u16(ColumnAt::kLength);
     return column;
 }
 
@@ -171,32 +212,32 @@ void readIndex(Reader& reader, IndexDefinition& index, const TableDefinition& de
     index.block = reader.takeArray<IndexDefinition::kBytes>();
     const base::ByteView bytes{index.block};
     for (std::size_t i = 0; i < kMaxIndexColumns; ++i) {
-        const std::uint16_t number = bytes.u16(4 + 3 * i);
+        const std::uint16_t number = bytes.u16(BlockAt::columnNumber(i));
         if (number == kNone) continue;
         if (definition.columnNumbered(number) == nullptr) {
             throw damaged(definition.page,
                           u"Ein Index nennt die Spalte " + base::decimal(number) + u", die es nicht gibt");
         }
-        index.columns.push_back({number, (bytes.u8(6 + 3 * i) & 1U) != 0});
+        index.columns.push_back({number, (bytes.u8(BlockAt::columnOrder(i)) & 1U) != 0});
     }
     if (index.columns.empty()) throw damaged(definition.page, u"Ein Index hat keine Spalten");
-    index.usageMap = RowPointer::unpack(bytes.u32(34));
-    index.rootPage = bytes.u32(38);
-    index.flags = bytes.u8(46);
+    index.usageMap = RowPointer::unpack(bytes.u32(BlockAt::kUsageMap));
+    index.rootPage = bytes.u32(BlockAt::kRootPage);
+    index.flags = bytes.u8(BlockAt::kFlags);
 }
 
 LogicalIndex readLogicalIndex(Reader& reader, const TableDefinition& definition) {
     LogicalIndex index;
     index.record = reader.takeArray<LogicalIndex::kBytes>();
     const base::ByteView bytes{index.record};
-    index.number = bytes.u32(4);
-    index.dataBlock = bytes.u32(8);
-    index.side = static_cast<LogicalIndex::Side>(bytes.u8(12));
-    index.partnerNumber = bytes.u32(13);
-    index.partnerTable = bytes.u32(17);
-    index.updateRule = bytes.u8(21);
-    index.deleteRule = bytes.u8(22);
-    index.kind = static_cast<LogicalIndex::Kind>(bytes.u8(23));
+    index.number = bytes.u32(LogicalAt::kNumber);
+    index.dataBlock = bytes.u32(LogicalAt::kDataBlock);
+    index.side = static_cast<LogicalIndex::Side>(bytes.u8(LogicalAt::kSide));
+    index.partnerNumber = bytes.u32(LogicalAt::kPartnerNumber);
+    index.partnerTable = bytes.u32(LogicalAt::kPartnerTable);
+    index.updateRule = bytes.u8(LogicalAt::kUpdateRule);
+    index.deleteRule = bytes.u8(LogicalAt::kDeleteRule);
+    index.kind = static_cast<LogicalIndex::Kind>(bytes.u8(LogicalAt::kKind));
     if (index.dataBlock >= definition.indexes.size() || index.kind > LogicalIndex::Kind::ForeignKey ||
         index.side > LogicalIndex::Side::Referencing) {
         throw damaged(definition.page, u"Index Nummer " + base::decimal(index.number) + u" ist unmöglich beschrieben");
@@ -287,51 +328,51 @@ private:
 
 std::array<std::uint8_t, Column::kDescriptorBytes> encodeColumn(const Column& column) {
     auto bytes = column.descriptor;
-    bytes[0] = static_cast<std::uint8_t>(column.type);
-    base::putU32(bytes, 1, kMark);
-    base::putU16(bytes, 5, column.number);
-    base::putU16(bytes, 7, column.variableIndex);
-    base::putU16(bytes, 9, column.displayPosition);
+    bytes[ColumnAt::kType] = static_cast<std::uint8_t>(column.type);
+    base::putU32(bytes, ColumnAt::kMark, kMark);
+    base::putU16(bytes, ColumnAt::kNumber, column.number);
+    base::putU16(bytes, ColumnAt::kVariableIndex, column.variableIndex);
+    base::putU16(bytes, ColumnAt::kDisplayPosition, column.displayPosition);
     if (column.type == ColumnType::Numeric) {
-        bytes[11] = column.precision;
-        bytes[12] = column.scale;
+        bytes[ColumnAt::kPrecision] = column.precision;
+        bytes[ColumnAt::kScale] = column.scale;
     } else {
-        base::putU16(bytes, 11, column.textOrder.lcid);
-        bytes[14] = column.textOrder.version;
+        base::putU16(bytes, ColumnAt::kTextOrder, column.textOrder.lcid);
+        bytes[ColumnAt::kTextOrderVersion] = column.textOrder.version;
     }
-    bytes[15] = column.flags;
-    bytes[16] = column.extendedFlags;
-    base::putU16(bytes, 21, column.fixedOffset);
-    base::putU16(bytes, 23, column.lengthBytes);
+    bytes[ColumnAt::kFlags] = column.flags;
+    bytes[ColumnAt::kExtendedFlags] = column.extendedFlags;
+    base::putU16(bytes, ColumnAt::kFixedOffset, column.fixedOffset);
+    base::putU16(bytes, ColumnAt::kLength, column.lengthBytes);
     return bytes;
 }
 
 std::array<std::uint8_t, IndexDefinition::kBytes> encodeIndex(const IndexDefinition& index) {
     assert(!index.columns.empty() && index.columns.size() <= kMaxIndexColumns);
     auto bytes = index.block;
-    base::putU32(bytes, 0, kIndexMark);
+    base::putU32(bytes, BlockAt::kMark, kIndexMark);
     for (std::size_t i = 0; i < kMaxIndexColumns; ++i) {
         const bool isUsed = i < index.columns.size();
-        base::putU16(bytes, 4 + 3 * i, isUsed ? index.columns[i].columnNumber : kNone);
-        if (isUsed) bytes[6 + 3 * i] = index.columns[i].ascending ? 1 : 0;
+        base::putU16(bytes, BlockAt::columnNumber(i), isUsed ? index.columns[i].columnNumber : kNone);
+        if (isUsed) bytes[BlockAt::columnOrder(i)] = index.columns[i].ascending ? 1 : 0;
     }
-    base::putU32(bytes, 34, index.usageMap.packed());
-    base::putU32(bytes, 38, index.rootPage);
-    bytes[46] = index.flags;
+    base::putU32(bytes, BlockAt::kUsageMap, index.usageMap.packed());
+    base::putU32(bytes, BlockAt::kRootPage, index.rootPage);
+    bytes[BlockAt::kFlags] = index.flags;
     return bytes;
 }
 
 std::array<std::uint8_t, LogicalIndex::kBytes> encodeLogicalIndex(const LogicalIndex& index) {
     auto bytes = index.record;
-    base::putU32(bytes, 0, kMark);
-    base::putU32(bytes, 4, index.number);
-    base::putU32(bytes, 8, index.dataBlock);
-    bytes[12] = static_cast<std::uint8_t>(index.side);
-    base::putU32(bytes, 13, index.partnerNumber);
-    base::putU32(bytes, 17, index.partnerTable);
-    bytes[21] = index.updateRule;
-    bytes[22] = index.deleteRule;
-    bytes[23] = static_cast<std::uint8_t>(index.kind);
+    base::putU32(bytes, LogicalAt::kMark, kMark);
+    base::putU32(bytes, LogicalAt::kNumber, index.number);
+    base::putU32(bytes, LogicalAt::kDataBlock, index.dataBlock);
+    bytes[LogicalAt::kSide] = static_cast<std::uint8_t>(index.side);
+    base::putU32(bytes, LogicalAt::kPartnerNumber, index.partnerNumber);
+    base::putU32(bytes, LogicalAt::kPartnerTable, index.partnerTable);
+    bytes[LogicalAt::kUpdateRule] = index.updateRule;
+    bytes[LogicalAt::kDeleteRule] = index.deleteRule;
+    bytes[LogicalAt::kKind] = static_cast<std::uint8_t>(index.kind);
     return bytes;
 }
 
