@@ -1,6 +1,7 @@
 #include "forms/RowTexts.h"
 
 #include <algorithm>
+#include <cstring>
 #include <functional>
 #include <utility>
 
@@ -66,15 +67,15 @@ void RowTexts::setCell(TextMemory& memory, std::size_t index, base::TextView tex
     const std::size_t newCells = index < count ? 0 : index + 1 - count;
     const std::size_t head = size == 0 ? kUnitsPerNumber : 0;
     const std::size_t newSize = size + head + kUnitsPerNumber * newCells + text.size() - oldLength;
-    if (newSize > size) units_ = memory.grow(units_, size, newSize);
+    if (size == 0 || newSize > size) units_ = memory.grow(units_, size, newSize);
     char16_t* end = units_ + size + head;
     for (std::size_t i = 0; i < newCells; ++i, end += kUnitsPerNumber)
         putNumber(end, 0);
     putNumber(units_, std::max(count, index + 1));
     char16_t* place = placeOfCell(units_, index);
     char16_t* textPlace = place + kUnitsPerNumber;
-    if (text.size() > oldLength) std::copy_backward(textPlace + oldLength, end, end + text.size() - oldLength);
-    if (text.size() < oldLength) std::copy(textPlace + oldLength, end, textPlace + text.size());
+    const char16_t* later = textPlace + oldLength;
+    std::memmove(textPlace + text.size(), later, static_cast<std::size_t>(end - later) * sizeof(char16_t));
     putNumber(place, text.size());
     std::copy(text.begin(), text.end(), textPlace);
 }
