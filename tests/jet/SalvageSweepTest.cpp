@@ -154,7 +154,7 @@ struct Figures {
     std::size_t copies = 0, refused = 0, unharmed = 0, found = 0, harmed = 0, harmedFound = 0, lostValues = 0;
 };
 
-constexpr std::uint32_t kKey = 0x5EED1234;
+constexpr std::uint32_t kPageKey = 0x5EED1234;
 
 class SalvageSweep : public testing::Test {
 protected:
@@ -268,7 +268,7 @@ TEST_F(SalvageSweep, EveryRowWhoseBytesAreUnharmedIsFoundAndNoOther) {
             SCOPED_TRACE(all[i].name + ", random seed " + std::to_string(randomSeed) + ", copy " +
                          std::to_string(copy));
             std::mt19937 own(random());
-            tryOne(copy % 3 == 0 ? test::encoded(all[i].file, kKey) : all[i].file, truth, own);
+            tryOne(copy % 3 == 0 ? test::encoded(all[i].file, kPageKey) : all[i].file, truth, own);
         }
     }
     std::printf("%zu copies, %zu refused; %zu of %zu unharmed rows found, %zu of %zu harmed ones; %zu values lost\n",
