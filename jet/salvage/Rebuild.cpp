@@ -5,6 +5,7 @@
 #include <map>
 #include <utility>
 
+#include "jet/fresh/ObjectNumbers.h"
 #include "jet/fresh/SystemTables.h"
 #include "jet/page/Header.h"
 #include "jet/salvage/FreshCatalog.h"
@@ -44,12 +45,14 @@ public:
         report_.tables.resize(salvage_.tables().size());
         for (std::size_t i = 0; i < salvage_.tables().size(); ++i)
             plans_.emplace_back(salvage_.tables()[i], order, report_.tables[i]);
+        std::vector<PageNumber> definitionPages;
+        for (const TablePlan& plan : plans_) {
+            definitionPages.push_back(fresh_.reserveDefinition());
+            numbers_.give(plan.table().rows.definition().page, definitionPages.back());
+        }
         RelationshipPlans relationships(salvage_, plans_, report_);
         for (std::size_t i = 0; i < plans_.size(); ++i)
-            plans_[i].survey([&](const std::vector<base::Value>& row) { relationships.addRow(i, row); });
-        std::vector<PageNumber> definitionPages;
-        for (std::size_t i = 0; i < plans_.size(); ++i)
-            definitionPages.push_back(fresh_.reserveDefinition());
+            survey(i, relationships);
         relationships.settle(definitionPages);
         for (std::size_t i = 0; i < plans_.size(); ++i)
             write(plans_[i], definitionPages[i]);
@@ -62,12 +65,33 @@ public:
     }
 
 private:
+    /// The columns of the table that hold numbers of objects.
+    static std::vector<const Column*> numberColumns(const TablePlan& plan) {
+        CatalogEntry entry;
+        entry.name = plan.name();
+        entry.flags = plan.table().flags;
+        return ObjectNumbers::columnsIn(entry, plan.definition());
+    }
+
+    void survey(std::size_t table, RelationshipPlans& relationships) {
+        TablePlan& plan = plans_[table];
+        const auto numbers = numberColumns(plan);
+        plan.survey([&](std::vector<base::Value>& row) {
+            numbers_.renumber(numbers, row);
+            relationships.addRow(table, row);
+        });
+    }
+
     void write(TablePlan& plan, PageNumber page) {
         TableDefinition definition = plan.definition();
         definition.page = page;
+        const auto numbers = numberColumns(plan);
         fresh_.startMapPage();
         const auto table = fresh_.addTable(plan.name(), std::move(definition));
-        plan.eachRow([&](const std::vector<base::Value>& row) { table->addRow(row); });
+        plan.eachRow([&](std::vector<base::Value>& row) {
+            numbers_.renumber(numbers, row);
+            table->addRow(row);
+        });
         table->finish();
         catalog_.addTable(plan, page);
     }
@@ -90,6 +114,7 @@ private:
     Salvage salvage_;
     SalvageReport report_;
     FreshFile fresh_;
+    ObjectNumbers numbers_;
     FreshCatalog catalog_;
     std::deque<TablePlan> plans_;
 };

@@ -198,8 +198,8 @@ void TablePlan::survey(const Visit& visit) {
             loseValue(place, *lost.column, lost.reason);
         clean(place, found, values, true);
         ++(losesValue_ ? report_->rowsWithLosses : report_->wholeRows);
-        addKeys(values);
         visit(values);
+        addKeys(values);
     };
     table_->rows.eachRow(row, [&](RowPointer place, const base::Text& reason) {
         ++report_->lostRows;

@@ -41,7 +41,7 @@ public:
     /// @return its position
     std::size_t addIndex(std::vector<IndexColumn> columns);
 
-    using Visit = std::function<void(const std::vector<base::Value>& values)>;
+    using Visit = std::function<void(std::vector<base::Value>& values)>;  ///< may change them
 
     /// The first reading. Afterwards the definition is what its rows satisfy.
     /// @param visit  gets the values of each row, by new column numbers

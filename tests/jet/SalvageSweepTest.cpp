@@ -202,6 +202,10 @@ protected:
             const bool mayBeLost = parts != row.longValues.end() && copy.isHarmed(parts->second);
             figures_.lostValues += mayBeLost ? 1 : 0;
             const base::Value& value = salvaged[column.number];
+            // Access's own lists name tables by their numbers, which are new.
+            if (truth.name.starts_with(u"MSys") &&
+                base::equalsIgnoringAsciiCase(column.name.substr(column.name.size() - 2), u"ID"))
+                continue;
             EXPECT_TRUE(mayBeLost || value == row.values[column.number])
                 << base::toUtf8(truth.name) << " row " << place.page << "/" << +place.slot << " column "
                 << base::toUtf8(column.name);
