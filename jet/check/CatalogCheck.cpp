@@ -23,6 +23,15 @@ bool hasHalfCharacter(base::TextView name) {
     return base::fromUtf8(base::toUtf8(name)) != name;
 }
 
+/// The properties of an object that is no table; those of tables are checked with their columns.
+void checkProperties(const SystemRow& row, const CatalogEntry& entry, Findings& findings) {
+    if (entry.isLocalTable()) return;
+    findings.guard(Place::ofTable(Catalog::ownEntry().name).withColumn(u"LvProp").atRow(entry.row), [&] {
+        const auto properties = row.value<base::Bytes>(u"LvProp");
+        if (properties) PropertyBlob::read(*properties, entry.row);
+    });
+}
+
 /// The number of a local table is a page. All other numbers are greater than the last page that a file can have.
 bool fitsItsKind(const CatalogEntry& entry) {
     return entry.isLocalTable() || entry.id >= kMaxPages;
@@ -42,6 +51,7 @@ std::vector<CatalogEntry> readCatalog(PageSource& source, Findings& findings) {
                            u"Dem Objekt fehlt Id, ParentId, Name oder Type.");
         } else {
             entries.push_back({*id, *parentId, *name, *type, row.number(u"Flags").value_or(0), row.pointer()});
+            checkProperties(row, entries.back(), findings);
         }
     });
     return entries;
