@@ -26,7 +26,7 @@ bool hasHalfCharacter(base::TextView name) {
 /// The properties of an object that is no table; those of tables are checked with their columns.
 void checkProperties(const SystemRow& row, const CatalogEntry& entry, Findings& findings) {
     if (entry.isLocalTable()) return;
-    findings.guard(Place::ofTable(Catalog::ownEntry().name).withColumn(u"LvProp").atRow(entry.row), [&] {
+    findings.guard(Place::ofTable(CatalogEntry::ofCatalog().name).withColumn(u"LvProp").atRow(entry.row), [&] {
         const auto properties = row.value<base::Bytes>(u"LvProp");
         if (properties) PropertyBlob::read(*properties, entry.row);
     });

@@ -168,6 +168,10 @@ TEST_F(Checker, NamesThePlaceOfADamagedObject) {
     expectOnly(u"Die Systemtabelle auf Seite 4 ist nicht verzeichnet");
     rowBytes(partOf(u"MSysObjects", table(u"Konten").entry().row, u"LvProp"))[4] ^= 0xFFU;
     expectOnly(u"Tabelle 'Konten', Spalte 'LvProp'");
+    const RowPointer query = table(u"Konten").entry().row;  // as if it were one
+    rowBytes(partOf(u"MSysObjects", query, u"LvProp"))[4] ^= 0xFFU;
+    base::putU16(stored(u"MSysObjects", query, u"Type"), 0, 5);
+    expectOnly(u"Tabelle 'MSysObjects', Spalte 'LvProp', " + onPage(query.page));
     const CatalogEntry second = table(u"Zweite").entry();
     flagSlot(second.row, 0xC000);
     expectOnly(onPage(second.id) + u": Die Seite ist die Definition einer Tabelle mit der Spalte 'Nr'");
