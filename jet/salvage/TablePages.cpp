@@ -58,8 +58,11 @@ void TablePages::readClaims() {
     claims_.byMap.resize(scan_.pageCount(), kNone);
     claims_.hasMap.resize(tables_.size());
     std::vector<std::uint16_t> tableOn(scan_.pageCount(), kNone);
-    for (std::size_t i = 0; i < tables_.size(); ++i)
-        tableOn[tables_[i].definition.page] = static_cast<std::uint16_t>(i);
+    for (std::size_t i = 0; i < tables_.size(); ++i) {
+        // A file that was cut off has not even the pages of the system tables.
+        if (tables_[i].definition.page < tableOn.size())
+            tableOn[tables_[i].definition.page] = static_cast<std::uint16_t>(i);
+    }
     for (PageNumber page = 1; page < scan_.pageCount(); ++page) {
         const std::uint32_t owner = scan_.owner(page);
         if (scan_.kind(page) == PageKind::Data && owner < scan_.pageCount()) claims_.byHeader[page] = tableOn[owner];

@@ -15,9 +15,9 @@ protected:
         return call({u"repair", file_, target_, u"--password", password});
     }
 
-    void overwrite(std::streamoff at, const std::string& bytes) const {
+    void overwrite(std::streamoff page, std::streamoff offset, const std::string& bytes) const {
         std::fstream file(std::filesystem::path(file_), std::ios::binary | std::ios::in | std::ios::out);
-        file.seekp(at);
+        file.seekp(page * 4096 + offset);
         file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     }
 
@@ -30,9 +30,9 @@ TEST_F(Repair, TellsWhatWasLostAndEndsWithOneOnlyIfSomethingWas) {
     EXPECT_EQ(call({u"check", target_, u"--password=geheim"}).exitCode, kExitSuccess);
     std::filesystem::remove(target_);
 
-    overwrite(0, std::string(4096, '\0'));              // the header, so that no password is known
-    overwrite(2 * 4096, std::string(4096, '\xFF'));     // the definition of the catalog
-    overwrite(20 * 4096 + 14, std::string(2, '\x1F'));  // where the first account is
+    overwrite(0, 0, std::string(4096, '\0'));    // the header, so that no password is known
+    overwrite(2, 0, std::string(4096, '\xFF'));  // the definition of the catalog
+    overwrite(20, 14, std::string(2, '\x1F'));   // where the first account is
     const std::string damaged = contentOf(file_);
     const Outcome outcome = repair();
     EXPECT_EQ(outcome.exitCode, kExitFaultsFound) << outcome.errors;
