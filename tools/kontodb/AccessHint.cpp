@@ -48,8 +48,7 @@ std::string onAccessDenied(const base::Text& path) {
 }  // namespace
 
 void hintAtAccess(const base::RuntimeError& error, std::span<const base::Text> operands, Console& console) {
-    if (error.description() == jet::readOnly().description())
-        return console.printError(onReadOnly(operands));
+    if (error.description() == jet::readOnly().description()) return console.printError(onReadOnly(operands));
     for (const base::Text& operand : operands) {
         if (error.description() == jet::accessDenied(operand).description())
             return console.printError(onAccessDenied(operand));
