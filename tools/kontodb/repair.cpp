@@ -13,6 +13,7 @@
 #include "tools/kontodb/PrivateFile.h"
 #include "tools/kontodb/ProtectedFile.h"
 #include "tools/kontodb/Signals.h"
+#include "tools/kontodb/WatchedPages.h"
 
 namespace kontodb {
 namespace {
@@ -102,11 +103,20 @@ jet::DamagedFile openDamaged(jet::PageIo& io, const base::Text& path, const Comm
     }
 }
 
+SalvageReport writeFresh(jet::DamagedFile& damaged, std::uint64_t damagedBytes, jet::PageIo& io, Console& console) {
+    Progress progress(console, "Die neue Datei wird geschrieben");
+    InterruptibleIo watched(io, progress, damagedBytes);
+    return jet::rebuild(damaged, watched);
+}
+
 /// A fault of the new file is a fault of this program. But the file is all that there is, so it is kept.
-void checkCopy(jet::PageIo& io, const base::Text& path, const base::Text& password, SalvageReport& report) {
+void checkCopy(jet::PageIo& io, const base::Text& path, const base::Text& password, SalvageReport& report,
+               Console& console) {
     jet::Database database = jet::Database::open(std::make_unique<InterruptibleIo>(io), path, password);
     auto operation = database.beginRead();
-    const jet::CheckResult result = jet::checkDatabase(operation, operation.sizeBytes());
+    Progress progress(console, "Die neue Datei wird geprüft");
+    WatchedPages pages(operation, progress);
+    const jet::CheckResult result = jet::checkDatabase(pages, operation.sizeBytes());
     if (!result.isSound())
         report.file.lose(u"Die neue Datei hat selbst noch Fehler: " + result.findings.kept().front().line());
 }
@@ -118,9 +128,8 @@ SalvageReport repairFile(const CommandLine& line, Console& console) {
     jet::DamagedFile damaged = openDamaged(input.io(), path, line, console);
     const Interruption interruption;
     const auto file = newPrivateFile(target);
-    InterruptibleIo io(file->io());
-    SalvageReport report = jet::rebuild(damaged, io);
-    checkCopy(file->io(), target, damaged.password(), report);
+    SalvageReport report = writeFresh(damaged, input.io().sizeBytes(), file->io(), console);
+    checkCopy(file->io(), target, damaged.password(), report, console);
     Interruption::check();
     file->publish();
     shareLike(path, target);
