@@ -39,6 +39,12 @@ Salvage::Salvage(DamagedFile& file) : file_(file), scan_(file) {
     const std::size_t found = definitions.size();
     addDefinitions(definitions, objects_);
     if (definitions.size() > found) pages.emplace(file_, scan_, definitions);
+    // A table whose definition is nowhere may be one that has lost its entry: the number in it was damaged.
+    isCatalogWhole_ = isCatalogWhole_ && std::ranges::all_of(objects_, [&](const SalvagedObject& object) {
+                          return object.type != CatalogEntry::kLocalTable ||
+                                 std::ranges::any_of(
+                                     definitions, [&](const auto& each) { return each.definition.page == object.id; });
+                      });
     for (std::size_t i = 0; i < definitions.size(); ++i) {
         if (isSystemPage(definitions[i].definition.page)) continue;
         if (isInUse(definitions[i], !pages->pagesOf(i).empty()))
