@@ -34,6 +34,9 @@ inline constexpr base::TextView kStandardInput = u"-";
 /// Results for programs, an object a line.
 inline constexpr base::TextView kJsonFlag = u"--json";
 
+/// Nothing is changed; the command says what it would do.
+inline constexpr base::TextView kDryRunFlag = u"--dry-run";
+
 /// The arguments after a command's name, by kind: `--option VALUE` (or `--option=VALUE`), `--flag`, and the others in
 /// their order. An argument that begins with "-" is an option, except "-" alone and everything after `--`.
 class CommandLine {

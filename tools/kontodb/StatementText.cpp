@@ -14,7 +14,7 @@ namespace {
 
 /// No text that somebody writes is nearly as long.
 constexpr std::size_t kMostBytes = std::size_t{1} << 26U;
-constexpr std::size_t kBytesAtOnce = std::size_t{1} << 16U;
+constexpr std::size_t kInputBytesAtOnce = std::size_t{1} << 16U;
 
 [[noreturn]] void failTooLong(const base::Text& source) {
     throw UsageError(source + u" ist zu lang; erlaubt sind 64 MB.");
@@ -34,7 +34,7 @@ std::string standardInput(const CommandLine& line, Console& console) {
 std::string contentOf(const base::Text& path) {
     std::ifstream file(std::filesystem::path(path), std::ios::binary);
     if (!file) throw jet::fileNotFound(path);
-    std::string text, part(kBytesAtOnce, '\0');
+    std::string text, part(kInputBytesAtOnce, '\0');
     do {
         file.read(part.data(), static_cast<std::streamsize>(part.size()));
         text.append(part, 0, static_cast<std::size_t>(file.gcount()));

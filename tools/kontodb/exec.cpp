@@ -20,9 +20,8 @@ namespace {
 
 constexpr base::TextView kFileOption = u"--file";
 constexpr base::TextView kAllFlag = u"--all";
-constexpr base::TextView kDryRunFlag = u"--dry-run";
 
-using Counts = std::vector<std::int32_t>;
+using RowCounts = std::vector<std::int32_t>;
 
 /// An operand is only one statement: another program may have put a name with a semicolon into it.
 Script scriptOf(const CommandLine& line, Console& console) {
@@ -70,12 +69,12 @@ std::int32_t executePart(jet::sql::StatementRun& run, jet::PageSource& pages, co
 }
 
 /// All statements in one transaction; each sees what the ones before it have changed.
-Counts execute(jet::Database& database, const Script& script, bool isDryRun) {
+RowCounts execute(jet::Database& database, const Script& script, bool isDryRun) {
     const Interruption interruption;
     jet::Transaction transaction(database);
     InterruptiblePages pages(transaction);
     jet::sql::StatementRun run(pages);
-    Counts counts;
+    RowCounts counts;
     for (std::size_t part = 0; part < script.parts().size(); ++part)
         counts.push_back(executePart(run, pages, script, part));
     Interruption::check();
@@ -87,7 +86,7 @@ Counts execute(jet::Database& database, const Script& script, bool isDryRun) {
 }
 
 /// One number in each line; on a screen with words, if there are several.
-std::string linesOf(const Counts& counts, bool isScreen) {
+std::string linesOf(const RowCounts& counts, bool isScreen) {
     std::string lines;
     for (std::size_t part = 0; part < counts.size(); ++part) {
         const bool hasWords = isScreen && counts.size() > 1;
@@ -97,7 +96,7 @@ std::string linesOf(const Counts& counts, bool isScreen) {
     return lines;
 }
 
-base::Text stillDone(const Counts& counts) {
+base::Text stillDone(const RowCounts& counts) {
     const auto sum = std::accumulate(counts.begin(), counts.end(), std::int64_t{0});
     return (counts.size() == 1 ? u"Die Anweisung ist trotzdem ausgeführt; Zahl der Zeilen: "
                                : u"Die Anweisungen sind trotzdem ausgeführt; Zahl aller Zeilen: ") +
@@ -114,7 +113,7 @@ int exec(std::span<const base::Text> arguments, Console& console) {
     const bool isDryRun = line.flag(kDryRunFlag);
     const auto leftJournal = isDryRun ? jet::LeftJournalRule::Refuse : jet::LeftJournalRule::RollBack;
     jet::Database database = openProtected(line.operand(0), line, console, leftJournal);
-    const Counts counts = execute(database, script, isDryRun);
+    const RowCounts counts = execute(database, script, isDryRun);
     const std::string lines = linesOf(counts, console.isTerminal());
     if (isDryRun) {
         console.print(lines);

@@ -16,7 +16,6 @@
 namespace kontodb {
 namespace {
 
-constexpr base::TextView kDryRunFlag = u"--dry-run";
 constexpr std::size_t kMostBytesOfALine = std::size_t{1} << 20U;
 
 std::string contentOf(const base::Text& path) {
