@@ -7,6 +7,9 @@
 #include "jet/space/UsageMapWriter.h"
 #include "jet/table/Catalog.h"
 #include "tests/support/MemoryPageStore.h"
+#include "jet/table/Table.h"
+#include "tests/jet/Hex.h"
+#include "tests/jet/PagesInMemory.h"
 #include "tests/support/SampleFile.h"
 
 namespace jet {
@@ -170,6 +173,16 @@ TEST(UsageMapWriter, HoldsAnySetOfPages) {
     EXPECT_LT(references, 10);
     const DataPageEditor editor(store, page, 0);
     EXPECT_EQ(editor.freeBytes(), store.page(page).bytes.u16(2));
+}
+
+TEST(UsageMap, ReportsImpossibleMaps) {
+    PagesInMemory source;
+    const PageNumber page = source.addDataPage(
+        0, {fromHex("02 00 00 00 00"), fromHex("00 00"), UsageMap::referenceRow(std::vector<PageNumber>{77}), {}});
+    const PageNumber foreign = source.addDataPage(5, {UsageMap::inlineRow(0, {})});
+    for (const RowPointer row :
+         {RowPointer{page, 0}, {page, 1}, {page, 2}, {page, 3}, {page, 9}, {foreign, 0}, {99, 0}})
+        EXPECT_THROW(UsageMap::read(source, row), base::RuntimeError) << row.page << "/" << int{row.slot};
 }
 
 }  // namespace
