@@ -135,6 +135,9 @@ TEST(MemoryWatch, CountsWhatIsNotFreedAndWhatIsFreedTwice) {
     {
         const MemoryWatch watch;
         const BSTR text = SysAllocString(L"Text");
+        SAFEARRAY* const array = SafeArrayCreateVector(VT_UI1, 0, 3);
+        EXPECT_GE(watch.notFreed(), 2U);
+        SafeArrayDestroy(array);
         EXPECT_EQ(watch.notFreed(), 1U);
         SysFreeString(text);
         EXPECT_EQ(watch.notFreed() + watch.freedAgain(), 0U);

@@ -210,6 +210,7 @@ private:
         for (std::size_t place = 0; place < row.size(); ++place)
             if (base::isNull(row[place]) && properties_.isRequired(column(place).name)) return false;
         return std::ranges::all_of(definition_.indexes, [&](const jet::IndexDefinition& index) {
+            if (!keyIsCertain(row, index)) return false;
             const auto key = keyOf(row, index);
             if (!key) return !index.isRequired() && !index.isPrimary;
             if (!index.isUnique() && !index.isPrimary) return true;
@@ -219,11 +220,24 @@ private:
         });
     }
 
+    std::size_t placeOf(const jet::Column& column) const {
+        return static_cast<std::size_t>(&column - definition_.columns.data());
+    }
+
+    /// Texts whose keys would be too long are refused.
+    bool keyIsCertain(const Row& row, const jet::IndexDefinition& index) const {
+        return std::ranges::all_of(index.columns, [&](const jet::IndexColumn& part) {
+            const auto& column = definition_.columnOf(part);
+            const auto* text = std::get_if<Text>(&row[placeOf(column)]);
+            return text == nullptr || jet::sortKeyIsCertain(*text, column.textOrder);
+        });
+    }
+
     /// @return nothing if a part of the key is null
     std::optional<base::Bytes> keyOf(const Row& row, const jet::IndexDefinition& index) const {
         base::Bytes key;
         for (const jet::IndexColumn& part : index.columns) {
-            const auto place = static_cast<std::size_t>(&definition_.columnOf(part) - definition_.columns.data());
+            const std::size_t place = placeOf(definition_.columnOf(part));
             if (base::isNull(row[place])) return std::nullopt;
             jet::appendKeyPart(key, column(place), row[place], part.ascending);
         }

@@ -6,10 +6,10 @@
 #include "jet/space/PageAllocator.h"
 #include "jet/space/UsageMapWriter.h"
 #include "jet/table/Catalog.h"
-#include "tests/support/MemoryPageStore.h"
 #include "jet/table/Table.h"
 #include "tests/jet/Hex.h"
 #include "tests/jet/PagesInMemory.h"
+#include "tests/support/MemoryPageStore.h"
 #include "tests/support/SampleFile.h"
 
 namespace jet {

@@ -278,7 +278,7 @@ TEST_F(SalvageSweep, EveryRowWhoseBytesAreUnharmedIsFoundAndNoOther) {
     std::printf("%zu copies, %zu refused; %zu of %zu unharmed rows found, %zu of %zu harmed ones; %zu values lost\n",
                 figures_.copies, figures_.refused, figures_.found, figures_.unharmed, figures_.harmedFound,
                 figures_.harmed, figures_.lostValues);
-    EXPECT_LT(figures_.refused, 1 + count / 100);
+    EXPECT_LE(figures_.refused, 1 + count / 100);
 }
 
 }  // namespace

@@ -16,7 +16,7 @@ protected:
         tool.log.clear();
         shapes.clear();
     }
-    long loads() const {
+    std::ptrdiff_t loads() const {
         return std::count_if(tool.log.begin(), tool.log.end(), [](const std::string& entry) {
             return entry.find("WHERE BenKTO_ID") != std::string::npos;
         });
