@@ -3,6 +3,7 @@
 #include <mutex>
 #include <set>
 #include <stdexcept>
+#include <utility>
 
 #include "win32/SystemHeaders.h"
 
@@ -13,12 +14,6 @@ namespace comdouble {
 
 namespace {
 
-std::mutex guard;
-bool isWatching = false;
-std::set<void*> live;
-std::set<void*> allocated;  ///< allocated since the watch began
-std::size_t freedTwice = 0;
-
 /// COM calls it before and after everything the allocator does. It stays registered, because COM does not release it
 /// before the last block made under it is freed.
 class Spy final : public IMallocSpy {
@@ -26,6 +21,31 @@ public:
     Spy() {
         SetOaNoCache();  // otherwise freed texts would be kept for later use
         if (FAILED(CoRegisterMallocSpy(this))) throw std::runtime_error("the allocator cannot be watched");
+    }
+
+    void begin() {
+        const std::scoped_lock lock(mutex_);
+        live_.clear();
+        freedAgain_ = 0;
+        isWatching_ = true;
+    }
+    void end() {
+        std::set<void*> freed;
+        {
+            const std::scoped_lock lock(mutex_);
+            isWatching_ = false;
+            std::swap(freed, freed_);
+        }
+        for (void* block : freed)
+            CoTaskMemFree(block);
+    }
+    std::size_t notFreed() const {
+        const std::scoped_lock lock(mutex_);
+        return live_.size();
+    }
+    std::size_t freedAgain() const {
+        const std::scoped_lock lock(mutex_);
+        return freedAgain_;
     }
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) override {
@@ -37,22 +57,20 @@ public:
     ULONG STDMETHODCALLTYPE Release() override { return 1; }
 
     void* STDMETHODCALLTYPE PostAlloc(void* block) override {
-        const std::scoped_lock lock(guard);
-        if (!isWatching || block == nullptr) return block;
-        live.insert(block);
-        allocated.insert(block);
+        const std::scoped_lock lock(mutex_);
+        if (isWatching_ && block != nullptr) live_.insert(block);
         return block;
     }
     void* STDMETHODCALLTYPE PreFree(void* block, BOOL /*wasSpied*/) override {
-        const std::scoped_lock lock(guard);
-        if (live.erase(block) != 0 || !allocated.contains(block))
-            return block;  // other blocks are older than the watch
-        ++freedTwice;
+        const std::scoped_lock lock(mutex_);
+        if (!isWatching_) return block;
+        if (live_.erase(block) == 0 && !freed_.contains(block)) return block;  // the block is older than the watch
+        if (!freed_.insert(block).second) ++freedAgain_;
         return nullptr;
     }
     SIZE_T STDMETHODCALLTYPE PreRealloc(void* block, SIZE_T sizeBytes, void** actual, BOOL /*wasSpied*/) override {
-        const std::scoped_lock lock(guard);
-        live.erase(block);
+        const std::scoped_lock lock(mutex_);
+        live_.erase(block);
         *actual = block;
         return sizeBytes;
     }
@@ -66,33 +84,36 @@ public:
     int STDMETHODCALLTYPE PostDidAlloc(void* /*block*/, BOOL /*wasSpied*/, int answer) override { return answer; }
     void STDMETHODCALLTYPE PreHeapMinimize() override {}
     void STDMETHODCALLTYPE PostHeapMinimize() override {}
+
+private:
+    mutable std::mutex mutex_;
+    bool isWatching_ = false;
+    std::set<void*> live_;
+    std::set<void*> freed_;
+    std::size_t freedAgain_ = 0;
 };
+
+Spy& spy() {
+    static Spy only;
+    return only;
+}
 
 }  // namespace
 
 MemoryWatch::MemoryWatch() {
-    static Spy only;
-    const std::scoped_lock lock(guard);
-    live.clear();
-    allocated.clear();
-    freedTwice = 0;
-    isWatching = true;
+    spy().begin();
 }
 
 MemoryWatch::~MemoryWatch() {
-    const std::scoped_lock lock(guard);
-    isWatching = false;
-    allocated.clear();
+    spy().end();
 }
 
 std::size_t MemoryWatch::notFreed() const {
-    const std::scoped_lock lock(guard);
-    return live.size();
+    return spy().notFreed();
 }
 
 std::size_t MemoryWatch::freedAgain() const {
-    const std::scoped_lock lock(guard);
-    return freedTwice;
+    return spy().freedAgain();
 }
 
 }  // namespace comdouble

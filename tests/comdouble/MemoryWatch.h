@@ -16,7 +16,8 @@ public:
     /// Blocks allocated since the watch began and not freed.
     std::size_t notFreed() const;
 
-    /// How many times such a block was freed again before a new one took its place.
+    /// How many times such a block was freed again. Freed memory stays reserved until the watch ends, so that no new
+    /// block takes its place and hides the fault.
     std::size_t freedAgain() const;
 };
 

@@ -119,13 +119,14 @@ TEST_F(Exec, ChangesTheSameInOneTransactionAsOneByOne) {
         const Text path = u"'X:\\" + Text(random() % 200, u'ä') + below(5) + u"'";
         const Text condition = u" WHERE BenKTO_ID " + Text(random() % 3 == 0 ? u"> 2" : u"= ") + below(220) +
                                (random() % 2 == 0 ? u" OR BenKTO_ServerPath LIKE '%ä" + below(5) + u"'" : u"");
-        const Text statements[] = {u"INSERT INTO Benutzerkonto (BenKTO_Name, BenKTO_ServerPath) VALUES ('Neu " +
-                                       below(30) + u"', " + path + u")",
-                                   u"UPDATE Benutzerkonto SET BenKTO_ServerPath = " + path + condition,
-                                   u"DELETE FROM BENUTZERKONTO" + condition};
+        Text insert = u"INSERT INTO Benutzerkonto (BenKTO_Name, BenKTO_ServerPath) VALUES ('Neu ";
+        insert.append(below(30)).append(u"', ").append(path).append(u")");
+        Text update = u"UPDATE Benutzerkonto SET BenKTO_ServerPath = ";
+        update.append(path).append(condition);
+        const Text statements[] = {insert, update, u"DELETE FROM BENUTZERKONTO" + condition};
         const Text& statement = statements[random() % 3];
         counts += exec(statement).printed;
-        script += statement + u";\n";
+        script.append(statement).append(u";\n");
     }
     EXPECT_EQ(Command::call({u"exec", other, u"-", password}, {}, base::toUtf8(script)).printed, counts);
     const Text all = u"SELECT BenKTO_ID, BenKTO_Name, BenKTO_ServerPath FROM Benutzerkonto ORDER BY BenKTO_ID";
@@ -140,7 +141,7 @@ TEST_F(Exec, CarriesOutAllStatementsOfAScriptOrNone) {
         std::ofstream(std::filesystem::path(script), std::ios::binary) << text;
         std::vector<Text> arguments{u"--file", script};
         arguments.insert(arguments.end(), further.begin(), further.end());
-        const Outcome fromFile = call(u"exec", arguments);
+        Outcome fromFile = call(u"exec", arguments);
         std::filesystem::remove(script);
         return fromFile;
     };

@@ -85,7 +85,7 @@ TEST_F(HardTimes, SaysWhatIsWriteProtected) {
     for (const auto& [fileRights, arguments, error] : cases) {
         fs::permissions(file_, static_cast<fs::perms>(fileRights));
         fs::permissions(folder_.path, static_cast<fs::perms>(0555));
-        const int status = statusOf(start([&] {
+        const int status = statusOf(start([&, &arguments = arguments, &error = error] {
             if (::geteuid() == 0 && ::setuid(65534) != 0) return 1;  // an administrator may write everywhere
             const Outcome outcome = call(arguments);
             if (outcome.errors.find(error) != std::string::npos) return 0;
@@ -98,7 +98,7 @@ TEST_F(HardTimes, SaysWhatIsWriteProtected) {
 }
 
 TEST_F(HardTimes, LeavesNoFileThatIsNotWholeWhenItIsEnded) {
-    const auto endsLeaving = [&](const std::vector<Text>& arguments, int signal, std::vector<std::string> left) {
+    const auto endsLeaving = [&](const std::vector<Text>& arguments, int signal, const std::vector<std::string>& left) {
         const std::size_t before = names().size();
         const pid_t process = start([&] { return call(arguments).exitCode; });
         waitUntil([&] { return names().size() > before; });

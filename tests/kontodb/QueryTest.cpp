@@ -160,7 +160,7 @@ TEST(ValueText, QuotesForSpreadsheetsWhereverTheUnitStands) {
             text[at] = unit;
             std::string expected = std::string(at, 'x') + written + std::string(19 - at, 'x');
             if (std::string_view("\"\n\r;").find(static_cast<char>(unit)) != std::string_view::npos)
-                expected = "\"" + expected + "\"";
+                expected.insert(0, "\"").append("\"");
             char room[kMostLatinBytes * 20 + 2];
             EXPECT_EQ(std::string(room, writeCsvLatin(room, text, ';')), expected);
         }

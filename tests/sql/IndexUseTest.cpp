@@ -112,7 +112,7 @@ TEST_F(IndexUse, ReadsFewPagesForOneRow) {
 
 /// Null before all values; -1, 0 or 1.
 int compare(const Value& a, const Value& b) {
-    const auto sign = [](auto order) { return order < 0 ? -1 : order > 0 ? 1 : 0; };
+    const auto sign = [](auto order) { return std::is_lt(order) ? -1 : std::is_gt(order) ? 1 : 0; };
     if (base::isNull(a) || base::isNull(b)) return sign(!base::isNull(a) <=> !base::isNull(b));
     if (const auto* text = std::get_if<base::Text>(&a)) return sign(compareTexts(*text, std::get<base::Text>(b)));
     if (const auto* number = std::get_if<std::int32_t>(&a)) return sign(*number <=> std::get<std::int32_t>(b));
@@ -162,7 +162,8 @@ TEST_F(IndexUse, GivesColumnsOrderAndTopAsTheTestSortsThem) {
                 wanted.push_back(row[column]);
         }
         for (const base::TextView table : {u" FROM Ohne", u" FROM Mit"}) {
-            const base::Text statement = u"SELECT " + top + columns + base::Text(table) + where + order;
+            base::Text statement = u"SELECT ";
+            statement.append(top).append(columns).append(table).append(where).append(order);
             EXPECT_TRUE(rowsOf(statement) == expected) << base::toUtf8(statement);
         }
         const auto counted = rowsOf(u"SELECT COUNT(*) FROM Mit" + where);
