@@ -245,7 +245,7 @@ def locked(path, byte):
 
 @writing()
 def a_save_beside_a_writer_ends_the_program(scene, accounts, rows):
-    fill(accounts, path="C:\\anders")
+    fill(accounts, "Anders", "C:\\anders")  # the first account of a foreign file may have no name
     with locked(accounts.tool.database, LOCK_BYTE):
         accounts.tool.key("ctrl+s")
         error_box_ends_the_program(scene, accounts, "'-2147467259", "BenKTO.mdb", "wird bereits benutzt")
