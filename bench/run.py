@@ -17,7 +17,9 @@ BUILD = os.path.join(ROOT, "out/build/native-release")
 WINDOWS = os.path.join(ROOT, "out/build/windows-x64")
 TOOL = os.path.join(ROOT, "out/windows-x64/bin/prjDexoBenutzerkonten.exe")
 PASSWORD = "HwendorpliqZ"
-ORDERED = "SELECT * FROM Benutzerkonto ORDER BY BenKTO_Name"
+# All columns: `*` would leave the passwords out.
+ALL = "SELECT BenKTO_ID, BenKTO_Name, BenKTO_Pass, BenKTO_ServerPath, BenKTO_R_ProgUpdate FROM Benutzerkonto"
+ORDERED = f"{ALL} ORDER BY BenKTO_Name"
 
 
 missed = []
@@ -48,20 +50,27 @@ def reading(file):
     wanted("5 times or more", foreign >= 5 * ours)
 
 
-def peak(*command):
-    """The most memory that the process held, in MB."""
+def measured(*command):
+    """Seconds, and the most memory that the process held, in MB."""
+    start = time.perf_counter()
     process = subprocess.Popen(command, stdout=subprocess.DEVNULL)
-    usage = os.wait4(process.pid, 0)[2]
+    _, status, usage = os.wait4(process.pid, 0)
+    if status != 0:
+        raise RuntimeError(f"{command}: {status}")
     process.returncode = 0
-    return f"{usage.ru_maxrss / 1024:.0f} MB"
+    return time.perf_counter() - start, usage.ru_maxrss / 1024
+
+
+def memory_of(*command):
+    return f"{measured(*command)[1]:.0f} MB"
 
 
 def exporting(files):
     for count in (100000, 1000000):
-        statement = "SELECT * FROM Benutzerkonto"
+        statement = ALL
         ours = best(f"'{KONTODB}' query '{files[count]}' '{statement}' --csv --password {PASSWORD}")
         foreign = best(f"mdb-export '{files[count]}' Benutzerkonto")
-        memory = peak(KONTODB, "query", files[count], statement, "--csv", "--password", PASSWORD)
+        memory = memory_of(KONTODB, "query", files[count], statement, "--csv", "--password", PASSWORD)
         print(f"{count:,} accounts as CSV: {ours * 1000:.0f} ms, {memory}; mdb-export takes {foreign / ours:.1f} times as long")
         wanted("5 times or more", foreign >= 5 * ours)
 
@@ -72,7 +81,7 @@ def backing_up(files):
         command = f"'{KONTODB}' backup '{file}' '{copy}' --password {PASSWORD}"
         ours = best(f"rm -f '{copy}'; {command}")
         os.remove(copy)
-        memory = peak(KONTODB, "backup", file, copy, "--password", PASSWORD)
+        memory = memory_of(KONTODB, "backup", file, copy, "--password", PASSWORD)
         plain = best(f"rm -f '{copy}'; cp '{file}' '{copy}'; sync '{copy}'")
         checked = best(f"'{KONTODB}' check '{copy}' --password {PASSWORD}")
         os.remove(copy)
@@ -83,7 +92,7 @@ def backing_up(files):
 
 def importing(files, insert_us):
     """10,000 accounts into an empty file, which is made anew each time."""
-    rows = subprocess.run([KONTODB, "query", files[100000], "SELECT * FROM Benutzerkonto WHERE BenKTO_ID <= 10500 AND "
+    rows = subprocess.run([KONTODB, "query", files[100000], f"{ALL} WHERE BenKTO_ID <= 10500 AND "
                            "BenKTO_ServerPath IS NOT NULL", "--csv", "--password", PASSWORD], check=True,
                           capture_output=True).stdout
     head, *lines = rows.split(b"\r\n")[:-1]
@@ -92,7 +101,7 @@ def importing(files, insert_us):
         file.write(b"\r\n".join([head, *lines[-10000:]]) + b"\r\n")
     command = [KONTODB, "import", copy, csv, "--password", PASSWORD]
     subprocess.run([KONTODB, "create", copy, "--password", PASSWORD], check=True, stdout=subprocess.DEVNULL)
-    memory = peak(*command)
+    memory = memory_of(*command)
     ours = best(f"rm '{copy}'; '{KONTODB}' create '{copy}' --password {PASSWORD}; '{command[0]}' import '{copy}' '{csv}' "
                 f"--password {PASSWORD}") / 10000 * 1e6
     os.remove(copy)
@@ -109,25 +118,15 @@ def checking(files):
     wanted("1,000,000 accounts in less than 15 times that", times[1000000] < 15 * times[100000])
 
 
-def peak(command):
-    """Seconds and peak memory in MB."""
-    start = time.perf_counter()
-    process = subprocess.Popen(command, stdout=subprocess.DEVNULL)
-    _, status, usage = os.wait4(process.pid, 0)
-    if status != 0:
-        raise RuntimeError(f"{command}: {status}")
-    return time.perf_counter() - start, usage.ru_maxrss / 1024
-
-
 def rewriting(command, files, most_memory):
     """compact or repair, beside making as many accounts."""
     for count, file in files.items():
         target = f"{file}.made"
         made = written = (1e9, 0)
         for _ in range(1 if count == 1000000 else 3):
-            made = min(made, peak([KONTODB, "create", target, "--accounts", str(count)]))
+            made = min(made, measured(KONTODB, "create", target, "--accounts", str(count)))
             os.remove(target)
-            written = min(written, peak([KONTODB, command, file, target, "--password", PASSWORD]))
+            written = min(written, measured(KONTODB, command, file, target, "--password", PASSWORD))
             os.remove(target)
         print(f"{command}: {count:,} accounts {written[0] * 1000:.0f} ms, {written[0] / made[0]:.2f} times as long as making "
               f"them; {written[1]:.1f} MB of memory, the file has {os.path.getsize(file) / 1e6:.1f} MB")
