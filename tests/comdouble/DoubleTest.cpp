@@ -1,10 +1,10 @@
-#include <algorithm>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <limits>
 #include <map>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "ado/com/Variant.h"
 #include "tests/comdouble/Members.h"
@@ -23,13 +23,34 @@ struct Release {
 template <typename Interface>
 using Held = std::unique_ptr<Interface, Release<Interface>>;
 
-/// "call of 4, 3 of them optional, with a result"
-std::string shown(WORD kind, std::size_t parameters, std::size_t optional, bool hasResult) {
+/// The plain type that a name stands for: enumerations, and counts that are as wide as a pointer.
+VARTYPE plainType(ITypeInfo& info, const TYPEDESC& type) {
+    if (type.vt == VT_PTR) {
+        const VARTYPE inner = plainType(info, *type.lptdesc);
+        return inner == VT_DISPATCH ? inner : static_cast<VARTYPE>(VT_BYREF | inner);
+    }
+    if (type.vt == VT_HRESULT) return VT_VOID;
+    if (type.vt != VT_USERDEFINED) return type.vt;
+    ITypeInfo* found = nullptr;
+    EXPECT_EQ(info.GetRefTypeInfo(type.hreftype, &found), S_OK);
+    const Held<ITypeInfo> named(found);
+    TYPEATTR* attributes = nullptr;
+    EXPECT_EQ(named->GetTypeAttr(&attributes), S_OK);
+    const TYPEKIND kind = attributes->typekind;
+    const VARTYPE plain = kind == TKIND_ALIAS  ? plainType(*named, attributes->tdescAlias)
+                          : kind == TKIND_ENUM ? VARTYPE{VT_I4}
+                                               : VARTYPE{VT_DISPATCH};
+    named->ReleaseTypeAttr(attributes);
+    return plain;
+}
+
+/// "call (8, 400c?, 3?) -> 9": types in hexadecimal, a question mark after an argument that may be left out.
+std::string shown(WORD kind, const std::vector<Member::Parameter>& parameters, VARTYPE result) {
     std::ostringstream text;
-    text << (kind == DISPATCH_METHOD        ? "call of "
-             : kind == DISPATCH_PROPERTYGET ? "get of "
-                                            : "put of ")
-         << parameters << ", " << optional << " of them optional" << (hasResult ? ", with a result" : "");
+    text << std::hex << (kind == DISPATCH_METHOD ? "call (" : kind == DISPATCH_PROPERTYGET ? "get (" : "put (");
+    for (const auto& [type, isOptional] : parameters)
+        text << (&type == &parameters.front().type ? "" : ", ") << type << (isOptional ? "?" : "");
+    text << ") -> " << result;
     return text.str();
 }
 
@@ -46,13 +67,15 @@ std::string shown(ITypeInfo& type, std::wstring name, WORD kind) {
     if (found != DESCKIND_FUNCDESC) return "no such member";
     const Held<ITypeInfo> info(owner);
     const FUNCDESC& function = *description.lpfuncdesc;
-    std::size_t optional = 0;
-    for (SHORT place = 0; place < function.cParams; ++place)
-        optional += (function.lprgelemdescParam[place].paramdesc.wParamFlags & PARAMFLAG_FOPT) != 0 ? 1 : 0;
-    const VARTYPE result = function.elemdescFunc.tdesc.vt;
-    const auto count = static_cast<std::size_t>(function.cParams);
+    std::vector<Member::Parameter> parameters;
+    for (SHORT place = 0; place < function.cParams; ++place) {
+        const ELEMDESC& parameter = function.lprgelemdescParam[place];
+        const bool isOptional = (parameter.paramdesc.wParamFlags & PARAMFLAG_FOPT) != 0;
+        parameters.push_back({plainType(*info, parameter.tdesc), isOptional});
+    }
+    const VARTYPE result = plainType(*info, function.elemdescFunc.tdesc);
     info->ReleaseFuncDesc(description.lpfuncdesc);
-    return shown(kind, count, optional, result != VT_VOID && result != VT_HRESULT);
+    return shown(kind, parameters, result);
 }
 
 Held<ITypeInfo> typeNamed(ITypeLib& library, const std::wstring& wanted) {
@@ -82,10 +105,8 @@ TEST(Double, HasTheMembersOfTheTypeLibrary) {
     for (const Member& member : members()) {
         const auto type = typeNamed(*library, types.at(member.className));
         ASSERT_TRUE(type);
-        const auto optional = std::ranges::count(member.parameters, true, &Member::Parameter::isOptional);
-        EXPECT_EQ(
-            shown(member.kind, member.parameters.size(), static_cast<std::size_t>(optional), member.result != VT_VOID),
-            shown(*type, {member.name.begin(), member.name.end()}, member.kind))
+        EXPECT_EQ(shown(member.kind, member.parameters, member.result),
+                  shown(*type, {member.name.begin(), member.name.end()}, member.kind))
             << base::toUtf8(member.className) << "." << base::toUtf8(member.name);
     }
 }
