@@ -107,7 +107,7 @@ ListItem ListView::ListItems(int index) {
 }
 
 ListItem ListView::ListItems(base::TextView key) {
-    const auto found = rowWithKey(key);
+    const auto found = rowWithKey(key, hashOf(key));
     if (!found) throw base::runtimeError(base::RuntimeErrorNumber::ElementNotFound);
     return itemOf(*found);
 }
@@ -119,8 +119,8 @@ ListView::Row& ListView::rowOf(const ListItem& item) {
     return rows_[item.row_];
 }
 
-std::optional<ListView::RowId> ListView::rowWithKey(base::TextView key) const {
-    return keys_.find(hashOf(key),
+std::optional<ListView::RowId> ListView::rowWithKey(base::TextView key, std::uint32_t hash) const {
+    return keys_.find(hash,
                       [this, key](RowId row) { return base::equalsIgnoringAsciiCase(key, rows_[row].texts.cell(0)); });
 }
 
@@ -143,13 +143,14 @@ void ListView::setKeyOf(const ListItem& item, base::TextView key) {
     Row& row = rowOf(item);
     if (row.texts.cell(0) == key) return;
     if (readsAsNumber(key)) throw base::runtimeError(base::RuntimeErrorNumber::InvalidKey);
-    const auto holder = rowWithKey(key);
+    const std::uint32_t hash = hashOf(key);
+    const auto holder = rowWithKey(key, hash);
     if (holder && *holder != item.row_) throw base::runtimeError(base::RuntimeErrorNumber::KeyNotUnique);
     const base::TextView keyBefore = row.texts.cell(0);
     if (!keyBefore.empty()) keys_.erase(hashOf(keyBefore), item.row_);
-    row.texts.setCell(texts_, 0, key);
-    // `key` may be a view of the row's old texts, which have moved.
-    if (!key.empty()) keys_.insert(hashOf(row.texts.cell(0)), item.row_);
+    const bool hasKey = !key.empty();
+    row.texts.setCell(texts_, 0, key);  // after this `key` may be a view of texts that have moved
+    if (hasKey) keys_.insert(hash, item.row_);
 }
 
 void ListView::ensureVisible(const ListItem& item) {

@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <optional>
 #include <vector>
@@ -122,7 +121,7 @@ private:
     };
 
     Row& rowOf(const ListItem& item);
-    std::optional<RowId> rowWithKey(base::TextView key) const;
+    std::optional<RowId> rowWithKey(base::TextView key, std::uint32_t hash) const;
     ListItem itemOf(RowId row) { return {*this, row, filling_}; }
     void setCell(const ListItem& item, std::size_t cell, base::TextView text);
     void setKeyOf(const ListItem& item, base::TextView key);
@@ -143,7 +142,7 @@ private:
     ImageList* columnHeaderIcons_ = nullptr;
 
     TextMemory texts_;
-    std::deque<Row> rows_;
+    std::vector<Row> rows_;
     std::vector<RowId> order_;      ///< rows by place
     std::size_t orderedCount_ = 0;  ///< places before this one are settled
     KeyIndex keys_;                 ///< holds the keys' hashes; the keys themselves are in the rows' texts

@@ -38,16 +38,32 @@ char16_t* TextMemory::grow(char16_t* piece, std::size_t before, std::size_t afte
         freeUnits_ -= after - before;
         return piece;
     }
-    if (after > freeUnits_) {
-        const std::size_t units =
-            std::min(kFirstBlockUnits << std::min<std::size_t>(blocks_.size(), 16), kLargestBlockUnits);
-        freeUnits_ = std::max(units, after);
-        end_ = blocks_.emplace_back(std::make_unique_for_overwrite<char16_t[]>(freeUnits_)).get();
-    }
+    if (after > freeUnits_) useNextBlock(after);
     char16_t* place = std::exchange(end_, end_ + after);
     freeUnits_ -= after;
     std::copy_n(piece, before, place);
     return place;
+}
+
+void TextMemory::clear() {
+    usedBlocks_ = 0;
+    freeUnits_ = 0;
+    end_ = nullptr;
+}
+
+/// A block that is too small for the text is replaced.
+void TextMemory::useNextBlock(std::size_t fewestUnits) {
+    if (usedBlocks_ == blocks_.size()) blocks_.emplace_back();
+    Block& block = blocks_[usedBlocks_];
+    if (block.units < fewestUnits) {
+        const std::size_t units =
+            std::min(kFirstBlockUnits << std::min<std::size_t>(usedBlocks_, 16), kLargestBlockUnits);
+        block.units = std::max(units, fewestUnits);
+        block.memory = std::make_unique_for_overwrite<char16_t[]>(block.units);
+    }
+    ++usedBlocks_;
+    end_ = block.memory.get();
+    freeUnits_ = block.units;
 }
 
 base::TextView RowTexts::cell(std::size_t index) const {

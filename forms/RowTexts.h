@@ -8,18 +8,27 @@
 
 namespace forms {
 
-/// Memory for the texts of a list's rows: large blocks, which are released together. So filling and clearing a list
-/// needs few allocations. Texts that were replaced stay until then.
+/// Memory for the texts of a list's rows: large blocks, which are emptied together. They are kept, because a list that
+/// was cleared is mostly filled again with about as many rows, and memory that is new to the process costs more than
+/// writing to it. Texts that were replaced stay until then.
 class TextMemory {
 public:
     /// Memory for `after` units, with the first `before` units of the piece in it. The newest piece grows in place
     /// while its block has room; any other stays as it is and is copied to the end.
     char16_t* grow(char16_t* piece, std::size_t before, std::size_t after);
-    void clear() { *this = TextMemory(); }
+    void clear();
 
 private:
-    std::vector<std::unique_ptr<char16_t[]>> blocks_;
-    char16_t* end_ = nullptr;    ///< of what is used of the last block
+    struct Block {
+        std::unique_ptr<char16_t[]> memory;
+        std::size_t units = 0;
+    };
+
+    void useNextBlock(std::size_t fewestUnits);
+
+    std::vector<Block> blocks_;
+    std::size_t usedBlocks_ = 0;
+    char16_t* end_ = nullptr;    ///< of what is used of the last used block
     std::size_t freeUnits_ = 0;  ///< after it
 };
 
