@@ -56,13 +56,13 @@ public:
     base::Text journalPath() const override { return file_->journalPath(); }
 
     std::unique_ptr<jet::PageIo> openForReading() override { return counted(file_->openForReading(), true); }
-    jet::OpenedFile openForWriting() override { return counted(file_->openForWriting(), true); }
+    std::unique_ptr<jet::PageIo> openForWriting() override { return counted(file_->openForWriting(), true); }
     bool journalLies() override { return file_->journalLies(); }
     std::unique_ptr<jet::PageIo> openJournal() override { return counted(file_->openJournal(), false); }
-    jet::OpenedFile createJournal() override { return counted(file_->createJournal(), false); }
-    jet::Refusal finishJournal() override {
+    std::unique_ptr<jet::PageIo> createJournal() override { return counted(file_->createJournal(), false); }
+    void finishJournal() override {
         ++traffic_.flushes;
-        return file_->finishJournal();
+        file_->finishJournal();
     }
     bool removeJournal() override { return file_->removeJournal(); }
     void removeNewJournal() override { file_->removeNewJournal(); }
@@ -70,11 +70,7 @@ public:
 
 private:
     std::unique_ptr<jet::PageIo> counted(std::unique_ptr<jet::PageIo> io, bool isDatabase) {
-        return std::make_unique<CountingIo>(std::move(io), traffic_, isDatabase);
-    }
-    jet::OpenedFile counted(jet::OpenedFile opened, bool isDatabase) {
-        if (opened.io) opened.io = counted(std::move(opened.io), isDatabase);
-        return opened;
+        return io ? std::make_unique<CountingIo>(std::move(io), traffic_, isDatabase) : nullptr;
     }
 
     std::unique_ptr<jet::Storage> file_;

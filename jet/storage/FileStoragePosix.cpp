@@ -76,10 +76,11 @@ public:
 
     std::unique_ptr<PageIo> openForReading() override { return openFile(path_, OpenMode::Read); }
 
-    OpenedFile openForWriting() override {
+    std::unique_ptr<PageIo> openForWriting() override {
         Descriptor descriptor(::open(file_.c_str(), O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW | O_RDWR));
-        if (!descriptor.isOpen()) return {nullptr, refusal(path_)};
-        return {fileIo(descriptor.release(), path_), Refusal::None};
+        if (descriptor.isOpen()) return fileIo(descriptor.release(), path_);
+        if (isInUse(errno)) return nullptr;
+        failToWrite(path_);
     }
 
     bool journalLies() override {
@@ -95,18 +96,18 @@ public:
         return fileIo(descriptor.release(), journalPath());
     }
 
-    OpenedFile createJournal() override {
+    std::unique_ptr<PageIo> createJournal() override {
         const base::Text name = base::fromUtf8(newJournal_);
         Descriptor descriptor(::open(newJournal_.c_str(), O_CLOEXEC | O_RDWR | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR));
         if (!descriptor.isOpen() && errno == EEXIST) throw accessDenied(name);
-        if (!descriptor.isOpen()) return {nullptr, refusal(name)};
+        if (!descriptor.isOpen()) failToWrite(name);
         copyRights(file_, descriptor.number());
-        return {fileIo(descriptor.release(), name), Refusal::None};
+        return fileIo(descriptor.release(), name);
     }
 
-    Refusal finishJournal() override {
-        if (!renameWithoutReplacing(newJournal_, journal_)) return refusal(journalPath());
-        if (syncFolderOf(file_)) return Refusal::None;
+    void finishJournal() override {
+        if (!renameWithoutReplacing(newJournal_, journal_)) failToWrite(journalPath());
+        if (syncFolderOf(file_)) return;
         const int systemError = errno;
         removeJournal();
         throw deviceFailed(base::fromUtf8(folderOf(file_)), systemError);
@@ -134,10 +135,9 @@ public:
     }
 
 private:
-    /// The reason why the last call failed.
-    static Refusal refusal(const base::Text& path) {
-        if (isReadOnly(errno)) return Refusal::ReadOnly;
-        if (isInUse(errno)) return Refusal::InUse;
+    /// Throws the reason why the last call failed.
+    [[noreturn]] static void failToWrite(const base::Text& path) {
+        if (isReadOnly(errno) || isInUse(errno)) throw readOnly();
         if (errno == ENOSPC || errno == EDQUOT) throw diskFull();
         throw openingFailed(path, errno);
     }

@@ -73,6 +73,10 @@ base::Text wholePath(const base::Text& path) {
     return {whole.begin(), whole.end()};
 }
 
+bool isInUse(DWORD systemError) {
+    return systemError == ERROR_SHARING_VIOLATION || systemError == ERROR_LOCK_VIOLATION;
+}
+
 class FileStorage : public Storage {
 public:
     explicit FileStorage(const base::Text& path)
@@ -87,8 +91,10 @@ public:
 
     std::unique_ptr<PageIo> openForReading() override { return openFile(path_, OpenMode::Read); }
 
-    OpenedFile openForWriting() override {
-        return opened(open(file_, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, OPEN_EXISTING), path_);
+    std::unique_ptr<PageIo> openForWriting() override {
+        const HANDLE handle = open(file_, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, OPEN_EXISTING);
+        if (handle == INVALID_HANDLE_VALUE && isInUse(GetLastError())) return nullptr;
+        return opened(handle, path_);
     }
 
     bool journalLies() override {
@@ -108,7 +114,7 @@ public:
     }
 
     /// The journal inherits the rights of the folder.
-    OpenedFile createJournal() override {
+    std::unique_ptr<PageIo> createJournal() override {
         HANDLE handle = INVALID_HANDLE_VALUE;
         insist([&] {
             handle = open(newJournal_, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, CREATE_NEW,
@@ -119,11 +125,11 @@ public:
         return opened(handle, newJournal_);
     }
 
-    Refusal finishJournal() override {
+    void finishJournal() override {
         const auto isRenamed = [from = nativePath(newJournal_), to = nativePath(journal_)] {
             return MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_WRITE_THROUGH) != 0;
         };
-        return insist(isRenamed) ? Refusal::None : refusal(journal_);
+        if (!insist(isRenamed)) failToWrite(journal_);
     }
 
     bool removeJournal() override { return deleteFile(journal_); }
@@ -149,23 +155,17 @@ public:
 
 private:
     /// @param handle  as opened; if that failed, GetLastError() must still have the error
-    static OpenedFile opened(HANDLE handle, const base::Text& path) {
-        if (handle == INVALID_HANDLE_VALUE) return {nullptr, refusal(path)};
-        return {fileIo(handle, path), Refusal::None};
+    static std::unique_ptr<PageIo> opened(HANDLE handle, const base::Text& path) {
+        if (handle == INVALID_HANDLE_VALUE) failToWrite(path);
+        return fileIo(handle, path);
     }
 
-    /// The reason why the last call failed.
-    static Refusal refusal(const base::Text& path) {
-        switch (const DWORD systemError = GetLastError()) {
-            case ERROR_SHARING_VIOLATION:
-            case ERROR_LOCK_VIOLATION:
-                return Refusal::InUse;
-            case ERROR_ACCESS_DENIED:
-            case ERROR_WRITE_PROTECT:
-                return Refusal::ReadOnly;
-            default:
-                throw openingFailed(path, systemError);
-        }
+    /// Throws the reason why the last call failed.
+    [[noreturn]] static void failToWrite(const base::Text& path) {
+        const DWORD systemError = GetLastError();
+        const bool isReadOnly = systemError == ERROR_ACCESS_DENIED || systemError == ERROR_WRITE_PROTECT;
+        if (isReadOnly || isInUse(systemError)) throw readOnly();
+        throw openingFailed(path, systemError);
     }
 
     static bool isFree(const Handle& handle, std::uint64_t slot, std::uint64_t count) {

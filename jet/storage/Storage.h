@@ -10,23 +10,14 @@
 
 namespace jet {
 
-enum class Refusal {
-    None,
-    InUse,     ///< somebody else has the file open and excludes us
-    ReadOnly,  ///< the file, the folder or the medium is write-protected
-};
-
-/// A file opened for writing, or the reason why it was not.
-struct OpenedFile {
-    std::unique_ptr<PageIo> io;
-    Refusal refusal = Refusal::None;
-};
-
 /// The place of a database: the file, the journal beside it, and the lock file of the original engine. A writer needs
 /// more from the machine than the bytes of one file; this interface provides it.
 ///
 /// Names are resolved once, through links and short names. So all programs find the same journal, whatever name they
-/// use for the file. All methods throw a RuntimeError if the machine fails in a way that is not described here.
+/// use for the file.
+///
+/// How a method fails: if its caller goes on, the result says so (somebody else uses the file, the journal cannot be
+/// deleted). Everything else is thrown as a RuntimeError; readOnly() if we may not write.
 class Storage {
 public:
     virtual ~Storage() = default;
@@ -43,7 +34,8 @@ public:
     virtual std::unique_ptr<PageIo> openForReading() = 0;
 
     /// Opens for reading and writing. Keeps others from writing where the system can do that (Windows). Does not wait.
-    virtual OpenedFile openForWriting() = 0;
+    /// @return nothing if somebody else has the file open and excludes us
+    virtual std::unique_ptr<PageIo> openForWriting() = 0;
 
     /// Whether anything exists under the journal's name, even if it is not an ordinary file.
     virtual bool journalLies() = 0;
@@ -54,12 +46,12 @@ public:
     /// who may read and write the file may do so with the journal, and nobody else. (Windows: the users whom the folder
     /// allows.)
     /// @throws RuntimeError if something exists under that name
-    virtual OpenedFile createJournal() = 0;
+    virtual std::unique_ptr<PageIo> createJournal() = 0;
 
     /// Gives the new journal its final name, and returns when the name is on the disk. The journal must be written,
     /// flushed and closed. After a failure the journal no longer has the final name, if that is possible.
     /// @throws RuntimeError if something exists under the final name
-    virtual Refusal finishJournal() = 0;
+    virtual void finishJournal() = 0;
 
     /// @return false if the journal could not be deleted. It must not be open.
     virtual bool removeJournal() = 0;

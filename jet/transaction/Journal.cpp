@@ -144,12 +144,11 @@ void rewrite(PageIo& file, const JournalEntry& entry, const base::Bytes& page) {
 
 }  // namespace
 
-Refusal Journal::write(PageIo& file, PageNumber oldPageCount, const std::vector<PageChange>& changes) {
+void Journal::write(PageIo& file, PageNumber oldPageCount, const std::vector<PageChange>& changes) {
     const auto record = JournalRecord::of(identityOf(storage_, file), commitWordsOf(file), oldPageCount, changes);
     const Unfinished unfinished(storage_);
     {
-        const auto [journal, refusal] = storage_.createJournal();
-        if (!journal) return refusal;
+        const auto journal = storage_.createJournal();
         Appender appender(*journal);
         appender.add(record.encodeHeader());
         appender.add(record.encodeIndex());
@@ -158,7 +157,7 @@ Refusal Journal::write(PageIo& file, PageNumber oldPageCount, const std::vector<
         appender.flush();
         journal->sync();
     }
-    return storage_.finishJournal();
+    storage_.finishJournal();
 }
 
 void Journal::recover(PageIo& file, Cause cause) {

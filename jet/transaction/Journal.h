@@ -53,7 +53,8 @@ public:
     /// Makes the journal and returns when it is on the disk. After a failure it is deleted if possible.
     /// @param file     in its old state
     /// @param changes  first the changed pages, then the appended ones, each group in ascending order
-    Refusal write(PageIo& file, PageNumber oldPageCount, const std::vector<PageChange>& changes);
+    /// @throws RuntimeError  readOnly() if the machine does not let us make one
+    void write(PageIo& file, PageNumber oldPageCount, const std::vector<PageChange>& changes);
 
     /// The reason why there is a journal.
     enum class Cause {

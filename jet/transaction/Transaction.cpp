@@ -91,7 +91,7 @@ void Transaction::drop() {
 void Transaction::write(const std::vector<PageChange>& changes) {
     if (changes.empty()) return;
     Journal journal(storage_);
-    if (journal.write(access_->io(), oldPageCount_, changes) != Refusal::None) throw readOnly();
+    journal.write(access_->io(), oldPageCount_, changes);
     try {
         writePages(changes);
     } catch (...) {

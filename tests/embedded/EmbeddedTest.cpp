@@ -134,7 +134,7 @@ TEST_F(Embedded, WhatCannotBeWrittenIsRefusedAtAddNew) {
     auto rows = open();
     const base::Bytes before = machine.file();
     for (const auto& [reason, number] :
-         {std::pair(jet::Refusal::ReadOnly, -2147217911), {jet::Refusal::InUse, -2147217887}}) {
+         {std::pair(test::Machine::Refusal::ReadOnly, -2147217911), {test::Machine::Refusal::InUse, -2147217887}}) {
         machine.refuseWriting(reason);
         EXPECT_EQ(errorOf([&] { rows->AddNew(); }), number);
         EXPECT_EQ(errorOf([&] { connection->Execute(u"DELETE FROM Konto"); }), -2147467259);

@@ -310,8 +310,11 @@ TEST_F(FileStorageTest, WaitsForAScannerThatLooksAtTheJournal) {
         EXPECT_TRUE(step());
         end.join();
     };
-    EXPECT_TRUE(storage->createJournal().io);
-    whileScanned(newJournal_, [&] { return storage->finishJournal() == Refusal::None; });
+    EXPECT_TRUE(storage->createJournal());
+    whileScanned(newJournal_, [&] {
+        storage->finishJournal();
+        return true;
+    });
     whileScanned(journal_, [&] { return storage->removeJournal(); });
     EXPECT_FALSE(fs::exists(journal_) || fs::exists(newJournal_));
 }
@@ -363,7 +366,7 @@ TEST_F(FileStorageTest, IsReadButNotWrittenWhereItMayNotBe) {
 /// Mode, owner and group of the file's journal if the present user makes it.
 struct stat journalOf(const fs::path& file) {
     const auto storage = fileStorage(file.u16string());
-    EXPECT_TRUE(storage->createJournal().io);
+    EXPECT_TRUE(storage->createJournal());
     struct stat status {};
     EXPECT_EQ(::stat((file.string() + "-journal-neu").c_str(), &status), 0);
     storage->removeNewJournal();

@@ -62,7 +62,7 @@ TEST(Transaction, CostsTwoFlushesAndNothingWithoutAChange) {
 TEST(Transaction, IsRefusedWhereThereIsNothingToWriteTo) {
     const base::Bytes file = test::sampleFile({});
     Machine readOnly(file);
-    readOnly.refuseWriting(Refusal::ReadOnly);
+    readOnly.refuseWriting(Machine::Refusal::ReadOnly);
     Database database = Database::open(readOnly.storage(), {});
     EXPECT_EQ(errorOf([&] { Transaction{database}; }),
               "-2147467259: Operation muss eine aktualisierbare Abfrage verwenden.");

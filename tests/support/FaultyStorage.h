@@ -54,8 +54,9 @@ public:
     void failAt(int step) { state_->failAt = step; }
     /// Only the program has stopped: the machine goes on with everything in memory, and nothing fails any more.
     void goOn() { state_->stopAt = state_->failAt = std::nullopt; }
+    enum class Refusal { None, InUse, ReadOnly };
     /// Opening the file for writing is refused; None allows it again.
-    void refuseWriting(jet::Refusal refusal) { state_->refusal = refusal; }
+    void refuseWriting(Refusal refusal) { state_->refusal = refusal; }
 
     std::unique_ptr<jet::Storage> storage(base::Text name = u"Konten.mdb") const {
         return std::make_unique<FaultyStorage>(state_, std::move(name));
@@ -179,7 +180,7 @@ private:
         int flushes = 0;
         int reads = 0;
         std::optional<int> stopAt, failAt;
-        jet::Refusal refusal = jet::Refusal::None;
+        Refusal refusal = Refusal::None;
     };
 
     class FaultyIo : public jet::PageIo {
@@ -229,18 +230,18 @@ private:
         base::Text fileName() const override { return name_; }
         base::Text journalPath() const override { return name_ + base::Text(jet::kJournalSuffix); }
         std::unique_ptr<jet::PageIo> openForReading() override { return open(state_->file); }
-        jet::OpenedFile openForWriting() override {
-            const bool isRefused = state_->refusal != jet::Refusal::None;
-            return {isRefused ? nullptr : open(state_->file), state_->refusal};
+        std::unique_ptr<jet::PageIo> openForWriting() override {
+            if (state_->refusal == Refusal::ReadOnly) throw jet::readOnly();
+            return state_->refusal == Refusal::InUse ? nullptr : open(state_->file);
         }
         bool journalLies() override { return state_->names.journal != nullptr; }
         std::unique_ptr<jet::PageIo> openJournal() override { return open(state_->names.journal); }
-        jet::OpenedFile createJournal() override {
+        std::unique_ptr<jet::PageIo> createJournal() override {
             const auto made = std::make_shared<DiskFile>(base::Bytes{});
             state_->change([made](Names& names) { names.newJournal = made; });
-            return {open(made), jet::Refusal::None};
+            return open(made);
         }
-        jet::Refusal finishJournal() override {
+        void finishJournal() override {
             if (state_->names.journal) throw jet::deviceFailed(u"Platte", 4);
             state_->change([made = state_->names.newJournal](Names& names) {
                 names.journal = made;
@@ -254,7 +255,6 @@ private:
             }
             state_->namesOnDisk = state_->names;
             state_->unflushedNames.clear();
-            return jet::Refusal::None;
         }
         bool removeJournal() override { return remove(&Names::journal); }
         void removeNewJournal() override {
