@@ -33,13 +33,13 @@ void FreshRows::open() {
 }
 
 RowPointer FreshRows::add(std::span<const std::uint8_t> row) {
-    int slot = page_.empty() ? -1 : appendRow(page_, row);
-    if (slot < 0) {
+    auto slot = page_.empty() ? std::nullopt : appendRow(page_, row);
+    if (!slot) {
         open();
         slot = appendRow(page_, row);
     }
-    if (slot < 0) throw failure(u"Ein Datensatz ist länger, als eine Seite aufnimmt.");
-    return {openPage_, static_cast<std::uint8_t>(slot)};
+    if (!slot) throw failure(u"Ein Datensatz ist länger, als eine Seite aufnimmt.");
+    return {openPage_, *slot};
 }
 
 RowPointer FreshRows::addAlone(std::span<const std::uint8_t> row) {
@@ -47,7 +47,7 @@ RowPointer FreshRows::addAlone(std::span<const std::uint8_t> row) {
     numbers_.push_back(number);
     base::Bytes page(kPageSize);
     clearDataPage(page, owner_);
-    if (appendRow(page, row) < 0) throw failure(u"Ein Datensatz ist länger, als eine Seite aufnimmt.");
+    if (!appendRow(page, row)) throw failure(u"Ein Datensatz ist länger, als eine Seite aufnimmt.");
     pages_.write(number, page);
     return {number, 0};
 }

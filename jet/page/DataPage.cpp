@@ -75,19 +75,20 @@ void clearDataPage(std::span<std::uint8_t> page, std::uint32_t owner, std::uint3
     base::putU32(page, kStampOffset, stamp);
 }
 
-int appendRow(std::span<std::uint8_t> page, std::span<const std::uint8_t> row, SlotState state) {
+std::optional<std::uint8_t> appendRow(std::span<std::uint8_t> page, std::span<const std::uint8_t> row,
+                                      SlotState state) {
     const base::ByteView bytes{page};
     const std::size_t count = bytes.u16(kSlotCountOffset);
     const std::size_t lowest = count == 0 ? kPageSize : bytes.u16(slotPlace(count - 1)) & kSlotStartMask;
     assert(lowest >= slotPlace(count));
     const std::size_t free = lowest - slotPlace(count);
-    if (count >= kMaxSlotsOfPage || row.size() + kSlotBytes > free) return -1;
+    if (count >= kMaxSlotsOfPage || row.size() + kSlotBytes > free) return std::nullopt;
     const std::size_t start = lowest - row.size();
     std::copy(row.begin(), row.end(), page.begin() + static_cast<std::ptrdiff_t>(start));
     base::putU16(page, slotPlace(count), static_cast<std::uint16_t>(start | static_cast<std::uint16_t>(state)));
     base::putU16(page, kSlotCountOffset, static_cast<std::uint16_t>(count + 1));
     base::putU16(page, kFreeBytesOffset, static_cast<std::uint16_t>(free - row.size() - kSlotBytes));
-    return static_cast<int>(count);
+    return static_cast<std::uint8_t>(count);
 }
 
 }  // namespace jet

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 
 #include "jet/page/PageSource.h"
@@ -89,7 +90,8 @@ void clearDataPage(std::span<std::uint8_t> page, std::uint32_t owner, std::uint3
 
 /// Appends a row as a new slot.
 /// @param page  4096 bytes of a sound data page
-/// @return slot number, or -1 and nothing changed if the row does not fit
-int appendRow(std::span<std::uint8_t> page, std::span<const std::uint8_t> row, SlotState state = SlotState::Live);
+/// @return the number of the slot; nothing, and nothing changed, if the row does not fit
+std::optional<std::uint8_t> appendRow(std::span<std::uint8_t> page, std::span<const std::uint8_t> row,
+                                      SlotState state = SlotState::Live);
 
 }  // namespace jet

@@ -28,8 +28,8 @@ public:
     /// Whether any slot is not deleted.
     bool hasRows() const;
 
-    /// @return slot number, or -1 and nothing changed if it does not fit
-    int append(std::span<const std::uint8_t> row, SlotState state = SlotState::Live) {
+    /// @return the number of the slot; nothing, and nothing changed, if the row does not fit
+    std::optional<std::uint8_t> append(std::span<const std::uint8_t> row, SlotState state = SlotState::Live) {
         return appendRow(bytes_, row, state);
     }
 

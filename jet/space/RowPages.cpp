@@ -34,16 +34,15 @@ RowPointer RowPages::addToNewPage(std::span<const std::uint8_t> row, SlotState s
     const PageNumber page = allocator_.allocate();
     clearDataPage(store_.change(page), owner_);
     owned_.set(page);
-    const int slot = edit(page).append(row, state);
-    if (slot < 0) throw rowTooLong();
-    return {page, static_cast<std::uint8_t>(slot)};
+    const auto slot = edit(page).append(row, state);
+    if (!slot) throw rowTooLong();
+    return {page, *slot};
 }
 
 RowPointer RowPages::add(std::span<const std::uint8_t> row, SlotState state) {
     assert(row.size() <= kMaxRowBytes);
     for (auto page = withRoom_.next(0); page; page = withRoom_.next(*page + 1)) {
-        const int slot = edit(*page).append(row, state);
-        if (slot >= 0) return {*page, static_cast<std::uint8_t>(slot)};
+        if (const auto slot = edit(*page).append(row, state)) return {*page, *slot};
         withRoom_.clear(*page);
     }
     const RowPointer place = addToNewPage(row, state);

@@ -50,11 +50,11 @@ test::SampleTable accounts(std::int32_t count) {
 void moveRow(test::MemoryPageStore& store, RowPointer row) {
     const auto page = store.change(row.page);
     const auto bytes = DataPage(store.page(row.page)).slot(row.slot).bytes;
-    const int target = appendRow(page, base::Bytes(bytes.begin(), bytes.end()), SlotState::Hidden);
+    const auto target = appendRow(page, base::Bytes(bytes.begin(), bytes.end()), SlotState::Hidden);
     const std::size_t slot = kDataPageHeaderBytes + kSlotBytes * row.slot;
     const std::uint16_t offset = base::ByteView(page).u16(slot);
     base::putU16(page, slot, static_cast<std::uint16_t>(offset | 0x4000U));
-    base::putU32(page, offset, RowPointer{row.page, static_cast<std::uint8_t>(target)}.packed());
+    base::putU32(page, offset, RowPointer{row.page, target.value()}.packed());
 }
 
 /// Keys of up to 900 bytes, which make trees of several levels, and rows that grow beyond their page.
