@@ -25,9 +25,7 @@ RowStore::RowStore(PageStore& store, PageAllocator& allocator, const TableDefini
 bool RowStore::contains(RowPointer row) {
     if (row.page >= store_.pageCount() || !pages_.contains(row.page)) return false;
     const DataPage page = pages_.read(row.page);
-    if (row.slot >= page.slotCount()) return false;
-    const SlotState state = page.slot(row.slot).state;
-    return state == SlotState::Live || state == SlotState::Moved;
+    return row.slot < page.slotCount() && isRow(page.slot(row.slot).state);
 }
 
 /// From the place of the row to the place of its bytes.

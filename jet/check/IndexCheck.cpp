@@ -9,8 +9,6 @@
 namespace jet {
 namespace {
 
-constexpr std::size_t kTailOffset = 20;
-
 class TreeCheck {
 public:
     TreeCheck(const CheckContext& context, const IndexDefinition& index, ExpectedKeys& keys, Place place,
@@ -101,7 +99,7 @@ private:
     void visitLeaf(const IndexPage& leaf, std::size_t depth) {
         const Place at = place_.onPage(leaf.number());
         checkLinks(leaf, chains_.back());
-        if (context_.source.page(leaf.number()).bytes.u32(kTailOffset) != 0)
+        if (context_.source.page(leaf.number()).bytes.u32(kIndexTailOffset) != 0)
             findings_.fault(at, u"Eine Indexseite der untersten Ebene nennt ein Kind.");
         if (leaf.size() == 0 && depth > 0) findings_.note(at, u"Die Indexseite hat keine Einträge.");
         for (std::size_t i = 0; i < leaf.size(); ++i) {

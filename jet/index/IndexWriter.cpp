@@ -11,9 +11,6 @@
 namespace jet {
 namespace {
 
-constexpr std::size_t kPreviousOffset = 12;
-constexpr std::size_t kNextOffset = 16;
-
 /// Two neighbours that together take no more than this become one page. It is half a page, so that the next entry does
 /// not split the page again, and the next removal does not join it again.
 constexpr std::size_t kJoinedBytes = kIndexEntriesBytes / 2;
@@ -366,7 +363,7 @@ void IndexWriter::relink(PageNumber page, PageNumber from, PageNumber to, bool i
     if (isOnPath(page) || link != from)
         throw damaged(page, u"Die Verkettung der Indexseiten nennt nicht Seite " + base::decimal(from));
     link = to;
-    base::putU32(store_.change(page), isNext ? kNextOffset : kPreviousOffset, to);
+    base::putU32(store_.change(page), isNext ? kIndexNextOffset : kIndexPreviousOffset, to);
 }
 
 bool IndexWriter::isOnPath(PageNumber page) const {

@@ -12,8 +12,6 @@ constexpr std::uint16_t kUnknownFlag = 0x2000;
 /// A row pointer has one byte for the slot number.
 constexpr std::size_t kMaxSlots = 256;
 
-constexpr std::size_t kStampOffset = 8;
-
 }  // namespace
 
 DataPage::DataPage(PageView page) : page_(std::move(page)) {
@@ -59,8 +57,7 @@ Slot DataPage::slot(std::size_t index) const {
 
 bool DataPage::hasLiveRows() const {
     for (std::size_t i = 0; i < slotCount_; ++i) {
-        const SlotState state = slot(i).state;
-        if (state == SlotState::Live || state == SlotState::Moved) return true;
+        if (isRow(slot(i).state)) return true;
     }
     return false;
 }
@@ -68,8 +65,7 @@ bool DataPage::hasLiveRows() const {
 void clearDataPage(std::span<std::uint8_t> page, std::uint32_t owner, std::uint32_t stamp) {
     assert(page.size() == kPageSize);
     std::fill(page.begin(), page.end(), std::uint8_t{0});
-    page[0] = static_cast<std::uint8_t>(PageKind::Data);
-    page[1] = 1;
+    beginPage(page, PageKind::Data);
     base::putU16(page, kFreeBytesOffset, kPageSize - kDataPageHeaderBytes);
     base::putU32(page, kOwnerOffset, owner);
     base::putU32(page, kStampOffset, stamp);

@@ -25,8 +25,7 @@ inline constexpr std::uint32_t kLongValueOwner = 0x4C41564C;  ///< "LVAL"
 inline constexpr std::size_t kDataPageHeaderBytes = 14;
 inline constexpr std::size_t kSlotBytes = 2;
 
-inline constexpr std::size_t kFreeBytesOffset = 2;
-inline constexpr std::size_t kOwnerOffset = 4;
+inline constexpr std::size_t kStampOffset = 8;
 inline constexpr std::size_t kSlotCountOffset = 12;
 inline constexpr std::uint16_t kSlotStartMask = 0x1FFF;
 inline constexpr std::uint16_t kSlotStateMask = 0xC000;
@@ -49,6 +48,11 @@ enum class SlotState : std::uint16_t {
     Deleted = 0xC000,  ///< keeps its slot so that the other slots keep their numbers
 };
 
+/// Whether such a slot is a row of its own, wherever its bytes are.
+constexpr bool isRow(SlotState state) {
+    return state == SlotState::Live || state == SlotState::Moved;
+}
+
 struct Slot {
     SlotState state;
     std::span<const std::uint8_t> bytes;
@@ -67,14 +71,13 @@ public:
 
     PageNumber number() const { return page_.number; }
     std::uint32_t owner() const { return page_.bytes.u32(kOwnerOffset); }
-    std::uint32_t stamp() const { return page_.bytes.u32(8); }
+    std::uint32_t stamp() const { return page_.bytes.u32(kStampOffset); }
     std::size_t freeBytes() const { return page_.bytes.u16(kFreeBytesOffset); }
     std::size_t slotCount() const { return slotCount_; }
 
     /// @throws RuntimeError (damage) if the page has no such slot
     Slot slot(std::size_t index) const;
 
-    /// Whether any slot is a live row, wherever its data is.
     bool hasLiveRows() const;
 
     /// The view that keeps the bytes of all slots alive.

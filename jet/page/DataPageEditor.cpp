@@ -29,11 +29,11 @@ Slot DataPageEditor::slot(std::size_t index) const {
             bytes_.subspan(start, slotEnd(index) - start)};
 }
 
-bool DataPageEditor::hasRows() const {
+bool DataPageEditor::isEmpty() const {
     for (std::size_t i = 0; i < slotCount(); ++i) {
-        if (slot(i).state != SlotState::Deleted) return true;
+        if (slot(i).state != SlotState::Deleted) return false;
     }
-    return false;
+    return true;
 }
 
 bool DataPageEditor::replace(std::size_t index, std::span<const std::uint8_t> row) {

@@ -25,8 +25,8 @@ public:
     /// @throws RuntimeError (damage) if the slot does not exist
     Slot slot(std::size_t index) const;
 
-    /// Whether any slot is not deleted.
-    bool hasRows() const;
+    /// Whether all slots are deleted.
+    bool isEmpty() const;
 
     /// @return the number of the slot; nothing, and nothing changed, if the row does not fit
     std::optional<std::uint8_t> append(std::span<const std::uint8_t> row, SlotState state = SlotState::Live) {

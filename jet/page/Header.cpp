@@ -4,7 +4,6 @@
 #include <bit>
 #include <cassert>
 #include <cmath>
-#include <string_view>
 
 #include "jet/Errors.h"
 #include "jet/page/PageSource.h"
@@ -15,10 +14,7 @@ namespace {
 
 constexpr std::array<std::uint8_t, 4> kMaskKey = {0xC7, 0xDA, 0x39, 0x6B};
 constexpr std::array<std::uint8_t, 4> kBeginning = {0x00, 0x01, 0x00, 0x00};
-constexpr std::string_view kSignature{"Standard Jet DB\0", 16};
 
-constexpr std::size_t kSignatureOffset = 0x04;
-constexpr std::size_t kVersionOffset = 0x14;
 constexpr std::size_t kMaskOffset = 0x18;
 constexpr std::size_t kMaskBytes = 128;
 constexpr std::size_t kFreeMapOffset = 0x18;
@@ -28,9 +24,7 @@ constexpr std::size_t kCodePageOffset = 0x3C;
 constexpr std::size_t kBuildOffset = 0x6A;
 constexpr std::size_t kOrderOffset = 0x6E;
 constexpr std::size_t kConstantOffset = 0x98;
-constexpr std::size_t kUsers = 256;
-
-constexpr std::uint32_t kVersionJet4 = 1;
+constexpr std::size_t kUsers = kCommitWordsBytes / 2;
 
 /// The whole days of the creation date, which mask the password.
 std::uint32_t passwordMask(base::Date created) {

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 #include "base/ByteView.h"
 #include "base/Text.h"
@@ -33,6 +34,17 @@
 namespace jet {
 
 inline constexpr std::size_t kMaxPasswordUnits = 20;
+
+/// What comes before the masked bytes.
+inline constexpr std::size_t kSignatureOffset = 0x04;
+inline constexpr std::string_view kSignature{"Standard Jet DB\0", 16};
+inline constexpr std::size_t kVersionOffset = 0x14;
+inline constexpr std::uint32_t kVersionJet4 = 1;
+
+/// Fields for readers that do not need, or cannot trust, the whole page.
+inline constexpr std::size_t kDatabaseKeyOffset = 0x3E;
+inline constexpr std::size_t kPasswordOffset = 0x42;
+inline constexpr std::size_t kCreatedOffset = 0x72;
 inline constexpr std::size_t kCommitWordsOffset = 0xE00;
 inline constexpr std::size_t kCommitWordsBytes = 512;
 
@@ -69,10 +81,5 @@ private:
 /// Masks or unmasks page 0 in place (both are the same step).
 /// @param page  at least 0x98 bytes
 void maskHeader(std::span<std::uint8_t> page);
-
-/// Offsets in the unmasked page 0, for a reader that cannot trust the whole of it.
-inline constexpr std::size_t kDatabaseKeyOffset = 0x3E;
-inline constexpr std::size_t kPasswordOffset = 0x42;
-inline constexpr std::size_t kCreatedOffset = 0x72;
 
 }  // namespace jet

@@ -24,6 +24,16 @@ enum class PageKind : std::uint8_t {
     UsageBitmap = 5,
 };
 
+/// Fields that pages of several kinds have at the same place.
+inline constexpr std::size_t kFreeBytesOffset = 2;  ///< u16; data, definition and index pages
+inline constexpr std::size_t kOwnerOffset = 4;      ///< u32; data and index pages: page of the definition, or a mark
+
+/// Writes what every page except the header begins with.
+inline void beginPage(std::span<std::uint8_t> page, PageKind kind) {
+    page[0] = static_cast<std::uint8_t>(kind);
+    page[1] = 1;
+}
+
 /// The bytes of a page, and its number. The view shares the ownership of the bytes: a scan keeps its page while it
 /// reads many others (overflow rows, long values) through a cache of limited size.
 struct PageView {

@@ -95,9 +95,8 @@ std::size_t longerMapRow(std::size_t rowBytes, std::size_t neededBytes) {
 void clearBitmapPage(std::span<std::uint8_t> page, std::uint8_t fill) {
     assert(page.size() == kPageSize);
     std::fill(page.begin(), page.end(), fill);
-    page[0] = static_cast<std::uint8_t>(PageKind::UsageBitmap);
-    page[1] = 1;
-    page[2] = page[3] = 0;
+    beginPage(page, PageKind::UsageBitmap);
+    base::putU16(page, 2, 0);
 }
 
 }  // namespace jet

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <string_view>
 
 #include "base/Value.h"
 #include "jet/page/Header.h"
@@ -12,10 +11,6 @@
 namespace jet {
 namespace {
 
-constexpr std::string_view kSignature{"Standard Jet DB\0", 16};
-constexpr std::size_t kSignatureOffset = 4;
-constexpr std::size_t kVersionOffset = 20;
-constexpr std::uint32_t kVersion = 1;
 constexpr std::uint32_t kLatestVersion = 6;
 /// So many bytes of the signature may be damaged. The signatures of other formats differ in more.
 constexpr std::ptrdiff_t kDamagedBytes = 2;
@@ -148,7 +143,7 @@ bool isOfOtherFormat(base::ByteView page0) {
     if (different > kDamagedBytes && letters >= kShortestSignature) return true;
     // The version of another format of the same maker, under an undamaged signature.
     const std::uint32_t version = page0.u32(kVersionOffset);
-    return different == 0 && version != kVersion && version <= kLatestVersion;
+    return different == 0 && version != kVersionJet4 && version <= kLatestVersion;
 }
 
 PasswordAnswer tryPassword(base::ByteView page0, base::TextView given) {

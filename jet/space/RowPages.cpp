@@ -58,7 +58,7 @@ void RowPages::remove(RowPointer row) {
     DataPageEditor page = edit(row.page);
     if (page.slot(row.slot).state == SlotState::Deleted) throw damagedRow(row, u"Die Zeile ist schon gelöscht");
     page.remove(row.slot);
-    if (page.hasRows()) {
+    if (!page.isEmpty()) {
         offer(row.page);
         return;
     }

@@ -9,7 +9,6 @@
 namespace jet {
 namespace {
 
-constexpr std::uint64_t kCreationDateOffset = 0x72;
 constexpr std::size_t kChunkBytes = std::size_t{1} << 20U;
 
 /// Collects small pieces, so that the journal is written in few calls. Large pieces are not copied.
@@ -61,7 +60,7 @@ base::Bytes readPage(PageIo& file, PageNumber number) {
 }
 
 FileIdentity identityOf(Storage& storage, PageIo& file) {
-    const base::Bytes date = readAtMost(file, kCreationDateOffset, 8);
+    const base::Bytes date = readAtMost(file, kCreatedOffset, 8);
     return {storage.fileName(), date.size() == 8 ? base::ByteView(date).u64(0) : 0};
 }
 

@@ -164,14 +164,13 @@ void IndexNode::write(std::span<std::uint8_t> page, PageNumber definitionPage, s
     // A page with enough room needs no prefix.
     const std::size_t prefix = whole > kIndexEntriesBytes ? prefixBytes(entry(0), entry(size() - 1)) : 0;
     std::ranges::fill(page.first(kIndexEntriesOffset), std::uint8_t{0});
-    page[0] = static_cast<std::uint8_t>(isLeaf_ ? PageKind::IndexLeaf : PageKind::IndexNode);
-    page[1] = 1;
-    base::putU32(page, 4, definitionPage);
-    base::putU32(page, 12, previous);
-    base::putU32(page, 16, next);
-    base::putU32(page, 20, isLeaf_ ? 0 : tail);
-    base::putU16(page, 24, static_cast<std::uint16_t>(prefix));
-    page[26] = height;
+    beginPage(page, isLeaf_ ? PageKind::IndexLeaf : PageKind::IndexNode);
+    base::putU32(page, kOwnerOffset, definitionPage);
+    base::putU32(page, kIndexPreviousOffset, previous);
+    base::putU32(page, kIndexNextOffset, next);
+    base::putU32(page, kIndexTailOffset, isLeaf_ ? 0 : tail);
+    base::putU16(page, kIndexPrefixOffset, static_cast<std::uint16_t>(prefix));
+    page[kIndexHeightOffset] = height;
     const auto entries = page.subspan(kIndexEntriesOffset);
     const bool lieAsHere = isLeaf_ && prefix == 0;
     if (lieAsHere) std::ranges::copy(bytes_, entries.begin());
@@ -186,7 +185,7 @@ void IndexNode::write(std::span<std::uint8_t> page, PageNumber definitionPage, s
         }
         page[kIndexMaskOffset + end / 8] |= static_cast<std::uint8_t>(1U << (end % 8));
     }
-    base::putU16(page, 2, static_cast<std::uint16_t>(kIndexEntriesBytes - end));
+    base::putU16(page, kFreeBytesOffset, static_cast<std::uint16_t>(kIndexEntriesBytes - end));
     std::ranges::fill(entries.subspan(end), std::uint8_t{0});
 }
 

@@ -12,7 +12,6 @@
 namespace jet {
 namespace {
 
-constexpr std::size_t kMaskBytes = 453;
 constexpr std::size_t kShortestKey = 1;
 
 std::uint32_t readBigEndian(std::span<const std::uint8_t> fourBytes) {
@@ -32,22 +31,22 @@ IndexPage::IndexPage(PageView page, PageNumber definitionPage) : page_(std::move
     if (kind != PageKind::IndexNode && kind != PageKind::IndexLeaf) {
         throw damaged(number(), u"Statt einer Indexseite steht hier eine Seite der Art " + base::decimal(view.u8(0)));
     }
-    if (view.u32(4) != definitionPage) {
-        throw damaged(number(), u"Die Indexseite gehört zur Tabelle auf Seite " + base::decimal(view.u32(4)) +
+    if (const std::uint32_t owner = view.u32(kOwnerOffset); owner != definitionPage) {
+        throw damaged(number(), u"Die Indexseite gehört zur Tabelle auf Seite " + base::decimal(owner) +
                                     u" statt auf Seite " + base::decimal(definitionPage));
     }
     isLeaf_ = kind == PageKind::IndexLeaf;
-    previous_ = view.u32(12);
-    next_ = view.u32(16);
-    tail_ = isLeaf_ ? 0 : view.u32(20);
-    prefixBytes_ = view.u16(24);
+    previous_ = view.u32(kIndexPreviousOffset);
+    next_ = view.u32(kIndexNextOffset);
+    tail_ = isLeaf_ ? 0 : view.u32(kIndexTailOffset);
+    prefixBytes_ = view.u16(kIndexPrefixOffset);
     readMask();
     checkEntries();
 }
 
 void IndexPage::readMask() {
     starts_.push_back(0);
-    for (std::size_t byte = 0; byte < kMaskBytes; ++byte) {
+    for (std::size_t byte = 0; byte < kIndexMaskBytes; ++byte) {
         for (unsigned bits = page_.bytes.u8(kIndexMaskOffset + byte); bits != 0; bits &= bits - 1) {
             const std::size_t end = byte * 8 + static_cast<std::size_t>(std::countr_zero(bits));
             if (end == 0 || end > kIndexEntriesBytes) {
@@ -57,7 +56,7 @@ void IndexPage::readMask() {
         }
     }
     // Every writer keeps this field exact. A wrong number shows that the end of the last entry was lost.
-    if (page_.bytes.u16(2) != kIndexEntriesBytes - starts_.back()) {
+    if (page_.bytes.u16(kFreeBytesOffset) != kIndexEntriesBytes - starts_.back()) {
         throw damaged(number(), u"Der freie Platz der Indexseite passt nicht zu ihren Einträgen");
     }
 }

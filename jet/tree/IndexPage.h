@@ -30,14 +30,20 @@
 /// page (4 bytes, big-endian) follows. See docs/file-format.md, "Index pages".
 namespace jet {
 
-constexpr std::size_t kIndexMaskOffset = 27;
-constexpr std::size_t kIndexEntriesOffset = 480;
-constexpr std::size_t kIndexEntriesBytes = 3616;
-constexpr std::size_t kIndexRowBytes = 4;
-constexpr std::size_t kIndexChildBytes = 4;
+inline constexpr std::size_t kIndexPreviousOffset = 12;
+inline constexpr std::size_t kIndexNextOffset = 16;
+inline constexpr std::size_t kIndexTailOffset = 20;
+inline constexpr std::size_t kIndexPrefixOffset = 24;
+inline constexpr std::size_t kIndexHeightOffset = 26;
+inline constexpr std::size_t kIndexMaskOffset = 27;
+inline constexpr std::size_t kIndexEntriesOffset = 480;
+inline constexpr std::size_t kIndexMaskBytes = kIndexEntriesOffset - kIndexMaskOffset;
+inline constexpr std::size_t kIndexEntriesBytes = kPageSize - kIndexEntriesOffset;
+inline constexpr std::size_t kIndexRowBytes = 4;
+inline constexpr std::size_t kIndexChildBytes = 4;
 
 /// A page holds at least seven of the longest entries, so no file has a tree with more levels.
-constexpr std::size_t kMaxIndexHeight = 16;
+inline constexpr std::size_t kMaxIndexHeight = 16;
 
 /// The order of entries and keys: byte by byte. A beginning of a longer entry comes before it.
 inline std::strong_ordering compareEntries(std::span<const std::uint8_t> a, std::span<const std::uint8_t> b) {
