@@ -1,6 +1,7 @@
 #pragma once
 
 #include <compare>
+#include <cstddef>
 #include <cstdint>
 
 /// Addresses inside the file.
@@ -8,6 +9,8 @@ namespace jet {
 
 /// Pages count from 0; page n begins at byte n * 4096.
 using PageNumber = std::uint32_t;
+
+inline constexpr std::size_t kRowPointerBytes = 4;  ///< as stored
 
 /// The identity of a row, which never changes: its page, and its slot in the offset table of that page.
 ///

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-#include "base/ByteView.h"
 #include "jet/Errors.h"
 
 namespace jet {
+
 LongValueStore::LongValueStore(PageStore& store, PageAllocator& allocator, const TableDefinition& table)
     : store_(store), allocator_(allocator), table_(table) {}
 
@@ -32,7 +32,7 @@ void LongValueStore::remove(const Column& column, std::span<const std::uint8_t> 
 
 void LongValueStore::removeChain(RowPages& pages, RowPointer part) {
     while (!part.isNone()) {
-        const auto next = RowPointer::unpack(base::ByteView{pages.read(part.page).slot(part.slot).bytes}.u32(0));
+        const auto next = pointerAt(pages.read(part.page).slot(part.slot).bytes);
         pages.remove(part);
         part = next;
     }

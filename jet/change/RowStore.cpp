@@ -6,13 +6,14 @@
 #include "base/ByteView.h"
 #include "jet/Errors.h"
 #include "jet/WriteErrors.h"
+#include "jet/page/MovedRow.h"
 #include "jet/table/RowCodec.h"
 
 namespace jet {
 namespace {
 
-std::array<std::uint8_t, 4> pointerBytes(RowPointer target) {
-    std::array<std::uint8_t, 4> bytes{};
+std::array<std::uint8_t, kRowPointerBytes> pointerBytes(RowPointer target) {
+    std::array<std::uint8_t, kRowPointerBytes> bytes{};
     base::putU32(bytes, 0, target.packed());
     return bytes;
 }
@@ -31,15 +32,13 @@ bool RowStore::contains(RowPointer row) {
 /// From the place of the row to the place of its bytes.
 std::vector<RowPointer> RowStore::placesOf(RowPointer row) {
     std::vector<RowPointer> places{row};
-    while (places.size() <= kMaxMoves + 1) {
-        const RowPointer place = places.back();
-        const DataPage page = pages_.read(place.page);
-        const Slot slot = page.slot(place.slot);
-        if (slot.state == (places.size() == 1 ? SlotState::Live : SlotState::Hidden)) return places;
-        if (slot.state != SlotState::Moved || slot.bytes.size() < 4) break;
-        places.push_back(RowPointer::unpack(base::ByteView{slot.bytes}.u32(0)));
-    }
-    throw damagedRow(row, u"Die Zeile ist nicht da, oder nicht dort, wohin sie verschoben ist");
+    const DataPage page = pages_.read(row.page);
+    const Slot slot = page.slot(row.slot);
+    if (!isRow(slot.state)) throw damagedRow(row, u"Die Zeile ist nicht da");
+    if (slot.state == SlotState::Live) return places;
+    const MovedRow moved = followMovedRow(store_, row, slot, page.owner());
+    places.insert(places.end(), moved.places.begin(), moved.places.end());
+    return places;
 }
 
 void RowStore::removeBehind(const std::vector<RowPointer>& places) {

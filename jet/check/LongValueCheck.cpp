@@ -67,7 +67,7 @@ void LongValueCheck::checkChain(ColumnPages& pages, const LongValueReference& re
                                             u", der Verweis in " + rowText(row) + u" die Marke " +
                                             base::decimal(reference.stamp) + u".");
         }
-        part = RowPointer::unpack(base::ByteView{page.slot(part.slot).bytes}.u32(0));
+        part = pointerAt(page.slot(part.slot).bytes);
     }
 }
 

@@ -48,7 +48,7 @@ private:
     template <typename Visit>
     void visitSlot(const DataPage& page, std::size_t i, std::size_t slotNumber, Visit&& visit) const {
         const Slot slot = page.slot(i);
-        if (slot.state != SlotState::Live && slot.state != SlotState::Moved) return;
+        if (!isRow(slot.state)) return;
         const RowPointer pointer{page.number(), static_cast<std::uint8_t>(i)};
         Row moved;
         RowView view;

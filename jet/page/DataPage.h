@@ -38,9 +38,6 @@ constexpr std::size_t slotPlace(std::size_t index) {
 /// The engine gives a page at most this many slots.
 inline constexpr std::size_t kMaxSlotsOfPage = 255;
 
-/// A moved row is followed over at most this many pointers, so a loop comes to an end. Real files have one pointer.
-inline constexpr std::size_t kMaxMoves = 16;
-
 enum class SlotState : std::uint16_t {
     Live = 0x0000,
     Moved = 0x4000,    ///< live; the row's first 4 bytes point to its data
@@ -87,6 +84,12 @@ private:
     PageView page_;
     std::size_t slotCount_ = 0;
 };
+
+/// The pointer with which these bytes begin: those of a moved slot, or of a part of a long value.
+/// @param bytes  at least kRowPointerBytes
+inline RowPointer pointerAt(std::span<const std::uint8_t> bytes) {
+    return RowPointer::unpack(base::ByteView{bytes}.u32(0));
+}
 
 /// Makes the page an empty data page; the rest of its bytes becomes zero.
 void clearDataPage(std::span<std::uint8_t> page, std::uint32_t owner, std::uint32_t stamp = 0);

@@ -40,10 +40,10 @@ base::Bytes readDamagedChain(DamagedFile& file, const LongValueReference& refere
     for (RowPointer part = reference.first; !part.isNone();) {
         const DamagedDataPage page = partPage(file, part);
         const auto bytes = partAt(page, part);
-        if (bytes.size() <= kNextPartBytes || bytes.size() - kNextPartBytes > reference.lengthBytes - value.size())
+        if (bytes.size() <= kRowPointerBytes || bytes.size() - kRowPointerBytes > reference.lengthBytes - value.size())
             throw damagedRow(part, u"Der Teil eines langen Werts hat eine falsche Länge");
-        value.insert(value.end(), bytes.begin() + kNextPartBytes, bytes.end());
-        part = RowPointer::unpack(base::ByteView{bytes}.u32(0));
+        value.insert(value.end(), bytes.begin() + kRowPointerBytes, bytes.end());
+        part = pointerAt(bytes);
     }
     if (value.size() != reference.lengthBytes) throw damagedRow(place, u"Einem langen Wert fehlen Teile");
     return value;

@@ -147,8 +147,7 @@ void Salvage::findLostTables() {
             if (scan_.kind(page) != PageKind::Data || scan_.owner(page) != object.id || scan_.isFree(page)) continue;
             const DamagedDataPage data = DamagedDataPage::read(file_, page);
             for (std::size_t i = 0; i < data.slotCount(); ++i) {
-                const SlotState state = data.slot(i).state;
-                if (state == SlotState::Live || state == SlotState::Moved) ++lost.rows;
+                if (isRow(data.slot(i).state)) ++lost.rows;
             }
         }
         lostTables_.push_back(std::move(lost));

@@ -4,6 +4,8 @@
 #include <unordered_set>
 #include <utility>
 
+#include "jet/page/MovedRow.h"
+
 namespace jet {
 
 class SalvagedTable::Scan {
@@ -36,8 +38,9 @@ private:
     }
 
     void follow(DamagedSlot slot, RowPointer place) {
-        for (std::size_t moves = 0; moves < kMaxMoves && slot.isPossible && slot.bytes.size() >= 4; ++moves) {
-            const RowPointer target = RowPointer::unpack(base::ByteView{slot.bytes}.u32(0));
+        for (std::size_t moves = 0; moves < kMaxMoves && slot.isPossible && slot.bytes.size() >= kRowPointerBytes;
+             ++moves) {
+            const RowPointer target = pointerAt(slot.bytes);
             if (!std::ranges::binary_search(table_.pages_, target.page)) break;
             page_ = DamagedDataPage::read(*table_.file_, target.page);
             if (target.slot >= page_.slotCount()) break;

@@ -83,8 +83,7 @@ std::size_t TablePages::rowsOn(PageNumber page) const {
     const DamagedDataPage data = DamagedDataPage::read(file_, page);
     std::size_t rows = 0;
     for (std::size_t i = 0; i < data.slotCount(); ++i) {
-        const SlotState state = data.slot(i).state;
-        if (state == SlotState::Live || state == SlotState::Moved) ++rows;
+        if (isRow(data.slot(i).state)) ++rows;
     }
     return rows;
 }

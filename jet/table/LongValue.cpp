@@ -28,12 +28,13 @@ base::Bytes readChain(PageSource& source, const LongValueReference& reference, R
     for (RowPointer part = reference.first; !part.isNone();) {
         const DataPage page = DataPage::read(source, part.page, kLongValueOwner);
         const auto bytes = partAt(page, part);
-        if (bytes.size() <= kNextPartBytes || bytes.size() - kNextPartBytes > reference.lengthBytes - value.size()) {
+        if (bytes.size() <= kRowPointerBytes ||
+            bytes.size() - kRowPointerBytes > reference.lengthBytes - value.size()) {
             throw damagedRow(part, u"Der Teil eines langen Werts hat " +
                                        base::decimal(static_cast<std::int64_t>(bytes.size())) + u" Bytes");
         }
-        append(value, bytes.subspan(kNextPartBytes));
-        part = RowPointer::unpack(base::ByteView{bytes}.u32(0));
+        append(value, bytes.subspan(kRowPointerBytes));
+        part = pointerAt(bytes);
     }
     if (value.size() != reference.lengthBytes) {
         throw damagedRow(place, u"Ein langer Wert hat " + base::decimal(static_cast<std::int64_t>(value.size())) +

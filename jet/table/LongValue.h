@@ -23,7 +23,6 @@ inline constexpr std::size_t kMaxInlineLongValueBytes = 64;
 inline constexpr std::size_t kLongValuePartBytes = 4072;  ///< data in a full part of a chain
 inline constexpr std::size_t kMaxLongValueRowBytes = 4076;
 inline constexpr std::size_t kMaxLongValueBytes = 0x3FFFFFFF;
-inline constexpr std::size_t kNextPartBytes = 4;  ///< the pointer before the data of a part
 
 enum class LongValueKind : std::uint32_t { Chain = 0, SingleRow = 0x40000000, Inline = 0x80000000 };
 
@@ -62,7 +61,7 @@ base::Bytes placeLongValue(Rows& rows, std::span<const std::uint8_t> value) {
         reference.kind = LongValueKind::Chain;
         for (std::size_t end = value.size(); end > 0;) {
             const std::size_t begin = (end - 1) / kLongValuePartBytes * kLongValuePartBytes;
-            base::Bytes part(kNextPartBytes);
+            base::Bytes part(kRowPointerBytes);
             base::putU32(part, 0, reference.first.packed());
             part.insert(part.end(), value.begin() + static_cast<std::ptrdiff_t>(begin),
                         value.begin() + static_cast<std::ptrdiff_t>(end));

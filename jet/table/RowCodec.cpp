@@ -10,8 +10,8 @@ namespace jet {
 namespace {
 
 constexpr std::size_t kCountBytes = 2;
-/// If the row moves, its old place must hold a pointer of 4 bytes.
-constexpr std::size_t kShortestRowBytes = 4;
+/// If the row moves, its old place must hold a pointer.
+constexpr std::size_t kShortestRowBytes = kRowPointerBytes;
 
 std::uint16_t u16At(std::span<const std::uint8_t> bytes, std::size_t offset) {
     return static_cast<std::uint16_t>(bytes[offset] | (bytes[offset + 1] << 8U));

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "jet/Errors.h"
+#include "jet/page/MovedRow.h"
 #include "jet/table/LongValue.h"
 #include "jet/tree/IndexCursor.h"
 #include "jet/value/ValueCodec.h"
@@ -46,25 +47,9 @@ Row Table::rowOf(const DataPage& page, std::size_t slotIndex) const {
     const RowPointer pointer{page.number(), static_cast<std::uint8_t>(slotIndex)};
     const Slot slot = page.slot(slotIndex);
     if (slot.state == SlotState::Live) return {pointer, RowView(slot.bytes, definition_, pointer), page.page()};
-    if (slot.state == SlotState::Moved) {
-        if (slot.bytes.size() < 4) throw damagedRow(pointer, u"Der Verweis auf die verschobene Zeile ist zu kurz");
-        return follow(pointer, RowPointer::unpack(base::ByteView{slot.bytes}.u32(0)));
-    }
-    throw damagedRow(pointer, u"Die Zeile ist gelöscht");
-}
-
-Row Table::follow(RowPointer pointer, RowPointer target) const {
-    for (std::size_t moves = 0; moves < kMaxMoves; ++moves) {
-        const DataPage page = DataPage::read(*source_, target.page, definition_.page);
-        const Slot slot = page.slot(target.slot);
-        if (slot.state == SlotState::Hidden) return {pointer, RowView(slot.bytes, definition_, target), page.page()};
-        if (slot.state != SlotState::Moved || slot.bytes.size() < 4) {
-            throw damagedRow(pointer, u"Die verschobene Zeile steht nicht auf Seite " + base::decimal(target.page) +
-                                          u", Zeile " + base::decimal(target.slot));
-        }
-        target = RowPointer::unpack(base::ByteView{slot.bytes}.u32(0));
-    }
-    throw damagedRow(pointer, u"Die Verweise auf die verschobene Zeile bilden eine Schleife");
+    if (slot.state != SlotState::Moved) throw damagedRow(pointer, u"Die Zeile ist gelöscht");
+    const MovedRow moved = followMovedRow(*source_, pointer, slot, definition_.page);
+    return {pointer, RowView(moved.bytes, definition_, moved.places.back()), moved.page.page()};
 }
 
 void Table::requireAllMet(std::size_t rowsMet) const {

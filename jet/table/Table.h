@@ -56,7 +56,6 @@ public:
 private:
     friend class RowCursor;
     Row rowOf(const DataPage& page, std::size_t slot) const;
-    Row follow(RowPointer pointer, RowPointer target) const;
 
     PageSource* source_;
     CatalogEntry entry_;

@@ -39,7 +39,7 @@ inline constexpr std::size_t kIndexMaskOffset = 27;
 inline constexpr std::size_t kIndexEntriesOffset = 480;
 inline constexpr std::size_t kIndexMaskBytes = kIndexEntriesOffset - kIndexMaskOffset;
 inline constexpr std::size_t kIndexEntriesBytes = kPageSize - kIndexEntriesOffset;
-inline constexpr std::size_t kIndexRowBytes = 4;
+inline constexpr std::size_t kIndexRowBytes = kRowPointerBytes;
 inline constexpr std::size_t kIndexChildBytes = 4;
 
 /// A page holds at least seven of the longest entries, so no file has a tree with more levels.
