@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <exception>
 #include <span>
+#include <vector>
 
 namespace base {
 
@@ -76,6 +77,23 @@ inline void putLittleEndian(std::span<std::uint8_t> bytes, std::size_t offset, s
     const auto place = bytes.subspan(offset, count);
     for (std::size_t i = 0; i < count; ++i)
         place[i] = static_cast<std::uint8_t>(value >> (8U * i));
+}
+
+/// Appends the low `count` bytes of value, least significant first.
+inline void appendLittleEndian(std::vector<std::uint8_t>& bytes, std::uint64_t value, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i)
+        bytes.push_back(static_cast<std::uint8_t>(value >> (8U * i)));
+}
+
+/// The same, most significant first.
+inline void appendBigEndian(std::vector<std::uint8_t>& bytes, std::uint64_t value, std::size_t count) {
+    for (std::size_t i = count; i > 0; --i)
+        bytes.push_back(static_cast<std::uint8_t>(value >> (8U * (i - 1))));
+}
+
+/// For places that are known to be inside, in code that must be fast.
+inline std::uint16_t u16At(std::span<const std::uint8_t> bytes, std::size_t offset) {
+    return static_cast<std::uint16_t>(bytes[offset] | (bytes[offset + 1] << 8U));
 }
 
 inline void putU16(std::span<std::uint8_t> bytes, std::size_t offset, std::uint16_t value) {

@@ -5,6 +5,7 @@
 #include <limits>
 #include <variant>
 
+#include "base/ByteView.h"
 #include "jet/Errors.h"
 #include "jet/table/Table.h"
 #include "jet/value/ExactNumber.h"
@@ -14,6 +15,7 @@
 namespace jet {
 namespace {
 
+using base::appendBigEndian;
 using base::Bytes;
 using base::Value;
 
@@ -23,11 +25,6 @@ constexpr std::uint8_t kValueAscending = 0x7F;
 constexpr std::uint8_t kValueDescending = 0x80;
 constexpr std::size_t kGroupBytes = 8;
 constexpr std::uint8_t kGroupGoesOn = 9;
-
-void appendBigEndian(Bytes& key, std::uint64_t value, unsigned bytes) {
-    for (unsigned i = bytes; i > 0; --i)
-        key.push_back(static_cast<std::uint8_t>(value >> (8 * (i - 1))));
-}
 
 void invertFrom(Bytes& key, std::size_t start) {
     for (std::size_t i = start; i < key.size(); ++i)

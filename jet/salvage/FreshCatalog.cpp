@@ -142,8 +142,7 @@ void FreshCatalog::addObjects(const Salvage& salvage, SalvageReport& report) {
         const auto* order = std::get_if<base::Bytes>(&row[2]);
         base::Bytes key = order == nullptr ? base::Bytes{} : *order;
         const auto* attribute = std::get_if<std::uint8_t>(&row[1]);
-        for (const unsigned shift : {0U, 8U, 16U, 24U})
-            key.push_back(static_cast<std::uint8_t>(numberOf(row[0]) >> shift));
+        base::appendLittleEndian(key, numberOf(row[0]), 4);
         key.push_back(attribute == nullptr ? std::uint8_t{0} : *attribute);
         const bool isKnown = attribute != nullptr && ids_.contains(numberOf(row[0]));
         if (isKnown && keys.insert(std::move(key)).second) tables_[kQueries]->addRow(row);

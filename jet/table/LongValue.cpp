@@ -56,11 +56,9 @@ LongValueReference LongValueReference::read(std::span<const std::uint8_t> stored
 }
 
 void LongValueReference::append(base::Bytes& bytes) const {
-    const std::size_t start = bytes.size();
-    bytes.resize(start + kLongValueReferenceBytes);
-    base::putU32(bytes, start, static_cast<std::uint32_t>(kind) | lengthBytes);
-    base::putU32(bytes, start + 4, first.packed());
-    base::putU32(bytes, start + 8, stamp);
+    base::appendLittleEndian(bytes, static_cast<std::uint32_t>(kind) | lengthBytes, 4);
+    base::appendLittleEndian(bytes, first.packed(), 4);
+    base::appendLittleEndian(bytes, stamp, 4);
 }
 
 base::Bytes readLongValue(PageSource& source, std::span<const std::uint8_t> stored, RowPointer place) {

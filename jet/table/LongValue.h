@@ -61,8 +61,8 @@ base::Bytes placeLongValue(Rows& rows, std::span<const std::uint8_t> value) {
         reference.kind = LongValueKind::Chain;
         for (std::size_t end = value.size(); end > 0;) {
             const std::size_t begin = (end - 1) / kLongValuePartBytes * kLongValuePartBytes;
-            base::Bytes part(kRowPointerBytes);
-            base::putU32(part, 0, reference.first.packed());
+            base::Bytes part;
+            base::appendLittleEndian(part, reference.first.packed(), kRowPointerBytes);
             part.insert(part.end(), value.begin() + static_cast<std::ptrdiff_t>(begin),
                         value.begin() + static_cast<std::ptrdiff_t>(end));
             reference.first = rows.addAlone(part);

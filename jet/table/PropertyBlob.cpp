@@ -77,13 +77,11 @@ void readChunks(ByteView bytes, PropertyBlob& blob) {
 }
 
 void appendU16(Bytes& bytes, std::size_t value) {
-    bytes.push_back(static_cast<std::uint8_t>(value));
-    bytes.push_back(static_cast<std::uint8_t>(value >> 8U));
+    base::appendLittleEndian(bytes, value, 2);
 }
 
 void appendU32(Bytes& bytes, std::size_t value) {
-    appendU16(bytes, value & 0xFFFFU);
-    appendU16(bytes, value >> 16U);
+    base::appendLittleEndian(bytes, value, 4);
 }
 
 void appendName(Bytes& bytes, base::TextView name) {

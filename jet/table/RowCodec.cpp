@@ -9,13 +9,11 @@
 namespace jet {
 namespace {
 
+using base::u16At;
+
 constexpr std::size_t kCountBytes = 2;
 /// If the row moves, its old place must hold a pointer.
 constexpr std::size_t kShortestRowBytes = kRowPointerBytes;
-
-std::uint16_t u16At(std::span<const std::uint8_t> bytes, std::size_t offset) {
-    return static_cast<std::uint16_t>(bytes[offset] | (bytes[offset + 1] << 8U));
-}
 
 std::int64_t number(std::size_t value) {
     return static_cast<std::int64_t>(value);
@@ -108,10 +106,8 @@ base::Bytes encodeRow(const TableDefinition& definition, std::span<const Cell> c
         offsets.push_back(static_cast<std::uint16_t>(row.size()));
         std::reverse(offsets.begin(), offsets.end());
         offsets.push_back(definition.variableColumnsEver);
-        for (const std::uint16_t offset : offsets) {
-            row.push_back(static_cast<std::uint8_t>(offset));
-            row.push_back(static_cast<std::uint8_t>(offset >> 8U));
-        }
+        for (const std::uint16_t offset : offsets)
+            base::appendLittleEndian(row, offset, 2);
     }
     if (row.size() + mask.size() < kShortestRowBytes) row.resize(kShortestRowBytes - mask.size());
     row.insert(row.end(), mask.begin(), mask.end());

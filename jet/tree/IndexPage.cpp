@@ -140,8 +140,7 @@ RowPointer rowOfEntry(std::span<const std::uint8_t> entry) {
 }
 
 void appendRowPointer(base::Bytes& key, RowPointer row) {
-    for (const unsigned shift : {24U, 16U, 8U, 0U})
-        key.push_back(static_cast<std::uint8_t>(row.packed() >> shift));
+    base::appendBigEndian(key, row.packed(), kIndexRowBytes);
 }
 
 }  // namespace jet

@@ -4,6 +4,7 @@
 #include <bit>
 #include <cstring>
 
+#include "base/ByteView.h"
 #include "jet/Errors.h"
 
 namespace jet {
@@ -16,17 +17,13 @@ bool isCompressed(std::span<const std::uint8_t> stored) {
     return stored.size() >= 2 && stored[0] == 0xFF && stored[1] == 0xFE;
 }
 
-char16_t unitAt(std::span<const std::uint8_t> bytes, std::size_t offset) {
-    return static_cast<char16_t>(bytes[offset] | (bytes[offset + 1] << 8U));
-}
-
 bool decodePlain(std::span<const std::uint8_t> stored, base::Text& text) {
     text.resize(stored.size() / 2);
     if constexpr (std::endian::native == std::endian::little) {
         if (!text.empty()) std::memcpy(text.data(), stored.data(), 2 * text.size());
     } else {
         for (std::size_t i = 0; i < text.size(); ++i)
-            text[i] = unitAt(stored, 2 * i);
+            text[i] = base::u16At(stored, 2 * i);
     }
     return stored.size() % 2 == 0;
 }
@@ -55,7 +52,7 @@ bool decodeCompressed(std::span<const std::uint8_t> stored, base::Text& text) {
         stored = stored.subspan(count + 1);
         while (!stored.empty() && stored[0] != 0) {
             if (stored.size() == 1) return false;
-            text.push_back(unitAt(stored, 0));
+            text.push_back(base::u16At(stored, 0));
             stored = stored.subspan(2);
         }
         if (stored.empty()) return true;
@@ -64,8 +61,7 @@ bool decodeCompressed(std::span<const std::uint8_t> stored, base::Text& text) {
 }
 
 void appendUnit(base::Bytes& bytes, char16_t unit) {
-    bytes.push_back(static_cast<std::uint8_t>(unit));
-    bytes.push_back(static_cast<std::uint8_t>(unit >> 8U));
+    base::appendLittleEndian(bytes, unit, 2);
 }
 
 bool isOneByte(char16_t unit) {
