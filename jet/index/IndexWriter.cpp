@@ -15,18 +15,10 @@ namespace {
 /// not split the page again, and the next removal does not join it again.
 constexpr std::size_t kJoinedBytes = kIndexEntriesBytes / 2;
 
-bool isLess(std::span<const std::uint8_t> a, std::span<const std::uint8_t> b) {
-    return std::is_lt(compareEntries(a, b));
-}
-
 base::Bytes entryFor(std::span<const std::uint8_t> key, RowPointer row) {
     base::Bytes entry(key.begin(), key.end());
     appendRowPointer(entry, row);
     return entry;
-}
-
-bool startsWith(std::span<const std::uint8_t> bytes, std::span<const std::uint8_t> beginning) {
-    return bytes.size() >= beginning.size() && std::ranges::equal(bytes.first(beginning.size()), beginning);
 }
 
 bool isEntry(const IndexNode& leaf, std::size_t i, const base::Bytes& entry) {
@@ -122,38 +114,27 @@ void IndexWriter::removeEntryOf(RowPointer row) {
 void IndexWriter::descend(std::span<const std::uint8_t> entry) {
     path_.clear();
     nodes_.forgetIfMany();
-    base::Bytes after;
-    base::Bytes upTo;
-    push(table_.indexes[indexNumber_].rootPage, after, upTo);
+    IndexBounds bounds;
+    push(table_.indexes[indexNumber_].rootPage, bounds);
     while (!path_.back().node->isLeaf()) {
         Level& at = path_.back();
         const IndexNode& node = *at.node;
-        if (node.childCount() == 0) throw damaged(at.page, u"Ein Knoten des Indexes ist leer");
-        if (path_.size() >= kMaxIndexHeight) throw damaged(at.page, u"Der Index hat zu viele Ebenen");
-        at.position = std::min(node.lowerBound(entry), node.childCount() - 1);
-        if (at.position > 0) after.assign(node.entry(at.position - 1).begin(), node.entry(at.position - 1).end());
-        if (at.position + 1 < node.childCount()) {
-            upTo.assign(node.entry(at.position).begin(), node.entry(at.position).end());
-        }
-        push(node.childAt(at.position), after, upTo);
+        at.position = std::min(node.lowerBound(entry), std::max<std::size_t>(node.childCount(), 1) - 1);
+        bounds.enterChild(node, at.page, path_.size(), at.position);
+        push(node.childAt(at.position), bounds);
     }
     for (std::size_t level = 0; level < path_.size(); ++level)
         path_[level].height = static_cast<std::uint8_t>(path_.size() - 1 - level);
 }
 
-void IndexWriter::push(PageNumber page, std::span<const std::uint8_t> after, std::span<const std::uint8_t> upTo) {
-    path_.push_back({page, &nodeAt(page, after, upTo), 0, false, 0});
+void IndexWriter::push(PageNumber page, const IndexBounds& bounds) {
+    path_.push_back({page, &nodeAt(page, bounds), 0, false, 0});
 }
 
-/// @param after, upTo  bounds of the page's entries; empty for none
-IndexNode& IndexWriter::nodeAt(PageNumber page, std::span<const std::uint8_t> after,
-                               std::span<const std::uint8_t> upTo) {
+IndexNode& IndexWriter::nodeAt(PageNumber page, const IndexBounds& bounds) {
     IndexNode& node = nodes_.at(page);
-    const bool isOutside = node.size() != 0 && ((!after.empty() && !isLess(after, node.entry(0))) ||
-                                                (!upTo.empty() && isLess(upTo, node.entry(node.size() - 1))));
-    if (isOutside || isOnPath(page)) {
-        throw damaged(page, u"Die Einträge der Indexseite liegen außerhalb der Grenzen, die ihr Knoten setzt");
-    }
+    bounds.check(node, page);
+    if (isOnPath(page)) throw outsideBounds(page);
     return node;
 }
 
@@ -189,7 +170,7 @@ void IndexWriter::settle(Place place) {
 
 /// Moves the contents of the root to a new page. This page is then the only child of the root.
 void IndexWriter::raise() {
-    if (path_.size() >= kMaxIndexHeight) throw damaged(path_[0].page, u"Der Index hat zu viele Ebenen");
+    if (path_.size() >= kMaxIndexHeight) throw tooManyLevels(path_[0].page);
     const PageNumber rootPage = path_[0].page;
     path_[0].page = allocate();
     nodes_.move(rootPage, path_[0].page);
@@ -304,16 +285,17 @@ bool IndexWriter::join(std::size_t level, bool withPrevious) {
     const std::size_t front = withPrevious ? parent.position - 1 : parent.position;
     const PageNumber frontPage = parent.node->childAt(front);
     const PageNumber backPage = parent.node->childAt(front + 1);
-    const auto between = parent.node->entry(front);
-    const IndexNode& before = withPrevious ? nodeAt(frontPage, {}, between) : *at.node;
-    IndexNode& joined = withPrevious ? *at.node : nodeAt(backPage, between, {});
+    base::Bytes between;
+    parent.node->copyEntry(front, between);
+    const IndexNode& before = withPrevious ? nodeAt(frontPage, {{}, between}) : *at.node;
+    IndexNode& joined = withPrevious ? *at.node : nodeAt(backPage, {between, {}});
     if (before.isLeaf() != joined.isLeaf()) {
         throw damaged(withPrevious ? frontPage : backPage,
                       u"Die Indexseite liegt auf einer anderen Ebene als ihre Nachbarin");
     }
-    if (before.tail != 0 && before.size() != 0 && !isLess(before.entry(before.size() - 1), between)) {
-        throw damaged(frontPage, u"Die Einträge der Indexseite liegen außerhalb der Grenzen, die ihr Knoten setzt");
-    }
+    const bool hasTailAndEntries = before.tail != 0 && before.size() != 0;
+    if (hasTailAndEntries && std::is_gteq(compareEntries(before.entry(before.size() - 1), between)))
+        throw outsideBounds(frontPage);
     const auto names = [&](PageNumber link, PageNumber page) {
         return link == page || (link == 0 && !joined.isLeaf());
     };

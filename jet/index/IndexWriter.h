@@ -8,7 +8,8 @@
 #include "jet/space/PageAllocator.h"
 #include "jet/space/UsageMapWriter.h"
 #include "jet/table/TableDefinition.h"
-#include "jet/tree/IndexNodes.h"
+#include "jet/tree/IndexBounds.h"
+#include "jet/tree/IndexNodeCache.h"
 
 namespace jet {
 
@@ -61,8 +62,8 @@ private:
     enum class Place { First, Between, Last };
 
     void descend(std::span<const std::uint8_t> entry);
-    void push(PageNumber page, std::span<const std::uint8_t> after, std::span<const std::uint8_t> upTo);
-    IndexNode& nodeAt(PageNumber page, std::span<const std::uint8_t> after, std::span<const std::uint8_t> upTo);
+    void push(PageNumber page, const IndexBounds& bounds);
+    IndexNode& nodeAt(PageNumber page, const IndexBounds& bounds);
     void settle(Place place);
     void lastChanged(std::size_t level);
     void split(std::size_t level, Place place);
@@ -82,7 +83,7 @@ private:
     const TableDefinition& table_;
     std::size_t indexNumber_;
     UsageMapWriter map_;
-    IndexNodes nodes_;
+    IndexNodeCache nodes_;
     std::vector<Level> path_;  ///< from the root to a leaf, during a change
 };
 

@@ -11,37 +11,24 @@ void IndexCursor::start() {
     path_.clear();
     isAtEntry_ = false;
     emptyLeaves_ = 0;
-    path_.push_back(Level{IndexPage(source_.page(rootPage_), definitionPage_), 0, {}, {}});
+    path_.push_back(Level{IndexPage(source_.page(rootPage_), definitionPage_), 0, {}});
 }
 
 /// Goes to the child at the present position of the lowest node.
 void IndexCursor::descend() {
     const Level& parent = path_.back();
     const IndexPage& node = parent.page;
-    if (path_.size() >= kMaxIndexHeight) throw damaged(node.number(), u"Der Index hat zu viele Ebenen");
-    if (childCount(node) == 0) throw damaged(node.number(), u"Ein Knoten des Indexes ist leer");
-    const std::size_t i = parent.position;
-    Level child{IndexPage(source_.page(childAt(node, i)), definitionPage_), 0, parent.after, parent.upTo};
-    if (i > 0) node.copyEntry(i - 1, child.after);
-    // In a node without tail, the last child also takes everything greater than the last entry.
-    if (i + 1 < childCount(node)) node.copyEntry(i, child.upTo);
-    checkBounds(child);
-    path_.push_back(std::move(child));
-}
-
-void IndexCursor::checkBounds(const Level& level) const {
-    const IndexPage& page = level.page;
-    if (page.size() == 0) return;
-    if ((!level.after.empty() && std::is_gteq(compareEntries(level.after, page.entry(0)))) ||
-        (!level.upTo.empty() && std::is_lt(compareEntries(level.upTo, page.entry(page.size() - 1))))) {
-        throw damaged(page.number(), u"Die Einträge der Indexseite liegen außerhalb der Grenzen, die ihr Knoten setzt");
-    }
+    IndexBounds bounds = parent.bounds;
+    bounds.enterChild(node, node.number(), path_.size(), parent.position);
+    IndexPage child(source_.page(node.childAt(parent.position)), definitionPage_);
+    bounds.check(child, child.number());
+    path_.push_back({std::move(child), 0, std::move(bounds)});
 }
 
 void IndexCursor::descendAlong(Edge edge) {
     while (!leaf().page.isLeaf()) {
         Level& node = path_.back();
-        node.position = edge == Edge::First ? 0 : std::max<std::size_t>(childCount(node.page), 1) - 1;
+        node.position = edge == Edge::First ? 0 : std::max<std::size_t>(node.page.childCount(), 1) - 1;
         descend();
     }
     Level& reached = leaf();
@@ -66,7 +53,7 @@ bool IndexCursor::seek(std::span<const std::uint8_t> key) {
     start();
     while (!leaf().page.isLeaf()) {
         Level& node = path_.back();
-        node.position = std::min(node.page.lowerBound(key), std::max<std::size_t>(childCount(node.page), 1) - 1);
+        node.position = std::min(node.page.lowerBound(key), std::max<std::size_t>(node.page.childCount(), 1) - 1);
         descend();
     }
     leaf().position = leaf().page.lowerBound(key);
@@ -115,7 +102,7 @@ bool IndexCursor::toNeighbour(Edge arriveAt) {
     std::size_t depth = path_.size() - 1;
     while (depth > 0) {
         Level& node = path_[depth - 1];
-        if (forwards ? node.position + 1 < childCount(node.page) : node.position > 0) break;
+        if (forwards ? node.position + 1 < node.page.childCount() : node.position > 0) break;
         --depth;
     }
     if (depth == 0) {
@@ -151,8 +138,7 @@ std::span<const std::uint8_t> IndexCursor::key() const {
 }
 
 bool IndexCursor::keyStartsWith(std::span<const std::uint8_t> beginning) const {
-    const auto whole = key();
-    return whole.size() >= beginning.size() && std::equal(beginning.begin(), beginning.end(), whole.begin());
+    return startsWith(key(), beginning);
 }
 
 }  // namespace jet

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/Value.h"
+#include "jet/tree/IndexBounds.h"
 #include "jet/tree/IndexPage.h"
 
 namespace jet {
@@ -46,19 +47,13 @@ public:
     PageNumber leafPage() const { return leaf().page.number(); }
 
 private:
-    /// One page of the path from the root to the present leaf, with the bounds for its entries.
+    /// One page of the path from the root to the present leaf.
     struct Level {
         IndexPage page;
         std::size_t position = 0;  ///< node: of the child that is next on the path; leaf: of the entry
-        base::Bytes after;         ///< all entries are greater than this; empty for no bound
-        base::Bytes upTo;          ///< no entry is greater than this; empty for no bound
+        IndexBounds bounds;
     };
     enum class Edge { First, Last };
-
-    static std::size_t childCount(const IndexPage& node) { return node.size() + (node.tail() != 0 ? 1 : 0); }
-    static PageNumber childAt(const IndexPage& node, std::size_t i) {
-        return i < node.size() ? node.child(i) : node.tail();
-    }
 
     Level& leaf() { return path_.back(); }
     const Level& leaf() const { return path_.back(); }
@@ -66,7 +61,6 @@ private:
     void start();
     void descend();
     void descendAlong(Edge edge);
-    void checkBounds(const Level& level) const;
     bool toNeighbour(Edge arriveAt);
     bool arrive();
     void checkNoNeighbour(PageNumber neighbour) const;

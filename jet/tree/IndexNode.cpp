@@ -41,16 +41,7 @@ IndexNode::IndexNode(const IndexPage& page)
 }
 
 std::size_t IndexNode::lowerBound(std::span<const std::uint8_t> wanted) const {
-    std::size_t begin = 0;
-    std::size_t end = size();
-    while (begin < end) {
-        const std::size_t middle = begin + (end - begin) / 2;
-        if (std::is_lt(compareEntries(entry(middle), wanted)))
-            begin = middle + 1;
-        else
-            end = middle;
-    }
-    return begin;
+    return firstNotLess(size(), wanted, [this](std::size_t i) { return entry(i); });
 }
 
 void IndexNode::insert(std::size_t i, std::span<const std::uint8_t> entry, PageNumber child) {

@@ -24,6 +24,7 @@ public:
     std::span<const std::uint8_t> entry(std::size_t i) const {
         return std::span(bytes_).subspan(starts_[i], starts_[i + 1] - starts_[i]);
     }
+    void copyEntry(std::size_t i, base::Bytes& copy) const { copy.assign(entry(i).begin(), entry(i).end()); }
     PageNumber child(std::size_t i) const { return children_[i]; }
 
     /// Number of children of a node, the tail included; for a leaf, the number of entries.

@@ -121,17 +121,7 @@ std::size_t IndexPage::lowerBound(std::span<const std::uint8_t> wanted) const {
                                       wanted.first(std::min(shared.size(), wanted.size())));
     if (order == std::strong_ordering::less) return size();
     if (order == std::strong_ordering::greater || wanted.size() <= shared.size()) return 0;
-    const auto wantedSuffix = wanted.subspan(shared.size());
-    std::size_t begin = 0;
-    std::size_t end = size();
-    while (begin < end) {
-        const std::size_t middle = begin + (end - begin) / 2;
-        if (std::is_lt(compareEntries(suffix(middle), wantedSuffix)))
-            begin = middle + 1;
-        else
-            end = middle;
-    }
-    return begin;
+    return firstNotLess(size(), wanted.subspan(shared.size()), [this](std::size_t i) { return suffix(i); });
 }
 
 RowPointer rowOfEntry(std::span<const std::uint8_t> entry) {

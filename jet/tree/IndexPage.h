@@ -53,6 +53,25 @@ inline std::strong_ordering compareEntries(std::span<const std::uint8_t> a, std:
     return a.size() <=> b.size();
 }
 
+inline bool startsWith(std::span<const std::uint8_t> bytes, std::span<const std::uint8_t> beginning) {
+    return bytes.size() >= beginning.size() && std::ranges::equal(bytes.first(beginning.size()), beginning);
+}
+
+/// Index of the first of `count` ascending entries that is not less than `wanted`; count if all are less.
+/// @param entryAt  gives the bytes of entry i
+template <typename EntryAt>
+std::size_t firstNotLess(std::size_t count, std::span<const std::uint8_t> wanted, EntryAt&& entryAt) {
+    std::size_t begin = 0;
+    for (std::size_t end = count; begin < end;) {
+        const std::size_t middle = begin + (end - begin) / 2;
+        if (std::is_lt(compareEntries(entryAt(middle), wanted)))
+            begin = middle + 1;
+        else
+            end = middle;
+    }
+    return begin;
+}
+
 class IndexPage {
 public:
     /// @param definitionPage  of the table to which the index must belong
@@ -73,6 +92,10 @@ public:
     base::Bytes entry(std::size_t i) const;
 
     PageNumber child(std::size_t i) const;
+
+    /// The children of a node, the tail included.
+    std::size_t childCount() const { return size() + (tail_ != 0 ? 1 : 0); }
+    PageNumber childAt(std::size_t i) const { return i < size() ? child(i) : tail_; }
 
     /// Index of the first entry that is not less than `wanted`; size() if all are less. `wanted` is a key or the
     /// beginning of one, with or without row pointer.

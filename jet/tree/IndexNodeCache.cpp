@@ -1,4 +1,4 @@
-#include "jet/tree/IndexNodes.h"
+#include "jet/tree/IndexNodeCache.h"
 
 #include <cassert>
 #include <utility>
@@ -10,17 +10,17 @@ constexpr std::size_t kMostNodes = 4096;
 
 }  // namespace
 
-IndexNode& IndexNodes::at(PageNumber page) {
+IndexNode& IndexNodeCache::at(PageNumber page) {
     const auto known = nodes_.find(page);
     if (known != nodes_.end()) return known->second;
     return put(page, IndexNode(IndexPage(store_.page(page), definitionPage_)));
 }
 
-IndexNode& IndexNodes::put(PageNumber page, IndexNode node) {
+IndexNode& IndexNodeCache::put(PageNumber page, IndexNode node) {
     return nodes_.insert_or_assign(page, std::move(node)).first->second;
 }
 
-void IndexNodes::move(PageNumber from, PageNumber to) {
+void IndexNodeCache::move(PageNumber from, PageNumber to) {
     auto node = nodes_.extract(from);
     assert(!node.empty());
     node.key() = to;
@@ -28,7 +28,7 @@ void IndexNodes::move(PageNumber from, PageNumber to) {
     nodes_.insert(std::move(node));
 }
 
-void IndexNodes::forgetIfMany() {
+void IndexNodeCache::forgetIfMany() {
     if (nodes_.size() > kMostNodes) nodes_.clear();
 }
 

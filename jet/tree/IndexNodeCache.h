@@ -11,10 +11,10 @@ namespace jet {
 /// Keeps the nodes of one index tree in memory, so that a transaction checks and decodes each page once and not for
 /// every entry. A caller that changes a node must also write it to its page. So between two changes of the tree pages
 /// and nodes agree, and all nodes may be forgotten.
-class IndexNodes {
+class IndexNodeCache {
 public:
     /// @param store  must outlive this; no other code may change the pages of the tree meanwhile
-    IndexNodes(PageStore& store, PageNumber definitionPage) : store_(store), definitionPage_(definitionPage) {}
+    IndexNodeCache(PageStore& store, PageNumber definitionPage) : store_(store), definitionPage_(definitionPage) {}
 
     /// The reference is valid until the page is dropped, or until forgetIfMany().
     /// @throws RuntimeError (damage) if the page is not a sound index page of the table
