@@ -16,8 +16,8 @@ struct Range {
 };
 
 Range rangeOf(base::ByteView row) {
-    if (row.u8(0) == kReferenceMap) return {0, (row.size() - 1) / 4 * std::uint64_t{kBitmapPages}};
-    const std::uint64_t first = row.u32(1);
+    if (row.u8(0) == kReferenceMap) return {0, mapEntryCount(row.size()) * std::uint64_t{kBitmapPages}};
+    const std::uint64_t first = row.u32(kFirstPageOffset);
     return {first, first + 8 * (row.size() - kInlineBitsOffset)};
 }
 
@@ -96,8 +96,8 @@ void PageOwners::claimBitmapPages(RowPointer row, const Place& place) {
     const DataPage page(source_.page(row.page));
     const base::ByteView bytes{page.slot(row.slot).bytes};
     if (bytes.u8(0) != kReferenceMap) return;
-    for (std::size_t at = 1; at + 4 <= bytes.size(); at += 4) {
-        if (const PageNumber number = bytes.u32(at); number != 0) claim(number, mapOwner_, place);
+    for (std::size_t entry = 0; entry < mapEntryCount(bytes.size()); ++entry) {
+        if (const PageNumber number = bytes.u32(mapEntryOffset(entry)); number != 0) claim(number, mapOwner_, place);
     }
 }
 

@@ -22,7 +22,7 @@ base::Bytes emptyBitmap() {
 }
 
 void setBit(base::Bytes& bitmap, PageNumber bit) {
-    bitmap[kBitmapBitsOffset + bit / 8] |= static_cast<std::uint8_t>(1U << (bit % 8));
+    putBit(std::span(bitmap).subspan(kBitmapBitsOffset), bit);
 }
 
 std::vector<PageNumber> pagesFrom(PageNumber first, PageNumber end) {
@@ -92,7 +92,7 @@ void FreshMaps::finish() {
 }
 
 void writeGlobalMap(FreshPages& pages) {
-    const std::size_t rowBytes = longerMapRow(kUsageMapRowBytes, kInlineBitsOffset + (pages.count() + 7) / 8);
+    const std::size_t rowBytes = longerMapRow(kUsageMapRowBytes, inlineRowBytes(pages.count()));
     base::Bytes map;
     if (rowBytes <= kLongestGlobalRow) {
         const auto covered = static_cast<PageNumber>((rowBytes - kInlineBitsOffset) * 8);

@@ -17,6 +17,16 @@ base::Bytes copyOf(std::span<const std::uint8_t> bytes) {
 
 }  // namespace
 
+std::optional<std::size_t> nextBit(std::span<const std::uint8_t> bits, std::size_t from) {
+    unsigned wanted = (0xFFU << (from % 8)) & 0xFFU;
+    for (std::size_t byte = from / 8; byte < bits.size(); ++byte) {
+        const unsigned rest = bits[byte] & wanted;
+        if (rest != 0) return 8 * byte + static_cast<std::size_t>(std::countr_zero(rest));
+        wanted = 0xFF;
+    }
+    return std::nullopt;
+}
+
 UsageMap UsageMap::read(PageSource& source, RowPointer row) {
     UsageMap map;
     if (row.isNone()) return map;
@@ -27,11 +37,11 @@ UsageMap UsageMap::read(PageSource& source, RowPointer row) {
         const base::ByteView bytes{slot.bytes};
         const std::uint8_t kind = bytes.u8(0);
         if (kind == kInlineMap) {
-            const PageNumber first = bytes.u32(1);
+            const PageNumber first = bytes.u32(kFirstPageOffset);
             map.pieces_.push_back({first, copyOf(bytes.from(kInlineBitsOffset).bytes())});
         } else if (kind == kReferenceMap) {
-            for (std::uint32_t entry = 0; 5 + 4 * std::size_t{entry} <= bytes.size(); ++entry) {
-                const PageNumber number = bytes.u32(1 + 4 * std::size_t{entry});
+            for (std::uint32_t entry = 0; entry < mapEntryCount(bytes.size()); ++entry) {
+                const PageNumber number = bytes.u32(mapEntryOffset(entry));
                 if (number == 0) continue;
                 const PageView bitmap = pageOfKind(source, number, PageKind::UsageBitmap);
                 map.pieces_.push_back({entry * kBitmapPages, copyOf(bitmap.bytes.from(kBitmapBitsOffset).bytes())});
@@ -49,17 +59,10 @@ bool UsageMap::contains(PageNumber page) const {
 
 std::optional<PageNumber> UsageMap::next(PageNumber from) const {
     for (const Piece& piece : pieces_) {
-        std::size_t bit = from > piece.firstPage ? from - piece.firstPage : 0;
-        for (std::size_t byte = bit / 8; byte < piece.bits.size(); ++byte) {
-            const unsigned rest = piece.bits[byte] & (0xFFU << (bit % 8)) & 0xFFU;
-            if (rest != 0) {
-                const std::uint64_t page =
-                    std::uint64_t{piece.firstPage} + 8 * byte + static_cast<unsigned>(std::countr_zero(rest));
-                // No file has a page beyond the largest number. So reading that page gives the right error.
-                return static_cast<PageNumber>(std::min<std::uint64_t>(page, 0xFFFFFFFF));
-            }
-            bit = 0;
-        }
+        const auto bit = nextBit(piece.bits, from > piece.firstPage ? from - piece.firstPage : 0);
+        // No file has a page beyond the largest number. So reading that page gives the right error.
+        if (bit)
+            return static_cast<PageNumber>(std::min<std::uint64_t>(std::uint64_t{piece.firstPage} + *bit, 0xFFFFFFFF));
     }
     return std::nullopt;
 }
@@ -68,21 +71,21 @@ base::Bytes UsageMap::inlineRow(PageNumber firstPage, std::span<const PageNumber
     assert(rowBytes >= kInlineBitsOffset && firstPage % 8 == 0);
     base::Bytes row(rowBytes, 0);
     row[0] = kInlineMap;
-    base::putU32(row, 1, firstPage);
+    base::putU32(row, kFirstPageOffset, firstPage);
+    const auto bits = std::span(row).subspan(kInlineBitsOffset);
     for (const PageNumber page : pages) {
-        const std::size_t bit = page - firstPage;
-        assert(page >= firstPage && kInlineBitsOffset + bit / 8 < rowBytes);
-        row[kInlineBitsOffset + bit / 8] |= static_cast<std::uint8_t>(1U << (bit % 8));
+        assert(page >= firstPage && (page - firstPage) / 8 < bits.size());
+        putBit(bits, page - firstPage);
     }
     return row;
 }
 
 base::Bytes UsageMap::referenceRow(std::span<const PageNumber> bitmapPages, std::size_t rowBytes) {
-    assert(rowBytes >= 1 + 4 * bitmapPages.size());
+    assert(rowBytes >= mapEntryOffset(bitmapPages.size()));
     base::Bytes row(rowBytes, 0);
     row[0] = kReferenceMap;
     for (std::size_t i = 0; i < bitmapPages.size(); ++i)
-        base::putU32(row, 1 + 4 * i, bitmapPages[i]);
+        base::putU32(row, mapEntryOffset(i), bitmapPages[i]);
     return row;
 }
 
@@ -94,9 +97,9 @@ std::size_t longerMapRow(std::size_t rowBytes, std::size_t neededBytes) {
 
 void clearBitmapPage(std::span<std::uint8_t> page, std::uint8_t fill) {
     assert(page.size() == kPageSize);
-    std::fill(page.begin(), page.end(), fill);
+    std::ranges::fill(page.first(kBitmapBitsOffset), std::uint8_t{0});
     beginPage(page, PageKind::UsageBitmap);
-    base::putU16(page, 2, 0);
+    std::ranges::fill(page.subspan(kBitmapBitsOffset), fill);
 }
 
 }  // namespace jet

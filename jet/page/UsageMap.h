@@ -21,8 +21,10 @@ namespace jet {
 
 inline constexpr std::uint8_t kInlineMap = 0;        ///< kind of row
 inline constexpr std::uint8_t kReferenceMap = 1;     ///< kind of row
+inline constexpr std::size_t kFirstPageOffset = 1;   ///< in a row of kind 0
 inline constexpr std::size_t kInlineBitsOffset = 5;  ///< in a row of kind 0
 inline constexpr std::size_t kBitmapBitsOffset = 4;  ///< on a bitmap page
+inline constexpr std::size_t kMapEntryBytes = 4;     ///< in a row of kind 1
 inline constexpr std::size_t kUsageMapRowBytes = 69;
 inline constexpr std::size_t kMapRowStepBytes = 4;    ///< the original engine makes rows longer by this much at a time
 inline constexpr std::uint32_t kBitmapPages = 32736;  ///< pages that one bitmap page covers
@@ -32,6 +34,31 @@ inline constexpr PageNumber kGlobalMapPage = 1;
 /// The owner that the header of a page of maps names.
 constexpr std::uint32_t mapOwner(PageNumber page) {
     return page == kGlobalMapPage ? kGlobalMapPage : 0;
+}
+
+/// Length of a row of kind 0 with bits for this many pages.
+constexpr std::size_t inlineRowBytes(std::uint64_t pageCount) {
+    return kInlineBitsOffset + static_cast<std::size_t>((pageCount + 7) / 8);
+}
+
+/// Place of an entry in a row of kind 1, and so the length of a row with as many entries.
+constexpr std::size_t mapEntryOffset(std::size_t entry) {
+    return 1 + kMapEntryBytes * entry;
+}
+
+/// Number of entries in a row of kind 1 of this length.
+constexpr std::size_t mapEntryCount(std::size_t rowBytes) {
+    return (rowBytes - 1) / kMapEntryBytes;
+}
+
+/// The first set bit whose number is at least `from`.
+std::optional<std::size_t> nextBit(std::span<const std::uint8_t> bits, std::size_t from);
+
+/// Sets bit `number`, or clears it.
+inline void putBit(std::span<std::uint8_t> bits, std::size_t number, bool isSet = true) {
+    const auto mask = static_cast<std::uint8_t>(1U << (number % 8));
+    std::uint8_t& byte = bits[number / 8];
+    byte = static_cast<std::uint8_t>(isSet ? byte | mask : byte & ~mask);
 }
 
 class UsageMap {
@@ -50,7 +77,7 @@ public:
     bool empty() const { return !next(0).has_value(); }
 
     /// Makes the row of a map of kind 0.
-    /// @param pages  all in [firstPage, firstPage + 8 * (rowBytes - 5)); firstPage a multiple of 8
+    /// @param pages  all within the bits of the row; firstPage a multiple of 8
     static base::Bytes inlineRow(PageNumber firstPage, std::span<const PageNumber> pages,
                                  std::size_t rowBytes = kUsageMapRowBytes);
 

@@ -1,7 +1,5 @@
 #include "jet/salvage/PageScan.h"
 
-#include <bit>
-
 #include "jet/page/UsageMap.h"
 #include "jet/salvage/DamagedDataPage.h"
 
@@ -11,12 +9,8 @@ namespace {
 /// Adds the pages whose bits are set, from `first` on.
 void addPages(std::span<const std::uint8_t> bits, std::uint64_t first, PageNumber pageCount,
               std::vector<PageNumber>& pages) {
-    for (std::size_t byte = 0; byte < bits.size(); ++byte) {
-        for (unsigned rest = bits[byte]; rest != 0; rest &= rest - 1) {
-            const std::uint64_t page = first + 8 * byte + static_cast<unsigned>(std::countr_zero(rest));
-            if (page < pageCount) pages.push_back(static_cast<PageNumber>(page));
-        }
-    }
+    for (auto bit = nextBit(bits, 0); bit && first + *bit < pageCount; bit = nextBit(bits, *bit + 1))
+        pages.push_back(static_cast<PageNumber>(first + *bit));
 }
 
 }  // namespace
@@ -30,17 +24,18 @@ std::optional<std::vector<PageNumber>> readDamagedMap(DamagedFile& file, RowPoin
     const base::ByteView bytes{slot.bytes};
     std::vector<PageNumber> pages;
     if (bytes.u8(0) == kInlineMap) {
-        addPages(slot.bytes.subspan(kInlineBitsOffset), bytes.u32(1), file.pageCount(), pages);
+        addPages(slot.bytes.subspan(kInlineBitsOffset), bytes.u32(kFirstPageOffset), file.pageCount(), pages);
         return pages;
     }
     if (bytes.u8(0) != kReferenceMap) return std::nullopt;
-    for (std::uint64_t entry = 0; 5 + 4 * entry <= bytes.size(); ++entry) {
-        const PageNumber number = bytes.u32(static_cast<std::size_t>(1 + 4 * entry));
+    for (std::size_t entry = 0; entry < mapEntryCount(bytes.size()); ++entry) {
+        const PageNumber number = bytes.u32(mapEntryOffset(entry));
         if (number == 0) continue;
         if (number >= file.pageCount()) return std::nullopt;
         const PageView bitmap = file.page(number);
         if (bitmap.kind() != PageKind::UsageBitmap) return std::nullopt;
-        addPages(bitmap.bytes.from(kBitmapBitsOffset).bytes(), entry * kBitmapPages, file.pageCount(), pages);
+        addPages(bitmap.bytes.from(kBitmapBitsOffset).bytes(), std::uint64_t{entry} * kBitmapPages, file.pageCount(),
+                 pages);
     }
     return pages;
 }

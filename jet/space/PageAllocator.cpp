@@ -73,14 +73,14 @@ void PageAllocator::markUsed(PageNumber page) {
 /// @return false if page 1 has no room for a row of this length
 bool PageAllocator::widenRow(PageNumber page) {
     const base::Bytes row = map_.bytes();
-    const PageNumber oldFirst = base::ByteView{row}.u32(1);
+    const PageNumber oldFirst = base::ByteView{row}.u32(kFirstPageOffset);
     const PageNumber first = std::min(oldFirst, page / 8 * 8);
     const std::uint64_t oldEnd = oldFirst + std::uint64_t{8} * (row.size() - kInlineBitsOffset);
     const std::uint64_t end = std::max<std::uint64_t>(oldEnd, std::uint64_t{page} + 1);
-    const std::uint64_t needed = kInlineBitsOffset + (end - first + 7) / 8;
+    const std::size_t needed = inlineRowBytes(end - first);
     if (oldFirst % 8 != 0 || needed > kPageSize) return false;
     std::vector<PageNumber> free;
-    const std::size_t rowBytes = longerMapRow(row.size(), static_cast<std::size_t>(needed));
+    const std::size_t rowBytes = longerMapRow(row.size(), needed);
     for (std::uint64_t number = first; number < first + 8 * (rowBytes - kInlineBitsOffset); ++number) {
         const bool isOld = number >= oldFirst && number < oldEnd;
         const auto each = static_cast<PageNumber>(number);
@@ -91,10 +91,8 @@ bool PageAllocator::widenRow(PageNumber page) {
 
 /// @param page  must have a bit afterwards
 void PageAllocator::turnIntoReferences(PageNumber page) {
-    std::vector<PageNumber> free;
-    for (auto next = map_.next(0); next && *next < store_.pageCount(); next = map_.next(*next + 1))
-        free.push_back(*next);
-    const std::size_t rowBytes = longerMapRow(kUsageMapRowBytes, 1 + 4 * (std::size_t{page} / kBitmapPages + 1));
+    const std::vector<PageNumber> free = map_.pagesBefore(store_.pageCount());
+    const std::size_t rowBytes = longerMapRow(kUsageMapRowBytes, mapEntryOffset(page / kBitmapPages + 1));
     if (!map_.replace(UsageMap::referenceRow({}, rowBytes))) {
         throw damaged(kGlobalMap.page, u"Die Seite hat keinen Platz für die Belegungskarte der Datei");
     }
@@ -112,10 +110,8 @@ void PageAllocator::addBitmap(std::size_t entry) {
     const std::span<std::uint8_t> page = store_.change(bitmap);
     clearBitmapPage(page, 0xFF);
     const auto first = static_cast<PageNumber>(entry * kBitmapPages);
-    for (PageNumber number = first; number < store_.pageCount() && number - first < kBitmapPages; ++number) {
-        std::uint8_t& byte = page[kBitmapBitsOffset + (number - first) / 8];
-        byte = static_cast<std::uint8_t>(byte & ~(1U << (number % 8)));
-    }
+    for (PageNumber number = first; number < store_.pageCount() && number - first < kBitmapPages; ++number)
+        putBit(page.subspan(kBitmapBitsOffset), number - first, false);
     map_.setBitmapPage(entry, bitmap);
     // The bitmap page itself may be the first page that the next bitmap covers.
     if (bitmap / kBitmapPages != entry) markUsed(bitmap);

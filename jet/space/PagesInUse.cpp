@@ -36,8 +36,8 @@ void PagesInUse::addMap(RowPointer row) {
     addPage(row.page);
     for (std::size_t entry = 0; map.isReference() && entry < map.entryCount(); ++entry)
         addPage(map.bitmapPage(entry));
-    for (auto page = map.next(0); page && *page < isUsed_.size(); page = map.next(*page + 1))
-        addPage(*page);
+    for (const PageNumber page : map.pagesBefore(static_cast<PageNumber>(isUsed_.size())))
+        addPage(page);
 }
 
 void PagesInUse::addPage(PageNumber page) {

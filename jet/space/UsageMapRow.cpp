@@ -1,27 +1,12 @@
 #include "jet/space/UsageMapRow.h"
 
 #include <algorithm>
-#include <bit>
 #include <cassert>
 
 #include "jet/Errors.h"
 #include "jet/page/DataPageEditor.h"
 
 namespace jet {
-namespace {
-
-constexpr std::size_t kEntryBytes = 4;
-
-/// The first set bit at or after bit `from`.
-std::optional<std::size_t> nextBit(std::span<const std::uint8_t> bits, std::size_t from) {
-    for (std::size_t byte = from / 8; byte < bits.size(); ++byte) {
-        const unsigned rest = bits[byte] & (byte == from / 8 ? (0xFFU << (from % 8)) & 0xFFU : 0xFFU);
-        if (rest != 0) return 8 * byte + static_cast<std::size_t>(std::countr_zero(rest));
-    }
-    return std::nullopt;
-}
-
-}  // namespace
 
 UsageMapRow::UsageMapRow(PageStore& store, RowPointer row) : store_(store), row_(row) {
     assert(!row.isNone());
@@ -45,50 +30,49 @@ bool UsageMapRow::isReference() const {
 }
 
 std::size_t UsageMapRow::entryCount() const {
-    return (extent().bytes - 1) / kEntryBytes;
+    return mapEntryCount(extent().bytes);
 }
 
 PageNumber UsageMapRow::bitmapPage(std::size_t entry) const {
-    return word(1 + kEntryBytes * entry);
+    return word(mapEntryOffset(entry));
 }
 
 void UsageMapRow::setBitmapPage(std::size_t entry, PageNumber page) {
     const Extent row = extent();
-    assert(1 + kEntryBytes * (entry + 1) <= row.bytes);
-    base::putU32(store_.change(row.page), row.offset + 1 + kEntryBytes * entry, page);
+    assert(entry < mapEntryCount(row.bytes));
+    base::putU32(store_.change(row.page), row.offset + mapEntryOffset(entry), page);
 }
 
 std::optional<UsageMapRow::Place> UsageMapRow::placeOf(PageNumber page) const {
-    const auto mask = static_cast<std::uint8_t>(1U << (page % 8));
     if (isReference()) {
         const std::size_t entry = page / kBitmapPages;
         const PageNumber bitmap = entry < entryCount() ? bitmapPage(entry) : 0;
         if (bitmap == 0) return std::nullopt;
-        return Place{bitmap, kBitmapBitsOffset + page % kBitmapPages / 8, mask};
+        return Place{bitmap, kBitmapBitsOffset, page % kBitmapPages};
     }
     const Extent row = extent();
-    const PageNumber first = word(1);
+    const PageNumber first = word(kFirstPageOffset);
     if (page < first || (page - first) / 8 >= row.bytes - kInlineBitsOffset) return std::nullopt;
-    const auto bit = static_cast<std::uint8_t>(1U << ((page - first) % 8));
-    return Place{row.page, row.offset + kInlineBitsOffset + (page - first) / 8, bit};
+    return Place{row.page, row.offset + kInlineBitsOffset, page - first};
 }
 
 bool UsageMapRow::contains(PageNumber page) const {
     const auto place = placeOf(page);
-    return place && (store_.page(place->page).bytes.u8(place->byte) & place->mask) != 0;
+    if (!place) return false;
+    const std::uint8_t byte = store_.page(place->page).bytes.u8(place->bitsOffset + place->bit / 8);
+    return ((byte >> (place->bit % 8)) & 1U) != 0;
 }
 
 void UsageMapRow::put(PageNumber page, bool isSet) {
     const auto place = placeOf(page);
     assert(place);
-    std::uint8_t& byte = store_.change(place->page)[place->byte];
-    byte = static_cast<std::uint8_t>(isSet ? byte | place->mask : byte & ~place->mask);
+    putBit(store_.change(place->page).subspan(place->bitsOffset), place->bit, isSet);
 }
 
 std::optional<PageNumber> UsageMapRow::next(PageNumber from) const {
     if (!isReference()) {
         const base::Bytes row = bytes();
-        const PageNumber first = base::ByteView{row}.u32(1);
+        const PageNumber first = base::ByteView{row}.u32(kFirstPageOffset);
         const auto bit = nextBit(std::span(row).subspan(kInlineBitsOffset), std::max(from, first) - std::size_t{first});
         if (!bit || *bit > 0xFFFFFFFF - first) return std::nullopt;
         return first + static_cast<PageNumber>(*bit);
@@ -103,6 +87,13 @@ std::optional<PageNumber> UsageMapRow::next(PageNumber from) const {
         if (bit) return first + static_cast<PageNumber>(*bit);
     }
     return std::nullopt;
+}
+
+std::vector<PageNumber> UsageMapRow::pagesBefore(PageNumber end) const {
+    std::vector<PageNumber> pages;
+    for (auto page = next(0); page && *page < end; page = next(*page + 1))
+        pages.push_back(*page);
+    return pages;
 }
 
 base::Bytes UsageMapRow::bytes() const {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <vector>
 
 #include "base/Value.h"
 #include "jet/page/PageStore.h"
@@ -33,6 +34,9 @@ public:
     /// The first page with a set bit whose number is at least `from`.
     std::optional<PageNumber> next(PageNumber from) const;
 
+    /// All pages with a set bit whose number is below `end`, ascending.
+    std::vector<PageNumber> pagesBefore(PageNumber end) const;
+
     base::Bytes bytes() const;
 
     /// Replaces the bytes of the row; its length and kind may change.
@@ -47,8 +51,8 @@ public:
 private:
     struct Place {
         PageNumber page;
-        std::size_t byte;
-        std::uint8_t mask;
+        std::size_t bitsOffset;  ///< of the map's bits, or a part of them, in the page
+        std::size_t bit;
     };
     struct Extent {
         PageNumber page;

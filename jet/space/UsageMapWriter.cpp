@@ -9,12 +9,9 @@ namespace jet {
 namespace {
 
 std::vector<PageNumber> pagesOf(const UsageMapRow& map, PageNumber pageCount) {
-    std::vector<PageNumber> pages;
-    for (auto page = map.next(0); page; page = map.next(*page + 1)) {
-        if (*page >= pageCount) throw damaged(*page, u"Eine Belegungskarte nennt eine Seite hinter dem Ende der Datei");
-        pages.push_back(*page);
-    }
-    return pages;
+    if (const auto page = map.next(pageCount))
+        throw damaged(*page, u"Eine Belegungskarte nennt eine Seite hinter dem Ende der Datei");
+    return map.pagesBefore(pageCount);
 }
 
 }  // namespace
@@ -47,14 +44,14 @@ bool UsageMapWriter::widen(PageNumber page) {
     const PageNumber lowest = pages.empty() ? page : std::min(pages.front(), page);
     const PageNumber highest = pages.empty() ? page : std::max(pages.back(), page);
     const PageNumber first = lowest / 8 * 8;
-    const std::size_t newBytes = longerMapRow(rowBytes, kInlineBitsOffset + (highest - first) / 8 + 1);
+    const std::size_t newBytes = longerMapRow(rowBytes, inlineRowBytes(highest - first + 1));
     return newBytes <= kPageSize && map_->replace(UsageMap::inlineRow(first, pages, newBytes));
 }
 
 void UsageMapWriter::turnIntoReferences(PageNumber page) {
     std::vector<PageNumber> pages = pagesOf(*map_, store_.pageCount());
     const PageNumber highest = pages.empty() ? page : std::max(pages.back(), page);
-    const std::size_t rowBytes = longerMapRow(map_->bytes().size(), 1 + 4 * (std::size_t{highest} / kBitmapPages + 1));
+    const std::size_t rowBytes = longerMapRow(map_->bytes().size(), mapEntryOffset(highest / kBitmapPages + 1));
     if (!map_->replace(UsageMap::referenceRow({}, rowBytes))) {
         throw damaged(page, u"Für die Belegungskarte, in die die Seite gehört, ist kein Platz");
     }
