@@ -19,14 +19,8 @@ Wide magnitudeTimesTenTo(const base::Decimal& decimal, unsigned power) {
     Wide wide{};
     for (std::size_t i = 0; i < decimal.magnitude.size(); ++i)
         wide[i] = decimal.magnitude[i];
-    for (; power > 0; --power) {
-        std::uint64_t carry = 0;
-        for (std::uint32_t& word : wide) {
-            carry += std::uint64_t{word} * 10;
-            word = static_cast<std::uint32_t>(carry);
-            carry >>= 32U;
-        }
-    }
+    for (; power > 0; --power)
+        appendDigit(wide, 0);
     return wide;
 }
 

@@ -17,8 +17,18 @@ bool isDigit(char unit) {
     return unit >= '0' && unit <= '9';
 }
 
-/// The digits of a number in four words, the least significant word first.
-std::string digitsOf(std::array<std::uint32_t, 4> words) {
+/// @param digits  at most 38, which four words hold
+std::array<std::uint32_t, 4> wordsOf(std::string_view digits) {
+    std::array<std::uint32_t, 4> words{};
+    for (const char digit : digits)
+        appendDigit(words, static_cast<unsigned>(digit - '0'));
+    return words;
+}
+
+}  // namespace
+
+std::string digitsOf(const base::Decimal& decimal) {
+    auto words = decimal.magnitude;
     std::string digits;
     while (std::any_of(words.begin(), words.end(), [](std::uint32_t word) { return word != 0; })) {
         std::uint64_t rest = 0;
@@ -33,22 +43,6 @@ std::string digitsOf(std::array<std::uint32_t, 4> words) {
     return digits;
 }
 
-/// @param digits  at most 38, which four words hold
-std::array<std::uint32_t, 4> wordsOf(std::string_view digits) {
-    std::array<std::uint32_t, 4> words{};
-    for (const char digit : digits) {
-        std::uint64_t carry = static_cast<std::uint64_t>(digit - '0');
-        for (std::uint32_t& word : words) {
-            carry += std::uint64_t{word} * 10;
-            word = static_cast<std::uint32_t>(carry);
-            carry >>= 32U;
-        }
-    }
-    return words;
-}
-
-}  // namespace
-
 ExactNumber::ExactNumber(std::int64_t value, std::uint8_t scale) : negative_(value < 0), scale_(scale) {
     digits_ = std::to_string(value);
     if (negative_) digits_.erase(0, 1);
@@ -56,7 +50,7 @@ ExactNumber::ExactNumber(std::int64_t value, std::uint8_t scale) : negative_(val
 }
 
 ExactNumber::ExactNumber(const base::Decimal& decimal)
-    : negative_(decimal.negative), digits_(digitsOf(decimal.magnitude)), scale_(decimal.scale) {
+    : negative_(decimal.negative), digits_(digitsOf(decimal)), scale_(decimal.scale) {
     normalise();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -52,5 +53,19 @@ private:
     std::string digits_;  ///< '0' to '9', without zeros at the beginning or end; empty for zero
     int scale_ = 0;       ///< value = digits / 10^scale; may be negative
 };
+
+/// The digits of the magnitude, without zeros at the beginning; empty for zero.
+std::string digitsOf(const base::Decimal& decimal);
+
+/// Appends a decimal digit to a number in words, the least significant word first. What does not fit is lost.
+template <std::size_t Count>
+void appendDigit(std::array<std::uint32_t, Count>& words, unsigned digit) {
+    std::uint64_t carry = digit;
+    for (std::uint32_t& word : words) {
+        carry += std::uint64_t{word} * 10;
+        word = static_cast<std::uint32_t>(carry);
+        carry >>= 32U;
+    }
+}
 
 }  // namespace jet

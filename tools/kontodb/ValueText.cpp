@@ -9,6 +9,7 @@
 #include <cstring>
 #include <type_traits>
 
+#include "jet/value/ExactNumber.h"
 #include "jet/value/GuidText.h"
 
 namespace kontodb {
@@ -45,19 +46,8 @@ void appendCurrency(std::string& line, base::Currency amount) {
     appendScaled(line, std::to_string(negative ? 0 - bits : bits), negative, 4);
 }
 
-void appendDecimal(std::string& line, base::Decimal number) {
-    std::string digits;
-    auto& words = number.magnitude;
-    do {
-        std::uint64_t rest = 0;
-        for (std::size_t i = words.size(); i > 0; --i) {
-            rest = (rest << 32U) | words[i - 1];
-            words[i - 1] = static_cast<std::uint32_t>(rest / 10);
-            rest %= 10;
-        }
-        digits.insert(digits.begin(), static_cast<char>('0' + rest));
-    } while (words != std::array<std::uint32_t, 4>{});
-    appendScaled(line, std::move(digits), number.negative, number.scale);
+void appendDecimal(std::string& line, const base::Decimal& number) {
+    appendScaled(line, jet::digitsOf(number), number.negative, number.scale);
 }
 
 void appendPadded(std::string& line, int number, std::size_t width) {
