@@ -36,7 +36,7 @@ public:
     /// @return nothing, with a fault, if the map cannot be read or already belongs to another owner
     std::optional<CheckedMap> readMap(RowPointer row, const Place& place);
 
-    /// Checks the map of pages with room. It must not name pages that the map of owned pages lacks.
+    /// Checks the map of pages with space. It must not name pages that the map of owned pages lacks.
     /// @return the map, if it can be read
     std::optional<CheckedMap> checkFreeMap(RowPointer row, const CheckedMap& owned, const Place& place);
 

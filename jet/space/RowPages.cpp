@@ -8,12 +8,12 @@
 
 namespace jet {
 
-RowPages::RowPages(PageStore& store, PageAllocator& allocator, RowPointer ownedMap, RowPointer mapOfRoom,
+RowPages::RowPages(PageStore& store, PageAllocator& allocator, RowPointer ownedMap, RowPointer pagesWithSpace,
                    std::uint32_t owner)
     : store_(store),
       allocator_(allocator),
       owned_(store, allocator, ownedMap),
-      withRoom_(store, allocator, mapOfRoom),
+      withSpace_(store, allocator, pagesWithSpace),
       owner_(owner) {}
 
 void RowPages::requireOwn(PageNumber page) const {
@@ -41,12 +41,12 @@ RowPointer RowPages::addToNewPage(std::span<const std::uint8_t> row, SlotState s
 
 RowPointer RowPages::add(std::span<const std::uint8_t> row, SlotState state) {
     assert(row.size() <= kMaxRowBytes);
-    for (auto page = withRoom_.next(0); page; page = withRoom_.next(*page + 1)) {
+    for (auto page = withSpace_.next(0); page; page = withSpace_.next(*page + 1)) {
         if (const auto slot = edit(*page).append(row, state)) return {*page, *slot};
-        withRoom_.clear(*page);
+        withSpace_.clear(*page);
     }
     const RowPointer place = addToNewPage(row, state);
-    withRoom_.set(place.page);
+    withSpace_.set(place.page);
     return place;
 }
 
@@ -63,12 +63,12 @@ void RowPages::remove(RowPointer row) {
         return;
     }
     owned_.clear(row.page);
-    withRoom_.clear(row.page);
+    withSpace_.clear(row.page);
     allocator_.free(row.page);
 }
 
 void RowPages::offer(PageNumber page) {
-    if (!withRoom_.contains(page)) withRoom_.set(page);
+    if (!withSpace_.contains(page)) withSpace_.set(page);
 }
 
 }  // namespace jet

@@ -11,7 +11,7 @@ namespace jet {
 
 /// The data pages of one owner (a table or a column of long values). Rows are added to them and removed.
 ///
-/// Two maps record the pages: one has all pages, the other those that may have room. A page leaves the second map when
+/// Two maps record the pages: one has all pages, the other those that may have space. A page leaves the second map when
 /// a row does not fit, and returns when one of its rows is removed. So no full page is tried twice. A page becomes
 /// free when its last row is removed. Slots of deleted rows are never used again. See docs/file-format.md, "Data
 /// pages".
@@ -19,10 +19,10 @@ class RowPages {
 public:
     /// @param owner  the owner named in the headers of the pages: a definition's page, or kLongValueOwner
     /// @throws RuntimeError (damage) if the maps are not sound
-    RowPages(PageStore& store, PageAllocator& allocator, RowPointer ownedMap, RowPointer mapOfRoom,
+    RowPages(PageStore& store, PageAllocator& allocator, RowPointer ownedMap, RowPointer pagesWithSpace,
              std::uint32_t owner);
 
-    /// Adds a row to any page with room, or to a new page.
+    /// Adds a row to any page with space, or to a new page.
     /// @param row  at most kMaxRowBytes
     /// @throws RuntimeError if the file is full, or the row longer than a page takes
     RowPointer add(std::span<const std::uint8_t> row, SlotState state = SlotState::Live);
@@ -32,7 +32,7 @@ public:
 
     void remove(RowPointer row);
 
-    /// Records that the page may have room again.
+    /// Records that the page may have space again.
     void offer(PageNumber page);
 
     /// @throws RuntimeError (damage) if the page is not one of this owner
@@ -48,7 +48,7 @@ private:
     PageStore& store_;
     PageAllocator& allocator_;
     UsageMapWriter owned_;
-    UsageMapWriter withRoom_;
+    UsageMapWriter withSpace_;
     std::uint32_t owner_;
 };
 

@@ -8,10 +8,10 @@
 
 namespace jet {
 
-/// Changes the map of a table, index or column: the pages that it owns, or those of them that have room.
+/// Changes the map of a table, index or column: the pages that it owns, or those of them with space.
 ///
 /// If a page has no bit, the row gets another first page, or becomes longer, or is turned into references. The first of
-/// these that works is done. Some columns have no map of pages with room: such a map stays empty.
+/// these that works is done. Some columns have no map of pages with space: such a map stays empty.
 class UsageMapWriter {
 public:
     /// @param store, allocator  must outlive the writer
