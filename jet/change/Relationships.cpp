@@ -35,8 +35,8 @@ bool cascadesDelete(const LogicalIndex& index) {
 
 }  // namespace
 
-Relationships::Link Relationships::linkOf(WritableTable& table, const LogicalIndex& index) {
-    WritableTable& partner = tables_.at(index.partnerTable);
+Relationships::Link Relationships::linkOf(TableStore& table, const LogicalIndex& index) {
+    TableStore& partner = tables_.at(index.partnerTable);
     const TableDefinition& there = partner.definition();
     const auto found = std::ranges::find_if(there.logicalIndexes, [&](const LogicalIndex& each) {
         return each.kind == LogicalIndex::Kind::ForeignKey && each.number == index.partnerNumber;
@@ -59,8 +59,7 @@ Relationships::Link Relationships::linkOf(WritableTable& table, const LogicalInd
 
 /// The key in the partner's index of rows with the same values. Nothing if there cannot be such a row: a value is null,
 /// or out of the range of the partner's column.
-std::optional<base::Bytes> Relationships::partnerKey(const WritableTable& table, const Link& link,
-                                                     const RowValues& row) {
+std::optional<base::Bytes> Relationships::partnerKey(const TableStore& table, const Link& link, const RowValues& row) {
     const TableDefinition& there = link.partner.definition();
     const IndexDefinition& index = there.indexes[link.partnerIndex];
     base::Bytes key;
@@ -77,13 +76,13 @@ std::optional<base::Bytes> Relationships::partnerKey(const WritableTable& table,
     return key;
 }
 
-std::vector<RowPointer> Relationships::partnerRows(const WritableTable& table, const Link& link, const RowValues& row) {
+std::vector<RowPointer> Relationships::partnerRows(const TableStore& table, const Link& link, const RowValues& row) {
     const auto key = partnerKey(table, link, row);
     if (!key) return {};
     return link.partner.rowsWithKey(link.partnerIndex, *key);
 }
 
-void Relationships::requireUsable(WritableTable& table) {
+void Relationships::requireUsable(TableStore& table) {
     for (const LogicalIndex& index : table.definition().logicalIndexes) {
         if (index.kind != LogicalIndex::Kind::ForeignKey || index.side != LogicalIndex::Side::Referencing) continue;
         const Link link = linkOf(table, index);
@@ -91,7 +90,7 @@ void Relationships::requireUsable(WritableTable& table) {
     }
 }
 
-void Relationships::check(WritableTable& table, RowDraft& draft) {
+void Relationships::check(TableStore& table, RowDraft& draft) {
     for (const LogicalIndex& index : table.definition().logicalIndexes) {
         if (index.kind != LogicalIndex::Kind::ForeignKey) continue;
         if (index.side == LogicalIndex::Side::Referencing) checkReference(table, index, draft);
@@ -99,7 +98,7 @@ void Relationships::check(WritableTable& table, RowDraft& draft) {
     }
 }
 
-void Relationships::checkReference(WritableTable& table, const LogicalIndex& index, RowDraft& draft) {
+void Relationships::checkReference(TableStore& table, const LogicalIndex& index, RowDraft& draft) {
     const Link link = linkOf(table, index);
     if (!anyColumnChanged(table.definition(), link.ownIndex, draft)) return;
     const bool hasNull = std::ranges::any_of(link.ownIndex.columns, [&](const IndexColumn& part) {
@@ -116,7 +115,7 @@ void Relationships::checkReference(WritableTable& table, const LogicalIndex& ind
     if (!isItself) throw relatedRowMissing(link.partner.table().name());
 }
 
-void Relationships::checkReferrers(WritableTable& table, const LogicalIndex& index, RowDraft& draft) {
+void Relationships::checkReferrers(TableStore& table, const LogicalIndex& index, RowDraft& draft) {
     const Link link = linkOf(table, index);
     if (!anyColumnChanged(table.definition(), link.ownIndex, draft)) return;
     base::Bytes before;
@@ -133,14 +132,14 @@ void Relationships::checkReferrers(WritableTable& table, const LogicalIndex& ind
     throw relatedRowsExist(referring);
 }
 
-std::vector<Relationships::TableRemoval> Relationships::removalsOf(WritableTable& table, RowPointer row) {
+std::vector<Relationships::TableRemoval> Relationships::removalsOf(TableStore& table, RowPointer row) {
     std::vector<TableRemoval> removals;
     std::vector<Referrer> mustGo;
     std::set<std::pair<PageNumber, RowPointer>> going{{table.definition().page, row}};
     removals.push_back({&table, table.makeRemoval(row)});
     // The list grows during the loop: other rows may refer to the rows that are added to it.
     for (std::size_t i = 0; i < removals.size(); ++i) {
-        WritableTable& from = *removals[i].table;
+        TableStore& from = *removals[i].table;
         for (const LogicalIndex& index : from.definition().logicalIndexes) {
             if (index.kind != LogicalIndex::Kind::ForeignKey || index.side != LogicalIndex::Side::Referenced) continue;
             const Link link = linkOf(from, index);

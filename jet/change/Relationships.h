@@ -6,7 +6,7 @@
 #include "base/Value.h"
 #include "jet/change/RowDraft.h"
 #include "jet/change/TableSet.h"
-#include "jet/change/WritableTable.h"
+#include "jet/change/TableStore.h"
 #include "jet/expression/RowValues.h"
 
 namespace jet {
@@ -24,37 +24,37 @@ public:
 
     /// Checks before there is a row that the rows to which a new row may refer can be looked up.
     /// @throws RuntimeError if they cannot
-    void requireUsable(WritableTable& table);
+    void requireUsable(TableStore& table);
 
     struct TableRemoval {
-        WritableTable* table;
-        WritableTable::Removal removal;
+        TableStore* table;
+        TableStore::Removal removal;
     };
 
     /// Checks a row that will be added or changed, for both sides of its table's relationships.
     /// @throws RuntimeError if a relationship refuses it
-    void check(WritableTable& table, RowDraft& draft);
+    void check(TableStore& table, RowDraft& draft);
 
     /// The row and all rows that must be deleted with it.
     /// @throws RuntimeError if another row refers to one of them
-    std::vector<TableRemoval> removalsOf(WritableTable& table, RowPointer row);
+    std::vector<TableRemoval> removalsOf(TableStore& table, RowPointer row);
 
 private:
     struct Link {
         const IndexDefinition& ownIndex;
-        WritableTable& partner;
+        TableStore& partner;
         std::size_t partnerIndex;
     };
     struct Referrer {
-        WritableTable* table;
+        TableStore* table;
         RowPointer row;
     };
 
-    Link linkOf(WritableTable& table, const LogicalIndex& index);
-    std::optional<base::Bytes> partnerKey(const WritableTable& table, const Link& link, const RowValues& row);
-    std::vector<RowPointer> partnerRows(const WritableTable& table, const Link& link, const RowValues& row);
-    void checkReference(WritableTable& table, const LogicalIndex& index, RowDraft& draft);
-    void checkReferrers(WritableTable& table, const LogicalIndex& index, RowDraft& draft);
+    Link linkOf(TableStore& table, const LogicalIndex& index);
+    std::optional<base::Bytes> partnerKey(const TableStore& table, const Link& link, const RowValues& row);
+    std::vector<RowPointer> partnerRows(const TableStore& table, const Link& link, const RowValues& row);
+    void checkReference(TableStore& table, const LogicalIndex& index, RowDraft& draft);
+    void checkReferrers(TableStore& table, const LogicalIndex& index, RowDraft& draft);
 
     TableSet& tables_;
 };

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "base/Text.h"
-#include "jet/change/WritableTable.h"
+#include "jet/change/TableStore.h"
 #include "jet/page/PageStore.h"
 #include "jet/space/PageAllocator.h"
 #include "jet/table/Catalog.h"
@@ -25,19 +25,19 @@ public:
     const Catalog& catalog() const { return catalog_; }
 
     /// @throws RuntimeError if there is no table of this name, or it cannot be written
-    WritableTable& named(base::TextView name);
+    TableStore& named(base::TextView name);
 
     /// @param definition  page of the definition, which identifies the table
     /// @throws RuntimeError (damage) if the catalog knows no such table
-    WritableTable& at(PageNumber definition);
+    TableStore& at(PageNumber definition);
 
 private:
-    WritableTable& open(const CatalogEntry& entry);
+    TableStore& open(const CatalogEntry& entry);
 
     PageStore& store_;
     PageAllocator allocator_;
     Catalog catalog_;
-    std::map<PageNumber, std::unique_ptr<WritableTable>> tables_;
+    std::map<PageNumber, std::unique_ptr<TableStore>> tables_;
 };
 
 }  // namespace jet

@@ -14,6 +14,7 @@
 #include "jet/value/ColumnConversion.h"
 
 namespace jet {
+
 class TableWriter::Impl {
 public:
     Impl(PageStore& store, base::TextView tableName)
@@ -24,8 +25,8 @@ public:
             throw tableNotWritable(table_.table().name(), u"CHECK-Einschränkungen kennt das Modul nicht");
     }
 
-    WritableTable& writable() { return table_; }
-    const WritableTable& writable() const { return table_; }
+    TableStore& store() { return table_; }
+    const TableStore& store() const { return table_; }
 
     RowOfValues defaults(std::span<const Assignment> assignments) const;
     RowOfValues startRow();
@@ -42,7 +43,7 @@ private:
     void keepAutoNumber(const Column& column, const RowDraft& draft);
 
     TableSet tables_;
-    WritableTable& table_;
+    TableStore& table_;
     ColumnRules rules_;
     Relationships relationships_;
 };
@@ -111,7 +112,7 @@ RowPointer TableWriter::Impl::insert(const RowOfValues& started, std::span<const
     if (numbered != nullptr && base::isNull(draft.valueOf(*numbered))) draft.put(*numbered, nextAutoNumber(*numbered));
     rules_.check(draft, given, true);
     draft.checkLength();
-    const WritableTable::EntryChanges entries = table_.makeEntries(draft);
+    const TableStore::EntryChanges entries = table_.makeEntries(draft);
     relationships_.check(table_, draft);
     if (numbered != nullptr) keepAutoNumber(*numbered, draft);
     return table_.add(draft, entries);
@@ -134,7 +135,7 @@ void TableWriter::Impl::update(RowPointer row, std::span<const Assignment> assig
     if (!draft.isChanged()) return;
     rules_.check(draft, given, false);
     draft.checkLength();
-    const WritableTable::EntryChanges entries = table_.makeEntries(draft);
+    const TableStore::EntryChanges entries = table_.makeEntries(draft);
     relationships_.check(table_, draft);
     table_.replace(row, draft, entries);
 }
@@ -150,11 +151,11 @@ TableWriter::TableWriter(PageStore& store, base::TextView tableName)
 TableWriter::~TableWriter() = default;
 
 const Table& TableWriter::table() const {
-    return impl_->writable().table();
+    return impl_->store().table();
 }
 
 std::optional<Row> TableWriter::find(RowPointer row) const {
-    if (!impl_->writable().contains(row)) return std::nullopt;
+    if (!impl_->store().contains(row)) return std::nullopt;
     return table().rowAt(row);
 }
 

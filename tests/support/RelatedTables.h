@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "base/Value.h"
-#include "jet/change/WritableTable.h"
+#include "jet/change/TableStore.h"
 #include "jet/check/RelationshipCheck.h"
 #include "jet/fresh/SystemTables.h"
 #include "jet/page/PageStore.h"
@@ -28,7 +28,7 @@ inline void addSystemRow(jet::PageStore& store, base::TextView name, const std::
     entry.flags = 0;
     store.change(entry.id)[kKindOffset] = 'N';
     jet::PageAllocator allocator(store);
-    jet::WritableTable table(store, allocator, entry);
+    jet::TableStore table(store, allocator, entry);
     jet::RowDraft row = table.makeRow();
     for (std::size_t number = 0; number < values.size(); ++number)
         row.put(*table.definition().columnNumbered(static_cast<std::uint16_t>(number)), values[number]);

@@ -17,11 +17,12 @@
 
 namespace jet {
 
-/// A table whose rows can be written, together with their long values, their entries in all indexes, and the counters
-/// in the definition. It checks the rules of indexes. ColumnRules and Relationships check the others.
+/// The rows of a table with everything that is stored of them: bytes (RowStore), long values (LongValueStore), entries
+/// in all indexes, and the counters in the definition. It checks the rules of indexes. TableWriter calls ColumnRules
+/// and Relationships for the others.
 ///
 /// A change has two steps: make...() reads and checks and may throw; add(), replace() or remove() writes.
-class WritableTable {
+class TableStore {
 public:
     /// The change of a row's entry in one index.
     struct EntryChange {
@@ -40,10 +41,10 @@ public:
 
     /// Store and allocator must outlive this object, which in turn must outlive everything that it returns.
     /// @throws RuntimeError: a system table, replication, damage
-    WritableTable(PageStore& store, PageAllocator& allocator, CatalogEntry entry);
-    WritableTable(const WritableTable&) = delete;
-    WritableTable& operator=(const WritableTable&) = delete;
-    ~WritableTable() = default;
+    TableStore(PageStore& store, PageAllocator& allocator, CatalogEntry entry);
+    TableStore(const TableStore&) = delete;
+    TableStore& operator=(const TableStore&) = delete;
+    ~TableStore() = default;
 
     const Table& table() const { return table_; }
     const TableDefinition& definition() const { return table_.definition(); }

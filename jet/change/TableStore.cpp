@@ -1,4 +1,4 @@
-#include "jet/change/WritableTable.h"
+#include "jet/change/TableStore.h"
 
 #include <algorithm>
 #include <array>
@@ -17,7 +17,7 @@ constexpr std::array<base::TextView, 3> kReplicationColumns = {u"s_GUID", u"s_Ge
 
 }  // namespace
 
-WritableTable::WritableTable(PageStore& store, PageAllocator& allocator, CatalogEntry entry)
+TableStore::TableStore(PageStore& store, PageAllocator& allocator, CatalogEntry entry)
     : store_(store),
       allocator_(allocator),
       table_(store, std::move(entry)),
@@ -28,7 +28,7 @@ WritableTable::WritableTable(PageStore& store, PageAllocator& allocator, Catalog
     requireWritable();
 }
 
-void WritableTable::requireWritable() const {
+void TableStore::requireWritable() const {
     if (table_.entry().isSystem() || definition().isSystem())
         throw tableNotWritable(table_.name(), u"Sie gehört dem Datenbankmodul");
     for (const base::TextView name : kReplicationColumns) {
@@ -37,29 +37,29 @@ void WritableTable::requireWritable() const {
     }
 }
 
-IndexWriter& WritableTable::writer(std::size_t index) {
+IndexWriter& TableStore::writer(std::size_t index) {
     auto& writer = writers_.at(index);
     if (!writer) writer = std::make_unique<IndexWriter>(store_, allocator_, definition(), index);
     return *writer;
 }
 
-void WritableTable::requireOwnKeysOnce(std::size_t index) {
+void TableStore::requireOwnKeysOnce(std::size_t index) {
     if (hasOwnKeys_.at(index)) return;
     requireOwnKeys(table_, definition().indexes[index]);
     hasOwnKeys_[index] = true;
 }
 
-void WritableTable::requireWritableIndex(std::size_t index) {
+void TableStore::requireWritableIndex(std::size_t index) {
     requireOwnKeysOnce(index);
     writer(index);
 }
 
-void WritableTable::requireWritableIndexes() {
+void TableStore::requireWritableIndexes() {
     for (std::size_t i = 0; i < definition().indexes.size(); ++i)
         requireWritableIndex(i);
 }
 
-void WritableTable::addOldKey(EntryChange& change, const RowView& old) {
+void TableStore::addOldKey(EntryChange& change, const RowView& old) {
     const IndexDefinition& index = definition().indexes[change.index];
     change.oldKey.emplace();
     change.oldKey->hasEntry = keyOfRow(store_, index, old, change.oldKey->key);
@@ -67,7 +67,7 @@ void WritableTable::addOldKey(EntryChange& change, const RowView& old) {
 }
 
 /// Nothing if the entry does not change.
-std::optional<WritableTable::EntryChange> WritableTable::makeEntry(std::size_t number, RowDraft& draft) {
+std::optional<TableStore::EntryChange> TableStore::makeEntry(std::size_t number, RowDraft& draft) {
     const IndexDefinition& index = definition().indexes[number];
     const bool concerned = std::ranges::any_of(
         index.columns, [&](const IndexColumn& part) { return draft.isChanged(definition().columnOf(part)); });
@@ -87,7 +87,7 @@ std::optional<WritableTable::EntryChange> WritableTable::makeEntry(std::size_t n
     return change;
 }
 
-WritableTable::EntryChanges WritableTable::makeEntries(RowDraft& draft) {
+TableStore::EntryChanges TableStore::makeEntries(RowDraft& draft) {
     EntryChanges changes;
     for (std::size_t i = 0; i < definition().indexes.size(); ++i) {
         if (auto change = makeEntry(i, draft)) changes.push_back(std::move(*change));
@@ -95,7 +95,7 @@ WritableTable::EntryChanges WritableTable::makeEntries(RowDraft& draft) {
     return changes;
 }
 
-WritableTable::Removal WritableTable::makeRemoval(RowPointer row) {
+TableStore::Removal TableStore::makeRemoval(RowPointer row) {
     Removal removal{row, draftOf(row), {}};
     for (std::size_t i = 0; i < definition().indexes.size(); ++i) {
         requireOwnKeysOnce(i);
@@ -107,7 +107,7 @@ WritableTable::Removal WritableTable::makeRemoval(RowPointer row) {
     return removal;
 }
 
-void WritableTable::removeEntries(RowPointer row, const EntryChanges& entries) {
+void TableStore::removeEntries(RowPointer row, const EntryChanges& entries) {
     for (const EntryChange& change : entries) {
         if (!change.oldKey || !change.oldKey->hasEntry) continue;
         if (change.isOldCertain)
@@ -117,27 +117,27 @@ void WritableTable::removeEntries(RowPointer row, const EntryChanges& entries) {
     }
 }
 
-void WritableTable::addEntries(RowPointer row, const EntryChanges& entries) {
+void TableStore::addEntries(RowPointer row, const EntryChanges& entries) {
     for (const EntryChange& change : entries) {
         if (!change.newKey || !change.newKey->hasEntry) continue;
         writer(change.index).insert(change.newKey->key, row, change.newKey->hasNull);
     }
 }
 
-RowPointer WritableTable::add(RowDraft& draft, const EntryChanges& entries) {
+RowPointer TableStore::add(RowDraft& draft, const EntryChanges& entries) {
     const RowPointer row = rows_.add(draft.finish(longValues_));
     addEntries(row, entries);
     counters().setRowCount(counters().rowCount() + 1);
     return row;
 }
 
-void WritableTable::replace(RowPointer row, RowDraft& draft, const EntryChanges& entries) {
+void TableStore::replace(RowPointer row, RowDraft& draft, const EntryChanges& entries) {
     rows_.replace(row, draft.finish(longValues_));
     removeEntries(row, entries);
     addEntries(row, entries);
 }
 
-void WritableTable::remove(const Removal& removal) {
+void TableStore::remove(const Removal& removal) {
     removeEntries(removal.row, removal.entries);
     removal.draft.removeOldLongValues(longValues_);
     rows_.remove(removal.row);
@@ -146,7 +146,7 @@ void WritableTable::remove(const Removal& removal) {
     if (count > 0) counters().setRowCount(count - 1);
 }
 
-std::vector<RowPointer> WritableTable::rowsWithKey(std::size_t index, std::span<const std::uint8_t> key) {
+std::vector<RowPointer> TableStore::rowsWithKey(std::size_t index, std::span<const std::uint8_t> key) {
     requireOwnKeysOnce(index);
     std::vector<RowPointer> rows;
     IndexCursor cursor(store_, definition().page, definition().indexes[index].rootPage);
@@ -157,7 +157,7 @@ std::vector<RowPointer> WritableTable::rowsWithKey(std::size_t index, std::span<
     return rows;
 }
 
-std::int32_t WritableTable::lastAutoNumber(const Column& column) {
+std::int32_t TableStore::lastAutoNumber(const Column& column) {
     const auto counter = static_cast<std::int32_t>(counters().lastAutoNumber());
     for (const IndexDefinition& index : definition().indexes) {
         if (index.columns.empty() || index.columns[0].columnNumber != column.number) continue;
