@@ -86,7 +86,6 @@ void PageFile::read(Extent& extent, PageNumber number) {
         encodePage(extent.page(place + i), number + i, databaseKey_);
         extent.present = static_cast<std::uint16_t>(extent.present | (1U << (place + i)));
     }
-    pagesRead_ += count;
 }
 
 void encodePage(std::span<std::uint8_t> page, PageNumber number, std::uint32_t databaseKey) {

@@ -23,9 +23,6 @@ public:
     PageNumber pageCount() const override { return pageCount_; }
     PageView page(PageNumber number) override;
 
-    /// Number of pages read from the file so far, for tests and benchmarks.
-    std::size_t pagesRead() const { return pagesRead_; }
-
 private:
     struct Extent;
     const std::shared_ptr<Extent>& extent(PageNumber index);
@@ -36,7 +33,6 @@ private:
     std::uint32_t databaseKey_;
     PageNumber pageCount_;
     std::vector<std::shared_ptr<Extent>> cache_;
-    std::size_t pagesRead_ = 0;
 };
 
 /// Encodes or decodes one page in place (both are the same step). Page 0 is never encoded.

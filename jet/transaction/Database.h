@@ -74,7 +74,6 @@ public:
     PageView page(PageNumber number) override { return pages_->page(number); }
 
     const Header& header() const { return header_; }
-    const PageFile& pages() const { return *pages_; }
     /// The size of the file, including an incomplete last page.
     std::uint64_t sizeBytes() const { return database_.io_->sizeBytes(); }
 

@@ -99,7 +99,6 @@ void Transaction::write(const std::vector<PageChange>& changes) {
         throw;
     }
     journal.remove();
-    pagesWritten_ = changes.size();
 }
 
 /// Appended pages are written first. If the disk is full, no old page has been touched.

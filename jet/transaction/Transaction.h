@@ -67,9 +67,6 @@ public:
     /// Ends the transaction; the file stays as it was.
     void drop();
 
-    /// Number of pages that the commit wrote, for tests and benchmarks.
-    std::size_t pagesWritten() const { return pagesWritten_; }
-
 private:
     struct ChangedPage;
 
@@ -88,7 +85,6 @@ private:
     PageNumber pageCount_ = 0;
     std::unordered_map<PageNumber, std::shared_ptr<ChangedPage>> changed_;
     bool isFlushing_ = false;  ///< all pages have been written
-    std::size_t pagesWritten_ = 0;
 };
 
 }  // namespace jet

@@ -137,10 +137,10 @@ TEST(PageFile, ReadsAheadInAScanAndKeepsAViewWhileOthersComeAndGo) {
     for (PageNumber page = 0; page < kPages; ++page)
         ASSERT_EQ(pages.page(page).bytes.u32(0), page);
     EXPECT_EQ(first.bytes.u32(0), 3U);
-    EXPECT_EQ(pages.pagesRead(), kPages) << "each page once";
+    EXPECT_EQ(machine.pagesRead(), kPages) << "each page once";
     EXPECT_LT(machine.reads(), 310) << "in whole extents but for the beginning";
     EXPECT_EQ(pages.page(160).bytes.u32(0), 160U);
-    EXPECT_EQ(pages.pagesRead(), kPages + 1) << "a page far from the others is read alone";
+    EXPECT_EQ(machine.pagesRead(), kPages + 1) << "a page far from the others is read alone";
     EXPECT_THROW(pages.page(kPages), base::RuntimeError);
     EXPECT_THROW(pages.page(0xFFFFFFFF), base::RuntimeError);
 }

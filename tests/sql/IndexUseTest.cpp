@@ -7,6 +7,7 @@
 #include "jet/sql/QueryExecutor.h"
 #include "jet/table/Catalog.h"
 #include "jet/tree/IndexCursor.h"
+#include "tests/support/FaultyStorage.h"
 #include "tests/support/SampleFile.h"
 
 namespace jet::sql {
@@ -21,13 +22,15 @@ struct Answer {
 };
 
 Answer answer(const base::Bytes& file, const base::Text& statement) {
-    Database database = test::openSample(file);
+    const test::Machine machine(file);
+    Database database = Database::open(machine.storage(), {});
+    const std::size_t pagesBefore = machine.pagesRead();
     ReadOperation operation = database.beginRead();
     const ResultSet rows = executeQuery(operation, statement);
     Answer result;
     for (std::size_t row = 0; row < rows.rowCount(); ++row)
         result.ids.push_back(rows.value(row, 0));
-    result.pagesRead = operation.pages().pagesRead();
+    result.pagesRead = machine.pagesRead() - pagesBefore;
     return result;
 }
 

@@ -48,6 +48,7 @@ public:
     int steps() const { return state_->steps; }
     int flushes() const { return state_->flushes; }
     int reads() const { return state_->reads; }
+    std::size_t pagesRead() const { return state_->bytesRead / jet::kPageSize; }
 
     /// The machine stops at this step, counted from 1. If it is a write, its first half is done.
     void stopAt(int step) { state_->stopAt = step; }
@@ -179,6 +180,7 @@ private:
         int steps = 0;
         int flushes = 0;
         int reads = 0;
+        std::size_t bytesRead = 0;
         std::optional<int> stopAt, failAt;
         Refusal refusal = Refusal::None;
     };
@@ -191,6 +193,7 @@ private:
         std::uint64_t sizeBytes() override { return file_->now.size(); }
         void read(std::uint64_t offset, std::span<std::uint8_t> bytes) override {
             ++state_->reads;
+            state_->bytesRead += bytes.size();
             if (offset + bytes.size() > file_->now.size()) throw jet::deviceFailed(u"Platte", 3);
             std::copy_n(file_->now.begin() + static_cast<std::ptrdiff_t>(offset), bytes.size(), bytes.begin());
         }
