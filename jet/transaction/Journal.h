@@ -20,7 +20,7 @@
 /// and its length agree with the checksums. A page is *torn* if each of its 512-byte sectors
 /// is either the old or the new one.
 ///
-/// Promises, each with the test that tries to break it (tests/jet/CrashTest.cpp and JournalTest.cpp):
+/// Promises, each with the test that tries to break it (tests/jet/CrashTest.cpp):
 ///
 ///  1. No byte of the file changes before the journal is whole and, with its final name, on the disk.
 ///     CrashSweep.EveryCutLeavesTheOldFileOrTheNewOne
@@ -32,7 +32,8 @@
 ///  4. A left journal is applied only if every page that it names is old, new or torn in the file, if the file's length
 ///     is between the old and the new one, and if the original engine has not committed since.
 ///     LeftJournal.IsNeverAppliedToAFileThatSomebodyElseHasWritten
-///  5. A journal that is not whole is neither applied nor dropped.   CrashSweep.NoDamagedJournalIsAppliedOrDropped
+///  5. A journal that is not whole is neither applied nor dropped.
+///     LeftJournal.IsNeitherAppliedNorDroppedIfItIsDamaged
 ///  6. A journal of another file, or a file that is not a journal, is never applied.
 ///     LeftJournal.OfAnotherFileIsNeverApplied
 ///  7. If 4, 5 or 6 refuses, nothing is changed: neither the file nor the journal.   The same three tests

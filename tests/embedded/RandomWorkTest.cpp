@@ -280,10 +280,9 @@ private:
     /// The machine starts again. The disk has the state from before or after the work, as a whole.
     /// @return whether the work has been done
     bool restart(const Rows& after, bool isAcknowledged) {
-        constexpr test::Loss kLosses[] = {test::Loss::Nothing, test::Loss::LastSector, test::Loss::All,
-                                          test::Loss::Some};
+        constexpr test::Loss kLosses[] = {test::Loss::Nothing, test::Loss::All, test::Loss::Some};
         ++cut;
-        machine_ = machine_.afterStop(kLosses[values_.below(4)], values_.below(1000));
+        machine_ = machine_.afterStop(kLosses[values_.below(3)], values_.below(1000));
         connect();
         const Rows now = stored();
         EXPECT_TRUE(now == after || (now == expected_ && !isAcknowledged));

@@ -6,20 +6,24 @@
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <random>
+#include <map>
+#include <memory>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include "jet/storage/LockFile.h"
 #include "jet/transaction/Transaction.h"
-#include "tests/jet/OtherProcess.h"
+#include "tests/jet/Counter.h"
 #include "tests/jet/PagesInMemory.h"
 #include "tests/support/FaultyStorage.h"
+#include "tests/support/TempFolder.h"
 
 #ifdef _WIN32
 #include <io.h>
 #include <share.h>
+#include <sys/locking.h>
 #else
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -31,7 +35,9 @@ namespace {
 
 namespace fs = std::filesystem;
 namespace counter = test::counter;
-using test::OtherProcess;
+using testing::HasSubstr;
+
+const std::string kNoError = "no error";
 
 base::Bytes contents(const fs::path& path) {
     std::ifstream stream(path, std::ios::binary);
@@ -42,44 +48,90 @@ void store(const fs::path& path, const base::Bytes& bytes) {
     std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), std::ssize(bytes));
 }
 
-/// Each test has its own file, and other programs that use it.
+/// A handle of another program.
+class Foreign {
+public:
+#ifdef _WIN32
+    explicit Foreign(const fs::path& path, int access = _O_RDWR, int share = _SH_DENYNO)
+        : file_(_wsopen(path.c_str(), access | _O_BINARY, share)) {}
+    ~Foreign() {
+        if (isOpen()) _close(file_);
+    }
+    bool lock(std::uint64_t place) const {
+        const auto offset = static_cast<long>(place);
+        return _lseek(file_, offset, SEEK_SET) == offset && _locking(file_, _LK_NBLCK, 1) == 0;
+    }
+#else
+    explicit Foreign(const fs::path& path) : file_(::open(path.c_str(), O_RDWR)) {}
+    ~Foreign() {
+        ::close(file_);
+    }
+    bool lock(std::uint64_t place) const {
+        struct flock range {};
+        range.l_type = F_WRLCK;
+        range.l_start = static_cast<off_t>(place);
+        range.l_len = 1;
+        return ::fcntl(file_, F_OFD_SETLK, &range) == 0;
+    }
+#endif
+    Foreign(const Foreign&) = delete;
+    Foreign& operator=(const Foreign&) = delete;
+
+    bool isOpen() const {
+        return file_ >= 0;
+    }
+
+private:
+    int file_;
+};
+
+/// A writer in the middle of a change.
+struct Writer {
+    explicit Writer(Database opened) : database(std::move(opened)) {}
+    Database database;
+    Transaction transaction{database};
+};
+
+/// Something that a program meets at its file.
+struct Situation {
+    const char* what;
+    std::function<void()> begin;
+    std::string reading, writing;  ///< parts of the errors
+    std::function<void()> end = [] {};
+    std::function<bool(const std::function<bool()>&)> byWhom = [](const auto& attempts) { return attempts(); };
+};
+
+/// Each test has its own file, in its own folder.
 class FileStorageTest : public testing::Test {
 protected:
-    FileStorageTest() {
-        fs::create_directory(folder_);
+    FileStorageTest() { reset(); }
+
+    void reset() const {
+        for (const auto& entry : fs::directory_iterator(folder_.path))
+            fs::remove_all(entry.path());
         store(file_, old_);
+        fs::last_write_time(file_, fs::file_time_type::clock::now() - std::chrono::hours(24));
     }
-    ~FileStorageTest() override {
-        fs::permissions(folder_, fs::perms::owner_all);
-        fs::permissions(file_, fs::perms::owner_all);
-        fs::remove_all(folder_);
-    }
-    FileStorageTest(const FileStorageTest&) = delete;
-    FileStorageTest& operator=(const FileStorageTest&) = delete;
 
     Database open(LeftJournalRule rule = LeftJournalRule::RollBack) const {
         return Database::open(fileStorage(file_.u16string()), {}, rule);
+    }
+    std::string openingError(LeftJournalRule rule = LeftJournalRule::Refuse) const {
+        return errorOf([&] {
+            Database database = open(rule);
+            counter::read(database);
+        });
     }
     void add() const {
         Database database = open();
         counter::add(database);
     }
+    std::string writingError() const {
+        return errorOf([&] { add(); });
+    }
     std::uint32_t counted() const {
         Database database = open();
         return counter::read(database);
-    }
-
-    OtherProcess start(const std::string& role, int number = 0) const { return {folder_, role, number}; }
-
-    /// Starts a program that holds what its role says, until `release` ends it.
-    OtherProcess startHolder(const std::string& role, int number = 0) const {
-        OtherProcess holder = start(role, number);
-        test::waitForMarker(folder_, "ready");
-        return holder;
-    }
-    void release(OtherProcess& holder) const {
-        test::setMarker(folder_, "go");
-        EXPECT_EQ(holder.wait(), OtherProcess::kDied);
     }
 
     /// Puts the files here that a machine has when it stops at this step of a change, counted from 1.
@@ -97,23 +149,53 @@ protected:
         return machine.steps() >= step;
     }
 
-    std::string openingError() const {
-        return errorOf([&] { open(LeftJournalRule::Refuse); });
-    }
-    std::string writingError() const {
-        return errorOf([&] {
-            Database database = open();
-            Transaction transaction(database);
-            transaction.change(1)[100] ^= 1U;
-            transaction.commit();
-        });
+    /// Kind, time of the last change and contents of each file in the folder.
+    auto everything() const {
+        std::map<fs::path, std::tuple<fs::file_type, fs::file_time_type, base::Bytes>> all;
+        for (const auto& entry : fs::directory_iterator(folder_.path)) {
+            auto& [type, time, bytes] = all[entry.path()];
+            type = entry.symlink_status().type();
+            if (type != fs::file_type::regular) continue;
+            time = entry.last_write_time();
+            bytes = contents(entry.path());
+        }
+        return all;
     }
 
-    fs::path folder_ = fs::temp_directory_path() / ("tolv-storage-" + std::to_string(std::random_device{}()));
-    fs::path file_ = test::fileIn(folder_);
-    fs::path journal_ = file_.u16string() + base::Text(kJournalSuffix);
-    fs::path newJournal_ = file_.u16string() + base::Text(kNewJournalSuffix);
-    base::Bytes old_ = counter::file();
+    /// Reading changes nothing, and neither does a write that is refused. Nothing lasts longer than the situation.
+    void meet(const Situation& situation) const {
+        SCOPED_TRACE(situation.what);
+        reset();
+        const bool isWritten = situation.writing == kNoError;
+        Database early = open();
+        situation.begin();
+        const auto before = everything();
+        const auto attempts = [&] {
+            const auto begin = std::chrono::steady_clock::now();
+            const std::string reading = openingError(isWritten ? LeftJournalRule::Refuse : LeftJournalRule::RollBack);
+            const auto waited = std::chrono::steady_clock::now() - begin;
+            EXPECT_THAT(reading, HasSubstr(situation.reading));
+            EXPECT_EQ(waited >= kLockWait, reading.ends_with("wird bereits benutzt."));
+            EXPECT_LT(waited, 3 * kLockWait);
+            EXPECT_EQ(everything(), before);
+            EXPECT_THAT(errorOf([&] { counter::add(early); }), HasSubstr(situation.writing));
+            return !HasFailure();
+        };
+        EXPECT_TRUE(situation.byWhom(attempts));
+        EXPECT_EQ(everything() != before, isWritten);
+        situation.end();
+        for (const fs::path& path : {journal_, newJournal_})
+            if (!fs::is_regular_file(fs::symlink_status(path))) fs::remove(path);
+        EXPECT_EQ(writingError(), kNoError);
+        EXPECT_EQ(counted(), isWritten ? 2U : 1U);
+    }
+
+    const test::TempFolder folder_;
+    const fs::path file_ = folder_ / u"Kontenübersicht.mdb";
+    const fs::path journal_ = file_.u16string() + base::Text(kJournalSuffix);
+    const fs::path newJournal_ = file_.u16string() + base::Text(kNewJournalSuffix);
+    const fs::path lockFile_ = lockFilePath(file_.u16string());
+    const base::Bytes old_ = counter::file();
 };
 
 TEST_F(FileStorageTest, FindsTheJournalByAnyNameOfTheFile) {
@@ -151,44 +233,46 @@ TEST_F(FileStorageTest, IsOldOrNewWhereverItsWriterStopped) {
     EXPECT_GT(kept, 0);
 }
 
-TEST_F(FileStorageTest, LosesNoUpdateAndShowsNoHalfOneToOtherProcesses) {
-    constexpr int kWriters = 3, kRounds = 12, kDying = 8;
-    std::vector<OtherProcess> readers, writers;
-    for (const char* role : {"read", "only-read"})
-        readers.push_back(start(role));
-    for (int i = 0; i < kWriters; ++i)
-        writers.push_back(start("count", kRounds));
-    for (int i = 0; i < kDying; ++i)
-        EXPECT_EQ(start("die", 20 + 7 * i).wait(), OtherProcess::kDied);
-    for (OtherProcess& writer : writers)
-        EXPECT_EQ(writer.wait(), OtherProcess::kDone);
-    test::setMarker(folder_, "go");
-    for (OtherProcess& reader : readers)
-        EXPECT_EQ(reader.wait(), OtherProcess::kDone);
-    const std::uint32_t acknowledged = kWriters * kRounds;
-    EXPECT_GE(counted(), acknowledged);
+TEST_F(FileStorageTest, IsReadAndWrittenAsFarAsOthersAllow) {
+    const std::string file = "'" + base::toUtf8(file_.u16string()) + "'", error = "-2147467259: ";
+    const std::string locked = error + "Aktualisieren nicht möglich; derzeit gesperrt durch ";
+    meet({"nobody", [] {}, kNoError, kNoError});
+    std::unique_ptr<Writer> writer;
+    meet({"a writer", [&] { writer = std::make_unique<Writer>(open()); },
+          error + file + " konnte nicht verwendet werden; Datei wird bereits benutzt.",
+          locked + "einen anderen Benutzer der Datei " + file + ".", [&] { writer.reset(); }});
+
+    base::Bytes slots(3 * kUserSlotBytes, 0);
+    const std::string computer = "PC-B\xDCRO", user = "Admin";
+    std::copy(computer.begin(), computer.end(), slots.begin() + 2 * kUserSlotBytes);
+    std::copy(user.begin(), user.end(), slots.begin() + 2 * kUserSlotBytes + 32);
+    meet({"a lock file that was left behind", [&] { store(lockFile_, slots); }, kNoError, kNoError});
+    std::unique_ptr<Foreign> original;
+    const auto comeIn = [&] {
+        store(lockFile_, slots);
+        original = std::make_unique<Foreign>(lockFile_);
+        EXPECT_TRUE(original->lock(kUserLocksOffset + 2));
+    };
+    meet({"a user of the original engine", comeIn, kNoError, locked + "Benutzer 'Admin' auf Computer 'PC-BÜRO'.",
+          [&] { original.reset(); }});
 }
 
-TEST_F(FileStorageTest, WaitsForAWriterOnlySoLongAndIsFreeWhenHeDies) {
-    OtherProcess holder = startHolder("hold-transaction");
-    const std::string name = "'" + base::toUtf8(file_.u16string()) + "'";
-    const auto begin = std::chrono::steady_clock::now();
-    EXPECT_EQ(openingError(), "-2147467259: " + name + " konnte nicht verwendet werden; Datei wird bereits benutzt.");
-    const auto waited = std::chrono::steady_clock::now() - begin;
-    EXPECT_GE(waited, kLockWait);
-    EXPECT_LT(waited, 3 * kLockWait);
-    release(holder);
-    add();
-    EXPECT_EQ(counted(), 1U);
-}
-
-TEST_F(FileStorageTest, TellsTheWriterThatAnotherOneHoldsIt) {
-    Database first = open();
-    Database second = open();
-    const Transaction transaction(first);
-    EXPECT_EQ(errorOf([&] { Transaction{second}; }),
-              "-2147467259: Aktualisieren nicht möglich; derzeit gesperrt durch einen anderen Benutzer der Datei '" +
-                  base::toUtf8(file_.u16string()) + "'.");
+/// It is neither followed nor replaced.
+TEST_F(FileStorageTest, IsNotWrittenWhereSomethingElseHasTheJournalsName) {
+    for (const fs::path& name : {journal_, newJournal_}) {
+        const std::string error = "-2147467259: ", reading = name == journal_ ? error : kNoError;
+        meet({"a folder", [&] { fs::create_directory(name); }, reading, error});
+#ifndef _WIN32
+        meet({"a pipe", [&] { ::mkfifo(name.c_str(), 0666); }, reading, error});
+        const fs::path target = folder_ / "fremd";
+        meet({"a link to nothing", [&] { fs::create_symlink(target, name); }, reading, error});
+        const auto link = [&] {
+            store(target, old_);
+            fs::create_symlink(target, name);
+        };
+        meet({"a link", link, reading, error});
+#endif
+    }
 }
 
 TEST_F(FileStorageTest, LetsAWriterInBetweenReadersWhoAreNeverAllGone) {
@@ -213,80 +297,63 @@ TEST_F(FileStorageTest, LetsAWriterInBetweenReadersWhoAreNeverAllGone) {
     EXPECT_EQ(counted(), 1U);
 }
 
-/// Afterwards the lock file is one that was left behind, which hinders nobody.
-TEST_F(FileStorageTest, IsNotWrittenWhileTheOriginalEngineHasItOpen) {
-    const fs::path lockFile = lockFilePath(file_.u16string());
-    base::Bytes slots(3 * kUserSlotBytes, 0);
-    const std::string computer = "PC-B\xDCRO", user = "Admin";
-    std::copy(computer.begin(), computer.end(), slots.begin() + 2 * kUserSlotBytes);
-    std::copy(user.begin(), user.end(), slots.begin() + 2 * kUserSlotBytes + 32);
-    store(lockFile, slots);
-    OtherProcess holder = startHolder("hold-user-slot", 2);
-    const std::string text =
-        "Aktualisieren nicht möglich; derzeit gesperrt durch Benutzer 'Admin' auf Computer "
-        "'PC-BÜRO'.";
-    EXPECT_EQ(writingError(), "-2147467259: " + text);
-    EXPECT_EQ(counted(), 0U);
-    release(holder);
-    EXPECT_EQ(writingError(), "no error");
-    EXPECT_EQ(contents(lockFile), slots);
-}
-
-/// Something that is not an ordinary file has the journal's name. It is refused, and neither followed nor replaced.
-TEST_F(FileStorageTest, IsNotWrittenWhereSomethingElseHasTheJournalsName) {
-    const fs::path victim = folder_ / "fremd";
-    store(victim, old_);
-    const std::vector<std::function<void(const fs::path&)>> makers = {
-        [](const fs::path& path) { fs::create_directory(path); },
-#ifndef _WIN32
-        [](const fs::path& path) { ::mkfifo(path.c_str(), 0666); },
-        [&](const fs::path& path) { fs::create_symlink(victim, path); },
-        [&](const fs::path& path) { fs::create_symlink(folder_ / "nirgends", path); },
-#endif
-    };
-    for (const fs::path& path : {journal_, newJournal_}) {
-        for (const auto& make : makers) {
-            make(path);
-            EXPECT_NE(writingError(), "no error");
-            EXPECT_NE(fs::symlink_status(path).type(), fs::file_type::regular);
-            EXPECT_TRUE(fs::remove(path));
-        }
-    }
-    EXPECT_TRUE(contents(file_) == old_ && contents(victim) == old_ && !fs::exists(folder_ / "nirgends"));
-    EXPECT_EQ(writingError(), "no error");
-}
-
 TEST_F(FileStorageTest, IsNotWrittenIfTheOriginalEngineOpensItWhileTheWriterWaits) {
-    store(lockFilePath(file_.u16string()), base::Bytes(kUserSlotBytes, 'A'));
-    Database database = open(), second = open();
-    auto transaction = std::make_unique<Transaction>(database);
+    store(lockFile_, base::Bytes(kUserSlotBytes, 'A'));
+    Database second = open();
+    auto writer = std::make_unique<Writer>(open());
     std::string error;
     std::thread waiting([&] { error = errorOf([&] { Transaction{second}; }); });
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
-    OtherProcess holder = startHolder("hold-user-slot");
-    transaction.reset();
+    const Foreign other(lockFile_);
+    EXPECT_TRUE(other.lock(kUserLocksOffset));
+    writer.reset();
     waiting.join();
-    EXPECT_THAT(error, testing::HasSubstr("derzeit gesperrt durch Benutzer 'AAAA"));
-    release(holder);
+    EXPECT_THAT(error, HasSubstr("derzeit gesperrt durch Benutzer 'AAAA"));
+}
+
+TEST_F(FileStorageTest, SaysWhyItCannotBeOpened) {
+    const auto error = [](const fs::path& path, OpenMode mode) {
+        return errorOf([&] { openFile(path.u16string(), mode); });
+    };
+    EXPECT_THAT(error(folder_ / "fehlt.mdb", OpenMode::Read), HasSubstr("nicht gefunden."));
+    EXPECT_THAT(error(folder_ / "fehlt/fehlt.mdb", OpenMode::Read), HasSubstr("ist kein zulässiger Pfad."));
+    EXPECT_THAT(error(folder_.path, OpenMode::Read), HasSubstr("Berechtigung"));
+    EXPECT_NE(error(file_, OpenMode::CreateNew), kNoError) << "an existing file is never taken for a new one";
+    EXPECT_EQ(error(folder_ / "neu.mdb", OpenMode::CreateNew), kNoError);
+}
+
+TEST_F(FileStorageTest, IsReadByManyAndWrittenByOne) {
+    constexpr std::chrono::milliseconds kNow{0};
+    const auto first = openFile(file_.u16string(), OpenMode::ReadWrite);
+    const auto second = openFile(file_.u16string(), OpenMode::ReadWrite);
+    EXPECT_TRUE(first->lock(LockKind::Shared, kNow));
+    EXPECT_TRUE(second->lock(LockKind::Shared, kNow));
+    EXPECT_FALSE(second->lock(LockKind::Exclusive, kNow));
+    first->lock(LockKind::None, kNow);
+    EXPECT_TRUE(second->lock(LockKind::Exclusive, kNow));
+    EXPECT_FALSE(first->lock(LockKind::Shared, kNow));
+    EXPECT_TRUE(second->lock(LockKind::Shared, kNow)) << "an exclusive lock can be lowered";
+    EXPECT_TRUE(first->lock(LockKind::Shared, kNow));
+}
+
+TEST_F(FileStorageTest, IsFreeAfterAnOperationThatFailed) {
+    Database database = open();
+    const auto writer = openFile(file_.u16string(), OpenMode::ReadWrite);
+    writer->write(0x14, base::Bytes{9});
+    EXPECT_THAT(errorOf([&] { database.beginRead(); }), HasSubstr("Nicht erkennbares"));
+    EXPECT_TRUE(writer->lock(LockKind::Exclusive, {}));
+#ifndef _WIN32
+    writer->lock(LockKind::None, {});
+    fs::rename(folder_.path, folder_.path.string() + "-fort");
+    store(folder_.path, {});
+    EXPECT_NE(errorOf([&] { database.beginRead(); }), kNoError) << "nobody can look for a journal";
+    EXPECT_TRUE(writer->lock(LockKind::Exclusive, {}));
+    fs::remove(folder_.path);
+    fs::rename(folder_.path.string() + "-fort", folder_.path);
+#endif
 }
 
 #ifdef _WIN32
-
-/// A handle of another program.
-class Foreign {
-public:
-    Foreign(const fs::path& path, int access, int share) : file_(_wsopen(path.c_str(), access | _O_BINARY, share)) {}
-    ~Foreign() {
-        if (isOpen()) _close(file_);
-    }
-    Foreign(const Foreign&) = delete;
-    Foreign& operator=(const Foreign&) = delete;
-
-    bool isOpen() const { return file_ >= 0; }
-
-private:
-    int file_;
-};
 
 TEST_F(FileStorageTest, KeepsOtherProgramsFromWritingWhileItIsWritten) {
     Database database = open();
@@ -335,8 +402,6 @@ TEST_F(FileStorageTest, IsReadAsFarAsOtherProgramsLetIt) {
 
 #else
 
-constexpr fs::perms kWrite = fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
-
 /// Nothing is read-only for the administrator, so another process tries this as an ordinary user.
 /// @return whether everything ended as expected
 bool asOrdinaryUser(const std::function<bool()>& attempt) {
@@ -350,17 +415,28 @@ bool asOrdinaryUser(const std::function<bool()>& attempt) {
 }
 
 TEST_F(FileStorageTest, IsReadButNotWrittenWhereItMayNotBe) {
-    const auto isOnlyRead = [this] {
-        return counted() == 0 && writingError().starts_with("-2147467259: Operation muss");
+    constexpr int kMiddleOfSecondPage = 7;  // made, written, flushed, renamed, name flushed, first page, second page
+    constexpr auto kWrite = fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
+    const auto permit = [&](fs::perms rights, const std::vector<fs::path>& paths) {
+        for (const fs::path& path : paths)
+            fs::permissions(path, rights);
     };
-    fs::permissions(folder_, fs::perms::all);
-    fs::permissions(file_, fs::perms::all & ~kWrite);
-    EXPECT_TRUE(asOrdinaryUser(isOnlyRead)) << "file";
-    fs::permissions(file_, fs::perms::all);
-    fs::permissions(folder_, fs::perms::all & ~kWrite);
-    EXPECT_TRUE(asOrdinaryUser(isOnlyRead)) << "folder";
-    EXPECT_EQ(contents(file_), old_);
-    EXPECT_FALSE(fs::exists(journal_));
+    const std::vector<fs::path> file{file_}, folder{folder_.path}, all{folder_.path, file_, journal_};
+    const struct {
+        const std::vector<fs::path>& paths;
+        int stop;
+        std::string reading;
+    } cases[] = {{file, 0, kNoError}, {folder, 0, kNoError}, {all, kMiddleOfSecondPage, "-journal' hinterlassen"}};
+    for (const auto& [paths, stop, reading] : cases) {
+        const auto protect = [&, &stop = stop, &paths = paths] {
+            permit(fs::perms::all, {folder_.path, file_});
+            if (stop > 0) stopAt(stop);
+            permit(fs::perms::all & ~kWrite, paths);
+        };
+        const auto release = [&, &paths = paths] { permit(fs::perms::all, paths); };
+        meet({"protected", protect, reading, "-2147467259: Operation muss eine aktualisierbare", release,
+              asOrdinaryUser});
+    }
 }
 
 /// Mode, owner and group of the file's journal if the present user makes it.
@@ -386,30 +462,13 @@ TEST_F(FileStorageTest, HasAJournalForThoseWhoMayUseTheFileAndNobodyElse) {
     }
     ::umask(mask);
     if (!isAdministrator) return;
-    fs::permissions(folder_, fs::perms::all);
+    fs::permissions(folder_.path, fs::perms::all);
     // A journal by another user cannot get the file's group. For the journal, members of that group are then "others".
     const auto isMadeWith = [this](mode_t mode) { return (journalOf(file_).st_mode & 0777U) == mode; };
     for (const auto& [mode, expected] : {std::pair(0666U, 0666U), {0606U, 0600U}, {0646U, 0644U}}) {
         fs::permissions(file_, static_cast<fs::perms>(mode));
         EXPECT_TRUE(asOrdinaryUser([&, wanted = expected] { return isMadeWith(wanted); })) << mode;
     }
-}
-
-TEST_F(FileStorageTest, IsNotShownHalfWrittenToOneWhoMayNotRollBack) {
-    constexpr int kMiddleOfSecondPage = 7;  // made, written, flushed, renamed, name flushed, first page, second page
-    ASSERT_TRUE(stopAt(kMiddleOfSecondPage));
-    const base::Bytes half = contents(file_), journal = contents(journal_);
-    ASSERT_NE(half, old_);
-    for (const fs::path& path : {file_, journal_, folder_})
-        fs::permissions(path, fs::perms::all & ~kWrite);
-    EXPECT_TRUE(asOrdinaryUser([this] {
-        return errorOf([&] { open(LeftJournalRule::RollBack); }).find("-journal' hinterlassen") != std::string::npos;
-    }));
-    EXPECT_TRUE(contents(file_) == half && contents(journal_) == journal);
-    for (const fs::path& path : {folder_, journal_, file_})
-        fs::permissions(path, fs::perms::all);
-    EXPECT_EQ(counted(), 0U);
-    EXPECT_EQ(contents(file_), old_);
 }
 
 #endif

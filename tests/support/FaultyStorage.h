@@ -17,8 +17,7 @@ namespace test {
 
 /// What is lost, of the bytes written but not flushed, when a machine stops.
 enum class Loss {
-    Nothing,     ///< only the program was killed; the machine goes on
-    LastSector,  ///< the last write reached the disk without its last sectors
+    Nothing,  ///< only the program was killed; the machine goes on
     All,
     Some,  ///< any sector, change of length or directory entry, in any order
 };
@@ -69,7 +68,7 @@ public:
     /// The machine after it has been started again.
     Machine afterStop(Loss loss, unsigned seed) const {
         std::mt19937 random(seed);
-        Names names = loss == Loss::All || loss == Loss::Some ? state_->namesOnDisk : state_->names;
+        Names names = loss == Loss::Nothing ? state_->names : state_->namesOnDisk;
         for (const auto& change : state_->unflushedNames) {
             if (loss == Loss::Some && random() % 2 == 0) change(names);
         }
@@ -105,32 +104,24 @@ private:
         }
 
         base::Bytes afterStop(Loss loss, std::mt19937& random) const {
+            return loss == Loss::Nothing ? now : loss == Loss::All ? onDisk : withSome(random, 2);
+        }
+
+        /// What is on the disk, with some of what has not been flushed.
+        /// @param lengths  one in so many changes of length is there; 1: each
+        base::Bytes withSome(std::mt19937& random, unsigned lengths) const {
             base::Bytes bytes = onDisk;
-            if (loss == Loss::Nothing) return now;
-            if (loss == Loss::All) return bytes;
-            for (std::size_t i = 0; i < unflushed.size(); ++i) {
-                Step step = unflushed[i];
-                const bool isLast = i + 1 == unflushed.size();
-                if (loss == Loss::LastSector) {
-                    if (isLast) step.bytes.resize(step.bytes.size() / 2 / jet::kSectorBytes * jet::kSectorBytes);
-                    apply(bytes, step);
-                } else if (step.newSize) {
-                    if (random() % 2 == 0) apply(bytes, step);
-                } else {
-                    applySome(bytes, step, random);
+            for (const Step& step : unflushed) {
+                if (step.newSize && random() % lengths == 0) apply(bytes, step);
+                const unsigned oneIn = 1 + random() % 4;
+                for (std::size_t at = 0; at < step.bytes.size(); at += jet::kSectorBytes) {
+                    const auto begin = step.bytes.begin() + static_cast<std::ptrdiff_t>(at);
+                    const auto count = std::min(jet::kSectorBytes, step.bytes.size() - at);
+                    const base::Bytes sector(begin, begin + static_cast<std::ptrdiff_t>(count));
+                    if (random() % oneIn == 0) apply(bytes, {step.offset + at, sector, std::nullopt});
                 }
             }
             return bytes;
-        }
-
-        static void applySome(base::Bytes& bytes, const Step& step, std::mt19937& random) {
-            const unsigned oneIn = 1 + random() % 4;
-            for (std::size_t at = 0; at < step.bytes.size(); at += jet::kSectorBytes) {
-                if (random() % oneIn != 0) continue;
-                const auto begin = step.bytes.begin() + static_cast<std::ptrdiff_t>(at);
-                const auto count = std::min(jet::kSectorBytes, step.bytes.size() - at);
-                apply(bytes, {step.offset + at, {begin, begin + static_cast<std::ptrdiff_t>(count)}, std::nullopt});
-            }
         }
 
         void flush() {
@@ -141,8 +132,7 @@ private:
 
         void failToFlush(unsigned seed) {
             std::mt19937 random(seed);
-            for (const Step& step : unflushed)
-                step.newSize ? apply(onDisk, step) : applySome(onDisk, step, random);
+            onDisk = withSome(random, 1);
             unflushed.clear();
         }
 
