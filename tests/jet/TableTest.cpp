@@ -2,6 +2,7 @@
 #include <functional>
 #include <gtest/gtest.h>
 
+#include "jet/page/DataPageEditor.h"
 #include "jet/space/UsageMapRow.h"
 #include "jet/table/Catalog.h"
 #include "jet/table/Table.h"
@@ -34,21 +35,20 @@ public:
         definitionPage = table.definition().page;
     }
 
-    /// Sets the flags of a slot. Its offset stays.
     void setState(RowPointer row, SlotState state) {
-        const auto bytes = pages.change(row.page);
-        const std::size_t place = kDataPageHeaderBytes + kSlotBytes * row.slot;
-        const std::uint16_t offset = base::ByteView(bytes).u16(place) & 0x1FFFU;
-        base::putU16(bytes, place, static_cast<std::uint16_t>(offset | static_cast<std::uint16_t>(state)));
+        DataPageEditor(pages, row.page, definitionPage).setState(row.slot, state);
     }
 
     /// Turns the row into a pointer.
     void pointTo(RowPointer row, RowPointer target) {
+        base::Bytes pointer(4);
+        base::putU32(pointer, 0, target.packed());
+        DataPageEditor(pages, row.page, definitionPage).replace(row.slot, pointer);
         setState(row, SlotState::Moved);
-        const auto bytes = pages.change(row.page);
-        const std::size_t offset = base::ByteView(bytes).u16(kDataPageHeaderBytes + kSlotBytes * row.slot) & 0x1FFFU;
-        base::putU32(bytes, offset, target.packed());
     }
+
+    /// Changes a word of the second data page.
+    void put(std::size_t offset, std::uint16_t value) { base::putU16(pages.change(dataPages[1]), offset, value); }
 
     RowPointer row(std::size_t page, std::uint8_t slot) const { return {dataPages.at(page), slot}; }
 
@@ -95,12 +95,11 @@ TEST(Table, IsScannedInTheOrderOfItsSlotsWhereverTheRowsWereMoved) {
 }
 
 TEST(Table, ReportsDamageInsteadOfLosingRows) {
-    struct Case {
+    const struct {
         const char* what;
         std::function<void(SampleTable&)> harm;
         const char* found;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"a row moved to itself", [](SampleTable& s) { s.pointTo(s.row(0, 1), s.row(0, 1)); }, "Schleife"},
         {"a row moved to a live one", [](SampleTable& s) { s.pointTo(s.row(0, 1), s.row(1, 1)); }, "verschobene Zeile"},
         {"two rows moved to one place",
@@ -110,22 +109,17 @@ TEST(Table, ReportsDamageInsteadOfLosingRows) {
              s.pointTo(s.row(0, 2), s.row(1, 1));
          },
          "Zwei Zeilen"},
-        {"a row moved to the catalog's page",
+        {"a row moved to another table",
          [](SampleTable& s) {
              s.pointTo(s.row(0, 1), {14, 0});
          },
          "gehört zu"},
-        {"a page of another table", [](SampleTable& s) { base::putU32(s.pages.change(s.dataPages[1]), 4, 2); },
-         "gehört zu 2"},
-        {"a page that is none", [](SampleTable& s) { s.pages.change(s.dataPages[1])[0] = 4; }, "Seitenart 4"},
-        {"a row behind the page", [](SampleTable& s) { base::putU16(s.pages.change(s.dataPages[1]), 14, 0x1001); },
-         "Zeilenversatz"},
-        {"rows in the offset table", [](SampleTable& s) { base::putU16(s.pages.change(s.dataPages[1]), 12, 250); },
-         "Zeilenversatz"},
-        {"more slots than rows can be named",
-         [](SampleTable& s) { base::putU16(s.pages.change(s.dataPages[1]), 12, 2000); }, "2000 Zeilen"},
-        {"an unknown flag", [](SampleTable& s) { base::putU16(s.pages.change(s.dataPages[1]), 14, 0x2E00); },
-         "Zeilenversatz"},
+        {"a page of another table", [](SampleTable& s) { s.put(kOwnerOffset, 2); }, "gehört zu 2"},
+        {"a page that is none", [](SampleTable& s) { s.put(0, 0x0104); }, "Seitenart 4"},
+        {"a row behind the page", [](SampleTable& s) { s.put(14, 0x1001); }, "Zeilenversatz"},
+        {"rows in the offset table", [](SampleTable& s) { s.put(kSlotCountOffset, 250); }, "Zeilenversatz"},
+        {"more slots than can be named", [](SampleTable& s) { s.put(kSlotCountOffset, 2000); }, "2000 Zeilen"},
+        {"an unknown flag", [](SampleTable& s) { s.put(14, 0x2E00); }, "Zeilenversatz"},
         {"a page that the map has lost",
          [](SampleTable& s) {
              const Table table(*openTable(s.pages, kName));
@@ -139,7 +133,7 @@ TEST(Table, ReportsDamageInsteadOfLosingRows) {
          },
          "500"},
     };
-    for (const Case& each : cases) {
+    for (const auto& each : cases) {
         SampleTable sample(30);
         each.harm(sample);
         const std::string error = errorOf([&] { sample.scan(); });
@@ -152,12 +146,10 @@ TEST(Table, ReportsDamageInsteadOfLosingRows) {
 }
 
 TEST(Catalog, RefusesTwoTablesOfOneName) {
-    std::vector<test::SampleTable> tables(2);
-    for (std::size_t i = 0; i < 2; ++i) {
-        tables[i].design.name = i == 0 ? u"Konten" : u"Kontem";
-        tables[i].design.columns = {{u"Nr", ColumnType::Long}};
-    }
-    base::Bytes file = test::sampleFile(tables);
+    const auto table = [](base::TextView name) {
+        return test::SampleTable{{base::Text(name), {{u"Nr", ColumnType::Long}}, {}}, {}};
+    };
+    base::Bytes file = test::sampleFile({table(u"Konten"), table(u"Kontem")});
     const base::Bytes name = encodeText(u"Kontem", false);
     const auto found = std::search(file.begin(), file.end(), name.begin(), name.end());
     ASSERT_NE(found, file.end());
