@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <compare>
 #include <cstdint>
 #include <cstdio>
 #include <iterator>
@@ -12,6 +13,7 @@
 
 #include "base/Value.h"
 #include "jet/value/Column.h"
+#include "jet/value/SortKey.h"
 
 namespace test {
 
@@ -66,6 +68,36 @@ inline std::optional<base::Text> literalOf(const base::Value& value) {
             return std::nullopt;
         },
         value);
+}
+
+/// The order of two values of one column; null comes first.
+inline bool isLess(const base::Value& a, const base::Value& b) {
+    if (base::isNull(a) || base::isNull(b)) return base::isNull(a) && !base::isNull(b);
+    return std::visit(
+        [&](const auto& left) -> bool {
+            using Held = std::decay_t<decltype(left)>;
+            const auto& right = std::get<Held>(b);
+            if constexpr (std::is_same_v<Held, bool>)
+                return left && !right;  // true is -1, false is 0
+            else if constexpr (std::is_arithmetic_v<Held> || std::is_same_v<Held, base::Bytes>)
+                return left < right;
+            else if constexpr (std::is_same_v<Held, base::Text>)
+                return std::is_lt(jet::compareTexts(left, right));
+            else if constexpr (std::is_same_v<Held, base::Currency>)
+                return left.tenThousandths < right.tenThousandths;
+            else if constexpr (std::is_same_v<Held, base::Date>)
+                return left.days < right.days;
+            else if constexpr (std::is_same_v<Held, base::Guid>)
+                return *literalOf(left) < *literalOf(right);
+            else if constexpr (std::is_same_v<Held, base::Decimal>) {
+                const auto amount = [](const base::Decimal& each) {
+                    return each.negative ? -std::int64_t{each.magnitude[0]} : std::int64_t{each.magnitude[0]};
+                };
+                return amount(left) < amount(right);
+            } else
+                return false;
+        },
+        a);
 }
 
 /// Random values of a column's type and length: few different ones, so that some are equal, and the extreme ones among
