@@ -1,6 +1,9 @@
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <random>
 #include <set>
+#include <string>
+#include <vector>
 
 #include "jet/page/DataPageEditor.h"
 #include "jet/space/PageAllocator.h"
@@ -18,15 +21,9 @@ namespace {
 constexpr RowPointer kGlobalMap{1, 0};
 
 /// A file without tables, with further pages that are all in use.
-test::MemoryPageStore fileOf(PageNumber pages, std::size_t rowBytes = 0) {
+test::MemoryPageStore fileOf(PageNumber pages) {
     test::MemoryPageStore store(test::sampleFile({}));
-    store.extendTo(pages);
-    if (rowBytes != 0) {
-        std::vector<PageNumber> behind;
-        for (PageNumber page = pages; page < 8 * (rowBytes - 5); ++page)
-            behind.push_back(page);
-        EXPECT_TRUE(UsageMapRow(store, kGlobalMap).replace(UsageMap::inlineRow(0, behind, rowBytes)));
-    }
+    store.extendTo(std::max(pages, store.pageCount()));
     return store;
 }
 
@@ -34,96 +31,79 @@ std::uint8_t kindOf(test::MemoryPageStore& store, RowPointer map) {
     return DataPage(store.page(map.page)).slot(map.slot).bytes[0];
 }
 
-TEST(PageAllocator, TakesTheLowestFreePageBeforeTheFileGrows) {
-    test::MemoryPageStore store(test::sampleFile({}));
+/// The global map as a program has left it, and what is done with it.
+struct Start {
+    const char* what;
+    PageNumber pages = 0;                   ///< length of the file
+    PageNumber first = 0;                   ///< of the map's row
+    std::size_t rowBytes = 69;              ///< of the map's row
+    std::vector<PageNumber> free = {};      ///< in the file; all pages after it are free if the row has them
+    int kind = 0;                           ///< of the map in the end
+    PageNumber freedFrom = 0, freedTo = 0;  ///< pages of the file of which some are freed
+    bool isFar = false;                     ///< those are too far away for the map's row
+};
+
+/// Takes and frees pages at random.
+void takeAndFree(const Start& start, std::mt19937& random) {
+    test::MemoryPageStore store = fileOf(start.pages);
+    std::vector<PageNumber> free = start.free;
+    for (PageNumber page = store.pageCount(); page < start.first + 8 * (start.rowBytes - 5); ++page)
+        free.push_back(page);
+    ASSERT_TRUE(UsageMapRow(store, kGlobalMap).replace(UsageMap::inlineRow(start.first, free, start.rowBytes)));
+    std::set<PageNumber> known(start.free.begin(), start.free.end());
+    std::vector<PageNumber> freeable;
+    for (PageNumber page = start.freedFrom; page < start.freedTo; page += 1 + static_cast<PageNumber>(random() % 40))
+        freeable.push_back(page);
     PageAllocator allocator(store);
-    const PageNumber count = store.pageCount();
-    for (PageNumber i = 0; i < 3; ++i)
-        EXPECT_EQ(allocator.allocate(), count + i);
-    store.change(count)[100] = 7;
-    allocator.free(count + 1);
-    allocator.free(count);
-    EXPECT_EQ(store.page(count).bytes.u32(0), 0U);
-    EXPECT_EQ(store.page(count).bytes.u8(100), 7) << "the rest stays as it was";
-    EXPECT_EQ(PageAllocator(store).allocate(), count) << "another one sees it too";
-    EXPECT_EQ(store.page(count).bytes.u8(100), 0);
-    EXPECT_EQ(allocator.allocate(), count + 1);
-    EXPECT_EQ(allocator.allocate(), count + 3);
-    EXPECT_EQ(store.pageCount(), count + 4);
-}
-
-TEST(PageAllocator, RefusesWhatMustNotBecomeFree) {
-    test::MemoryPageStore store(test::sampleFile({}));
-    PageAllocator allocator(store);
-    const PageNumber page = allocator.allocate();
-    allocator.free(page);
-    for (const PageNumber wrong : {page, PageNumber{0}, PageNumber{1}, PageNumber{5}, page + 1})
-        EXPECT_THROW(allocator.free(wrong), base::RuntimeError) << wrong;
-}
-
-/// The map grows past each of its limits: longer rows, the end of page 1, one and two more bitmap pages.
-TEST(PageAllocator, TheMapGrowsWithTheFile) {
-    const struct {
-        const char* what;
-        std::size_t rowBytes;
-        PageNumber pages;
-        int kind;
-    } cases[] = {
-        {"a row as it is", 69, 500, 0},
-        {"a longer row", 69, 512, 0},
-        {"a row of the greatest length", 4001, 31'960, 0},
-        {"page 1 is full", 4009, 32'032, 1},
-        {"page 1 is full, just before the second bitmap", 4009, 32'700, 1},
-        {"page 1 is full, and the first bitmap's page is in the second bitmap", 4009, 32'735, 1},
-    };
-    for (const auto& c : cases) {
-        test::MemoryPageStore store = fileOf(c.pages, c.rowBytes);
-        PageAllocator growing(store);
-        std::set<PageNumber> handedOut;
-        for (int i = 0; i < 60; ++i)
-            EXPECT_TRUE(handedOut.insert(growing.allocate()).second) << c.what;
-        EXPECT_EQ(kindOf(store, kGlobalMap), c.kind) << c.what;
-        const UsageMap map = UsageMap::read(store, kGlobalMap);
-        for (PageNumber page = 0; page < store.pageCount(); ++page)
-            ASSERT_FALSE(map.contains(page)) << c.what << ", page " << page;
-        DataPageEditor first(store, 1, 1);
-        EXPECT_EQ(first.freeBytes(), store.page(1).bytes.u16(2)) << c.what;
-        growing.free(*handedOut.begin());
-        EXPECT_EQ(PageAllocator(store).allocate(), *handedOut.begin()) << c.what;
-    }
-}
-
-TEST(PageAllocator, PagesOfWhichTheMapSaysNothingAreNeverTaken) {
-    test::MemoryPageStore store = fileOf(700);
-    // The map covers only a window, as some programs write it. Pages before and after the window may belong to a table.
-    const std::vector<PageNumber> free = {130, 140};
-    UsageMapRow(store, kGlobalMap).replace(UsageMap::inlineRow(128, free, 69));
-    PageAllocator allocator(store);
-    for (const PageNumber expected : {PageNumber{130}, PageNumber{140}, PageNumber{700}, PageNumber{701}})
-        EXPECT_EQ(allocator.allocate(), expected);
-    EXPECT_EQ(UsageMap::read(store, kGlobalMap).next(0), std::optional<PageNumber>(702));
-}
-
-/// Pages before and after the window of a row, as far as the row can reach. Pages in between stay used.
-TEST(PageAllocator, APageFreedOutsideOfTheMapIsTakenAgain) {
-    const struct {
-        PageNumber first;
-        std::vector<PageNumber> freed;
-        bool isTaken;
-    } cases[] = {
-        {128, {77}, true}, {128, {640, 639, 6, 1500}, true}, {40'000, {39'100, 40'700}, true}, {40'000, {77}, false}};
-    for (const auto& c : cases) {
-        test::MemoryPageStore store = fileOf(41'000);
-        UsageMapRow(store, kGlobalMap).replace(UsageMap::inlineRow(c.first, {}, 69));
-        PageAllocator allocator(store);
-        for (const PageNumber page : c.freed)
+    for (int step = 0; step < 300; ++step) {
+        if (freeable.empty() || random() % 5 < 3) {
+            // If no page of the file is free, the new one comes before those that the map itself needs.
+            const PageNumber lowest = known.empty() ? store.pageCount() : *known.begin();
+            const PageNumber page = random() % 2 == 0 ? allocator.allocate() : PageAllocator(store).allocate();
+            ASSERT_EQ(page, lowest);
+            EXPECT_TRUE(store.page(page).bytes.u32(0) == 0 && store.page(page).bytes.u8(100) == 0);
+            store.change(page)[0] = store.change(page)[100] = 7;
+            known.erase(page);
+            freeable.push_back(page);
+        } else {
+            std::swap(freeable[random() % freeable.size()], freeable.back());
+            const PageNumber page = freeable.back();
+            freeable.pop_back();
+            const std::uint8_t rest = store.page(page).bytes.u8(100);
             allocator.free(page);
-        EXPECT_EQ(DataPageEditor(store, 1, 1).freeBytes(), store.page(1).bytes.u16(2));
-        std::set<PageNumber> taken;
-        for (std::size_t i = 0; i < c.freed.size(); ++i)
-            taken.insert(PageAllocator(store).allocate());
-        EXPECT_EQ(taken == std::set<PageNumber>(c.freed.begin(), c.freed.end()), c.isTaken) << c.freed[0];
-        EXPECT_GE(PageAllocator(store).allocate(), 41'000U) << c.freed[0];
+            EXPECT_TRUE(store.page(page).bytes.u32(0) == 0 && store.page(page).bytes.u8(100) == rest);
+            const bool isLost = start.isFar && page < start.freedTo;
+            if (!isLost) known.insert(page);
+            for (const PageNumber wrong : {page, PageNumber{0}, PageNumber{5}, store.pageCount()})
+                EXPECT_EQ(errorOf([&] { allocator.free(wrong); }) == "no error", isLost && wrong == page) << wrong;
+        }
+    }
+    const UsageMap map = UsageMap::read(store, kGlobalMap);
+    for (PageNumber page = 0; page < store.pageCount(); ++page)
+        ASSERT_EQ(map.contains(page), known.contains(page)) << page;
+    EXPECT_EQ(kindOf(store, kGlobalMap), start.kind);
+    EXPECT_EQ(DataPageEditor(store, 1, 1).freeBytes(), store.page(1).bytes.u16(2));
+}
+
+TEST(PageAllocator, TakesTheLowestFreePageAndNoOther) {
+    const Start starts[] = {
+        {"a new file"},
+        {"a row that must become longer", 490},
+        {"a row of the greatest length", 31'860, 0, 4001},
+        {"page 1 is full", 32'032, 0, 4009, {}, 1},
+        {"page 1 is full, just before the second bitmap", 32'700, 0, 4009, {}, 1},
+        {"page 1 is full, and the first bitmap's page is in the second bitmap", 32'735, 0, 4009, {}, 1},
+        // Some programs write a map that covers only a window. Pages before and after it may belong to a table.
+        {"a window", 700, 128, 69, {130, 140}},
+        {"pages freed before and after the window", 1600, 128, 69, {}, 0, 6, 1600},
+        {"pages freed around a window far back", 41'000, 40'000, 69, {}, 0, 39'100, 40'700},
+        {"pages freed far before the window", 41'000, 40'000, 69, {}, 0, 77, 1000, true},
+    };
+    const unsigned seed = std::random_device{}();
+    std::mt19937 random(seed);
+    for (const Start& start : starts) {
+        SCOPED_TRACE(std::string(start.what) + ", random seed " + std::to_string(seed));
+        takeAndFree(start, random);
     }
 }
 
