@@ -23,12 +23,6 @@ test::SampleTable tableOf(const Text& name, test::Rows rows) {
     return {design, std::move(rows)};
 }
 
-/// `table`.Zu refers to `referenced`.Nr.
-void relate(WrittenFile& file, base::TextView table, base::TextView referenced, std::uint8_t updateRule = 0,
-            std::uint8_t deleteRule = 0) {
-    test::relate(file.store, table, u"Zu", referenced, u"Nr", updateRule, deleteRule);
-}
-
 /// Families: 1 has the children 11 and 12, 11 has the child 111, 2 has no children.
 WrittenFile families() {
     const base::Value note = Text(5000, u'n');
@@ -46,23 +40,79 @@ std::string outcome(WrittenFile& file, const std::function<void()>& step) {
     return error;
 }
 
-TEST(Relationships, ARowNeedsTheOneItRefersTo) {
-    WrittenFile file = families();
-    relate(file, u"B", u"A");
+using Step = std::function<void(WrittenFile&)>;
+
+Step insert(base::TextView table, std::int32_t number, base::Value reference) {
+    return [=](WrittenFile& file) { file.writer(table).insert({{{0, number}, {1, reference}}}); };
+}
+Step refer(base::TextView table, std::int32_t number, base::Value reference) {
+    return [=](WrittenFile& file) { file.writer(table).update(file.find(table, number), {{{1, reference}}}); };
+}
+Step renumber(base::TextView table, std::int32_t number, std::int32_t to) {
+    return [=](WrittenFile& file) { file.writer(table).update(file.find(table, number), {{{0, to}}}); };
+}
+Step remove(base::TextView table, std::int32_t number) {
+    return [=](WrittenFile& file) { file.writer(table).remove(file.find(table, number)); };
+}
+
+struct Relation {
+    base::TextView table, referenced;  ///< `table`.Zu refers to `referenced`.Nr
+    std::uint8_t updateRule = 0, deleteRule = 0;
+};
+
+TEST(Relationships, PermitAndForbidAndCascade) {
     const std::string missing = "der Tabelle 'A' mit diesem Datensatz in Beziehung stehen muss";
-    const auto insert = [&](const base::Value& reference) {
-        static std::int32_t number = 20;
-        return outcome(file, [&] { file.writer(u"B").insert({{{0, ++number}, {1, reference}}}); });
+    const std::string referred = "die Tabelle 'B' in Beziehung stehende", done = "no error";
+    const Relation plain{u"B", u"A"}, cascading{u"B", u"A", 0, kCascade}, toItself{u"A", u"A", 0, kCascade};
+    const Relation updating{u"B", u"A", kCascade}, setting{u"B", u"A", 0, kSetNull};
+    const struct {
+        std::vector<Relation> relations;
+        std::vector<Step> steps;
+        std::string outcome;  ///< part of the error of the last step
+        std::string rows = "1 2 11 12 111 ";
+    } cases[] = {
+        // A row needs the one it refers to.
+        {{plain}, {insert(u"B", 21, 2)}, done, "1 2 11 12 21 111 "},
+        {{plain}, {insert(u"B", 21, Null{})}, done, "1 2 11 12 21 111 "},
+        {{plain}, {insert(u"B", 21, 3)}, missing},
+        {{plain}, {refer(u"B", 12, 2)}, done},
+        {{plain}, {refer(u"B", 12, Null{})}, done},
+        {{plain}, {refer(u"B", 12, -1)}, missing},
+        // Others refer to a row.
+        {{plain}, {renumber(u"A", 1, 9)}, referred},
+        {{plain}, {remove(u"A", 1)}, referred},
+        {{updating}, {renumber(u"A", 1, 9)}, "an die Tabelle 'B' weitergegeben"},
+        {{updating}, {remove(u"A", 1)}, referred},
+        {{setting}, {renumber(u"A", 1, 9)}, referred},
+        {{setting}, {remove(u"A", 1)}, "'B' müsste Nullwerte bekommen"},
+        {{cascading}, {renumber(u"A", 1, 9)}, referred},
+        // Nobody refers to it.
+        {{updating}, {renumber(u"A", 2, 8)}, done, "1 8 11 12 111 "},
+        {{setting}, {remove(u"A", 2)}, done, "1 11 12 111 "},
+        // Over several tables.
+        {{cascading}, {remove(u"A", 1)}, done, "2 111 "},
+        {{cascading, {u"C", u"B", 0, kCascade}}, {remove(u"A", 1)}, done, "2 "},
+        {{cascading, {u"C", u"B"}}, {remove(u"A", 1)}, "Tabelle 'C'"},
+        // A table may refer to itself, a row, too, and rows in a ring.
+        {{toItself}, {insert(u"A", 3, 3), remove(u"A", 3)}, done},
+        {{toItself}, {insert(u"A", 3, 4)}, missing},
+        {{toItself}, {refer(u"A", 1, 2), refer(u"A", 2, 1), insert(u"A", 3, 2), remove(u"A", 1)}, done, "11 12 111 "},
     };
-    EXPECT_EQ(insert(std::int32_t{2}), "no error");
-    EXPECT_EQ(insert(Null{}), "no error");
-    EXPECT_NE(insert(std::int32_t{3}).find(missing), std::string::npos);
-    const auto move = [&](const base::Value& reference) {
-        return outcome(file, [&] { file.writer(u"B").update(file.find(u"B", 12), {{{1, reference}}}); });
-    };
-    EXPECT_EQ(move(std::int32_t{2}), "no error");
-    EXPECT_EQ(move(Null{}), "no error");
-    EXPECT_NE(move(std::int32_t{-1}).find(missing), std::string::npos);
+    for (const auto& c : cases) {
+        SCOPED_TRACE(&c - cases);
+        WrittenFile file = families();
+        for (const Relation& each : c.relations)
+            test::relate(file.store, each.table, u"Zu", each.referenced, u"Nr", each.updateRule, each.deleteRule);
+        std::string found;
+        for (const Step& step : c.steps)
+            found = outcome(file, [&] { step(file); });
+        EXPECT_NE(found.find(c.outcome), std::string::npos) << found;
+        std::string rows;
+        for (const base::TextView table : {u"A", u"B", u"C"})
+            for (const auto& row : file.rows(table))
+                rows += std::to_string(row.first) + " ";
+        EXPECT_EQ(rows, c.rows);
+    }
 }
 
 TEST(Relationships, HoldBetweenColumnsOfAnyType) {
@@ -96,24 +146,14 @@ TEST(Relationships, HoldBetweenColumnsOfAnyType) {
             c.type == ColumnType::Binary ? base::Value(base::Bytes(8, 0)) : base::Value(base::Null{});
         WrittenFile file({table(u"A", c.type, {{1, c.there}, {2, other}}), table(u"B", c.referring, {{10, other}})});
         test::relate(file.store, u"B", u"Wert", u"A", u"Wert");
-        const auto insert = [&](const base::Value& value) {
-            return outcome(file, [&] { file.writer(u"B").insert({{{0, std::int32_t{11}}, {1, value}}}); });
-        };
-        EXPECT_NE(insert(c.missing).find("in Beziehung stehen muss"), std::string::npos);
-        EXPECT_EQ(insert(c.there), "no error");
-        EXPECT_NE(outcome(file, [&] { file.writer(u"A").remove(file.find(u"A", 1)); }).find("Tabelle 'B'"),
-                  std::string::npos);
+        const auto found = [&](const Step& step) { return outcome(file, [&] { step(file); }); };
+        EXPECT_NE(found(insert(u"B", 11, c.missing)).find("in Beziehung stehen muss"), std::string::npos);
+        EXPECT_EQ(found(insert(u"B", 11, c.there)), "no error");
+        EXPECT_NE(found(remove(u"A", 1)).find("Tabelle 'B'"), std::string::npos);
     }
 }
 
 TEST(Relationships, ADamagedCounterpartIsNotTakenForAMissingOne) {
-    const auto change = [](WrittenFile& file, const auto& edit) {
-        TableDefinition definition = openTable(file.store, u"A")->definition();
-        edit(definition,
-             *std::ranges::find(definition.logicalIndexes, LogicalIndex::Kind::ForeignKey, &LogicalIndex::kind));
-        const auto pages = definitionPages(definition.encode(), definition.chain);
-        std::ranges::copy(pages[0], file.store.change(definition.chain[0]).begin());
-    };
     const struct {
         const char* text;
         std::function<void(TableDefinition&, LogicalIndex&)> edit;
@@ -126,75 +166,15 @@ TEST(Relationships, ADamagedCounterpartIsNotTakenForAMissingOne) {
     };
     for (const auto& c : cases) {
         WrittenFile file = families();
-        relate(file, u"B", u"A");
-        change(file, c.edit);
-        const std::string error = errorOf([&] { file.writer(u"B").remove(file.find(u"B", 11)); }) + errorOf([&] {
-                                      file.writer(u"B").insert({{{0, std::int32_t{13}}, {1, std::int32_t{1}}}});
-                                  });
+        test::relate(file.store, u"B", u"Zu", u"A", u"Nr");
+        test::editDefinition(file.store, u"A", [&](TableDefinition& definition) {
+            c.edit(definition,
+                   *std::ranges::find(definition.logicalIndexes, LogicalIndex::Kind::ForeignKey, &LogicalIndex::kind));
+        });
+        const std::string error =
+            errorOf([&] { remove(u"B", 11)(file); }) + errorOf([&] { insert(u"B", 13, 1)(file); });
         EXPECT_NE(error.find(c.text), std::string::npos) << error;
     }
-}
-
-TEST(Relationships, ARowThatOthersReferToIsNotChanged) {
-    struct Case {
-        std::uint8_t updateRule;
-        std::uint8_t deleteRule;
-        const char* updated;
-        const char* removed;
-    };
-    const Case cases[] = {
-        {0, 0, "die Tabelle 'B' in Beziehung stehende", "die Tabelle 'B' in Beziehung stehende"},
-        {kCascade, 0, "an die Tabelle 'B' weitergegeben", "die Tabelle 'B' in Beziehung stehende"},
-        {0, kSetNull, "die Tabelle 'B' in Beziehung stehende", "'B' müsste Nullwerte bekommen"},
-        {0, kCascade, "die Tabelle 'B' in Beziehung stehende", "no error"},
-    };
-    for (const Case& c : cases) {
-        WrittenFile file = families();
-        relate(file, u"B", u"A", c.updateRule, c.deleteRule);
-        const auto update = [&](std::int32_t from, std::int32_t to) {
-            return outcome(file, [&] { file.writer(u"A").update(file.find(u"A", from), {{{0, to}}}); });
-        };
-        EXPECT_NE(update(1, 9).find(c.updated), std::string::npos);
-        EXPECT_EQ(update(2, 8), "no error") << "nobody refers to it";
-        EXPECT_EQ(outcome(file, [&] { file.writer(u"A").remove(file.find(u"A", 8)); }), "no error");
-        const std::string removed = outcome(file, [&] { file.writer(u"A").remove(file.find(u"A", 1)); });
-        EXPECT_NE(removed.find(c.removed), std::string::npos) << removed;
-    }
-}
-
-TEST(Relationships, DeletionsCascadeOverSeveralTables) {
-    WrittenFile file = families();
-    relate(file, u"B", u"A", 0, kCascade);
-    relate(file, u"C", u"B", 0, kCascade);
-    EXPECT_EQ(outcome(file, [&] { file.writer(u"A").remove(file.find(u"A", 1)); }), "no error");
-    EXPECT_EQ(file.rows(u"A").size(), 1U);
-    EXPECT_TRUE(file.rows(u"B").empty());
-    EXPECT_TRUE(file.rows(u"C").empty());
-
-    WrittenFile halted = families();
-    relate(halted, u"B", u"A", 0, kCascade);
-    relate(halted, u"C", u"B");
-    EXPECT_NE(outcome(halted, [&] { halted.writer(u"A").remove(halted.find(u"A", 1)); }).find("Tabelle 'C'"),
-              std::string::npos);
-}
-
-TEST(Relationships, ATableMayReferToItself) {
-    WrittenFile file = families();
-    relate(file, u"A", u"A", 0, kCascade);
-    const auto insert = [&](std::int32_t number, std::int32_t reference) {
-        return outcome(file, [&] { file.writer(u"A").insert({{{0, number}, {1, reference}}}); });
-    };
-    EXPECT_EQ(insert(3, 3), "no error") << "a row that refers to itself";
-    EXPECT_EQ(insert(4, 3), "no error");
-    EXPECT_EQ(insert(5, 4), "no error");
-    EXPECT_NE(insert(6, 7), "no error");
-    EXPECT_EQ(outcome(file,
-                      [&] {
-                          file.writer(u"A").update(file.find(u"A", 3), {{{1, std::int32_t{5}}}});
-                      }),
-              "no error");
-    EXPECT_EQ(outcome(file, [&] { file.writer(u"A").remove(file.find(u"A", 4)); }), "no error") << "a ring";
-    EXPECT_EQ(file.rows(u"A").size(), 2U);
 }
 
 }  // namespace

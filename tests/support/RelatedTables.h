@@ -2,18 +2,24 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <utility>
 #include <vector>
 
 #include "base/Value.h"
+#include "jet/change/LongValueStore.h"
+#include "jet/change/RowDraft.h"
+#include "jet/change/RowStore.h"
 #include "jet/change/TableStore.h"
 #include "jet/check/RelationshipCheck.h"
 #include "jet/fresh/SystemTables.h"
 #include "jet/page/PageStore.h"
 #include "jet/space/PageAllocator.h"
 #include "jet/table/Catalog.h"
+#include "jet/table/PropertyBlob.h"
 #include "jet/table/Table.h"
 #include "jet/value/SortKey.h"
+#include "jet/value/TextCodec.h"
 
 namespace test {
 
@@ -36,6 +42,33 @@ inline void addSystemRow(jet::PageStore& store, base::TextView name, const std::
     store.change(entry.id)[kKindOffset] = 'S';
 }
 
+/// Writes a changed definition over the old one.
+inline void editDefinition(jet::PageStore& store, base::TextView table,
+                           const std::function<void(jet::TableDefinition&)>& edit) {
+    jet::TableDefinition definition = jet::openTable(store, table)->definition();
+    edit(definition);
+    const auto pages = jet::definitionPages(definition.encode(), definition.chain);
+    for (std::size_t i = 0; i < pages.size(); ++i)
+        std::ranges::copy(pages[i], store.change(definition.chain[i]).begin());
+}
+
+/// Puts a text property into the catalog, as the designer of a database does.
+/// @param column  empty for a property of the table
+inline void setProperty(jet::PageStore& store, base::TextView tableName, base::TextView column, base::TextView name,
+                        base::TextView value) {
+    const jet::Table table = *jet::openTable(store, tableName);
+    jet::PropertyBlob properties = table.properties();
+    const jet::Property property{base::Text(name), 1, 12, jet::encodeText(value, false)};
+    properties.owners.push_back({static_cast<std::uint16_t>(column.empty() ? 0 : 1), base::Text(column), {property}});
+    const jet::Table catalog(store, jet::CatalogEntry::ofCatalog());
+    jet::PageAllocator allocator(store);
+    jet::LongValueStore longValues(store, allocator, catalog.definition());
+    jet::RowStore rows(store, allocator, catalog.definition());
+    jet::RowDraft draft(store, catalog.definition(), catalog.rowAt(table.entry().row).view);
+    draft.put(*catalog.definition().column(u"LvProp"), properties.encode());
+    rows.replace(table.entry().row, draft.finish(longValues));
+}
+
 /// Makes `table`.`column` refer to `referenced`.`key`. Each of the two columns has an index of its own. Both table
 /// definitions, the row of the relationship and its object in the catalog are written.
 /// @param updateRule  0 or kCascade
@@ -49,21 +82,19 @@ inline void relate(jet::PageStore& store, base::TextView table, base::TextView c
         return static_cast<std::uint32_t>(definitionOf(of).logicalIndexes.size());
     };
     const auto add = [&](base::TextView to, base::TextView indexed, LogicalIndex index) {
-        jet::TableDefinition definition = definitionOf(to);
-        const auto number = definition.column(indexed)->number;
-        const auto block = std::ranges::find_if(definition.indexes, [&](const jet::IndexDefinition& each) {
-            return each.columns.size() == 1 && each.columns[0].columnNumber == number;
+        editDefinition(store, to, [&](jet::TableDefinition& definition) {
+            const auto number = definition.column(indexed)->number;
+            const auto block = std::ranges::find_if(definition.indexes, [&](const jet::IndexDefinition& each) {
+                return each.columns.size() == 1 && each.columns[0].columnNumber == number;
+            });
+            index.kind = LogicalIndex::Kind::ForeignKey;
+            index.dataBlock = static_cast<std::uint32_t>(block - definition.indexes.begin());
+            index.updateRule = updateRule;
+            index.deleteRule = deleteRule;
+            definition.logicalIndexes.push_back(index);
+            std::ranges::sort(definition.logicalIndexes, {},
+                              [](const LogicalIndex& each) { return jet::sortKey(each.name); });
         });
-        index.kind = LogicalIndex::Kind::ForeignKey;
-        index.dataBlock = static_cast<std::uint32_t>(block - definition.indexes.begin());
-        index.updateRule = updateRule;
-        index.deleteRule = deleteRule;
-        definition.logicalIndexes.push_back(index);
-        std::ranges::sort(definition.logicalIndexes, {},
-                          [](const LogicalIndex& each) { return jet::sortKey(each.name); });
-        const auto pages = jet::definitionPages(definition.encode(), definition.chain);
-        for (std::size_t i = 0; i < pages.size(); ++i)
-            std::ranges::copy(pages[i], store.change(definition.chain[i]).begin());
     };
     LogicalIndex referencing, other;
     referencing.name = name;
