@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <array>
 #include <gmock/gmock.h>
 #include <random>
 
@@ -7,7 +6,12 @@
 #include "jet/sql/QueryExecutor.h"
 #include "jet/table/Catalog.h"
 #include "jet/tree/IndexCursor.h"
+#include "jet/tree/IndexNode.h"
+#include "tests/jet/PagesInMemory.h"
 #include "tests/support/FaultyStorage.h"
+#include "tests/support/MemoryPageStore.h"
+#include "tests/support/RandomValues.h"
+#include "tests/support/RelatedTables.h"
 #include "tests/support/SampleFile.h"
 
 namespace jet::sql {
@@ -15,24 +19,6 @@ namespace {
 
 using base::Value;
 using testing::HasSubstr;
-
-struct Answer {
-    std::vector<Value> ids;
-    std::size_t pagesRead = 0;
-};
-
-Answer answer(const base::Bytes& file, const base::Text& statement) {
-    const test::Machine machine(file);
-    Database database = Database::open(machine.storage(), {});
-    const std::size_t pagesBefore = machine.pagesRead();
-    ReadOperation operation = database.beginRead();
-    const ResultSet rows = executeQuery(operation, statement);
-    Answer result;
-    for (std::size_t row = 0; row < rows.rowCount(); ++row)
-        result.ids.push_back(rows.value(row, 0));
-    result.pagesRead = machine.pagesRead() - pagesBefore;
-    return result;
-}
 
 /// Many rows with few names; the same once with indexes ("Mit") and once without ("Ohne").
 class IndexUse : public testing::Test {
@@ -77,8 +63,8 @@ protected:
         return bytes;
     }
 
-    static test::Rows rowsOf(const base::Text& statement) {
-        Database database = test::openSample(file());
+    static test::Rows rowsOf(const base::Text& statement, const base::Bytes& bytes = file()) {
+        Database database = test::openSample(bytes);
         ReadOperation operation = database.beginRead();
         const ResultSet found = executeQuery(operation, statement);
         test::Rows rows(found.rowCount());
@@ -88,47 +74,48 @@ protected:
         return rows;
     }
 
-    static std::size_t pagesOfScan() { return answer(file(), u"SELECT * FROM Ohne").pagesRead; }
+    static std::size_t pagesFor(const base::Text& statement) {
+        const test::Machine machine(file());
+        Database database = Database::open(machine.storage(), {});
+        const std::size_t before = machine.pagesRead();
+        ReadOperation operation = database.beginRead();
+        executeQuery(operation, statement);
+        return machine.pagesRead() - before;
+    }
 };
 
-TEST_F(IndexUse, GivesWhatScanAndSortGive) {
-    for (const base::TextView rest :
-         {u"WHERE Nr = 2000", u"WHERE Nr = 2001", u"WHERE Nr = 1e4", u"WHERE Name = 'MÜLLER'",
-          u"WHERE Name = 'strasse' AND NOT Nr = 5 AND Klasse > 7", u"WHERE Name = ''",
-          u"WHERE Name = 'Aegir' OR Nr = 2", u"WHERE Name IS NULL", u"WHERE Klasse = 7 ORDER BY Name",
-          u"WHERE 7 = Klasse AND Name = 'muller'", u"WHERE Klasse = 70000", u"WHERE Klasse = NULL", u"ORDER BY Name",
-          u"ORDER BY Name DESC", u"ORDER BY Klasse", u"ORDER BY Klasse DESC", u"ORDER BY Klasse DESC, Name, Nr DESC",
-          u"ORDER BY Nr", u"WHERE Klasse > 40 ORDER BY Name"}) {
-        const Answer with = answer(file(), u"SELECT * FROM Mit " + base::Text(rest));
-        const Answer without = answer(file(), u"SELECT * FROM Ohne " + base::Text(rest));
-        EXPECT_EQ(with.ids, without.ids) << base::toUtf8(rest);
-        EXPECT_GE(without.pagesRead, pagesOfScan()) << base::toUtf8(rest);
-    }
-}
-
-TEST_F(IndexUse, ReadsFewPagesForOneRow) {
-    ASSERT_GT(pagesOfScan(), 100U);
-    for (const base::TextView condition : {u"Nr = 2000", u"Nr = 2001", u"Nr = 2000 AND Name = 'x'"})
-        EXPECT_LE(answer(file(), u"SELECT * FROM Mit WHERE " + base::Text(condition)).pagesRead, 20U)
-            << base::toUtf8(condition);
-}
-
-/// Null before all values; -1, 0 or 1.
-int compare(const Value& a, const Value& b) {
-    const auto sign = [](auto order) { return std::is_lt(order) ? -1 : std::is_gt(order) ? 1 : 0; };
-    if (base::isNull(a) || base::isNull(b)) return sign(!base::isNull(a) <=> !base::isNull(b));
-    if (const auto* text = std::get_if<base::Text>(&a)) return sign(compareTexts(*text, std::get<base::Text>(b)));
-    if (const auto* number = std::get_if<std::int32_t>(&a)) return sign(*number <=> std::get<std::int32_t>(b));
-    return sign(std::get<std::int16_t>(a) <=> std::get<std::int16_t>(b));
+TEST_F(IndexUse, ReadsFewPagesForFewRows) {
+    ASSERT_GT(pagesFor(u"SELECT * FROM Ohne WHERE Nr = 2000"), 100U);
+    for (const base::TextView statement :
+         {u"SELECT * FROM Mit WHERE Nr = 2000", u"SELECT * FROM Mit WHERE Nr = 2001",
+          u"SELECT * FROM Mit WHERE Nr = 2000 AND Name = 'x'", u"SELECT TOP 3 Name FROM Mit",
+          u"SELECT TOP 0 * FROM Mit ORDER BY Breit", u"SELECT COUNT(*) FROM Mit WHERE Nr = 2000"})
+        EXPECT_LE(pagesFor(base::Text(statement)), 20U) << base::toUtf8(statement);
 }
 
 TEST_F(IndexUse, GivesColumnsOrderAndTopAsTheTestSortsThem) {
     constexpr base::TextView kNames[] = {u"Nr", u"Name", u"Klasse", u"Breit"};
     std::mt19937 random(20261125);
     const auto below = [&](std::size_t limit) { return random() % limit; };
-    for (int i = 0; i < 60; ++i) {
-        const base::Text where =
-            below(2) == 0 ? u"" : u" WHERE Klasse >= " + base::decimal(static_cast<int>(below(50)));
+    constexpr base::TextView kConditions[] = {{},
+                                              {},
+                                              {},
+                                              u" WHERE Klasse >= 10",
+                                              u" WHERE Klasse > 40",
+                                              u" WHERE Nr = 2000",
+                                              u" WHERE Nr = 2001",
+                                              u" WHERE Nr = 1e4",
+                                              u" WHERE Name = 'MÜLLER'",
+                                              u" WHERE Name = 'strasse' AND NOT Nr = 5 AND Klasse > 7",
+                                              u" WHERE Name = ''",
+                                              u" WHERE Name = 'Aegir' OR Nr = 2",
+                                              u" WHERE Name IS NULL",
+                                              u" WHERE 7 = Klasse AND Name = 'muller'",
+                                              u" WHERE Klasse = 7",
+                                              u" WHERE Klasse = 70000",
+                                              u" WHERE Klasse = NULL"};
+    for (std::size_t i = 0; i < 5 * std::size(kConditions); ++i) {
+        const base::Text where(kConditions[i % std::size(kConditions)]);
         test::Rows rows = rowsOf(u"SELECT * FROM Ohne" + where);
         base::Text columns, order;
         std::vector<std::size_t> shown;
@@ -144,8 +131,8 @@ TEST_F(IndexUse, GivesColumnsOrderAndTopAsTheTestSortsThem) {
         }
         const auto isBefore = [&](const auto& a, const auto& b) {
             for (const auto& [column, descending] : by) {
-                const int found = compare(a[column], b[column]);
-                if (found != 0) return (found < 0) != descending;
+                const Value &left = descending ? b[column] : a[column], &right = descending ? a[column] : b[column];
+                if (test::isLess(left, right) || test::isLess(right, left)) return test::isLess(left, right);
             }
             return false;
         };
@@ -175,55 +162,37 @@ TEST_F(IndexUse, GivesColumnsOrderAndTopAsTheTestSortsThem) {
     }
 }
 
-TEST_F(IndexUse, StopsReadingAfterTheTop) {
-    EXPECT_LE(answer(file(), u"SELECT TOP 3 Name FROM Mit").pagesRead, 20U);
-    EXPECT_LE(answer(file(), u"SELECT TOP 0 * FROM Mit ORDER BY Breit").pagesRead, 20U);
-    EXPECT_LE(answer(file(), u"SELECT COUNT(*) FROM Mit WHERE Nr = 2000").pagesRead, 20U);
-}
-
 TEST_F(IndexUse, MeetsADamagedIndexWithAnErrorAndNeverMissingOrDoubleRows) {
-    const auto errorOf = [](const base::Bytes& bytes, const base::Text& statement) -> std::string {
-        try {
-            answer(bytes, statement);
-        } catch (const base::RuntimeError& error) {
-            return error.what();
-        }
-        return {};
+    const auto errorIn = [](const base::Bytes& bytes, const base::Text& statement) {
+        return errorOf([&] { rowsOf(statement, bytes); });
     };
-    Database database = test::openSample(file());
-    ReadOperation operation = database.beginRead();
-    const auto table = openTable(operation, u"Mit");
-    IndexCursor cursor(operation, table->definition().page, table->definition().indexes[0].rootPage);
+    test::MemoryPageStore sound(file());
+    const TableDefinition table = openTable(sound, u"Mit")->definition();
+    IndexCursor cursor(sound, table.page, table.indexes[0].rootPage);
     cursor.first();
     const RowPointer first = cursor.row();
     cursor.next();
     const RowPointer second = cursor.row();
     const auto pointing = [&](RowPointer target) {
-        base::Bytes bytes = file();
-        const auto stored = [](RowPointer row) {
-            return std::array<std::uint8_t, 3>{static_cast<std::uint8_t>(row.page >> 8U),
-                                               static_cast<std::uint8_t>(row.page), row.slot};
-        };
-        const auto leaf = bytes.begin() + static_cast<std::ptrdiff_t>(cursor.leafPage() * kPageSize);
-        const auto wanted = stored(second);
-        const auto replacement = stored(target);
-        const auto found = std::search(leaf + kIndexEntriesOffset, leaf + kPageSize, wanted.begin(), wanted.end());
-        std::copy(replacement.begin(), replacement.end(), found);
-        return bytes;
+        test::MemoryPageStore store(file());
+        IndexNode leaf(IndexPage(store.page(cursor.leafPage()), table.page));
+        base::Bytes entry(leaf.entry(1).begin(), leaf.entry(1).end() - kIndexRowBytes);
+        for (const PageNumber byte : {target.page >> 16U, target.page >> 8U, target.page, PageNumber{target.slot}})
+            entry.push_back(static_cast<std::uint8_t>(byte));
+        leaf.replaceEntry(1, entry);
+        leaf.write(store.change(cursor.leafPage()), table.page, 0);
+        return store.file();
     };
     const base::Text byNumber = u"SELECT * FROM Mit ORDER BY Nr";
-    EXPECT_EQ(errorOf(pointing(second), byNumber), "");
-    EXPECT_THAT(errorOf(pointing(first), byNumber), HasSubstr("enthält eine Zeile zweimal"));
-    EXPECT_THAT(errorOf(pointing({second.page, 250}), byNumber), HasSubstr("eine Zeile, die es nicht gibt"));
-    EXPECT_THAT(errorOf(pointing(first), u"SELECT * FROM Mit WHERE Nr = -997"), HasSubstr("passt nicht"));
+    EXPECT_EQ(errorIn(pointing(second), byNumber), "no error");
+    EXPECT_THAT(errorIn(pointing(first), byNumber), HasSubstr("enthält eine Zeile zweimal"));
+    EXPECT_THAT(errorIn(pointing({second.page, 250}), byNumber), HasSubstr("eine Zeile, die es nicht gibt"));
+    EXPECT_THAT(errorIn(pointing(first), u"SELECT * FROM Mit WHERE Nr = -997"), HasSubstr("passt nicht"));
 
     // The index that ignores nulls, with the sign taken off that says so.
-    base::Bytes bytes = file();
-    const auto& block = table->definition().indexes[2].block;
-    const auto place = std::search(bytes.begin(), bytes.end(), block.begin(), block.end());
-    ASSERT_NE(place, bytes.end());
-    *(place + 46) = IndexDefinition::kAlways;
-    EXPECT_THAT(errorOf(bytes, u"SELECT * FROM Mit ORDER BY Klasse"), HasSubstr("Im Index fehlen Zeilen"));
+    test::editDefinition(sound, u"Mit",
+                         [](TableDefinition& definition) { definition.indexes[2].flags = IndexDefinition::kAlways; });
+    EXPECT_THAT(errorIn(sound.file(), u"SELECT * FROM Mit ORDER BY Klasse"), HasSubstr("Im Index fehlen Zeilen"));
 }
 
 }  // namespace

@@ -20,15 +20,23 @@ base::Bytes oneTable() {
     return test::sampleFile({table});
 }
 
-/// "NUMBER: description", or nothing.
-std::string errorOf(base::TextView statement) {
+/// What a statement throws.
+struct Thrown {
+    std::string error;  ///< "NUMBER: description", or nothing
+    std::size_t place = 0;
+    base::Text column;
+};
+
+Thrown thrownBy(base::TextView statement) {
     static const base::Bytes bytes = oneTable();
     Database database = test::openSample(bytes);
     ReadOperation operation = database.beginRead();
     try {
         executeQuery(operation, statement);
+    } catch (const StatementError& error) {
+        return {error.what(), error.place(), error.unknownColumn()};
     } catch (const base::RuntimeError& error) {
-        return error.what();
+        return {error.what(), 0, {}};
     }
     return {};
 }
@@ -53,6 +61,8 @@ TEST(StatementErrors, SayWhatUsersOfSuchFilesKnow) {
     const struct {
         base::Text statement;
         std::string error;
+        std::size_t place = 0;   ///< 0: of no interest
+        base::Text column = {};  ///< the one that is missing
     } cases[] = {
         {u"", other},
         {u"Konto", other},
@@ -78,6 +88,7 @@ TEST(StatementErrors, SayWhatUsersOfSuchFilesKnow) {
         {u"SELECT TOP FROM Konto", parameter},
         {u"SELECT [ort ä], Konto.NR, nr FROM Konto", ""},
         {u"SELECT * FROM", from},
+        {u"SELECT * FRM Konto", from, 9},
         {u"SELECT * FROM 'Konto'", from},
         {u"SELECT * FROM Konto k", from},
         {u"SELECT * FROM Konto, Konto", unsupported(",")},
@@ -87,7 +98,7 @@ TEST(StatementErrors, SayWhatUsersOfSuchFilesKnow) {
          "-2147217865: Das Microsoft Jet-Datenbankmodul findet die Eingabetabelle oder Abfrage 'Kunde' nicht. Stellen "
          "Sie sicher, dass sie existiert und dass ihr Name richtig eingegeben wurde."},
         // Names with apostrophes, in both statements that look for a name.
-        {u"SELECT * FROM Konto WHERE Name = 'O'Neil'", inExpression(missing, "Name = 'O'Neil'")},
+        {u"SELECT * FROM Konto WHERE Name = 'O'Neil'", inExpression(missing, "Name = 'O'Neil'"), 36},
         {u"SELECT * FROM Konto WHERE Name = 'O'Neil' AND NOT Nr = 5",
          inExpression(missing, "Name = 'O'Neil' AND NOT Nr = 5")},
         {u"SELECT * FROM Konto WHERE Name = 'Neil''", inExpression("in Zeichenfolge", "Name = 'Neil''")},
@@ -95,7 +106,7 @@ TEST(StatementErrors, SayWhatUsersOfSuchFilesKnow) {
          inExpression("in Zeichenfolge", "Name = ''' AND NOT Nr = 5")},
         // The expression is quoted as typed, from behind WHERE to the next clause.
         {u"SELECT * FROM Konto WHERE  Nr  =  1  2  ORDER BY Nr", inExpression(missing, "Nr  =  1  2")},
-        {u"SELECT * FROM Konto WHERE Nr =;", inExpression(missing, "Nr =")},
+        {u"SELECT * FROM Konto WHERE Nr = ", inExpression(missing, "Nr ="), 31},
         {u"SELECT * FROM Konto WHERE (Nr = 1", inExpression(missing, "(Nr = 1")},
         {u"SELECT * FROM Konto WHERE Nr = 1)", inExpression(missing, "Nr = 1)")},
         {u"SELECT * FROM Konto WHERE [Nr = 1", inExpression(missing, "[Nr = 1")},
@@ -108,21 +119,22 @@ TEST(StatementErrors, SayWhatUsersOfSuchFilesKnow) {
         {u"SELECT * FROM Konto WHERE Nr = {", inExpression("in GUID", "Nr = {")},
         {u"SELECT * FROM Konto WHERE Nr = {guid {1}", inExpression("in GUID", "Nr = {guid {1}")},
         {u"SELECT * FROM Konto WHERE Nr = 1 + 1", unsupported("+")},
-        {u"SELECT * FROM Konto WHERE Trim(Name) = 'a'", unsupported("Trim")},
+        {u"SELECT * FROM Konto WHERE Trim(Name) = 'a'", unsupported("Trim"), 26},
         {u"SELECT * FROM Konto WHERE", "-2147217900: Syntaxfehler in WHERE-Klausel."},
         {u"SELECT * FROM Konto ORDER Nr", order},
         {u"SELECT * FROM Konto ORDER BY Nr,", order},
         // What is no column is a parameter without a value.
         {u"SELECT * FROM Konto WHERE Nummer = 1", parameter},
-        {u"SELECT * FROM Konto WHERE Kunde.Nr = 1", parameter},
-        {u"SELECT * FROM Konto ORDER BY Nummer", parameter},
+        {u"SELECT * FROM Konto WHERE Nr = 1 OR Kunde.[Nr] = 2", parameter, 36, u"Kunde.Nr"},
+        {u"SELECT * FROM Konto ORDER BY Nr, Nummer", parameter, 33, u"Nummer"},
         {u"SELECT * FROM Konto WHERE konto.NR = 1 AND [ort ä] = 2 ORDER BY Konto.[Ort Ä]", ""},
         // Types are compared even where there is no row.
-        {u"SELECT * FROM Konto WHERE Name = 5", types},
+        {u"SELECT * FROM Konto WHERE Name = 5", types, 31},
+        {u"SELECT * FROM Konto WHERE Nr = -'a'", types, 31},
         {u"SELECT * FROM Konto WHERE '5' = Nr", types},
-        {u"SELECT * FROM Konto WHERE Nr IN (1, 'a')", types},
-        {u"SELECT * FROM Konto WHERE Name BETWEEN 'a' AND 2", types},
-        {u"SELECT * FROM Konto WHERE Name", types},
+        {u"SELECT * FROM Konto WHERE Nr NOT IN (1, 'a')", types, 29},
+        {u"SELECT * FROM Konto WHERE Nr BETWEEN 1 AND 'a'", types, 29},
+        {u"SELECT * FROM Konto WHERE Nr = 1 AND NOT Name", types, 41},
         {u"SELECT * FROM Konto WHERE Name = {guid {6B29FC40-CA47-1067-B31D-00DD010662DA}}", types},
         {u"SELECT * FROM Konto WHERE Nr = 1 AND 'a'", types},
         {u"SELECT * FROM Konto WHERE Anlage LIKE 'a'", types},
@@ -136,40 +148,22 @@ TEST(StatementErrors, SayWhatUsersOfSuchFilesKnow) {
          "-2147217900: Die Anzahl der Abfragewerte stimmt nicht mit der Anzahl der Zielfelder überein."},
         {u"INSERT INTO Konto (Nr, Name) VALUES (-1, 'a')", readOnly},
     };
-    for (const auto& [statement, error] : cases)
-        EXPECT_EQ(errorOf(statement), error) << base::toUtf8(statement);
+    for (const auto& [statement, error, place, column] : cases) {
+        const Thrown thrown = thrownBy(statement);
+        EXPECT_EQ(thrown.error, error) << base::toUtf8(statement);
+        EXPECT_EQ(place == 0 ? 0 : thrown.place, place) << base::toUtf8(statement);
+        EXPECT_EQ(place == 0 ? base::Text() : thrown.column, column) << base::toUtf8(statement);
+    }
 }
 
-TEST(StatementErrors, KnowTheirPlaceAndTheColumnThatIsMissing) {
-    const struct {
-        base::Text statement;
-        std::size_t place;
-        base::Text column = {};
-    } cases[] = {
-        {u"SELECT Nr FROM Konto", 7},  // of parseStar()
-        {u"SELECT * FRM Konto", 9},
-        {u"SELECT * FROM Konto WHERE Name = 'O'Neil'", 36},
-        {u"SELECT * FROM Konto WHERE Nr = ", 31},
-        {u"SELECT * FROM Konto WHERE Trim(Name) = 'a'", 26},
-        {u"SELECT * FROM Konto WHERE Nr = -'a'", 31},
-        {u"SELECT * FROM Konto WHERE Name = 5", 31},
-        {u"SELECT * FROM Konto WHERE Nr NOT IN (1, 'a')", 29},
-        {u"SELECT * FROM Konto WHERE Nr BETWEEN 1 AND 'a'", 29},
-        {u"SELECT * FROM Konto WHERE Nr = 1 AND NOT Name", 41},
-        {u"SELECT * FROM Konto WHERE Nr = 1 OR Kunde.[Nr] = 2", 36, u"Kunde.Nr"},
-        {u"SELECT * FROM Konto ORDER BY Nr, Nummer", 33, u"Nummer"},
-    };
-    for (const auto& [statement, place, column] : cases) {
-        try {
-            static const base::Bytes bytes = oneTable();
-            Database database = test::openSample(bytes);
-            ReadOperation operation = database.beginRead();
-            executeSelect(operation, statement);
-            ADD_FAILURE() << base::toUtf8(statement);
-        } catch (const StatementError& error) {
-            EXPECT_EQ(error.place(), place) << base::toUtf8(statement);
-            EXPECT_EQ(error.unknownColumn(), column) << base::toUtf8(statement);
-        }
+TEST(StatementErrors, ColumnsAreReadOnlyByThoseWhoCanCarryThatOut) {
+    Database database = test::openSample(oneTable());
+    ReadOperation operation = database.beginRead();
+    try {
+        executeSelect(operation, u"SELECT Nr FROM Konto");
+        ADD_FAILURE();
+    } catch (const StatementError& error) {
+        EXPECT_EQ(error.place(), 7U);
     }
 }
 
@@ -182,13 +176,13 @@ TEST(StatementErrors, BoundLengthAndDepth) {
     };
     const base::Text start = u"SELECT * FROM Konto WHERE ";
     const std::string tooComplex = "-2147467259: Die Abfrage ist zu komplex.";
-    EXPECT_EQ(errorOf(start + repeated(u"(", 100) + u"Nr = 1" + repeated(u")", 100)), "");
-    EXPECT_EQ(errorOf(start + repeated(u"(", 101) + u"Nr = 1" + repeated(u")", 101)), tooComplex);
-    EXPECT_EQ(errorOf(start + repeated(u"NOT ", 15000) + u"Nr = 1"), tooComplex);
-    EXPECT_EQ(errorOf(start + u"Nr" + repeated(u" = 1", 15000)), tooComplex);
-    EXPECT_EQ(errorOf(start + u"Nr = 1" + repeated(u" OR Nr=1", 7000)), "");
-    EXPECT_EQ(errorOf(start + repeated(u"--", 10000) + u"Nr").substr(0, 11), "-2147217900");
-    EXPECT_EQ(errorOf(start + u"Nr = 1" + repeated(u" ", 64000)), tooComplex);
+    EXPECT_EQ(thrownBy(start + repeated(u"(", 100) + u"Nr = 1" + repeated(u")", 100)).error, "");
+    EXPECT_EQ(thrownBy(start + repeated(u"(", 101) + u"Nr = 1" + repeated(u")", 101)).error, tooComplex);
+    EXPECT_EQ(thrownBy(start + repeated(u"NOT ", 15000) + u"Nr = 1").error, tooComplex);
+    EXPECT_EQ(thrownBy(start + u"Nr" + repeated(u" = 1", 15000)).error, tooComplex);
+    EXPECT_EQ(thrownBy(start + u"Nr = 1" + repeated(u" OR Nr=1", 7000)).error, "");
+    EXPECT_EQ(thrownBy(start + repeated(u"--", 10000) + u"Nr").error.substr(0, 11), "-2147217900");
+    EXPECT_EQ(thrownBy(start + u"Nr = 1" + repeated(u" ", 64000)).error, tooComplex);
 }
 
 }  // namespace
