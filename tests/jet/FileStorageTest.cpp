@@ -245,7 +245,7 @@ TEST_F(FileStorageTest, FindsTheJournalByAnyNameOfTheFile) {
     fs::create_symlink(file_, link);
     EXPECT_EQ(fileStorage(link.u16string())->journalPath(), (fs::canonical(file_).u16string() + u"-journal"));
 #else
-    const base::Text shouted = folder_.u16string() + u"\\KONTENÜBERSICHT.MDB";
+    const base::Text shouted = folder_.path.u16string() + u"\\KONTENÜBERSICHT.MDB";
     EXPECT_EQ(fileStorage(shouted)->fileName(), file_.filename().u16string());
 #endif
 }
