@@ -297,11 +297,13 @@ TEST_F(FileStorageTest, IsNotWrittenWhereSomethingElseHasTheJournalsName) {
         meet({"a pipe", [&] { ::mkfifo(name.c_str(), 0666); }, reading, error});
         const fs::path target = folder_ / "fremd";
         meet({"a link to nothing", [&] { fs::create_symlink(target, name); }, reading, error});
+        constexpr int kFirstPage = 6;  // the journal is whole, and the file as it was
         const auto link = [&] {
-            store(target, old_);
+            stopAt(kFirstPage);
+            fs::rename(journal_, target);
             fs::create_symlink(target, name);
         };
-        meet({"a link", link, reading, error});
+        meet({"a link to a journal", link, reading, error});
 #endif
     }
 }
