@@ -16,26 +16,17 @@ namespace {
 
 using base::Text;
 
-base::Bytes notes() {
-    TableDesign design;
-    design.name = u"Notizen";
-    design.columns = {{u"Nr", ColumnType::Long}, {u"Text", ColumnType::Memo}};
-    design.columns[0].isAutoNumber = true;
-    design.indexes = {{u"PrimaryKey", {{u"Nr"}}, true}};
-    return test::sampleFile({{design, {}}});
-}
-
 TEST(FullFile, RefusesWhatItHasNoPageForBeforeTheFirstWrite) {
     constexpr std::uint64_t kLongest = std::uint64_t{kMaxPages} * kPageSize;
     const test::TempFolder folder;
     const std::filesystem::path file = folder / "Probe.mdb";
-    const base::Bytes start = notes();
+    const base::Bytes start = test::sampleFile({test::kontoTable()});
     std::ofstream(file, std::ios::binary).write(reinterpret_cast<const char*>(start.data()), std::ssize(start));
     std::filesystem::resize_file(file, kLongest - 50 * kPageSize);  // takes no room on the disk
     const auto sizeBytes = [&] { return std::filesystem::file_size(file); };
     Database database = Database::open(fileStorage(file.u16string()), {}, LeftJournalRule::RollBack);
     // Each note takes twenty pages. The map of a new file has a few hundred free pages, then the file grows.
-    const Text insert = u"INSERT INTO Notizen (Text) VALUES ('" + Text(40'000, u'Ω') + u"')";
+    const Text insert = u"INSERT INTO Konto (Notiz) VALUES ('" + Text(40'000, u'Ω') + u"')";
     int added = 0;
     std::string refusal;
     while (refusal.empty() && added < 60) {
@@ -52,11 +43,11 @@ TEST(FullFile, RefusesWhatItHasNoPageForBeforeTheFirstWrite) {
     EXPECT_GT(sizeBytes(), kLongest - 50 * kPageSize);
     EXPECT_EQ(refusal, "-2147467259: Ungültiges Argument.");
     // Statements that need no new page still work, and freed pages are used again.
-    EXPECT_EQ(sql::execute(database, u"INSERT INTO Notizen (Text) VALUES ('kurz')"), 1);
-    EXPECT_EQ(sql::execute(database, u"DELETE FROM Notizen WHERE Nr = 1"), 1);
+    EXPECT_EQ(sql::execute(database, u"INSERT INTO Konto (Notiz) VALUES ('kurz')"), 1);
+    EXPECT_EQ(sql::execute(database, u"DELETE FROM Konto WHERE Nr = 3"), 1);
     EXPECT_EQ(sql::execute(database, insert), 1);
     auto operation = database.beginRead();
-    EXPECT_EQ(openTable(operation, u"Notizen")->definition().rowCount, static_cast<std::uint32_t>(added) + 1);
+    EXPECT_EQ(openTable(operation, u"Konto")->definition().rowCount, static_cast<std::uint32_t>(added) + 3);
 }
 
 }  // namespace
