@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <deque>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -19,13 +20,18 @@ namespace kontodb {
 
 using base::Text;
 
-/// Keeps what is printed, answers the question for the password if it is to, and is a full disk if it is to.
+/// Keeps what is printed, and answers questions for a password as long as it has answers.
 class FakeConsole : public Console {
 public:
     void print(std::string_view utf8) override { printed += utf8; }
     void printError(std::string_view utf8) override { errors += utf8; }
     bool isTerminal() override { return isScreen; }
-    std::optional<Text> askPassword(base::TextView) override { return answer; }
+    std::optional<Text> askPassword(base::TextView) override {
+        if (answers.empty()) return std::nullopt;
+        Text answer = std::move(answers.front());
+        answers.pop_front();
+        return answer;
+    }
     std::string readLine(std::size_t) override {
         std::string line = input.substr(0, input.find('\n') == std::string::npos ? input.npos : input.find('\n') + 1);
         input.erase(0, line.size());
@@ -38,12 +44,12 @@ public:
     std::string printed;
     std::string errors;
     std::string input;
-    std::optional<Text> answer;
+    std::deque<Text> answers;
     bool isFull = false;
     bool isScreen = false;
 };
 
-/// Calls commands as a user would, on files in a folder of the test's own.
+/// Calls commands as a user would, in a folder of the test's own, which is the current one.
 class Command : public testing::Test {
 protected:
     struct Outcome {
@@ -52,14 +58,27 @@ protected:
         std::string errors;
     };
 
-    static Outcome call(const std::vector<Text>& arguments, std::optional<Text> answer = {},
-                        const std::string& input = {}) {
+    Command() { std::filesystem::current_path(folder_.path); }
+    ~Command() override { std::filesystem::current_path(folder_.path.parent_path()); }
+    Command(const Command&) = delete;
+    Command& operator=(const Command&) = delete;
+
+    static Outcome call(const std::vector<Text>& arguments, const std::string& input = {}) {
         FakeConsole console;
         console.input = input;
-        console.answer = std::move(answer);
         const int exitCode = run(arguments, console);
         return {exitCode, console.printed, console.errors};
     }
+
+    /// Calls the commands of a transcript and compares what they print with it. A line that begins with
+    ///   $  is a call; double quotes keep words together; "> tty" or "> full" at its end is where it prints
+    ///   <  is a line of the standard input
+    ///   ?  is an answer to the question for a password; none may be left over
+    ///   !  is printed as an error
+    /// All other lines are printed as results. Control characters are shown as "␉" and the like; "…" is any text.
+    /// For each call it must also hold that it ends with kExitError if and only if it prints an error, and that it
+    /// changes no file if it only reads or has failed.
+    static void expect(std::string_view transcript);
 
     /// What lies in the folder, in order.
     std::vector<std::string> names() const {
@@ -73,6 +92,9 @@ protected:
     static std::string contentOf(const std::filesystem::path& path) {
         std::ifstream file(path, std::ios::binary);
         return {std::istreambuf_iterator<char>(file), {}};
+    }
+    static void write(const std::filesystem::path& path, std::string_view content) {
+        std::ofstream(path, std::ios::binary) << content;
     }
 
     Text path(base::TextView name) const { return (folder_ / name).u16string(); }

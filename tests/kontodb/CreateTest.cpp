@@ -1,8 +1,5 @@
-#include <fstream>
-
 #include "base/RuntimeError.h"
 #include "jet/storage/NewFile.h"
-#include "jet/transaction/Database.h"
 #include "tests/kontodb/Command.h"
 #include "tests/support/FaultyStorage.h"
 #include "tools/kontodb/AccountFile.h"
@@ -10,100 +7,98 @@
 namespace kontodb {
 namespace {
 
-class Create : public Command {
-protected:
-    static bool opens(const Text& file, base::TextView password) {
-        try {
-            jet::Database::open(jet::openFile(file, jet::OpenMode::Read), file, password);
-            return true;
-        } catch (const base::RuntimeError&) {
-            return false;
-        }
-    }
-};
+using Create = Command;
 
-TEST_F(Create, ProtectsTheFileWithTheToolsPasswordUnlessToldOtherwise) {
-    EXPECT_EQ(call({u"create", path(u"eigen.mdb"), u"--accounts", u"3"}).exitCode, kExitSuccess);
-    EXPECT_TRUE(opens(path(u"eigen.mdb"), u"HwendorpliqZ"));
-    EXPECT_FALSE(opens(path(u"eigen.mdb"), u"hwendorpliqz"));
-    EXPECT_EQ(call({u"create", u"--password=Prüf", path(u"anders.mdb")}).exitCode, kExitSuccess);
-    EXPECT_TRUE(opens(path(u"anders.mdb"), u"Prüf"));
-    EXPECT_FALSE(opens(path(u"anders.mdb"), u"HwendorpliqZ"));
-    EXPECT_EQ(call({u"create", path(u"offen.mdb"), u"--password", u""}).exitCode, kExitSuccess);
-    EXPECT_TRUE(opens(path(u"offen.mdb"), u""));
-    EXPECT_EQ(call({u"create", path(u"gelesen.mdb"), u"--password-file", u"-"}, {}, "aus der Zeile\n").exitCode,
-              kExitSuccess);
-    EXPECT_TRUE(opens(path(u"gelesen.mdb"), u"aus der Zeile"));
-    EXPECT_EQ(call({u"create", path(u"getippt.mdb")}, u"getippt").exitCode, kExitSuccess);
-    EXPECT_TRUE(opens(path(u"getippt.mdb"), u"getippt"));
-    EXPECT_EQ(call({u"create", path(u"leer.mdb")}, u"").exitCode, kExitSuccess);
-    EXPECT_TRUE(opens(path(u"leer.mdb"), u"HwendorpliqZ"));
+TEST_F(Create, TakesThePasswordInAnyWayInWhichTheFileIsOpenedLater) {
+    write("kennwort.txt", "\xEF\xBB\xBFPrüf wort\r\nzweite Zeile");
+    const std::string typed = "? Prüf wort\n";
+    const std::pair<std::string, std::string> ways[] = {{" --password \"Prüf wort\"\n", ""},
+                                                        {" --password-file kennwort.txt\n", ""},
+                                                        {" --password-file -\n", "< Prüf wort\n< zweite Zeile\n"},
+                                                        {" --password-file -\n", typed},
+                                                        {"\n", typed}};
+    for (const auto& [making, dialog] : ways) {
+        expect("\n$ create a.mdb" + making + dialog + (dialog == typed ? typed : "") + "a.mdb: 0 Konten\n");
+        for (const auto& [opening, answer] : ways)
+            expect("\n$ query a.mdb \"SELECT COUNT(*) FROM Benutzerkonto\"" + opening + answer + "Anzahl\n0\n");
+        std::filesystem::remove("a.mdb");
+    }
 }
 
-TEST_F(Create, AsksTwiceForThePasswordAndNotInVain) {
-    struct Typist final : FakeConsole {
-        std::optional<Text> askPassword(base::TextView) override { return Text(++questions, u'x'); }
-        std::size_t questions = 0;
-    } typist;
-    EXPECT_EQ(run(std::vector<Text>{u"create", path(u"neu.mdb")}, typist), kExitError);
-    EXPECT_NE(typist.errors.find("Die beiden Eingaben sind verschieden."), std::string::npos) << typist.errors;
-    EXPECT_EQ(names().size(), 0U);
-    std::ofstream(folder_ / "neu.mdb") << "vorher";
-    EXPECT_EQ(run(std::vector<Text>{u"create", path(u"neu.mdb")}, typist), kExitError);
-    EXPECT_EQ(typist.questions, 2U);
+TEST_F(Create, RefusesAnyOtherPassword) {
+    expect(R"(
+$ create eigen.mdb --accounts 3
+eigen.mdb: 3 Konten
+$ create auch.mdb --accounts 1
+?
+auch.mdb: 1 Konto
+$ create offen.mdb --password=
+offen.mdb: 0 Konten
+$ tables eigen.mdb --password HwendorpliqZ
+…
+$ tables auch.mdb --password HwendorpliqZ
+…
+$ tables offen.mdb
+…
+$ tables offen.mdb --password irgendeins
+…
+$ tables eigen.mdb --password hwendorpliqz
+! kontodb: -2147217843: Kein zulässiges Kennwort.
+$ tables eigen.mdb --password=
+! kontodb: -2147217843: Kein zulässiges Kennwort.
+$ tables eigen.mdb
+! kontodb: -2147217843: Kein zulässiges Kennwort.
+$ tables eigen.mdb
+? falsch
+! kontodb: -2147217843: Kein zulässiges Kennwort.
+$ tables eigen.mdb --password-file -
+<
+! kontodb: -2147217843: Kein zulässiges Kennwort.
+$ tables eigen.mdb --password-file -
+! kontodb: 5: Für --password-file - fehlt das Kennwort…
+$ tables eigen.mdb --password=a --password-file=b
+! kontodb: 5: …schließen einander aus.…
+$ tables eigen.mdb --password-file "gibt es nicht"
+! kontodb: -2147467259: Datei 'gibt es nicht' nicht gefunden.
+$ create neu.mdb
+? x
+? xx
+! kontodb: -2147467259: Die beiden Eingaben sind verschieden. Es ist keine Datei entstanden.
+$ create neu.mdb --password "einundzwanzig Zeichen"
+! kontodb: …
+)");
 }
 
 TEST_F(Create, LeavesAnExistingFileAsItIsAndNoHalfFileBehind) {
-    std::ofstream(folder_ / "da.mdb") << "vorher";
-    EXPECT_TRUE(call({u"create", path(u"da.mdb")}).errors.starts_with("kontodb: 58: "));
-    EXPECT_EQ(call({u"create", path(u"neu.mdb"), u"--password", u"einundzwanzig Zeichen"}).exitCode, kExitError);
-    EXPECT_TRUE(call({u"create", path(u"fehlt/neu.mdb")}).errors.starts_with("kontodb: -2147467259: "));
-    {
-        jet::NewFile late(path(u"spät.mdb"));
-        std::ofstream(folder_ / u"spät.mdb") << "schneller";
-        EXPECT_THROW(late.publish(), base::RuntimeError);
-    }
-    EXPECT_EQ(contentOf(folder_ / "da.mdb"), "vorher");
-    EXPECT_EQ(contentOf(folder_ / u"spät.mdb"), "schneller");
-    EXPECT_EQ(names().size(), 2U);
+    write("da.mdb", "vorher");
+    write("mit.mdb-journal", "begonnen");
+    write("neu.mdb-neu-1", "halb");
+    // Nobody types a password in vain: none is asked for.
+    expect(R"(
+$ create da.mdb
+! kontodb: 58: Die Datei 'da.mdb' existiert bereits.
+$ create mit.mdb
+! kontodb: …mit.mdb-journal' liegt noch da…
+$ create fehlt/neu.mdb
+! kontodb: -2147467259: …
+$ create neu.mdb
+neu.mdb: 0 Konten
+$ tables neu.mdb --password HwendorpliqZ
+…
+)");
+    jet::NewFile late(u"spät.mdb");
+    write(u"spät.mdb", "schneller");
+    EXPECT_THROW(late.publish(), base::RuntimeError);
+    EXPECT_EQ(contentOf(u"spät.mdb"), "schneller");
+    EXPECT_EQ(contentOf("neu.mdb-neu-1"), "halb");
 }
 
-TEST_F(Create, MakesNoFileBesideAJournalOfItsName) {
-    const auto journal = folder_ / "neu.mdb-journal";
-    std::ofstream(journal) << "begonnen";
-    EXPECT_NE(call({u"create", path(u"neu.mdb")}).errors.find("neu.mdb-journal' liegt noch da"), std::string::npos);
-    EXPECT_EQ(names().size(), 1U);
-    // What was left of a making that was cut off does not hinder.
-    std::filesystem::remove(journal);
-    std::ofstream(folder_ / "neu.mdb-neu-1") << "halb";
-    EXPECT_EQ(call({u"create", path(u"neu.mdb")}).exitCode, kExitSuccess);
-    EXPECT_TRUE(opens(path(u"neu.mdb"), u"HwendorpliqZ"));
-    EXPECT_EQ(names().size(), 2U);
-    EXPECT_EQ(contentOf(folder_ / "neu.mdb-neu-1"), "halb");
-}
-
-TEST_F(Create, AWrongCallSaysWhatIsWrongAndMakesNothing) {
-    const std::vector<std::vector<Text>> calls = {
-        {u"create", path(u"a.mdb"), u"b.mdb"},
-        {u"create", path(u"a.mdb"), u"--acounts", u"3"},
-        {u"create", u"-x"},
-        {u"create", path(u"a.mdb"), u"-s"},
-        {u"create", path(u"a.mdb"), u"--accounts"},
-        {u"create", path(u"a.mdb"), u"--accounts", u"1000001"},
-        {u"create", path(u"a.mdb"), u"--accounts", u"-1"},
-        {u"create", path(u"a.mdb"), u"--accounts", u"3x"},
-        {u"create", path(u"a.mdb"), u"--accounts", u""},
-        {u"create", path(u"a.mdb"), u"--seed", u"18446744073709551616"},
-        {u"create", path(u"a.mdb"), u"--seed", u"1", u"--seed", u"2"},
-    };
-    for (const auto& arguments : calls) {
-        const Outcome outcome = call(arguments);
-        EXPECT_EQ(outcome.exitCode, kExitError);
-        EXPECT_TRUE(outcome.errors.starts_with("kontodb: 5: ")) << outcome.errors;
-        EXPECT_EQ(outcome.printed, "");
-    }
-    EXPECT_TRUE(std::filesystem::is_empty(folder_.path));
-    EXPECT_EQ(call({u"create", path(u"g.mdb"), u"--seed", u"18446744073709551615"}).exitCode, kExitSuccess);
+TEST_F(Create, SaysWhatIsWrongInACall) {
+    for (const char* arguments :
+         {"b.mdb", "--acounts 3", "-x", "-s", "--accounts", "--accounts 1000001", "--accounts -1", "--accounts 3x",
+          "--accounts=", "--seed 18446744073709551616", "--seed 1 --seed 2"})
+        expect("\n$ create a.mdb " + std::string(arguments) + "\n! kontodb: 5: …\n! Aufruf und Optionen zeigt: …\n");
+    expect("\n$ create a.mdb --seed 18446744073709551615\na.mdb: 0 Konten\n");
 }
 
 base::Bytes accountFile(std::uint32_t accounts, std::uint64_t seed) {

@@ -21,6 +21,10 @@ constexpr int kDiskFull = 3;
 
 class HardTimes : public Command {
 protected:
+    static void make(const Text& accounts) {
+        ASSERT_EQ(call({u"create", u"k.mdb", u"--password=", u"--accounts", accounts}).exitCode, kExitSuccess);
+    }
+
     /// @return the exit code of a process whose files may not be longer; kDiskFull for that error
     static int callWithin(rlim_t limitBytes, const std::vector<Text>& arguments) {
         const int status = statusOf(start([&] {
@@ -38,53 +42,58 @@ protected:
         while (!isTrue())
             std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
-
-    Text file_ = path(u"Konten.mdb");
 };
 
 TEST_F(HardTimes, WritesAllOrNothingWhereTheRoomEndsAnywhere) {
-    const Text password = u"--password=HwendorpliqZ", newFile = path(u"Neu.mdb");
-    ASSERT_EQ(call({u"create", file_, u"--accounts", u"40"}).exitCode, kExitSuccess);
-    const std::string before = contentOf(file_);
-    // One appends pages first, the other only writes over old ones.
-    for (const Text& statement : {u"UPDATE Benutzerkonto SET BenKTO_ServerPath = '" + Text(200, u'ä') + u"'",
-                                  Text(u"DELETE FROM Benutzerkonto WHERE BenKTO_ID > 7")}) {
-        std::ofstream(std::filesystem::path(file_), std::ios::binary) << before;
+    make(u"40");
+    const std::string before = contentOf("k.mdb");
+    const struct {
+        std::vector<Text> arguments;
+        const char* target;
+        rlim_t step;
+    } cases[] = {
+        // One appends pages first, one only writes over old ones, one makes a file.
+        {{u"exec", u"k.mdb", u"--all", u"UPDATE Benutzerkonto SET BenKTO_ServerPath = '" + Text(200, u'ä') + u"'"},
+         "k.mdb",
+         5003},
+        {{u"exec", u"k.mdb", u"DELETE FROM Benutzerkonto WHERE BenKTO_ID > 7"}, "k.mdb", 5003},
+        {{u"create", u"neu.mdb", u"--accounts", u"40", u"--password="}, "neu.mdb", 9001},
+    };
+    for (const auto& [arguments, target, step] : cases) {
+        const auto names = this->names();
+        write("k.mdb", before);
+        const std::string old = contentOf(target);
         int code = kDiskFull;
-        for (rlim_t limit = 0; code != kExitSuccess; limit += 5003) {
+        for (rlim_t limit = 0; code == kDiskFull; limit += step) {
             SCOPED_TRACE(limit);
-            code = callWithin(limit, {u"exec", file_, statement, u"--all", password});
-            EXPECT_EQ(contentOf(file_) == before, code == kDiskFull);
-            EXPECT_EQ(names().size(), 1U);
-            ASSERT_TRUE(code == kDiskFull || code == kExitSuccess) << code;
+            code = callWithin(limit, arguments);
+            EXPECT_EQ(contentOf(target) == old, code == kDiskFull);
+            EXPECT_EQ(this->names() == names, code == kDiskFull || !old.empty());
         }
-        EXPECT_EQ(call({u"check", file_, password}).exitCode, kExitSuccess);
+        EXPECT_EQ(code, kExitSuccess);
+        EXPECT_EQ(call({u"check", base::fromUtf8(target)}).exitCode, kExitSuccess);
     }
-    for (rlim_t limit = 0, code = kDiskFull; code != kExitSuccess; limit += 9001) {
-        code = static_cast<rlim_t>(callWithin(limit, {u"create", newFile, u"--accounts", u"40"}));
-        ASSERT_EQ(names().size(), code == kDiskFull ? 1U : 2U) << limit;
-    }
-    EXPECT_EQ(contentOf(newFile), before);
+    EXPECT_EQ(contentOf("neu.mdb"), before);
 }
 
 TEST_F(HardTimes, SaysWhatIsWriteProtected) {
     namespace fs = std::filesystem;
-    ASSERT_EQ(call({u"create", file_, u"--password="}).exitCode, kExitSuccess);
-    const Text change = u"INSERT INTO Benutzerkonto (BenKTO_Name) VALUES ('x')", target = path(u"Ziel.mdb");
+    make(u"0");
+    const Text change = u"INSERT INTO Benutzerkonto (BenKTO_Name) VALUES ('x')";
     const struct {
         int fileRights;
         std::vector<Text> arguments;
         std::string error;
     } cases[] = {
-        {0444, {u"exec", file_, change}, "Die Datei '" + base::toUtf8(file_) + "' ist schreibgeschützt"},
-        {0666, {u"exec", file_, change}, "Der Ordner der Datei ist schreibgeschützt"},
-        {0666, {u"backup", file_, target}, "Der Ordner von '" + base::toUtf8(target) + "' ist schreibgeschützt"},
-        {0666, {u"create", target}, "Der Ordner von '" + base::toUtf8(target) + "' ist schreibgeschützt"},
-        {0666, {u"check", folder_.path.u16string()}, "' ist ein Ordner."},
+        {0444, {u"exec", u"k.mdb", change}, "\nDie Datei 'k.mdb' ist schreibgeschützt"},
+        {0666, {u"exec", u"k.mdb", change}, "\nDer Ordner der Datei ist schreibgeschützt"},
+        {0666, {u"backup", u"k.mdb", u"neu.mdb"}, "\nDer Ordner von 'neu.mdb' ist schreibgeschützt"},
+        {0666, {u"create", u"neu.mdb"}, "\nDer Ordner von 'neu.mdb' ist schreibgeschützt"},
+        {0666, {u"check", u"."}, "\n'.' ist ein Ordner."},
     };
     for (const auto& [fileRights, arguments, error] : cases) {
-        fs::permissions(file_, static_cast<fs::perms>(fileRights));
-        fs::permissions(folder_.path, static_cast<fs::perms>(0555));
+        fs::permissions("k.mdb", static_cast<fs::perms>(fileRights));
+        fs::permissions(".", static_cast<fs::perms>(0555));
         const int status = statusOf(start([&, &arguments = arguments, &error = error] {
             if (::geteuid() == 0 && ::setuid(65534) != 0) return 1;  // an administrator may write everywhere
             const Outcome outcome = call(arguments);
@@ -94,7 +103,7 @@ TEST_F(HardTimes, SaysWhatIsWriteProtected) {
         }));
         EXPECT_EQ(status, 0);
     }
-    fs::permissions(folder_.path, fs::perms::owner_all);
+    fs::permissions(".", fs::perms::owner_all);
 }
 
 TEST_F(HardTimes, LeavesNoFileThatIsNotWholeWhenItIsEnded) {
@@ -107,43 +116,35 @@ TEST_F(HardTimes, LeavesNoFileThatIsNotWholeWhenItIsEnded) {
         EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == signal) << status;
         EXPECT_EQ(names(), left);
     };
-    const std::vector<Text> creating = {u"create", file_, u"--accounts", u"1000000"};
+    const std::vector<Text> creating = {u"create", u"k.mdb", u"--accounts", u"1000000"};
     endsLeaving(creating, SIGINT, {});
     endsLeaving(creating, SIGTERM, {});
-    endsLeaving(creating, SIGKILL, {"Konten.mdb-neu-1"});
-    ASSERT_EQ(call({u"create", file_, u"--accounts", u"20000"}).exitCode, kExitSuccess);
-    endsLeaving({u"compact", file_, path(u"Ziel.mdb"), u"--password=HwendorpliqZ"}, SIGINT,
-                {"Konten.mdb", "Konten.mdb-neu-1"});
-    std::filesystem::remove(file_);
-    EXPECT_EQ(call({u"create", file_}).exitCode, kExitSuccess);
+    endsLeaving(creating, SIGKILL, {"k.mdb-neu-1"});
+    make(u"20000");
+    endsLeaving({u"compact", u"k.mdb", u"neu.mdb"}, SIGINT, {"k.mdb", "k.mdb-neu-1"});
 }
 
 TEST_F(HardTimes, ExecutesAllStatementsOrNoneWhenItIsEnded) {
-    const Text password = u"--password=HwendorpliqZ", script = path(u"a.sql");
-    ASSERT_EQ(call({u"create", file_, u"--accounts", u"2000"}).exitCode, kExitSuccess);
-    const std::string before = contentOf(file_);
-    std::ofstream(std::filesystem::path(script)) << "UPDATE Benutzerkonto SET BenKTO_Name = 'x';\n"
-                                                    "DELETE FROM Benutzerkonto WHERE BenKTO_ID > 700";
+    make(u"2000");
+    const std::string before = contentOf("k.mdb");
+    write("a.sql",
+          "UPDATE Benutzerkonto SET BenKTO_Name = 'x';\n"
+          "DELETE FROM Benutzerkonto WHERE BenKTO_ID > 700");
     int ended = 0;
     for (int delay = 0, status = -1; status != 0; delay += 2) {
-        std::ofstream(std::filesystem::path(file_), std::ios::binary) << before;
-        const pid_t process = start([&] {
-            return call({u"exec", file_, u"--all", u"--file", script, password}).exitCode;
-        });
+        write("k.mdb", before);
+        const pid_t process = start([] { return call({u"exec", u"k.mdb", u"--all", u"--file", u"a.sql"}).exitCode; });
         std::this_thread::sleep_for(std::chrono::milliseconds(delay));
         ::kill(process, SIGINT);
         status = statusOf(process);
         ASSERT_TRUE(status == 0 || (WIFSIGNALED(status) && WTERMSIG(status) == SIGINT)) << status;
-        EXPECT_EQ(names(), (std::vector<std::string>{"Konten.mdb", "a.sql"}));
-        const std::string rows = call({u"query", file_, u"SELECT BenKTO_Name FROM Benutzerkonto", password}).printed;
-        const auto lines = std::ranges::count(rows, '\n');
-        if (contentOf(file_) == before) {
-            EXPECT_NE(status, 0);
+        EXPECT_EQ(names(), (std::vector<std::string>{"a.sql", "k.mdb"}));
+        if (contentOf("k.mdb") == before)
             ++ended;
-        } else {
-            EXPECT_EQ(lines, 701) << delay;
-        }
+        else
+            expect("\n$ query k.mdb \"SELECT COUNT(*) FROM Benutzerkonto WHERE BenKTO_Name = 'x'\"\nAnzahl\n700\n");
     }
+    EXPECT_FALSE(contentOf("k.mdb") == before);
     EXPECT_GT(ended, 3);
 }
 
