@@ -1,12 +1,10 @@
-#!/usr/bin/python3
-"""Writes an encoded copy of an account file: encode.py SOURCE TARGET KEY (hexadecimal).
+"""Writes an encoded copy of an account file.
 
 It shares no code with the engine, on purpose, because it tests how the engine reads such files. An encoded file differs
 from the plain one in two points. Its header has a key, in the part that is masked with a fixed stream. And every page
 except the first is masked with a stream that depends on the page number and this key.
 """
 import pathlib
-import sys
 
 PAGE_BYTES = 4096
 HEADER_COVER = (0x18, 0x98, bytes.fromhex("c7da396b"))
@@ -42,7 +40,3 @@ def encode(source, target, key):
         place = slice(page * PAGE_BYTES, (page + 1) * PAGE_BYTES)
         data[place] = covered((key ^ page).to_bytes(4, "little"), data[place])
     pathlib.Path(target).write_bytes(data)
-
-
-if __name__ == "__main__":
-    encode(sys.argv[1], sys.argv[2], int(sys.argv[3], 16))

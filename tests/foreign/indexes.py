@@ -1,5 +1,4 @@
-#!/usr/bin/python3
-"""Compares every index of account files with the rows of its table: indexes.py FILE...
+"""Compares every index of a file with the rows of its table.
 
 It shares no code with the engine that wrote the files, on purpose, but only weights.txt, the weights of the sort order.
 In each index the entries must ascend, links and nodes must lead to the same leaves, the map must name exactly these
@@ -9,7 +8,6 @@ of more than 507 bytes, keys in other sort orders than the two known ones, and i
 import pathlib
 import re
 import struct
-import sys
 
 from encode import HEADER_COVER, KEY_OFFSET, PAGE_BYTES, covered
 
@@ -297,9 +295,3 @@ def faultsOf(path):
             if fault:
                 faults.append(f"{name}, index over {', '.join(column['name'] for column in columns)}: {fault}")
     return faults, count
-
-
-if __name__ == "__main__":
-    for each in sys.argv[1:]:
-        found, compared = faultsOf(each)
-        print("\n".join(f"FAIL {each}: {fault}" for fault in found) or f"PASS {each}: {compared} entries")
