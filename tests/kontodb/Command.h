@@ -33,7 +33,8 @@ public:
         return answer;
     }
     std::string readLine(std::size_t) override {
-        std::string line = input.substr(0, input.find('\n') == std::string::npos ? input.npos : input.find('\n') + 1);
+        std::string line = input.substr(0, input.find('\n') + 1);
+        if (line.empty()) line = input;
         input.erase(0, line.size());
         return line;
     }
@@ -80,10 +81,10 @@ protected:
     /// changes no file if it only reads or has failed.
     static void expect(std::string_view transcript);
 
-    /// What lies in the folder, in order.
-    std::vector<std::string> names() const {
+    /// What is in the folder, in order.
+    static std::vector<std::string> names() {
         std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(folder_.path))
+        for (const auto& entry : std::filesystem::directory_iterator("."))
             names.push_back(entry.path().filename().string());
         std::ranges::sort(names);
         return names;

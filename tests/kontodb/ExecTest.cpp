@@ -68,18 +68,8 @@ $ exec k.mdb "DELETE FROM Benutzerkonto WHERE BenKTO_ID = 1; DELETE FROM Benutze
 !   DELETE FROM Benutzerkonto WHERE BenKTO_ID = 1; DELETE FROM Benutzerkonto
 !                                                  ^
 ! Mehrere Anweisungen führt aus: kontodb exec DATEI --file…
-$ exec k.mdb DELETE --file x
-! kontodb: 5: Die Anweisung steht entweder…
 $ exec k.mdb --file "gibt es nicht"
 ! kontodb: -2147467259: Datei 'gibt es nicht' nicht gefunden.
-$ exec k.mdb "SELECT * FROM Benutzerkonto"
-! kontodb: 5: exec führt UPDATE, DELETE und INSERT aus…
-$ exec k.mdb
-! kontodb: 5: Es fehlt das Argument ANWEISUNG.…
-$ exec k.mdb -
-< -- nichts
-< ;
-! kontodb: 5: Es ist keine Anweisung …
 )");
 }
 

@@ -1,23 +1,45 @@
 #include <chrono>
 #include <csignal>
 #include <fcntl.h>
+#include <functional>
 #include <iostream>
 #include <pty.h>
 #include <sys/ioctl.h>
 #include <sys/resource.h>
+#include <sys/wait.h>
 #include <termios.h>
 #include <thread>
+#include <unistd.h>
 
-#include "tests/kontodb/ChildProcess.h"
 #include "tests/kontodb/Command.h"
 #include "tools/kontodb/PasswordPrompt.h"
 #include "tools/kontodb/Signals.h"
 
-/// What the system does to a program: no room, Ctrl-C, the end.
+/// What the system does to a program: no room, Ctrl-C, the end at any moment.
 namespace kontodb {
 namespace {
 
+using Milliseconds = std::chrono::milliseconds;
 constexpr int kDiskFull = 3;
+
+/// A copy of this process.
+/// @param work  returns its exit code
+pid_t start(const std::function<int()>& work) {
+    const pid_t child = ::fork();
+    if (child != 0) return child;
+    try {
+        ::_exit(work());
+    } catch (...) {
+        ::_exit(2);
+    }
+}
+
+/// @return the exit code of the process, or minus the signal that ended it
+int endOf(pid_t process) {
+    int status = 0;
+    EXPECT_EQ(::waitpid(process, &status, 0), process);
+    return WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
+}
 
 class HardTimes : public Command {
 protected:
@@ -27,53 +49,40 @@ protected:
 
     /// @return the exit code of a process whose files may not be longer; kDiskFull for that error
     static int callWithin(rlim_t limitBytes, const std::vector<Text>& arguments) {
-        const int status = statusOf(start([&] {
+        return endOf(start([&] {
             const rlimit limit{limitBytes, limitBytes};
             if (::setrlimit(RLIMIT_FSIZE, &limit) != 0) return kExitError;
             const Outcome outcome = call(arguments);
             return outcome.errors.find("Nicht genügend Speicherplatz") != std::string::npos ? kDiskFull
                                                                                             : outcome.exitCode;
         }));
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
 
     template <typename Condition>
     static void waitUntil(Condition isTrue) {
         while (!isTrue())
-            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+            std::this_thread::sleep_for(Milliseconds(2));
     }
 };
 
 TEST_F(HardTimes, WritesAllOrNothingWhereTheRoomEndsAnywhere) {
     make(u"40");
     const std::string before = contentOf("k.mdb");
-    const struct {
-        std::vector<Text> arguments;
-        const char* target;
-        rlim_t step;
-    } cases[] = {
-        // One appends pages first, one only writes over old ones, one makes a file.
-        {{u"exec", u"k.mdb", u"--all", u"UPDATE Benutzerkonto SET BenKTO_ServerPath = '" + Text(200, u'ä') + u"'"},
-         "k.mdb",
-         5003},
-        {{u"exec", u"k.mdb", u"DELETE FROM Benutzerkonto WHERE BenKTO_ID > 7"}, "k.mdb", 5003},
-        {{u"create", u"neu.mdb", u"--accounts", u"40", u"--password="}, "neu.mdb", 9001},
-    };
-    for (const auto& [arguments, target, step] : cases) {
+    const Text update = u"UPDATE Benutzerkonto SET BenKTO_ServerPath = '" + Text(200, u'ä') + u"'";
+    for (const auto& arguments : {std::vector<Text>{u"exec", u"k.mdb", update, u"--all"},
+                                  std::vector<Text>{u"create", u"neu.mdb", u"--accounts", u"40", u"--password="}}) {
         const auto names = this->names();
-        write("k.mdb", before);
-        const std::string old = contentOf(target);
+        const std::string old = contentOf(arguments[1]);
         int code = kDiskFull;
-        for (rlim_t limit = 0; code == kDiskFull; limit += step) {
-            SCOPED_TRACE(limit);
+        for (rlim_t limit = 0; code == kDiskFull; limit += 5003) {
             code = callWithin(limit, arguments);
-            EXPECT_EQ(contentOf(target) == old, code == kDiskFull);
-            EXPECT_EQ(this->names() == names, code == kDiskFull || !old.empty());
+            EXPECT_EQ(contentOf(arguments[1]) == old, code == kDiskFull) << limit;
+            EXPECT_EQ(this->names() == names, code == kDiskFull || !old.empty()) << limit;
         }
         EXPECT_EQ(code, kExitSuccess);
-        EXPECT_EQ(call({u"check", base::fromUtf8(target)}).exitCode, kExitSuccess);
     }
     EXPECT_EQ(contentOf("neu.mdb"), before);
+    expect("\n$ check k.mdb\nIn Ordnung: …\n");
 }
 
 TEST_F(HardTimes, SaysWhatIsWriteProtected) {
@@ -94,14 +103,14 @@ TEST_F(HardTimes, SaysWhatIsWriteProtected) {
     for (const auto& [fileRights, arguments, error] : cases) {
         fs::permissions("k.mdb", static_cast<fs::perms>(fileRights));
         fs::permissions(".", static_cast<fs::perms>(0555));
-        const int status = statusOf(start([&, &arguments = arguments, &error = error] {
+        const auto tryIt = [&, &arguments = arguments, &error = error] {
             if (::geteuid() == 0 && ::setuid(65534) != 0) return 1;  // an administrator may write everywhere
             const Outcome outcome = call(arguments);
             if (outcome.errors.find(error) != std::string::npos) return 0;
             std::cerr << outcome.errors << "wanted: " << error << std::endl;
             return 1;
-        }));
-        EXPECT_EQ(status, 0);
+        };
+        EXPECT_EQ(endOf(start(tryIt)), 0);
     }
     fs::permissions(".", fs::perms::owner_all);
 }
@@ -112,8 +121,7 @@ TEST_F(HardTimes, LeavesNoFileThatIsNotWholeWhenItIsEnded) {
         const pid_t process = start([&] { return call(arguments).exitCode; });
         waitUntil([&] { return names().size() > before; });
         ::kill(process, signal);
-        const int status = statusOf(process);
-        EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == signal) << status;
+        EXPECT_EQ(endOf(process), -signal);
         EXPECT_EQ(names(), left);
     };
     const std::vector<Text> creating = {u"create", u"k.mdb", u"--accounts", u"1000000"};
@@ -130,22 +138,37 @@ TEST_F(HardTimes, ExecutesAllStatementsOrNoneWhenItIsEnded) {
     write("a.sql",
           "UPDATE Benutzerkonto SET BenKTO_Name = 'x';\n"
           "DELETE FROM Benutzerkonto WHERE BenKTO_ID > 700");
-    int ended = 0;
-    for (int delay = 0, status = -1; status != 0; delay += 2) {
-        write("k.mdb", before);
-        const pid_t process = start([] { return call({u"exec", u"k.mdb", u"--all", u"--file", u"a.sql"}).exitCode; });
-        std::this_thread::sleep_for(std::chrono::milliseconds(delay));
-        ::kill(process, SIGINT);
-        status = statusOf(process);
-        ASSERT_TRUE(status == 0 || (WIFSIGNALED(status) && WTERMSIG(status) == SIGINT)) << status;
-        EXPECT_EQ(names(), (std::vector<std::string>{"a.sql", "k.mdb"}));
-        if (contentOf("k.mdb") == before)
-            ++ended;
-        else
-            expect("\n$ query k.mdb \"SELECT COUNT(*) FROM Benutzerkonto WHERE BenKTO_Name = 'x'\"\nAnzahl\n700\n");
+    const std::vector<Text> executing = {u"exec", u"k.mdb", u"--all", u"--file", u"a.sql"};
+    ASSERT_EQ(call(executing).printed, "2000\n1300\n");
+    const std::string after = contentOf("k.mdb");
+    for (const int signal : {SIGINT, SIGKILL}) {
+        int ended = 0, journals = 0;
+        bool isDone = false;
+        for (int delay = 0; !isDone || (signal == SIGKILL && journals == 0); delay = isDone ? 0 : delay + 3) {
+            write("k.mdb", before);
+            const pid_t process = start([&] { return call(executing).exitCode; });
+            std::this_thread::sleep_for(Milliseconds(delay));
+            ::kill(process, signal);
+            isDone = endOf(process) == kExitSuccess;
+            if (std::filesystem::exists("k.mdb-journal")) {
+                ++journals;
+                expect(R"(
+$ query k.mdb "SELECT * FROM Benutzerkonto"
+! kontodb: …hinterlassen…
+$ exec k.mdb "DELETE FROM Benutzerkonto WHERE BenKTO_ID = 0" --dry-run
+! kontodb: …hinterlassen…
+$ exec k.mdb "DELETE FROM Benutzerkonto WHERE BenKTO_ID = 0"
+0
+)");
+            }
+            const std::string left = contentOf("k.mdb");
+            EXPECT_TRUE(left == after || (left == before && !isDone)) << signal << " after " << delay;
+            ended += left == before ? 1 : 0;
+        }
+        EXPECT_GT(ended, 3);
+        EXPECT_TRUE(signal == SIGKILL || journals == 0);
     }
-    EXPECT_FALSE(contentOf("k.mdb") == before);
-    EXPECT_GT(ended, 3);
+    EXPECT_FALSE(std::filesystem::exists("k.mdb-journal"));
 }
 
 TEST_F(HardTimes, ShowsAgainWhatIsTypedWhenThePasswordPromptIsEnded) {
@@ -169,8 +192,7 @@ TEST_F(HardTimes, ShowsAgainWhatIsTypedWhenThePasswordPromptIsEnded) {
         });
         waitUntil([&] { return !shows(); });
         ASSERT_EQ(::write(keyboard, keys.data(), keys.size()), std::ssize(keys));
-        const int status = statusOf(process);
-        EXPECT_EQ(WIFSIGNALED(status) ? WTERMSIG(status) : WEXITSTATUS(status), signal) << status;
+        EXPECT_EQ(endOf(process), -signal);
         EXPECT_TRUE(shows()) << signal;
     }
     ::close(keyboard);
