@@ -41,7 +41,7 @@ def difference(ours, theirs):
     left, right = sorted(ours), sorted(theirs)
     first = next((pair for pair in zip(left, right) if pair[0] != pair[1]), ((len(left),), (len(right),)))
     cell = next(((a, b) for a, b in zip(*first) if a != b), first)
-    return left != right and f"{len(left)} and {len(right)} rows, first difference {cell}"
+    return left != right and f"{len(left)} and {len(right)} rows, first difference {cell}"[:400]
 
 
 def rowFaults(path, password, tables):

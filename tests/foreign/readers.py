@@ -12,8 +12,9 @@ NULL = "\\N"
 
 
 def run(*words, mayFail=False):
-    done = subprocess.run([str(word) for word in words], capture_output=True, encoding="utf-8",
-                          stdin=subprocess.DEVNULL, timeout=300)
+    """@return the finished process, with its output as text that has its carriage returns"""
+    done = subprocess.run([str(word) for word in words], capture_output=True, stdin=subprocess.DEVNULL, timeout=300)
+    done.stdout, done.stderr = done.stdout.decode("utf-8"), done.stderr.decode("utf-8", "replace")
     if done.returncode != 0 and not mayFail:
         raise RuntimeError(f"{words[0]}: {done.returncode}: {done.stderr.strip()[-300:]}")
     return done
@@ -51,8 +52,8 @@ def lossy(text, kind):
 def byMdbReader(path, password, modules):
     """@return a list of (table, names of the columns, their types, rows)"""
     tables = []
-    for line in run("node", HERE / "read.mjs", modules, path, *([password] if password else [])).stdout.splitlines():
-        table = json.loads(line)
+    printed = run("node", HERE / "read.mjs", modules, path, *([password] if password else [])).stdout
+    for table in map(json.loads, filter(None, printed.split("\n"))):
         kinds = [column["type"] for column in table["columns"]]
         rows = [tuple(map(plain, row, kinds)) for row in table["rows"]]
         tables.append((table["table"], [column["name"] for column in table["columns"]], kinds, rows))

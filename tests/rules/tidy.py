@@ -19,11 +19,9 @@ import re
 import shlex
 import subprocess
 import sys
-import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 MEMORY = pathlib.Path(os.environ.get("XDG_CACHE_HOME", pathlib.Path.home() / ".cache")) / "prjDexoBenutzerkonten/tidy"
-KEEP_DAYS = 60
 NATIVE, WINDOWS = ROOT / "out/build/native-debug", ROOT / "out/build/windows-x64"
 # The analyzer takes the sources of a group for headers, hence the first option. The shallow mode takes a fifth of the
 # time and still follows calls. Tests are not analyzed: in the test library's macros the analyzer takes longer than
@@ -46,9 +44,8 @@ def mingw_arguments():
 
 def sources_of(file):
     """The project's sources that a generated file includes, or the file itself if it is not generated."""
-    if not file.is_relative_to(ROOT / "out"):
-        return [os.path.relpath(file, ROOT)]
-    return [name.decode() for name in INCLUDE.findall(file.read_bytes()) if name.endswith(b".cpp")]
+    included = [name.decode() for name in INCLUDE.findall(file.read_bytes()) if name.endswith(b".cpp")]
+    return included if file.is_relative_to(ROOT / "out") else [os.path.relpath(file, ROOT)]
 
 
 def groups():
@@ -117,9 +114,6 @@ def check(file, sources, compiler, arguments, extra, version):
 
 def main():
     MEMORY.mkdir(parents=True, exist_ok=True)
-    for old in MEMORY.iterdir():
-        if old.stat().st_mtime < time.time() - KEEP_DAYS * 86400:
-            old.unlink()
     version = output("clang-tidy", "--version").stdout + output("g++", "--version").stdout
     version += "".join(settings.read_text() for settings in sorted(ROOT.glob("*/.clang-tidy")) + [ROOT / ".clang-tidy"])
     wanted = tuple(sys.argv[1:]) or ("",)
