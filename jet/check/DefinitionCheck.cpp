@@ -6,7 +6,6 @@
 namespace jet {
 namespace {
 
-constexpr std::size_t kPageHeaderBytes = 8;
 constexpr std::uint8_t kOrdinaryRule = 4;
 constexpr PageNumber kFirstSystemTable = 2;
 constexpr PageNumber kLastSystemTable = 5;
@@ -15,7 +14,7 @@ base::Bytes joined(PageSource& source, const std::vector<PageNumber>& chain) {
     base::Bytes bytes;
     for (const PageNumber page : chain) {
         const PageView view = source.page(page);
-        const auto part = view.bytes.from(bytes.empty() ? 0 : kPageHeaderBytes).bytes();
+        const auto part = view.bytes.from(bytes.empty() ? 0 : DefinitionPageAt::kContent).bytes();
         bytes.insert(bytes.end(), part.begin(), part.end());
     }
     return bytes;
@@ -35,8 +34,8 @@ void checkPages(const CheckContext& context, const TableDefinition& definition, 
         base::Bytes(stored.begin(), stored.begin() + static_cast<std::ptrdiff_t>(length)), definition.chain);
     for (std::size_t i = 0; i < pages.size(); ++i) {
         const PageNumber number = definition.chain[i];
-        const std::uint16_t found = context.source.page(number).bytes.u16(2);
-        const std::uint16_t expected = base::ByteView{pages[i]}.u16(2);
+        const std::uint16_t found = context.source.page(number).bytes.u16(DefinitionPageAt::kFreeBytes);
+        const std::uint16_t expected = base::ByteView{pages[i]}.u16(DefinitionPageAt::kFreeBytes);
         if (found == expected) continue;
         context.findings.fault(place.onPage(number), countText(found) + u" freie Bytes der Definitionsseite statt " +
                                                          countText(expected) + u".");
@@ -46,14 +45,14 @@ void checkPages(const CheckContext& context, const TableDefinition& definition, 
 /// The definition is encoded again and must give the stored bytes: marks, lengths, order.
 void checkBytes(const CheckContext& context, const TableDefinition& definition, const Place& place) {
     const base::Bytes stored = joined(context.source, definition.chain);
-    const std::size_t length = base::ByteView{stored}.u32(kPageHeaderBytes);
+    const std::size_t length = base::ByteView{stored}.u32(DefinitionAt::kLength);
     const base::Bytes encoded = definition.encode();
     if (encoded.size() != length) {
         context.findings.fault(place.onPage(definition.page), u"Die Länge der Tabellendefinition ist " +
                                                                   countText(length) + u", ihre Teile haben " +
                                                                   countText(encoded.size()) + u" Bytes.");
     } else {
-        const auto from = static_cast<std::ptrdiff_t>(kPageHeaderBytes);
+        const auto from = static_cast<std::ptrdiff_t>(DefinitionPageAt::kContent);
         const auto difference = std::mismatch(encoded.begin() + from, encoded.end(), stored.begin() + from);
         if (difference.first != encoded.end()) {
             context.findings.fault(place.onPage(definition.page),

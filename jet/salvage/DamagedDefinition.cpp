@@ -9,22 +9,8 @@
 namespace jet {
 namespace {
 
-constexpr std::size_t kPageHeaderBytes = 8;
-constexpr std::size_t kNextPageOffset = 4;
-constexpr std::size_t kMaxChainPages = 64;
 constexpr std::size_t kMaxIndexes = 64;
-constexpr std::size_t kLengthOffset = 8;
-constexpr std::size_t kMarkOffset = 12;
-constexpr std::size_t kColumnsEverOffset = 41;
-constexpr std::size_t kVariableEverOffset = 43;
-constexpr std::size_t kColumnsOffset = 45;
-constexpr std::size_t kLogicalIndexesOffset = 47;
-constexpr std::size_t kIndexesOffset = 51;
-constexpr std::size_t kDataBlockOffset = 8;  ///< in the record of a logical index
 constexpr std::size_t kMaxNameUnits = 64;
-constexpr std::uint32_t kMark = 1625;
-constexpr std::uint32_t kIndexMark = 1923;
-constexpr std::uint16_t kEnd = 0xFFFF;
 
 /// Reads never leave the bytes: what is not there is 0.
 class Joined {
@@ -49,12 +35,12 @@ private:
 Joined joinChain(DamagedFile& file, PageNumber first) {
     base::Bytes bytes;
     PageNumber next = first;
-    for (std::size_t i = 0; i < kMaxChainPages && (i == 0 || next != 0) && next < file.pageCount(); ++i) {
+    for (std::size_t i = 0; i < kMaxDefinitionPages && (i == 0 || next != 0) && next < file.pageCount(); ++i) {
         const PageView page = file.page(next);
-        const auto part = page.bytes.from(i == 0 ? 0 : kPageHeaderBytes).bytes();
+        const auto part = page.bytes.from(i == 0 ? 0 : DefinitionPageAt::kContent).bytes();
         bytes.insert(bytes.end(), part.begin(), part.end());
-        next = page.bytes.u32(kNextPageOffset);
-        if (base::ByteView{bytes}.u32(kLengthOffset) <= bytes.size()) break;
+        next = page.bytes.u32(DefinitionPageAt::kNextPage);
+        if (base::ByteView{bytes}.u32(DefinitionAt::kLength) <= bytes.size()) break;
     }
     return Joined(std::move(bytes));
 }
@@ -87,9 +73,9 @@ struct Parts {
 
     base::Bytes joined() const {
         base::Bytes bytes = block;
-        base::putU16(bytes, kColumnsOffset, static_cast<std::uint16_t>(columns.size()));
-        base::putU32(bytes, kLogicalIndexesOffset, static_cast<std::uint32_t>(logicalIndexes.size()));
-        base::putU32(bytes, kIndexesOffset, static_cast<std::uint32_t>(indexes.size()));
+        base::putU16(bytes, DefinitionAt::kColumns, static_cast<std::uint16_t>(columns.size()));
+        base::putU32(bytes, DefinitionAt::kLogicalIndexes, static_cast<std::uint32_t>(logicalIndexes.size()));
+        base::putU32(bytes, DefinitionAt::kIndexes, static_cast<std::uint32_t>(indexes.size()));
         bytes.resize(bytes.size() + kStatisticsBytes * indexes.size(), 0);
         for (const NamedPart& column : columns)
             append(bytes, column.bytes);
@@ -100,7 +86,7 @@ struct Parts {
             append(bytes, index.bytes);
         appendNames(bytes, logicalIndexes);
         bytes.resize(bytes.size() + 2, 0xFF);
-        base::putU32(bytes, kLengthOffset, static_cast<std::uint32_t>(bytes.size()));
+        base::putU32(bytes, DefinitionAt::kLength, static_cast<std::uint32_t>(bytes.size()));
         return bytes;
     }
 
@@ -159,7 +145,7 @@ public:
 
     std::optional<DamagedDefinition> read() {
         if (!findDescriptors()) return std::nullopt;
-        parts_.block = joined_.take(0, kStatisticsOffset);
+        parts_.block = joined_.take(0, DefinitionAt::kStatistics);
         readColumns();
         if (parts_.columns.empty()) return std::nullopt;
         readIndexes();
@@ -170,15 +156,15 @@ public:
     }
 
 private:
-    bool isDescriptor(std::size_t at) const { return joined_.u32(at + 1) == kMark; }
+    bool isDescriptor(std::size_t at) const { return joined_.u32(at + ColumnAt::kMark) == kDefinitionMark; }
 
     /// The descriptors begin after 12 bytes for each index. Each has a mark, which shows their beginning and number
     /// even if the counts were damaged.
     bool findDescriptors() {
         std::size_t best = 0;
-        const std::size_t stored = joined_.u32(kIndexesOffset);
+        const std::size_t stored = joined_.u32(DefinitionAt::kIndexes);
         for (std::size_t indexes = 0; indexes <= kMaxIndexes; ++indexes) {
-            const std::size_t at = kStatisticsOffset + kStatisticsBytes * indexes;
+            const std::size_t at = DefinitionAt::kStatistics + kStatisticsBytes * indexes;
             const std::size_t marks = descriptorsAt(at);
             if (marks == 0 || marks < best || (marks == best && indexes != stored)) continue;
             best = marks;
@@ -186,12 +172,12 @@ private:
             indexCount_ = indexes;
         }
         columnCount_ = best;
-        const std::size_t told = joined_.u16(kColumnsOffset);
+        const std::size_t told = joined_.u16(DefinitionAt::kColumns);
         // The mark of the last descriptor may be damaged, too.
         if (told == columnCount_ + 1 && told <= kMaxColumns) columnCount_ = told;
         // The further pages of a definition have descriptors, too.
         const bool countsAgree = told == columnCount_ && stored == indexCount_;
-        return best > 0 && (joined_.u32(kMarkOffset) == kMark || countsAgree);
+        return best > 0 && (joined_.u32(DefinitionAt::kMark) == kDefinitionMark || countsAgree);
     }
 
     std::size_t descriptorsAt(std::size_t at) const {
@@ -214,8 +200,9 @@ private:
             if (count > kMaxColumns || (number >= count && number < kMaxColumns))
                 base::putU16(parts_.block, offset, static_cast<std::uint16_t>(number + 1));
         };
-        raise(kColumnsEverOffset, bytes.u16(5));
-        if ((bytes.u8(15) & Column::kFixed) == 0) raise(kVariableEverOffset, bytes.u16(7));
+        raise(DefinitionAt::kColumnsEver, bytes.u16(ColumnAt::kNumber));
+        if ((bytes.u8(ColumnAt::kFlags) & Column::kFixed) == 0)
+            raise(DefinitionAt::kVariableEver, bytes.u16(ColumnAt::kVariableIndex));
     }
 
     void readColumns() {
@@ -240,12 +227,12 @@ private:
 
     bool endsColumns(std::size_t at) const {
         if (indexCount_ > 0)
-            return joined_.u32(at) == kIndexMark || joined_.u32(at + IndexDefinition::kBytes) == kIndexMark;
-        return joined_.u16(at) == kEnd || joined_.u32(at) == kMark || joined_.u16(at) < kMaxColumns;
+            return joined_.u32(at) == kIndexBlockMark || joined_.u32(at + IndexDefinition::kBytes) == kIndexBlockMark;
+        return joined_.u16(at) == kNoColumn || joined_.u32(at) == kDefinitionMark || joined_.u16(at) < kMaxColumns;
     }
 
     std::size_t firstIndexAfter(std::size_t at) const {
-        while (at < joined_.size() && joined_.u32(at) != kIndexMark)
+        while (at < joined_.size() && joined_.u32(at) != kIndexBlockMark)
             ++at;
         return at;
     }
@@ -254,7 +241,7 @@ private:
         std::vector<std::size_t> newPlaces(indexCount_, SIZE_MAX);
         for (std::size_t i = 0; i < indexCount_; ++i, at_ += IndexDefinition::kBytes) {
             parts_.indexes.push_back(joined_.take(at_, IndexDefinition::kBytes));
-            if (joined_.u32(at_) == kIndexMark && parts_.decode(page_))
+            if (joined_.u32(at_) == kIndexBlockMark && parts_.decode(page_))
                 newPlaces[i] = parts_.indexes.size() - 1;
             else
                 parts_.indexes.pop_back();
@@ -268,12 +255,13 @@ private:
 
     void readLogicalIndexes(const std::vector<std::size_t>& newPlaces) {
         const std::size_t records = at_;
-        std::size_t count = joined_.u32(kLogicalIndexesOffset);
-        if (count > 2 * kMaxIndexes || joined_.u32(records) != kMark || count * LogicalIndex::kBytes > joined_.size())
+        std::size_t count = joined_.u32(DefinitionAt::kLogicalIndexes);
+        if (count > 2 * kMaxIndexes || joined_.u32(records) != kDefinitionMark ||
+            count * LogicalIndex::kBytes > joined_.size())
             count = marksFrom(records);
         at_ += LogicalIndex::kBytes * count;
         const auto names = findNames(joined_, at_, count, [this](std::size_t at) {
-            return joined_.u16(at) == kEnd || joined_.u16(at) < kMaxColumns;
+            return joined_.u16(at) == kNoColumn || joined_.u16(at) < kMaxColumns;
         });
         if (!names && count > 0) losses_.emplace_back(u"Die Namen der Indizes sind nicht lesbar");
         for (std::size_t i = 0; i < count; ++i) {
@@ -285,15 +273,15 @@ private:
 
     std::size_t marksFrom(std::size_t at) const {
         std::size_t count = 0;
-        while (joined_.u32(at + LogicalIndex::kBytes * count) == kMark)
+        while (joined_.u32(at + LogicalIndex::kBytes * count) == kDefinitionMark)
             ++count;
         return count;
     }
 
     void addLogicalIndex(base::Bytes record, base::Text name, const std::vector<std::size_t>& newPlaces) {
-        const std::uint32_t place = base::ByteView{record}.u32(kDataBlockOffset);
+        const std::uint32_t place = base::ByteView{record}.u32(LogicalIndexAt::kDataBlock);
         const bool isThere = place < newPlaces.size() && newPlaces[place] != SIZE_MAX;
-        if (isThere) base::putU32(record, kDataBlockOffset, static_cast<std::uint32_t>(newPlaces[place]));
+        if (isThere) base::putU32(record, LogicalIndexAt::kDataBlock, static_cast<std::uint32_t>(newPlaces[place]));
         parts_.logicalIndexes.push_back({std::move(record), std::move(name)});
         if (isThere && parts_.decode(page_)) return;
         losses_.push_back(u"Der Index '" + parts_.logicalIndexes.back().name + u"' ist nicht lesbar beschrieben");

@@ -6,7 +6,7 @@ namespace jet {
 namespace {
 
 std::size_t distinctPlace(std::size_t index) {
-    return kStatisticsOffset + kStatisticsBytes * index + kDistinctOffset;
+    return DefinitionAt::kStatistics + kStatisticsBytes * index + StatisticsAt::kDistinctKeys;
 }
 
 }  // namespace
@@ -21,19 +21,19 @@ void DefinitionCounters::write(std::size_t offset, std::uint32_t value) {
 }
 
 std::uint32_t DefinitionCounters::rowCount() const {
-    return read(kRowCountOffset);
+    return read(DefinitionAt::kRowCount);
 }
 
 std::uint32_t DefinitionCounters::lastAutoNumber() const {
-    return read(kAutoNumberOffset);
+    return read(DefinitionAt::kAutoNumber);
 }
 
 void DefinitionCounters::setRowCount(std::uint32_t count) {
-    write(kRowCountOffset, count);
+    write(DefinitionAt::kRowCount, count);
 }
 
 void DefinitionCounters::setLastAutoNumber(std::uint32_t number) {
-    write(kAutoNumberOffset, number);
+    write(DefinitionAt::kAutoNumber, number);
 }
 
 std::uint32_t DefinitionCounters::distinctKeys(std::size_t index) const {

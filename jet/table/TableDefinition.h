@@ -6,36 +6,9 @@
 
 #include "base/Value.h"
 #include "jet/page/PageSource.h"
+#include "jet/table/DefinitionLayout.h"
 #include "jet/value/Column.h"
 
-/// The definition of a table: one page, or a chain of pages. The bytes of the further pages, from 8 on, are
-/// appended to the first page.
-///
-///     page     0 kind 2, 1; 2 free bytes less 8; 4 next page of the chain, 0 for none
-///     offset size (in the joined bytes)
-///     8      4    length of the joined bytes, with the first page's 8 bytes and the end mark
-///     12     4    1625
-///     16     4    number of rows; may be out of date
-///     20     4    last auto number given
-///     24     1    1
-///     25     15   of unknown meaning
-///     40     1    'N' user table, 'S' one of the four system tables
-///     41     2    columns ever added; the column count of new rows
-///     43     2    variable columns ever added
-///     45     2    columns
-///     47     4    logical indexes
-///     51     4    index data blocks
-///     55     4    row of the map of owned data pages
-///     59     4    row of the map of data pages with free space
-///     63          12 bytes for each index data block: u32, number of distinct keys, 0
-///                 column descriptors, 25 bytes each (Column.h); then their names
-///                 index data blocks, 52 bytes each
-///                 logical indexes, 28 bytes each; then their names
-///                 for each column of long values: u16 number, row of its owned map, row of its free map
-///                 FF FF
-///
-/// Names: u16 byte length, UTF-16LE. For the index data blocks and the logical indexes see docs/file-format.md, "Table
-/// definitions".
 namespace jet {
 
 inline constexpr std::size_t kMaxColumns = 255;
@@ -45,13 +18,6 @@ struct IndexColumn {
     std::uint16_t columnNumber = 0;
     bool ascending = true;
 };
-
-/// Offsets of the counters in the joined bytes.
-inline constexpr std::size_t kRowCountOffset = 16;
-inline constexpr std::size_t kAutoNumberOffset = 20;
-inline constexpr std::size_t kStatisticsOffset = 63;
-inline constexpr std::size_t kStatisticsBytes = 12;  ///< of one index
-inline constexpr std::size_t kDistinctOffset = 4;    ///< inside the statistics of one index
 
 /// An index data block: the tree, its columns and its rules.
 struct IndexDefinition {
@@ -101,6 +67,7 @@ struct LongValueMaps {
     RowPointer free;  ///< may be none
 };
 
+/// The definition of a table. DefinitionLayout.h describes its bytes.
 class TableDefinition {
 public:
     /// @param page  the first page of the chain, which identifies the table

@@ -100,9 +100,9 @@ void addPlaces(std::vector<Area>& areas, const Area& whole, const TableDefinitio
     const auto add = [&](std::size_t from, std::size_t to, std::uint8_t bits = 0xFF) {
         areas.push_back({whole.page, from, to, whole.owner, bits});
     };
-    add(0, kRowCountOffset);
-    add(43, kStatisticsOffset);
-    std::size_t at = kStatisticsOffset + kStatisticsBytes * definition.indexes.size();
+    add(0, DefinitionAt::kRowCount);
+    add(43, DefinitionAt::kStatistics);
+    std::size_t at = DefinitionAt::kStatistics + kStatisticsBytes * definition.indexes.size();
     for (std::size_t i = 0; i < definition.columns.size(); ++i, at += Column::kDescriptorBytes)
         add(at + 1, at + 7);
     for (const Column& column : definition.columns)

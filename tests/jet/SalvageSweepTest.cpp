@@ -92,7 +92,7 @@ std::vector<Range> columnBytes(const TableDefinition& definition) {
     for (const PageNumber page : definition.chain)
         ranges.push_back({std::size_t{page} * kPageSize, std::size_t{page + 1} * kPageSize});
     if (ranges.size() > 1) return ranges;
-    std::size_t bytes = kStatisticsOffset + kStatisticsBytes * definition.indexes.size();
+    std::size_t bytes = DefinitionAt::kStatistics + kStatisticsBytes * definition.indexes.size();
     for (const Column& column : definition.columns)
         bytes += Column::kDescriptorBytes + 2 + 2 * column.name.size();
     return {{ranges[0].from, ranges[0].from + bytes}};

@@ -141,7 +141,7 @@ TEST(Table, ReportsDamageInsteadOfLosingRows) {
         EXPECT_NE(error.find(each.found), std::string::npos) << each.what << ": " << error;
     }
     SampleTable counted(30);
-    base::putU32(counted.pages.change(counted.definitionPage), kRowCountOffset, 32);
+    base::putU32(counted.pages.change(counted.definitionPage), DefinitionAt::kRowCount, 32);
     EXPECT_EQ(counted.scan().size(), 30U) << "a count that is out of date hides nothing";
 }
 
