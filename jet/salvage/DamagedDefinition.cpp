@@ -146,6 +146,7 @@ public:
     std::optional<DamagedDefinition> read() {
         if (!findDescriptors()) return std::nullopt;
         parts_.block = joined_.take(0, DefinitionAt::kStatistics);
+        dropImpossibleCounts();
         readColumns();
         if (parts_.columns.empty()) return std::nullopt;
         readIndexes();
@@ -192,12 +193,21 @@ private:
         return count;
     }
 
+    /// With counts that contradict each other no column could be read. The columns will raise them again.
+    void dropImpossibleCounts() {
+        const auto count = [&](std::size_t offset) { return base::ByteView{parts_.block}.u16(offset); };
+        if (count(DefinitionAt::kColumnsEver) > kMaxColumns || count(DefinitionAt::kColumnsEver) < columnCount_)
+            base::putU16(parts_.block, DefinitionAt::kColumnsEver, static_cast<std::uint16_t>(columnCount_));
+        if (count(DefinitionAt::kVariableEver) > count(DefinitionAt::kColumnsEver))
+            base::putU16(parts_.block, DefinitionAt::kVariableEver, 0);
+    }
+
     /// The numbers of a column raise the counts of the block if those were damaged.
     void raiseCounts(const base::Bytes& descriptor) {
         const base::ByteView bytes{descriptor};
         const auto raise = [&](std::size_t offset, std::uint16_t number) {
             const std::uint16_t count = base::ByteView{parts_.block}.u16(offset);
-            if (count > kMaxColumns || (number >= count && number < kMaxColumns))
+            if (number >= count && number < kMaxColumns)
                 base::putU16(parts_.block, offset, static_cast<std::uint16_t>(number + 1));
         };
         raise(DefinitionAt::kColumnsEver, bytes.u16(ColumnAt::kNumber));

@@ -13,9 +13,10 @@ namespace {
 
 constexpr std::size_t kCountBytes = 2;
 
-/// The sentence of a damage error without "Seite 5, Zeile 3: ".
+/// The sentence of a damage error without "Seite 5, Zeile 3: " and full stop.
 base::Text reasonOf(const base::RuntimeError& error) {
-    const base::Text whole = damageOf(error).value_or(error.description());
+    base::Text whole = damageOf(error).value_or(error.description());
+    if (whole.ends_with(u'.')) whole.pop_back();
     const std::size_t colon = whole.find(u": ");
     return whole.starts_with(u"Seite ") && colon != base::Text::npos ? whole.substr(colon + 2) : whole;
 }
