@@ -57,6 +57,22 @@ void moveRow(test::MemoryPageStore& store, RowPointer row) {
     base::putU32(page, offset, RowPointer{row.page, target.value()}.packed());
 }
 
+/// Hides the table that Access makes for itself, and adds a query.
+void addObjectsOfAccess(test::MemoryPageStore& store) {
+    constexpr std::uint32_t kQuery = 0x80000123;
+    const RowPointer row = openTable(store, u"MSysNavPaneGroups")->entry().row;
+    const RowView view = openTable(store, u"MSysObjects")->rowAt(row).view;
+    const auto flags = view.stored(*view.definition().column(u"Flags"));
+    const auto offset = flags.data() - store.page(row.page).bytes.bytes().data();
+    store.change(row.page)[static_cast<std::size_t>(offset)] = 0x0A;
+    test::addSystemRow(store, u"MSysObjects",
+                       objectRow(kQuery, CatalogEntry::kTablesContainer, u"Abfrage", 5, 0, BuiltInAccount::Admin,
+                                 knownCreationStamp()));
+    test::addSystemRow(store, u"MSysQueries",
+                       {static_cast<std::int32_t>(kQuery), std::uint8_t{5}, base::Bytes{0, 1}, base::Text(u"Konten"),
+                        Null{}, base::Text(3000, u'q'), std::int16_t{1}, Null{}});
+}
+
 /// Keys of up to 900 bytes, which make trees of several levels, and rows that grow beyond their page.
 test::SampleTable deepTable() {
     using enum ColumnType;
@@ -169,7 +185,7 @@ test::SampleTable everyType() {
     return table;
 }
 
-base::Bytes relatedTables() {
+base::Bytes relatedTables(std::int32_t count) {
     using enum ColumnType;
     test::SampleTable accounts{
         {u"Konten",
@@ -179,7 +195,7 @@ base::Bytes relatedTables() {
           {u"Merkmal", {{u"Merkmal"}}, false, kIgnoreNulls}}},
         {}};
     constexpr std::size_t kNoteUnits[] = {0, 20, 300, 10000, 200};  // in the row, in one row of a page, in a chain
-    for (std::int32_t i = 0; i < 150; ++i) {
+    for (std::int32_t i = 0; i < count; ++i) {
         accounts.rows.push_back({i + 1, longName(i), Null{}, Null{}, i % 3 == 0});
         if (i % 4 == 0) accounts.rows.back()[2] = u"Merkmal " + base::decimal(i);
         if (i > 0 && i < 5) accounts.rows.back()[3] = base::Text(kNoteUnits[i], u'm');
@@ -188,9 +204,13 @@ base::Bytes relatedTables() {
     second.design.indexes = {{u"Nr", {{u"Nr"}}, false, kUnique}};
     for (std::int32_t i = 1; i <= 10; ++i)
         second.rows.push_back({i, u"Zeile " + base::decimal(i)});
-    test::MemoryPageStore store(test::sampleFile({accounts, second}));
+    const test::SampleTable groups{
+        {u"MSysNavPaneGroups", {{u"Id", Long}, {u"ObjectID", Long}}, {{u"ObjectID", {{u"ObjectID"}}, false, 0}}},
+        {{1, 27}, {2, 16}, {3, 2}}};
+    test::MemoryPageStore store(test::sampleFile({accounts, second, groups}));
     test::relate(store, u"Zweite", u"Nr", u"Konten", u"ID", 0, test::kCascade);
     moveRow(store, {*openTable(store, u"Zweite")->ownedPages().next(0), 2});
+    addObjectsOfAccess(store);
     return store.file();
 }
 

@@ -23,8 +23,9 @@ std::vector<Seed> seeds();
 test::SampleTable everyType();
 
 /// The seed "related": two tables. The account table has an index of names with several leaves, and memos of all kinds.
-/// The second table has a moved row, and refers to the first one.
-base::Bytes relatedTables();
+/// The second table has a moved row, and refers to the first one. There are also a query and a hidden table of Access.
+/// @param count  of accounts
+base::Bytes relatedTables(std::int32_t count = 150);
 
 /// The seed "deep": a table with indexes of three levels, in the shapes of several writers.
 base::Bytes deepTrees();

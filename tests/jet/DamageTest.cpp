@@ -1,0 +1,381 @@
+#include <algorithm>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <map>
+#include <set>
+#include <sstream>
+
+#include "jet/check/Checker.h"
+#include "jet/page/Header.h"
+#include "jet/salvage/Rebuild.h"
+#include "jet/table/Catalog.h"
+#include "jet/table/LongValue.h"
+#include "tests/fuzz/Seeds.h"
+#include "tests/jet/DefinitionPlaces.h"
+#include "tests/jet/FileAtHand.h"
+#include "tests/jet/Hex.h"
+#include "tests/support/MemoryIo.h"
+#include "tests/support/RandomValues.h"
+#include "tests/support/SoundFile.h"
+
+namespace jet {
+namespace {
+
+constexpr const char* kDamages =
+#include "tests/jet/damages.txt"
+    ;
+
+using Lines = std::vector<std::string>;
+
+std::string numbered(std::uint64_t number) {
+    return base::toUtf8(base::decimal(static_cast<std::int64_t>(number)));
+}
+
+/// A long value by its size and the sum of its bytes.
+std::string printed(const base::Value& value) {
+    const auto* bytes = std::get_if<base::Bytes>(&value);
+    const auto* text = std::get_if<base::Text>(&value);
+    if (bytes == nullptr && (text == nullptr || text->size() < 80)) return base::toUtf8(*test::literalOf(value));
+    const base::Bytes whole = bytes != nullptr ? *bytes : base::Bytes(text->begin(), text->end());
+    std::uint64_t sum = 0;
+    for (const std::uint8_t byte : whole)
+        sum = sum * 31 % 9973 + byte;
+    return "(" + numbered(whole.size()) + " " + numbered(sum) + ")";
+}
+
+/// Everything that a file says, one line for each table, column, index, relationship, property and row.
+class Contents {
+public:
+    explicit Contents(PageSource& source) {
+        const Catalog catalog(source);
+        for (const CatalogEntry& entry : catalog.entries())
+            if (entry.isLocalTable()) names_[entry.id] = base::toUtf8(entry.name);
+        for (const CatalogEntry& entry : catalog.entries())
+            if (entry.isLocalTable()) addTable(Table(source, entry));
+    }
+
+    Lines lines;
+
+private:
+    void add(const std::string& line) { lines.push_back(table_ + line); }
+
+    void addTable(const Table& table) {
+        table_ = base::toUtf8(table.name()) + ": ";
+        const TableDefinition& definition = table.definition();
+        add("last number " + numbered(definition.lastAutoNumber));
+        for (const Column& column : definition.columns) {
+            std::ostringstream line;
+            line << "column " << base::toUtf8(column.name) << ", type " << +static_cast<std::uint8_t>(column.type)
+                 << ", " << column.lengthBytes << " bytes, flags " << +column.flags << ", " << +column.precision << "/"
+                 << +column.scale << ", order " << column.textOrder.lcid;
+            add(line.str());
+        }
+        for (const LogicalIndex& index : definition.logicalIndexes)
+            addIndex(definition, index);
+        for (const PropertyOwner& owner : table.properties().owners)
+            for (const Property& property : owner.properties)
+                add("property " + base::toUtf8(owner.name + u"." + property.name) + " " + toHex(property.data));
+        for (RowCursor cursor(table); cursor.next();)
+            addRow(table, cursor.row().view);
+    }
+
+    void addIndex(const TableDefinition& definition, const LogicalIndex& logical) {
+        const IndexDefinition& index = definition.indexes[logical.dataBlock];
+        std::ostringstream line;
+        line << (logical.kind == LogicalIndex::Kind::PrimaryKey ? "primary key " : "index ")
+             << base::toUtf8(logical.name) << ", flags " << +index.flags;
+        for (const IndexColumn& part : index.columns)
+            line << (part.ascending ? ", " : ", falling ") << base::toUtf8(definition.columnOf(part).name);
+        if (logical.kind == LogicalIndex::Kind::ForeignKey)
+            line << ", side " << +static_cast<std::uint8_t>(logical.side) << " with " << names_[logical.partnerTable]
+                 << ", rules " << +logical.updateRule << +logical.deleteRule;
+        add(line.str());
+    }
+
+    void addRow(const Table& table, const RowView& row) {
+        std::string line;
+        for (const Column& column : table.definition().columns) {
+            const base::Value value = table.value(row, column);
+            const bool isOfCreation = std::holds_alternative<base::Date>(value) || column.name == u"Owner";
+            if (base::isNull(value) || (table.entry().isSystem() && isOfCreation)) continue;
+            line += (line.empty() ? "" : ", ") + base::toUtf8(column.name) + " " + printedIn(table, column, value);
+        }
+        add(line);
+    }
+
+    /// The system tables name a table by its page, which is a new one in the rebuilt file.
+    std::string printedIn(const Table& table, const Column& column, const base::Value& value) const {
+        const auto* number = std::get_if<std::int32_t>(&value);
+        const bool isId =
+            table.name().starts_with(u"MSys") && (column.name.ends_with(u"Id") || column.name.ends_with(u"ID"));
+        const auto name = isId && number != nullptr ? names_.find(static_cast<PageNumber>(*number)) : names_.end();
+        return name == names_.end() ? printed(value) : name->second;
+    }
+
+    std::map<PageNumber, std::string> names_;
+    std::string table_;
+};
+
+void addReport(const SalvageReport::Table& table, Lines& lines) {
+    const std::string name = base::toUtf8(table.name) + " report: ";
+    lines.push_back(name + numbered(table.wholeRows) + " whole, " + numbered(table.rowsWithLosses) + " with losses, " +
+                    numbered(table.lostRows) + " lost");
+    for (const base::Text& line : table.lines)
+        lines.push_back(name + base::toUtf8(line));
+}
+
+/// The lines with this sign. Of many that begin in the same way, the first ones are shown; system tables follow the
+/// others, so one of theirs will do.
+void show(const Lines& lines, const std::string& sign, std::size_t limit, std::string& text) {
+    std::map<std::string, std::size_t> counts;
+    for (const std::string& line : lines)
+        if (++counts[line.substr(0, line.find(':'))] <= (line.starts_with("MSys") ? 1 : limit))
+            text += "  " + sign + " " + line + "\n";
+    for (const auto& [beginning, count] : counts)
+        if (count > limit - (beginning.starts_with("MSys") ? 1 : 0))
+            text += "  " + sign + " " + beginning + ": " + numbered(count) + " in all\n";
+}
+
+/// Decimal and hexadecimal numbers become "#".
+std::string withoutNumbers(const std::string& line) {
+    std::string text;
+    for (std::size_t at = 0; at < line.size();) {
+        const std::size_t end = std::min(line.find_first_not_of("0123456789ABCDEF", at), line.size());
+        const std::string run = line.substr(at, end - at);
+        text += run.find_first_of("0123456789") == std::string::npos ? run : "#";
+        text += line.substr(end, 1);
+        at = end + 1;
+    }
+    return text;
+}
+
+Lines without(Lines lines, const Lines& others) {
+    std::multiset<std::string> left(others.begin(), others.end());
+    std::erase_if(lines, [&](const std::string& line) {
+        const auto found = left.find(line);
+        return found != left.end() && (left.erase(found), true);
+    });
+    return lines;
+}
+
+/// A sound file to which damages are done as tests/jet/damages.txt describes them.
+class Damaged {
+public:
+    explicit Damaged(const base::Bytes& file) : bytes(file), sound_(file) {}
+
+    /// @param offset  is added to the place
+    void apply(const std::string& damage, std::size_t offset = 0) {
+        std::istringstream words(damage);
+        std::string first;
+        words >> first;
+        if (first == "password") {
+            change([&](Header& header) { header.password = textFrom(words); });
+        } else if (first == "given") {
+            given = textFrom(words);
+        } else if (first == "encoded") {
+            isEncoded = true;
+            bytes = test::encoded(bytes, 0x5EED1234);
+        } else if (first != "none") {
+            changeBytes(placeFrom(first, words) + offset, words);
+        }
+    }
+
+    base::Bytes bytes;
+    bool isEncoded = false;
+    base::Text given;
+
+private:
+    static base::Text textFrom(std::istringstream& words) {
+        std::string text;
+        words >> text;
+        return base::fromUtf8(text);
+    }
+
+    template <typename Change>
+    void change(Change&& make) {
+        Header header = Header::read(base::ByteView{std::span(bytes).first(kPageSize)});
+        make(header);
+        header.write(std::span(bytes).first(kPageSize));
+    }
+
+    /// "= 01 02", "^ 80", "zero 100", "cut"; before it, an offset such as "+7" or "-2".
+    void changeBytes(std::size_t place, std::istringstream& words) {
+        std::string word, hex;
+        words >> word;
+        if (word[0] == '+' || word[0] == '-') {
+            place += static_cast<std::size_t>(std::stol(word));
+            words >> word;
+        }
+        std::getline(words, hex);
+        if (word == "cut") return bytes.resize(place);
+        if (word == "zero") return std::fill_n(at(place), std::stoul(hex), std::uint8_t{0}), void();
+        for (const std::uint8_t byte : fromHex(hex.substr(1))) {
+            *at(place) = static_cast<std::uint8_t>(word == "^" ? *at(place) ^ byte : byte);
+            ++place;
+        }
+    }
+    base::Bytes::iterator at(std::size_t place) { return bytes.begin() + static_cast<std::ptrdiff_t>(place); }
+
+    /// "page 5", or of a table: "Konten definition", "Konten column 2", "Konten row 7", ...
+    std::size_t placeFrom(const std::string& first, std::istringstream& words) {
+        std::size_t number = 0;
+        if (first == "page") return words >> number, number * kPageSize;
+        if (first == "global-map") return placeOf(bytesAt({1, 0}));
+        const Table table = *openTable(sound_, base::fromUtf8(first));
+        const TableDefinition& definition = table.definition();
+        const std::size_t start = definition.page * kPageSize;
+        std::string kind;
+        words >> kind;
+        if (kind == "definition") return start;
+        if (kind == "map") return placeOf(bytesAt(definition.ownedPages));
+        if (kind == "space") return placeOf(bytesAt(definition.pagesWithSpace));
+        if (kind == "object") return placeOf(bytesAt(table.entry().row));
+        if (kind == "object-slot") return slotOf(table.entry().row);
+        words >> number;
+        static const std::map<std::string, DefinitionPart> parts = {{"statistics", DefinitionPart::Statistics},
+                                                                    {"column", DefinitionPart::Column},
+                                                                    {"column-name", DefinitionPart::ColumnName},
+                                                                    {"index", DefinitionPart::Index},
+                                                                    {"logical", DefinitionPart::LogicalIndex},
+                                                                    {"logical-name", DefinitionPart::LogicalName},
+                                                                    {"maps", DefinitionPart::Maps}};
+        if (const auto part = parts.find(kind); part != parts.end())
+            return start + placeInDefinition(definition, part->second, number);
+        if (kind == "root") return definition.indexes.at(number).rootPage * kPageSize;
+        if (kind == "page") {
+            auto page = table.ownedPages().next(0);
+            for (; number > 0; --number)
+                page = table.ownedPages().next(*page + 1);
+            return *page * kPageSize;
+        }
+        RowCursor cursor(table);
+        for (std::size_t i = 0; i <= number; ++i)
+            EXPECT_TRUE(cursor.next());
+        const Row& row = cursor.row();
+        if (kind == "slot") return slotOf(row.pointer);
+        const auto bytesOfRow = bytesAt(row.view.place());
+        if (kind == "row") return placeOf(bytesOfRow);
+        if (kind == "row-end") return placeOf(bytesOfRow) + bytesOfRow.size();
+        const auto stored = row.view.stored(*definition.column(textFrom(words)));
+        if (kind == "value") return placeOf(stored);
+        EXPECT_EQ(kind, "part");
+        return placeOf(bytesAt(LongValueReference::read(stored, row.pointer).first));
+    }
+
+    std::size_t slotOf(RowPointer row) const { return row.page * kPageSize + slotPlace(row.slot); }
+    std::span<const std::uint8_t> bytesAt(RowPointer row) {
+        return DataPage(sound_.page(row.page)).slot(row.slot).bytes;
+    }
+    std::size_t placeOf(std::span<const std::uint8_t> view) const {
+        return static_cast<std::size_t>(view.data() - sound_.bytes.data());
+    }
+
+    FileAtHand sound_;
+};
+
+class DamageTable : public testing::Test {
+protected:
+    /// What the rebuilt file says, and the report. The rebuilt file must be sound.
+    static Lines rebuilt(const Damaged& damaged) {
+        test::MemoryIo io(damaged.bytes), made;
+        DamagedFile file(io, u"Probe.mdb", damaged.given);
+        const SalvageReport report = rebuild(file, made);
+        Database database = Database::open(std::make_unique<test::MemoryIo>(made.bytes()), u"Neu.mdb", file.password());
+        auto fresh = database.beginRead();
+        EXPECT_EQ(test::faultsIn(fresh), "");
+        Lines lines = Contents(fresh).lines;
+        for (const SalvageReport::Table& table : report.tables)
+            addReport(table, lines);
+        addReport(report.file, lines);
+        for (const base::Text& remark : report.remarks)
+            lines.push_back("remark: " + base::toUtf8(remark));
+        lines.push_back("file: password '" + base::toUtf8(file.password()) + "', " +
+                        (fresh.header().databaseKey == 0 ? "plain" : "encoded"));
+        return lines;
+    }
+
+    /// What the checker finds ("!"), and how the rebuilt file differs from these lines ("-", "+").
+    static std::string outcomeOf(const Damaged& damaged, const Lines& otherwise, std::size_t limit) {
+        std::string text;
+        if (!damaged.isEncoded) {
+            FileAtHand file(damaged.bytes);
+            Lines found;
+            const CheckResult result = checkDatabase(file, file.bytes.size());
+            for (const Finding& finding : result.findings.kept())
+                found.push_back(base::toUtf8(finding.line()));
+            if (limit == 1) std::ranges::transform(found, found.begin(), withoutNumbers);
+            show(found, "!", limit, text);
+        }
+        try {
+            const Lines lines = rebuilt(damaged);
+            show(without(otherwise, lines), "-", limit, text);
+            show(without(lines, otherwise), "+", limit, text);
+        } catch (const base::RuntimeError& error) {
+            text += "  refused: " + base::toUtf8(error.description()) + "\n";
+        }
+        return text;
+    }
+
+    /// With "each 20" before a damage, the damage is done at the 20 places from there on, each by itself.
+    std::string outcomeOf(const Lines& damages) const {
+        std::size_t count = 1;
+        Lines plain;
+        for (const std::string& damage : damages) {
+            const bool isForEach = damage.starts_with("each ");
+            std::size_t end = 0;
+            if (isForEach) count = std::stoul(damage.substr(5), &end);
+            plain.push_back(isForEach ? damage.substr(6 + end) : damage);
+        }
+        const Lines otherwise = damages[0] == "none" ? contentsOf(sound_) : soundLines_;
+        std::vector<std::pair<std::string, std::string>> outcomes;  // each with the places that have it
+        for (std::size_t i = 0; i < count; ++i) {
+            Damaged damaged(sound_);
+            for (std::size_t k = 0; k < plain.size(); ++k)
+                damaged.apply(plain[k], plain[k] == damages[k] ? 0 : i);
+            const std::string outcome = outcomeOf(damaged, otherwise, count == 1 ? 2 : 1);
+            auto same = std::ranges::find(outcomes, outcome, [](const auto& each) { return each.first; });
+            if (same == outcomes.end()) same = outcomes.insert(same, {outcome, ""});
+            same->second += " " + numbered(i);
+        }
+        std::string text;
+        for (const auto& [outcome, places] : outcomes)
+            text += (count == 1 ? "" : "  @" + places + "\n") + outcome;
+        return text;
+    }
+
+    static Lines contentsOf(const base::Bytes& bytes) {
+        FileAtHand file(bytes);
+        return Contents(file).lines;
+    }
+
+    const base::Bytes sound_ = relatedTables(60);
+    Lines soundLines_ = rebuilt(Damaged(sound_));
+};
+
+/// Each paragraph of damages.txt has a title, damages ("*"), and exactly what must come of them. If TOLV_DAMAGES names
+/// a file, the table is written there as it came out.
+TEST_F(DamageTable, EachDamageHasExactlyItsOutcome) {
+    std::istringstream table(kDamages);
+    std::ostringstream out;
+    std::string line, title, expected;
+    Lines damages;
+    while (std::getline(table, line)) {
+        if (line.starts_with("  * ")) damages.push_back(line.substr(4));
+        const bool isExpected = line.starts_with("  ") && !line.starts_with("  * ");
+        if (isExpected) expected += line + "\n";
+        if (line.empty() && !damages.empty()) {
+            SCOPED_TRACE(title);
+            const std::string outcome = outcomeOf(damages);
+            EXPECT_EQ(outcome, expected);
+            out << outcome;
+            damages.clear();
+            expected.clear();
+        }
+        if (!line.starts_with("  ")) title = line;
+        if (!isExpected) out << line << "\n";
+    }
+    if (const char* path = std::getenv("TOLV_DAMAGES")) std::ofstream(path) << "R\"table(" << out.str() << ")table\"\n";
+}
+
+}  // namespace
+}  // namespace jet
