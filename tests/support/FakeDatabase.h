@@ -35,8 +35,7 @@ public:
     /// Whatever was done or failed, the file must be sound.
     ~FakeDatabase() override { EXPECT_EQ(faultsIn(machine_.file(), tolv::kAdministratorPassword), ""); }
 
-    std::int32_t openFailure = 0;  ///< number of the error that opening the connection raises
-    std::string lockedFrom;        ///< a call whose note begins with this raises the error of a locked file
+    std::string lockedFrom;  ///< a call whose note begins with this raises the error of a locked file
 
     /// The file's present rows, in the order in which they were added.
     std::vector<Row> rows() const {
@@ -57,136 +56,105 @@ public:
         writer.insert({{{0, id}, {1, std::move(name)}, {2, std::move(pass)}, {3, std::move(path)}, {4, progUpdate}}});
         transaction.commit();
     }
-    /// Removes all rows. Their numbers stay used.
-    void clear() {
+    /// What another program does.
+    void execute(base::TextView statement) {
         jet::Database database = open();
-        jet::sql::execute(database, u"DELETE FROM Benutzerkonto");
+        jet::sql::execute(database, statement);
     }
+    /// Removes all rows. Their numbers stay used.
+    void clear() { execute(u"DELETE FROM Benutzerkonto"); }
 
-    std::unique_ptr<ado::Connection> createConnection() override {
-        return std::make_unique<RecordedConnection>(*this, engine_.createConnection());
-    }
-    std::unique_ptr<ado::Recordset> createRecordset() override {
-        return std::make_unique<RecordedRecordset>(*this, engine_.createRecordset());
-    }
+    std::unique_ptr<ado::Connection> createConnection() override { return std::make_unique<RecordedConnection>(*this); }
+    std::unique_ptr<ado::Recordset> createRecordset() override { return std::make_unique<RecordedRecordset>(*this); }
 
 private:
-    class RecordedConnection : public ado::Connection, public ado::Properties {
-    public:
-        RecordedConnection(FakeDatabase& database, std::unique_ptr<ado::Connection> engine)
-            : database_(database), engine_(std::move(engine)) {}
+    struct RecordedConnection : ado::Connection {
+        explicit RecordedConnection(FakeDatabase& noted) : database(noted) {}
         RecordedConnection(const RecordedConnection&) = delete;
         RecordedConnection& operator=(const RecordedConnection&) = delete;
-        ~RecordedConnection() override { database_.note("connection released"); }
-        base::Text Provider() const override { return engine_->Provider(); }
+        ~RecordedConnection() override { database.note("connection released"); }
+        base::Text Provider() const override { return engine->Provider(); }
         void setProvider(base::TextView name) override {
-            database_.note("provider " + base::toUtf8(name));
-            engine_->setProvider(name);
+            database.note("provider " + base::toUtf8(name));
+            engine->setProvider(name);
         }
-        ado::Properties& Properties() override { return *this; }
-        ado::Property& Item(base::TextView name) override {
-            ado::Property& property = engine_->Properties().Item(name);
-            return properties_.try_emplace(base::Text(name), database_, property, name).first->second;
-        }
+        ado::Properties& Properties() override { return engine->Properties(); }
         void Open(base::TextView text, base::TextView user, base::TextView password, std::int32_t options) override {
-            database_.note("open connection '" + base::toUtf8(text) + base::toUtf8(user) + base::toUtf8(password) +
-                           "' " + std::to_string(options));
-            if (database_.openFailure != 0) throw base::RuntimeError(database_.openFailure, u"cannot be opened");
-            engine_->Open(text, user, password, options);
+            std::string note = "open ";
+            for (const base::TextView name : {u"Data Source", u"Jet OLEDB:Database Password"})
+                note += base::toUtf8(std::get<base::Text>(Properties().Item(name).Value())) + " ";
+            note += "'" + base::toUtf8(text) + base::toUtf8(user) + base::toUtf8(password) + "' ";
+            database.note(note + std::to_string(options));
+            engine->Open(text, user, password, options);
         }
-        std::int32_t State() const override { return engine_->State(); }
+        std::int32_t State() const override { return engine->State(); }
         void Close() override {
-            engine_->Close();
-            database_.note("close connection");
+            engine->Close();
+            database.note("close connection");
         }
         void Execute(base::TextView statement) override {
-            database_.note("execute " + base::toUtf8(statement));
-            engine_->Execute(statement);
+            database.note("execute " + base::toUtf8(statement));
+            engine->Execute(statement);
         }
 
-        ado::Connection& engine() { return *engine_; }
-
-    private:
-        class RecordedProperty : public ado::Property {
-        public:
-            RecordedProperty(FakeDatabase& database, ado::Property& engine, base::TextView name)
-                : database_(database), engine_(engine), name_(base::toUtf8(name)) {}
-            base::Value Value() const override { return engine_.Value(); }
-            void setValue(const base::Value& value) override {
-                engine_.setValue(value);
-                database_.note(name_ + "=" + base::toUtf8(std::get<base::Text>(value)));
-            }
-
-        private:
-            FakeDatabase& database_;
-            ado::Property& engine_;
-            std::string name_;
-        };
-
-        FakeDatabase& database_;
-        std::unique_ptr<ado::Connection> engine_;
-        std::map<base::Text, RecordedProperty> properties_;
+        FakeDatabase& database;
+        std::unique_ptr<ado::Connection> engine = database.engine_.createConnection();
     };
 
-    class RecordedRecordset : public ado::Recordset, public ado::Fields {
-    public:
-        RecordedRecordset(FakeDatabase& database, std::unique_ptr<ado::Recordset> engine)
-            : database_(database), engine_(std::move(engine)) {}
+    struct RecordedRecordset : ado::Recordset, ado::Fields {
+        explicit RecordedRecordset(FakeDatabase& noted) : database(noted) {}
         void Open(base::TextView source, ado::Connection& connection, ado::CursorType cursor, ado::LockType lock,
                   std::int32_t options) override {
-            database_.note("open rows " + base::toUtf8(source) + " " + std::to_string(static_cast<int>(cursor)) + " " +
-                           std::to_string(static_cast<int>(lock)) + " " + std::to_string(options));
-            engine_->Open(source, dynamic_cast<RecordedConnection&>(connection).engine(), cursor, lock, options);
+            database.note("open rows " + base::toUtf8(source) + " " + std::to_string(static_cast<int>(cursor)) + " " +
+                          std::to_string(static_cast<int>(lock)) + " " + std::to_string(options));
+            engine->Open(source, *dynamic_cast<RecordedConnection&>(connection).engine, cursor, lock, options);
         }
-        std::int32_t State() const override { return engine_->State(); }
-        std::int32_t RecordCount() const override { return engine_->RecordCount(); }
-        bool isEOF() const override { return engine_->isEOF(); }
-        void MoveNext() override { engine_->MoveNext(); }
+        std::int32_t State() const override { return engine->State(); }
+        std::int32_t RecordCount() const override { return engine->RecordCount(); }
+        bool isEOF() const override { return engine->isEOF(); }
+        void MoveNext() override { engine->MoveNext(); }
         ado::Fields& Fields() override { return *this; }
         void AddNew() override {
-            database_.note("add row");
-            engine_->AddNew();
-            isPending_ = true;
+            database.note("add row");
+            engine->AddNew();
+            isPending = true;
         }
         void Update() override {
-            database_.note("update");
-            engine_->Update();
-            isPending_ = false;
+            database.note("update");
+            engine->Update();
+            isPending = false;
         }
         void Close() override {
-            engine_->Close();
-            database_.note("close rows");
+            engine->Close();
+            database.note("close rows");
         }
-        std::int32_t Count() const override { return engine_->Fields().Count(); }
-        ado::Field& Item(base::TextView name) override { return recorded(engine_->Fields().Item(name)); }
-        ado::Field& Item(std::int32_t index) override { return recorded(engine_->Fields().Item(index)); }
+        std::int32_t Count() const override { return engine->Fields().Count(); }
+        ado::Field& Item(base::TextView name) override { return recorded(engine->Fields().Item(name)); }
+        ado::Field& Item(std::int32_t index) override { return recorded(engine->Fields().Item(index)); }
+        ado::Field& recorded(ado::Field& field) { return fields.try_emplace(&field, *this, field).first->second; }
 
-    private:
-        class RecordedField : public ado::Field {
-        public:
-            RecordedField(RecordedRecordset& rows, ado::Field& engine) : rows_(rows), engine_(engine) {}
-            base::Text Name() const override { return engine_.Name(); }
+        /// Reading is noted only while the row is pending.
+        struct RecordedField : ado::Field {
+            RecordedField(RecordedRecordset& noted, ado::Field& field) : rows(noted), engine(field) {}
+            base::Text Name() const override { return engine.Name(); }
             base::Value Value() const override {
-                if (rows_.isPending_) rows_.database_.note("read " + base::toUtf8(Name()));
-                return engine_.Value();
+                if (rows.isPending) rows.database.note("read " + base::toUtf8(Name()));
+                return engine.Value();
             }
             void setValue(const base::Value& value) override {
-                rows_.database_.note("set " + base::toUtf8(Name()));
-                engine_.setValue(value);
-                rows_.isPending_ = true;
+                rows.database.note("set " + base::toUtf8(Name()));
+                engine.setValue(value);
+                rows.isPending = true;
             }
 
-        private:
-            RecordedRecordset& rows_;
-            ado::Field& engine_;
+            RecordedRecordset& rows;
+            ado::Field& engine;
         };
 
-        ado::Field& recorded(ado::Field& field) { return fields_.try_emplace(&field, *this, field).first->second; }
-
-        FakeDatabase& database_;
-        std::unique_ptr<ado::Recordset> engine_;
-        std::map<ado::Field*, RecordedField> fields_;
-        bool isPending_ = false;
+        FakeDatabase& database;
+        std::unique_ptr<ado::Recordset> engine = database.engine_.createRecordset();
+        std::map<ado::Field*, RecordedField> fields;
+        bool isPending = false;
     };
 
     void note(const std::string& what) {
@@ -195,11 +163,9 @@ private:
     }
 
     static base::Bytes emptyFile() {
-        static const base::Bytes file = [] {
-            SampleTable accounts{kontodb::accountTableDesign(), {}};
-            accounts.design.columns[2].maxUnits = 255;  // so that passwords other than the tool's own fit, too
-            return sampleFile({accounts}, base::Text(tolv::kAdministratorPassword));
-        }();
+        SampleTable accounts{kontodb::accountTableDesign(), {}};
+        accounts.design.columns[2].maxUnits = 255;  // so that passwords other than the tool's own fit, too
+        static const base::Bytes file = sampleFile({accounts}, base::Text(tolv::kAdministratorPassword));
         return file;
     }
     jet::Database open() const {
