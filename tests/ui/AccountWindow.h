@@ -9,8 +9,10 @@
 namespace tolv {
 
 const base::Text kInitial(accountTable::kStoredInitialPassword);
+const std::string kNotice =
+    "\r\n\r\nMNwelKOP\r\n\r\nDer Anwender wird beim ersten Login aufgefordert dieses zu ändern.";
 
-/// Writes to the log which properties of a control the window sets, in order.
+/// Writes to the log which properties of a control the window sets, in order: "txtPathGlobal text enabled".
 class Recorder : public forms::ListViewPeer {
 public:
     Recorder(base::TextView name, test::Log& log) : name_(base::toUtf8(name)), log_(log) {}
@@ -28,7 +30,10 @@ public:
     void ensureVisible(std::size_t place) override { note("visible " + std::to_string(place)); }
 
 private:
-    void note(const std::string& what) { log_.push_back(name_ + " " + what); }
+    void note(const std::string& what) {
+        const bool isSame = !log_.empty() && log_.back().starts_with(name_ + " ");
+        isSame ? log_.back().append(" " + what) : log_.emplace_back(name_ + " " + what);
+    }
 
     std::string name_;
     test::Log& log_;
@@ -59,15 +64,18 @@ protected:
             EXPECT_EQ(box->BackColor(), areEnabled ? 0x80000005U : 0x00C0C0C0U);
         }
         EXPECT_EQ(window.chbProgrammupdate.Enabled(), areEnabled);
-        expectCleanSaveButton();
     }
     void expectAccount(base::TextView name, base::TextView path, std::int16_t update) {
         EXPECT_EQ(window.lvwBenKto.SelectedItem()->Text(), name) << "selection and fields never part";
         expectFields(name, path, update);
+        expectCleanSaveButton();
     }
-    void expectEmpty() {
-        expectFields(u"", u"", forms::CheckBox::kUnchecked, false);
-        EXPECT_FALSE(window.cmdGlobal.Enabled());
+    /// The texts of the message boxes since the log was cleared.
+    test::Log boxes() const {
+        test::Log texts;
+        std::copy_if(tool.log.begin(), tool.log.end(), std::back_inserter(texts),
+                     [](const std::string& entry) { return entry.starts_with("box "); });
+        return texts;
     }
 
     test::Tool tool;

@@ -54,15 +54,6 @@ TEST_F(frmBenKtoTest, withAccountsItOpensOnTheFirstByName) {
     EXPECT_EQ(loads(), 1);
 }
 
-TEST_F(frmBenKtoTest, withoutAccountsItOpensEmptyAndLocked) {
-    window.txtUserNameDexo.setText(u"Rest");
-    window.chbProgrammupdate.setValue(forms::CheckBox::kChecked);
-    tool.openAccountWindow();
-    expectEmpty();
-    EXPECT_TRUE(window.lvwBenKto.hasFocus());
-    EXPECT_TRUE(window.cmdAbbrechen.Enabled());
-}
-
 TEST_F(frmBenKtoTest, everyMoveOfTheSelectionLoadsThatAccountOnceUnderTheHourglass) {
     addAccounts();
     open();
