@@ -2,24 +2,8 @@
 #include "tests/comdouble/Apartment.h"
 #include "tests/conformance/Way.h"
 
-namespace conformance {
-
-namespace {
-
-class ComWay final : public Way {
-public:
-    ado::ConnectionFactory& connections() override { return factory_; }
-    void expectNothingLeft() override { apartment_.expectNothingLeft(); }
-
-private:
-    comdouble::Apartment apartment_;
-    ado::com::Factory factory_{{comdouble::kConnectionClass, comdouble::kRecordsetClass}};
-};
-
-}  // namespace
-
-std::unique_ptr<Way> makeWay() {
-    return std::make_unique<ComWay>();
+conformance::Way conformance::makeWay() {
+    const auto apartment = std::make_shared<comdouble::Apartment>();
+    const ado::com::Classes classes{comdouble::kConnectionClass, comdouble::kRecordsetClass};
+    return {apartment, std::make_unique<ado::com::Factory>(classes), [apartment] { apartment->expectNothingLeft(); }};
 }
-
-}  // namespace conformance

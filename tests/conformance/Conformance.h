@@ -4,6 +4,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <memory>
+#include <optional>
 #include <random>
 #include <string>
 
@@ -12,6 +13,7 @@
 #include "tests/support/Expect.h"
 #include "tests/support/SampleFile.h"
 #include "tests/support/SoundFile.h"
+#include "tools/kontodb/AccountFile.h"
 
 namespace conformance {
 
@@ -37,17 +39,8 @@ protected:
 
     static test::SampleTable accounts() {
         test::SampleTable table;
-        table.design.name = u"Benutzerkonto";
-        jet::ColumnDesign number{u"BenKTO_ID", jet::ColumnType::Long};
-        number.isAutoNumber = true;
-        table.design.columns = {number,
-                                {u"BenKTO_Name", jet::ColumnType::Text, 50},
-                                {u"BenKTO_Pass", jet::ColumnType::Text, 64},
-                                {u"BenKTO_ServerPath", jet::ColumnType::Text, 255},
-                                {u"BenKTO_R_ProgUpdate", jet::ColumnType::Boolean}};
-        table.design.indexes = {
-            {u"PrimaryKey", {{u"BenKTO_ID"}}, true, jet::IndexDefinition::kUnique | jet::IndexDefinition::kRequired},
-            {u"Name", {{u"BenKTO_Name"}}, false, jet::IndexDefinition::kUnique}};
+        table.design = kontodb::accountTableDesign();
+        table.design.indexes[1].flags = jet::IndexDefinition::kUnique;
         table.rows = {{1, Text(u"Müller"), Text(u"p1"), Text(u"S:\\Eins\\"), true},
                       {2, Text(u"Aal"), Text(u"p2"), Value(base::Null{}), false},
                       {3, Text(u"Meier"), Value(base::Null{}), Text(u"S:\\Drei"), false}};
@@ -75,7 +68,7 @@ protected:
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
-    ado::ConnectionFactory& factory() const { return way->connections(); }
+    ado::ConnectionFactory& factory() const { return *way->connections; }
 
     /// A closed connection with the provider set.
     std::unique_ptr<ado::Connection> prepare(base::TextView password = kPassword, base::TextView file = {}) const {
@@ -120,7 +113,7 @@ protected:
 
     std::filesystem::path path =
         std::filesystem::temp_directory_path() / ("conformance-" + std::to_string(std::random_device()()) + ".mdb");
-    std::unique_ptr<Way> way = makeWay();
+    std::optional<Way> way = makeWay();
 };
 
 }  // namespace conformance

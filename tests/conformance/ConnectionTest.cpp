@@ -54,18 +54,17 @@ TEST_F(Conformance, BrokenStatementsHaveTheEnginesNumbers) {
         {u"SELECT * FROM Kunde", -2147217865},
         {u"SELECT * FROM Benutzerkonto WHERE Unbekannt = 1", -2147217904},
         {u"SELECT * FROM Benutzerkonto WHERE BenKTO_Name = 'O'Neil'", -2147217900},
-        {u"SELECT * FROM Benutzerkonto WHERE BenKTO_Name = 'Neil''", -2147217900},
         {u"SELECT * FROM Benutzerkonto WHERE BenKTO_ID = 'x'", -2147217913},
-    };
-    for (const auto& broken : cases)
-        EXPECT_EQ(errorOf([&] { open(*connection, broken.first); }), broken.second) << base::toUtf8(broken.first);
-    const std::pair<base::TextView, std::int32_t> executed[] = {
         {u"DELETE FROM Kunde", -2147217865},
         {u"DELETE Benutzerkonto", -2147217900},
         {u"UPDATE Benutzerkonto SET BenKTO_Name = 'Aal' WHERE BenKTO_ID = 1", -2147467259},
     };
-    for (const auto& broken : executed)
-        EXPECT_EQ(errorOf([&] { connection->Execute(broken.first); }), broken.second) << base::toUtf8(broken.first);
+    for (const auto& [statement, number] : cases) {
+        const auto carryOut = [&, text = statement] {
+            text.starts_with(u"SELECT") ? void(open(*connection, text)) : connection->Execute(text);
+        };
+        EXPECT_EQ(errorOf(carryOut), number) << base::toUtf8(statement);
+    }
     EXPECT_EQ(bytes(), before);
     EXPECT_EQ(connection->State(), ado::adStateOpen);
 }

@@ -152,15 +152,15 @@ TEST_F(Conformance, WhatCannotBeStoredIsRefusedAndNotWritten) {
     const auto connection = connect();
     const base::Bytes before = bytes();
     const auto rows = openToChange(*connection, kAll);
-    EXPECT_EQ(errorOf([&] { set(*rows, u"BenKTO_Name", Text(51, u'x')); }), kMultiStep);
+    EXPECT_EQ(errorOf([&] { set(*rows, u"BenKTO_Name", Text(101, u'x')); }), kMultiStep);
     EXPECT_EQ(errorOf([&] { set(*rows, u"BenKTO_ID", 9); }), kMultiStep);
     set(*rows, u"BenKTO_Name", Text(u"MEIER"));
     EXPECT_EQ(errorOf([&] { rows->Update(); }), -2147467259);
     EXPECT_EQ(bytes(), before);
-    set(*rows, u"BenKTO_Name", Text(50, u'x'));
+    set(*rows, u"BenKTO_Name", Text(100, u'x'));
     rows->Update();
     rows->Close();
-    EXPECT_EQ(names(*connection), "1 " + std::string(50, 'x') + "|2 Aal|3 Meier|");
+    EXPECT_EQ(names(*connection), "1 " + std::string(100, 'x') + "|2 Aal|3 Meier|");
 }
 
 TEST_F(Conformance, ARowThatSomebodyElseChangedOrDeletedIsNotOverwritten) {

