@@ -33,16 +33,13 @@ struct Raised {
 
 /// What goes wrong in the objects of a registration. Nothing does unless a test sets something here.
 struct Faults {
-    /// Calls that fail, by class and member: "Connection.Open", "Connection.Provider", "Recordset.MoveNext",
-    /// "Field.Value", "Property.Value", ... For a property, both reading and setting it fail.
+    /// Calls that fail, by class and member: "Connection.Open", "Recordset.MoveNext", ... For a property, both reading
+    /// and setting it fail. A name after a colon means one item of a collection only: "Fields.Item:BenKTO_Pass",
+    /// "Property.Value:Data Source".
     std::map<base::Text, Raised> calls;
-    /// Properties of the provider whose value cannot be set, by name.
-    std::map<base::Text, Raised> properties;
     /// After this many more statements (record sets opened, Execute, AddNew, Update) the file cannot be reached: the
     /// next one fails, and so do all after it.
     std::optional<int> statementsUntilDeath;
-    /// A column that the record sets do not find.
-    base::Text missingField;
     /// Columns that deliver another value; the function makes a variant, which the caller must clear.
     std::map<base::Text, std::function<VARIANT()>> oddValues;
 };

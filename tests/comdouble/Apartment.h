@@ -14,12 +14,12 @@ public:
     Apartment() {
         EXPECT_EQ(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), S_OK);
         registration_.emplace();
-        memory_.emplace();
+        memoryWatch().begin();
     }
     Apartment(const Apartment&) = delete;
     Apartment& operator=(const Apartment&) = delete;
     ~Apartment() {
-        memory_.reset();
+        memoryWatch().end();
         registration_.reset();
         CoUninitialize();
     }
@@ -30,13 +30,12 @@ public:
         EXPECT_EQ(state().held.size(), 0U);
         EXPECT_EQ(state().recordsNotFilledIn, 0);
         EXPECT_EQ(state().breaches, 0);
-        EXPECT_EQ(memory_->notFreed(), 0U);
-        EXPECT_EQ(memory_->freedAgain(), 0U);
+        EXPECT_EQ(memoryWatch().notFreed(), 0U);
+        EXPECT_EQ(memoryWatch().freedAgain(), 0U);
     }
 
 private:
     std::optional<Registration> registration_;
-    std::optional<MemoryWatch> memory_;
 };
 
 }  // namespace comdouble

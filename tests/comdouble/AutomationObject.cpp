@@ -195,9 +195,13 @@ ado::com::Variant AutomationObject::carryOut(const Member& member, const DISPPAR
         const HRESULT taken = take(member.parameters[place], given, arguments.emplace_back().out());
         if (FAILED(taken)) fail({.result = taken});
     }
-    const auto& calls = state().faults.calls;
-    const auto ordered = calls.find(base::Text(className_).append(u".").append(member.name));
-    if (ordered != calls.end()) fail(ordered->second);
+    const base::Text call = base::Text(className_).append(u".").append(member.name);
+    const base::Text item =
+        member.name == u"Item" && arguments[0].raw().vt == VT_BSTR ? arguments[0].text() : subject_.name;
+    for (const base::Text& ordered : {call, call + u":" + item}) {
+        const auto found = state().faults.calls.find(ordered);
+        if (found != state().faults.calls.end()) fail(found->second);
+    }
     ado::com::Variant delivered = member.run(subject_, arguments);
     if (member.result != VT_VOID && member.result != VT_VARIANT)
         VariantChangeType(delivered.out(), delivered.out(), 0, member.result);

@@ -153,18 +153,18 @@ TEST(Variant, MeansToTheSystemWhatItMeansToUs) {
 
 TEST(MemoryWatch, CountsWhatIsNotFreedAndWhatIsFreedTwice) {
     ASSERT_EQ(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), S_OK);
-    {
-        const MemoryWatch watch;
-        const BSTR text = SysAllocString(L"Text");
-        SAFEARRAY* const array = SafeArrayCreateVector(VT_UI1, 0, 3);
-        EXPECT_GE(watch.notFreed(), 2U);
-        SafeArrayDestroy(array);
-        EXPECT_EQ(watch.notFreed(), 1U);
-        SysFreeString(text);
-        EXPECT_EQ(watch.notFreed() + watch.freedAgain(), 0U);
-        SysFreeString(text);
-        EXPECT_EQ(watch.freedAgain(), 1U);
-    }
+    MemoryWatch& watch = memoryWatch();
+    watch.begin();
+    const BSTR text = SysAllocString(L"Text");
+    SAFEARRAY* const array = SafeArrayCreateVector(VT_UI1, 0, 3);
+    EXPECT_GE(watch.notFreed(), 2U);
+    SafeArrayDestroy(array);
+    EXPECT_EQ(watch.notFreed(), 1U);
+    SysFreeString(text);
+    EXPECT_EQ(watch.notFreed() + watch.freedAgain(), 0U);
+    SysFreeString(text);
+    EXPECT_EQ(watch.freedAgain(), 1U);
+    watch.end();
     CoUninitialize();
 }
 

@@ -1,14 +1,22 @@
 /// The engine with which the journeys go through the tool a second time: reached through COM, with the double's classes
 /// instead of the system's. Linked before the library that would choose an engine.
 ///
-/// A file beside the exe names the faults to make (FaultPlan.h). A message-only window of the class "comdouble" answers
-/// WM_APP with the number of objects held, or with -1 if a record was not filled in or a forbidden call was made.
+/// The file faults.txt beside the exe names the faults to make, one on each line, in UTF-8 with a tab between words;
+/// without it there are none:
+///
+///     MEMBER NUMBER TEXT      the call fails with an exception record, for example "Connection.Open"
+///     statements COUNT        this many statements succeed before the file cannot be reached any more
+///
+/// A message-only window of the class "comdouble" answers WM_APP with the number of objects held, or with -1 if a
+/// record was not filled in or a forbidden call was made.
 
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
 
 #include "ado/com/Factory.h"
 #include "tests/comdouble/AdoDouble.h"
-#include "tests/comdouble/FaultPlan.h"
 #include "win32/EngineChoice.h"
 
 namespace {
@@ -39,11 +47,26 @@ std::filesystem::path folderOfExe() {
     return std::filesystem::path(path).parent_path();
 }
 
+void planFaults(const std::filesystem::path& plan) {
+    comdouble::Faults& faults = comdouble::state().faults;
+    std::ifstream file(plan, std::ios::binary);
+    for (std::string line; std::getline(file, line);) {
+        std::istringstream stream(line);
+        std::string member, number, description;
+        std::getline(std::getline(std::getline(stream, member, '\t'), number, '\t'), description);
+        if (member == "statements")
+            faults.statementsUntilDeath = std::stoi(number);
+        else
+            faults.calls[base::fromUtf8(member)] = {.scode = static_cast<SCODE>(std::stol(number)),
+                                                    .description = base::fromUtf8(description)};
+    }
+}
+
 /// The factory that the tool gets. When it is destroyed, nothing may be held any more; the exit code tells.
 class FactoryOverDouble final : public ado::ConnectionFactory {
 public:
     FactoryOverDouble() {
-        comdouble::state().faults = comdouble::faultsOf(folderOfExe() / "faults.txt");
+        planFaults(folderOfExe() / "faults.txt");
         makeTellingWindow();
     }
     FactoryOverDouble(const FactoryOverDouble&) = delete;

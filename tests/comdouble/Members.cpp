@@ -63,8 +63,6 @@ Variant propertyValue(Subject& on, const Arguments&) {
 }
 
 Variant putProperty(Subject& on, const Arguments& with) {
-    const auto ordered = state().faults.properties.find(on.name);
-    if (ordered != state().faults.properties.end()) fail(ordered->second);
     on.connection->Properties().Item(on.name).setValue(with[0].value());
     return {};
 }
@@ -117,9 +115,7 @@ Variant fieldItem(Subject& on, const Arguments& with) {
     ado::Fields& fields = on.recordset->Fields();
     if (with[0].raw().vt == VT_I4) return item(u"Field", on, fields.Item(with[0].int32()).Name());
     if (with[0].raw().vt != VT_BSTR) fail({.result = E_NOTIMPL});
-    const base::Text name = with[0].text();
-    if (name == state().faults.missingField) throw adoError(AdoErrorNumber::ItemNotFound);
-    return item(u"Field", on, fields.Item(name).Name());
+    return item(u"Field", on, fields.Item(with[0].text()).Name());
 }
 
 Variant fieldValue(Subject& on, const Arguments&) {

@@ -16,20 +16,20 @@ namespace {
 
 /// COM calls it before and after everything the allocator does. It stays registered, because COM does not release it
 /// before the last block made under it is freed.
-class Spy final : public IMallocSpy {
+class Spy final : public IMallocSpy, public MemoryWatch {
 public:
     Spy() {
         SetOaNoCache();  // otherwise freed texts would be kept for later use
         if (FAILED(CoRegisterMallocSpy(this))) throw std::runtime_error("the allocator cannot be watched");
     }
 
-    void begin() {
+    void begin() override {
         const std::scoped_lock lock(mutex_);
         live_.clear();
         freedAgain_ = 0;
         isWatching_ = true;
     }
-    void end() {
+    void end() override {
         std::set<void*> freed;
         {
             const std::scoped_lock lock(mutex_);
@@ -39,11 +39,11 @@ public:
         for (void* block : freed)
             CoTaskMemFree(block);
     }
-    std::size_t notFreed() const {
+    std::size_t notFreed() const override {
         const std::scoped_lock lock(mutex_);
         return live_.size();
     }
-    std::size_t freedAgain() const {
+    std::size_t freedAgain() const override {
         const std::scoped_lock lock(mutex_);
         return freedAgain_;
     }
@@ -93,27 +93,11 @@ private:
     std::size_t freedAgain_ = 0;
 };
 
-Spy& spy() {
-    static Spy only;
-    return only;
-}
-
 }  // namespace
 
-MemoryWatch::MemoryWatch() {
-    spy().begin();
-}
-
-MemoryWatch::~MemoryWatch() {
-    spy().end();
-}
-
-std::size_t MemoryWatch::notFreed() const {
-    return spy().notFreed();
-}
-
-std::size_t MemoryWatch::freedAgain() const {
-    return spy().freedAgain();
+MemoryWatch& memoryWatch() {
+    static Spy only;
+    return only;
 }
 
 }  // namespace comdouble

@@ -8,17 +8,20 @@ namespace comdouble {
 
 class MemoryWatch {
 public:
-    MemoryWatch();
-    ~MemoryWatch();
-    MemoryWatch(const MemoryWatch&) = delete;
-    MemoryWatch& operator=(const MemoryWatch&) = delete;
+    virtual void begin() = 0;
+    virtual void end() = 0;
 
     /// Blocks allocated since the watch began and not freed.
-    std::size_t notFreed() const;
+    virtual std::size_t notFreed() const = 0;
 
     /// How many times such a block was freed again. Freed memory stays reserved until the watch ends, so that no new
     /// block takes its place and hides the fault.
-    std::size_t freedAgain() const;
+    virtual std::size_t freedAgain() const = 0;
+
+protected:
+    ~MemoryWatch() = default;
 };
+
+MemoryWatch& memoryWatch();
 
 }  // namespace comdouble

@@ -48,7 +48,7 @@ TEST_F(ComFailures, EveryCombinationOfARecordsFieldsHasANumberAndADescription) {
         {{.scode = kUnspecified, .description = u"Wegen"}, kUnspecified, u"Wegen"},
         {{.scode = kClosed, .description = u"Zu"}, 3704, u"Zu"},
         {{.code = 1004, .description = u"Nur wCode"}, 1004, u"Nur wCode"},
-        {{.scode = kClosed, .code = 1004, .description = u"Beide"}, 3704, u"Beide"},
+        {{.code = 1004, .scode = kClosed, .description = u"Beide"}, 3704, u"Beide"},
         {{.description = u"Keine Nummer"}, DISP_E_EXCEPTION, u"Keine Nummer"},
         {{.scode = kUnspecified}, kUnspecified, u""},
         {{.scode = kUnspecified, .description = u""}, kUnspecified, u""},
