@@ -22,8 +22,7 @@ inverted = lambda data: bytes(byte ^ 0xFF for byte in data)
 
 def readWeights():
     """Maps each unit to (section, codes, accents or value, kana)."""
-    weights, section = {}, None
-    entries = []
+    weights, entries, section = {}, [], None
     for line in WEIGHTS.read_text("ascii").splitlines():
         for word in line.split("#")[0].split():
             if word.startswith("["):
@@ -42,10 +41,8 @@ def readWeights():
                     weights[unit] = (kind, bytes((place // 254, place % 254 + 2)), tail, int(kana or 0))
                 else:
                     weights[unit] = (kind, bytes.fromhex(codes), tail if not step else bytes([tail[0] + step]), int(kana or 0))
-            elif kind != "unknown":
-                weights[unit] = (kind, b"", int(codes, 16) + step, 0)
             else:
-                weights[unit] = (kind, b"", 0, 0)
+                weights[unit] = (kind, b"", 0 if kind == "unknown" else int(codes, 16) + step, 0)
     return weights
 
 

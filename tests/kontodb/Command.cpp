@@ -50,14 +50,10 @@ std::map<std::filesystem::path, std::string> filesHere() {
 }
 
 void expectCall(const std::string& line, FakeConsole& console, const std::string& expected) {
-    std::vector<Text> words = wordsOf(line);
-    const auto printsTo = [&](base::TextView where) {
-        const bool does = words.size() > 2 && words.end()[-2] == u">" && words.back() == where;
-        if (does) words.resize(words.size() - 2);
-        return does;
-    };
-    console.isScreen = printsTo(u"tty");
-    console.isFull = printsTo(u"full");
+    console.isScreen = line.ends_with(" > tty");
+    console.isFull = line.ends_with(" > full");
+    const std::vector<Text> words =
+        wordsOf(console.isScreen || console.isFull ? line.substr(0, line.rfind(" > ")) : line);
     const auto before = filesHere();
     const int exitCode = run(words, console);
     std::string actual = visible(console.printed, false) + visible(console.errors, true);

@@ -57,12 +57,6 @@ protected:
                                                                                             : outcome.exitCode;
         }));
     }
-
-    template <typename Condition>
-    static void waitUntil(Condition isTrue) {
-        while (!isTrue())
-            std::this_thread::sleep_for(Milliseconds(2));
-    }
 };
 
 TEST_F(HardTimes, WritesAllOrNothingWhereTheRoomEndsAnywhere) {
@@ -119,7 +113,8 @@ TEST_F(HardTimes, LeavesNoFileThatIsNotWholeWhenItIsEnded) {
     const auto endsLeaving = [&](const std::vector<Text>& arguments, int signal, const std::vector<std::string>& left) {
         const std::size_t before = names().size();
         const pid_t process = start([&] { return call(arguments).exitCode; });
-        waitUntil([&] { return names().size() > before; });
+        while (names().size() == before)
+            std::this_thread::sleep_for(Milliseconds(2));
         ::kill(process, signal);
         EXPECT_EQ(endOf(process), -signal);
         EXPECT_EQ(names(), left);
@@ -190,7 +185,8 @@ TEST_F(HardTimes, ShowsAgainWhatIsTypedWhenThePasswordPromptIsEnded) {
                 return std::raise(interrupted.signal);
             }
         });
-        waitUntil([&] { return !shows(); });
+        while (shows())
+            std::this_thread::sleep_for(Milliseconds(2));
         ASSERT_EQ(::write(keyboard, keys.data(), keys.size()), std::ssize(keys));
         EXPECT_EQ(endOf(process), -signal);
         EXPECT_TRUE(shows()) << signal;

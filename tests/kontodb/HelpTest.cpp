@@ -5,7 +5,7 @@ namespace {
 
 using Help = Command;
 
-TEST_F(Help, SaysHowToCallTheProgram) {
+TEST_F(Help, SaysHowToCallTheProgramAndWhatIsWrongInACall) {
     const std::pair<std::string, std::string> cases[] = {
         {"--version", "kontodb 1."},
         {"help", "kontodb query DATEI"},
@@ -17,10 +17,8 @@ TEST_F(Help, SaysHowToCallTheProgram) {
     };
     for (const auto& [call, printed] : cases)
         expect("\n$ " + call + "\n…" + printed + "…\n");
-}
 
-TEST_F(Help, SaysWhatIsWrongInACall) {
-    const std::pair<std::string, std::string> cases[] = {
+    const std::pair<std::string, std::string> wrong[] = {
         {"", "Es fehlt der Befehl.\n! Aufruf und Optionen zeigt: kontodb help\n"},
         {"qeury", "Unbekannter Befehl 'qeury'. Meinten Sie 'query'?\n! Aufruf und Optionen zeigt: kontodb help\n"},
         {"query", "Es fehlt das Argument DATEI.\n! Aufruf und Optionen zeigt: kontodb help query\n"},
@@ -57,7 +55,7 @@ TEST_F(Help, SaysWhatIsWrongInACall) {
         {"tables a.mdb --password=a --password-file=b", "--password und --password-file schließen einander aus.\n…"},
         {"tables a.mdb --password-file -", "Für --password-file - fehlt das Kennwort in der Standardeingabe.\n…"},
     };
-    for (const auto& [call, message] : cases)
+    for (const auto& [call, message] : wrong)
         expect("\n$ " + call + "\n! kontodb: 5: " + message + (message.ends_with("…") ? "\n" : ""));
     expect("\n$ create a.mdb --seed 18446744073709551615\na.mdb: 0 Konten\n");
 }

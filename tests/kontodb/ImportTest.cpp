@@ -21,10 +21,8 @@ protected:
 
 TEST_F(Import, ReadsWhatQueryWritesAndWhatSpreadsheetsSave) {
     const std::string head = "BenKTO_ID,BenKTO_Name,BenKTO_ServerPath,BenKTO_R_ProgUpdate\r\n";
-    const struct {
-        std::string csv;
-        std::string rows;  ///< as query --csv prints them, after the head; numbers go on from case to case
-    } cases[] = {
+    // What is imported, and the rows as query --csv prints them after the head; numbers go on from case to case.
+    const std::pair<std::string, std::string> cases[] = {
         {"BenKTO_Name,BenKTO_ServerPath\nAnna,C:\\A\n", "1,Anna,C:\\A,0\r\n"},
         {"\xEF\xBB\xBF"
          "serverpath;benutzername;PROGRAMMUPDATE\r\nC:\\B; Bärbel ;wahr\r\n",

@@ -145,10 +145,7 @@ TEST(ValueText, QuotesForSpreadsheetsWhereverTheUnitStands) {
 }
 
 TEST(ValueText, PrintsDecimalsExactlyAndDatesToTheSecond) {
-    const struct {
-        Value value;
-        std::string text;
-    } cases[] = {
+    const std::pair<Value, std::string> cases[] = {
         {base::Decimal{true, 4, {15, 0, 0, 0}}, "-0.0015"},
         {base::Decimal{false, 2, {0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0}}, "792281625142643375935439503.35"},
         {base::Decimal{false, 3, {7000, 0, 0, 0}}, "7"},
