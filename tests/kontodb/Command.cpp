@@ -73,12 +73,12 @@ void Command::expect(std::string_view transcript) {
     std::istringstream lines{std::string(transcript)};
     std::string line;
     std::getline(lines, line);  // the empty one after the opening quotes
-    for (bool isMore = bool(std::getline(lines, line)); isMore;) {
+    for (bool isMore = !std::getline(lines, line).fail(); isMore;) {
         const std::string called = line;
         ASSERT_TRUE(called.starts_with('$')) << called;
         FakeConsole console;
         std::string expected;
-        while ((isMore = bool(std::getline(lines, line))) && !line.starts_with('$')) {
+        while ((isMore = !std::getline(lines, line).fail()) && !line.starts_with('$')) {
             const std::string rest = line.substr(std::min<std::size_t>(line.size(), 2));
             if (line.starts_with('<'))
                 console.input += rest + "\n";

@@ -83,10 +83,11 @@ TEST_F(Exec, ChangesTheSameInOneTransactionAsOneByOne) {
         const Text path = u"'X:\\" + Text(random() % 200, u'ä') + below(5) + u"'";
         const Text where = u" WHERE BenKTO_ID " + Text(random() % 3 == 0 ? u"> 2" : u"= ") + below(220) +
                            (random() % 2 == 0 ? u" OR BenKTO_ServerPath LIKE '%ä" + below(5) + u"'" : u"");
-        const Text name = u"'Neu " + below(30) + u"', ";
-        const Text statements[] = {
-            u"INSERT INTO Benutzerkonto (BenKTO_Name, BenKTO_ServerPath) VALUES (" + name + path + u")",
-            u"UPDATE Benutzerkonto SET BenKTO_ServerPath = " + path + where, u"DELETE FROM BENUTZERKONTO" + where};
+        Text insert = u"INSERT INTO Benutzerkonto (BenKTO_Name, BenKTO_ServerPath) VALUES ('Neu ";
+        insert.append(below(30)).append(u"', ").append(path).append(u")");
+        Text update = u"UPDATE Benutzerkonto SET BenKTO_ServerPath = ";
+        update.append(path).append(where);
+        const Text statements[] = {insert, update, u"DELETE FROM BENUTZERKONTO" + where};
         const Text& statement = statements[random() % 3];
         counts += call({u"exec", u"k.mdb", statement}).printed;
         script.append(statement).append(u";\n");
@@ -129,8 +130,8 @@ TEST_F(Exec, CarriesOutAllStatementsOfAScriptOrNone) {
     };
     for (const auto& [further, errors] : broken) {
         write("a.sql", good + further);
-        for (const std::string option : {"", " --dry-run"})
-            expect("\n$ exec k.mdb --file a.sql" + option + errors);
+        for (const char* option : {"", " --dry-run"})
+            expect(std::string("\n$ exec k.mdb --file a.sql").append(option).append(errors));
     }
     write("a.sql", good);
     std::filesystem::copy("k.mdb", "andere.mdb");

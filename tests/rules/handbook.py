@@ -16,8 +16,8 @@ SOURCES = [str(path.relative_to(ROOT)) for room in (
     for path in sorted((ROOT / room).rglob("*")) if path.suffix in (".cpp", ".h")]
 WINDOWS = [name for name in SOURCES if re.match("(ui|app|accounts)/(?!AccountTable)|win32/ErrorBox", name)]
 ERRORS = ["jet/Errors.cpp", "jet/WriteErrors.cpp", "jet/expression/ExpressionErrors.cpp", "jet/sql/SqlError.cpp",
-          "ado/embedded/AdoError.cpp",
-          "ado/com/ComError.cpp", "base/RuntimeError.cpp", "jet/value/TextCodec.cpp", "jet/index/IndexKey.cpp"]
+          "ado/embedded/AdoError.cpp", "ado/com/ComError.cpp", "base/RuntimeError.cpp", "jet/value/TextCodec.cpp",
+          "jet/index/IndexKey.cpp"]
 WORDS_AN_ERROR = re.compile(r'\b(?:failure|RuntimeError)\(\s*u"|(?:return|throw|RuntimeError) ?\{-?\w+,\s*u"')
 # Texts of those files that no user can meet in a window, or that say nothing to him, by the reason.
 LEFT_OUT = {
@@ -111,10 +111,9 @@ def main():
     quotations = [text.strip() for text in re.findall("„([^“]*)“", flowing)]
     headings = re.findall(r"^#+ (.*)", handbook, re.M)
 
-    faults = {}
-    faults["what the handbook quotes"] = [
+    faults = {"what the handbook quotes": [
         f"„{text}“ is said nowhere" for text in quotations
-        if text not in headings and text not in OF_WINDOWS and not is_said(text, said)]
+        if text not in headings and text not in OF_WINDOWS and not is_said(text, said)]}
 
     names = {name for path in WINDOWS for name in re.findall(r'\*this, u"(\w+)"', source(path))} | {"cmbAddNew"}
     left_out = [text for group in LEFT_OUT.values() for text in group]
