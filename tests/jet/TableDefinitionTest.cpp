@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <gtest/gtest.h>
-#include <tuple>
 
 #include "jet/table/Catalog.h"
 #include "jet/table/Table.h"
@@ -10,7 +9,7 @@
 namespace jet {
 namespace {
 
-/// The sweeps of the checker change all bytes of a definition on one page.
+/// The damages of tests/jet/damages.txt change all bytes of a definition on one page.
 TEST(TableDefinition, IsRefusedUnlessItsPagesFollowOneAnother) {
     test::MemoryPageStore store(test::sampleFile({everyType()}));
     const std::vector<PageNumber> chain = openTable(store, u"Alles")->definition().chain;
@@ -24,19 +23,6 @@ TEST(TableDefinition, IsRefusedUnlessItsPagesFollowOneAnother) {
     base::putU32(store.change(chain[1]), 4, chain[0]);
     base::putU32(store.change(chain[0]), 8, 3 * kPageSize);
     EXPECT_THROW(TableDefinition::read(store, chain[0]), base::RuntimeError) << "a ring";
-}
-
-TEST(TableDefinition, IsRefusedIfTwoColumnsShareANumberAPlaceOrBytes) {
-    constexpr std::size_t kColumnsStart = 63 + 12 * 15, kNumber = 5, kPlace = 7, kFixedOffset = 21;
-    const base::Bytes sound = test::sampleFile({everyType()});
-    for (const auto& [field, column, other] :
-         {std::tuple<std::size_t, std::size_t, std::size_t>(kNumber, 2, 3), {kPlace, 9, 8}, {kFixedOffset, 2, 3}}) {
-        test::MemoryPageStore store(sound);
-        const PageNumber page = openTable(store, u"Alles")->definition().page;
-        const auto at = [&, offset = field](std::size_t number) { return kColumnsStart + 25 * number + offset; };
-        base::putU16(store.change(page), at(column), store.page(page).bytes.u16(at(other)));
-        EXPECT_THROW(TableDefinition::read(store, page), base::RuntimeError) << field;
-    }
 }
 
 TEST(TableDefinition, TakesAsManyPagesAsItsBytesFill) {
