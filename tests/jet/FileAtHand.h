@@ -18,10 +18,6 @@ public:
         return {number, base::ByteView(at(number)), nullptr};
     }
     std::span<std::uint8_t> at(PageNumber number) { return std::span(bytes).subspan(number * kPageSize, kPageSize); }
-    /// The same bytes of this file, to be changed.
-    std::span<std::uint8_t> at(std::span<const std::uint8_t> view) {
-        return std::span(bytes).subspan(static_cast<std::size_t>(view.data() - bytes.data()), view.size());
-    }
 
     std::uint32_t u32(PageNumber number, std::size_t offset) { return page(number).bytes.u32(offset); }
     std::uint16_t u16(PageNumber number, std::size_t offset) { return page(number).bytes.u16(offset); }
