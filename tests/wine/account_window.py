@@ -1,23 +1,11 @@
 """A user's actions at the account window, and what the user sees of it."""
-import contextlib
-import re
-
-from driver import BOX_CLASS, TITLE, Failure, check, equal, until
+from driver import TITLE, check, equal, until
 
 RED = 0xFF0000
 
 
 def names(accounts):
     return [row[0] for row in accounts.list(0, 100)["rows"]]
-
-
-def ordinary(accounts):
-    """Names, in the list's order, of accounts that can be saved unchanged and whose names can be written in another
-    case; files of other writers have other accounts, too. The first account, shown at the start, is left out."""
-    found = [name for name, path in accounts.list(0, 100)["rows"][1:]
-             if path.strip() and re.fullmatch(r"[A-Za-zÄÖÜäöü ,.&()0-9-]+", name)]
-    check(len(found) >= 4, f"only {found} are accounts like others")
-    return found
 
 
 def go_to(accounts, name):
@@ -28,22 +16,16 @@ def go_to(accounts, name):
 
 
 def fill(accounts, name=None, path=None):
+    """Types into the boxes as an input method does: the keyboard lacks many characters."""
+    tool = accounts.tool
     for box, text in (("txtUserNameDexo", name), ("txtPathGlobal", path)):
-        if text is None:
-            continue
-        accounts.tool.click_middle(accounts.controls()[box]["rect"])
-        until(lambda: accounts.focus() == box, f"the focus in {box}")
-        seen = lambda: accounts.controls()[box]["text"]
-        for by_keys in (True, True, False):  # on a busy display, one of the two keys of a backslash may come too late
-            accounts.tool.key("ctrl+a", "Delete")
-            until(lambda: not seen(), f"{box} empty")
-            if text:
-                accounts.tool.type(text, by_keys)
-            with contextlib.suppress(Failure):
-                until(lambda: len(seen()) >= len(text), f"'{text}' in {box}", 5)
-            if seen() == text:
-                break
-        equal(seen(), text, f"the text in {box}")
+        if text is not None:
+            tool.click_middle(accounts.controls()[box]["rect"])
+            until(lambda: accounts.focus() == box, f"the focus in {box}")
+            tool.key("ctrl+a", "Delete")
+            until(lambda: not accounts.controls()[box]["text"], f"{box} empty")
+            tool.session.ask("type", text)
+            until(lambda: accounts.controls()[box]["text"] == text, f"'{text}' in {box}")
 
 
 def press(accounts, name):
@@ -68,13 +50,21 @@ def answer(accounts, text, kind="information", key="Return", picture=None):
     box = tool.box()
     equal((box["title"], box["text"], box["icon"]), (TITLE, text, kind), "the box")
     buttons = ["Ja", "Nein"] if kind == "question" else ["OK"]
-    equal([text.replace("&", "") for text in box["buttons"]], buttons, "its buttons")
+    equal(box["buttons"], buttons, "its buttons")
     equal((box["owner"], box["ownerEnabled"]), (accounts.window, False), "its owner and whether that is enabled")
     if picture:
         picture()
     tool.key(key)
-    until(lambda: all(tool.session.ask("box", w["handle"])["text"] != text for w in tool.windows()
-                      if w["class"] == BOX_CLASS), "the box is gone")
+    until(lambda: all(box["text"] != text for box in tool.boxes()), "the box is gone")
+
+
+def error_box_ends_the_program(scene, tool, *words):
+    box = tool.box()
+    scene.picture("error")
+    equal((box["title"], box["icon"], box["buttons"]), (TITLE, "critical", ["OK"]), f"the box for {words}")
+    check(all(word in box["text"] for word in words), f"the box says {box['text']!r}, wanted {words}")
+    tool.key("Return")
+    tool.ended(1)
 
 
 def toggled(accounts):

@@ -3,15 +3,15 @@ import re
 import subprocess
 import time
 
-from account_window import fill, go_to, is_red, ordinary, press
-from driver import BOX_CLASS, SETTLE_SECONDS, TITLE, check, equal, journey, until
+from account_window import fill, go_to, is_red, names
+from driver import SETTLE_SECONDS, check, equal, journey, until
 
 
 @journey
 def every_click_on_a_header_turns_the_order_however_soon_it_comes(scene):
     with scene.tool() as tool:
         accounts = tool.accounts()
-        name = ordinary(accounts)[2]
+        name = names(accounts)[3]
         go_to(accounts, name)
         left, top, _, _ = accounts.controls()["lvwBenKto"]["rect"]
         widths = [column["width"] for column in accounts.list()["columns"]]
@@ -65,20 +65,3 @@ def red_in_every_state(scene, accounts):
     tool.key("Tab", "shift+Tab")
     until(lambda: accounts.focus() == "cmdSpeichern", "the focus back on the button")
     check(is_red(accounts), "the button is not red with the focus got by the Tab key")
-
-
-@journey
-def a_folder_is_chosen(scene):
-    with scene.tool() as tool:
-        accounts = tool.accounts()
-        path = accounts.shown()[1]
-        press(accounts, "cmdGlobal")
-        until(lambda: any(w["class"] == BOX_CLASS and w["front"] for w in tool.windows()), "the folder chooser")
-        scene.picture("chooser")
-        check(not accounts.tree()["enabled"], "its owner is enabled")
-        time.sleep(SETTLE_SECONDS)
-        tool.key("Return")
-        tool.window(TITLE)
-        until(lambda: is_red(accounts), "a red button after choosing a folder")
-        chosen = accounts.shown()[1]
-        check(chosen[1:3] == ":\\" and chosen != path and not chosen.endswith("\\"), f"the path is {chosen!r}")

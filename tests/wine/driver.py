@@ -19,6 +19,8 @@ WITH_DISPLAY = ROOT / "tests/wine/with-display.sh"
 TITLE = "Tolv-Benutzerkontenverwaltung"
 LOGIN_TITLE = "Anmeldung"
 BOX_CLASS = "#32770"
+TEXT_ID, ICON_ID = 0xFFFF, 1088  # in a message box
+WS_VISIBLE = 0x10000000
 PASSWORD = "HwendorpliqZ"
 
 WAIT_SECONDS = 30  # far more than anything takes, so that a busy machine makes no test fail
@@ -154,7 +156,7 @@ class Tool:
     def __init__(self, session, folder, account_file=None, settings=None, faults=()):
         """@param account_file  copied beside the exe as BenKTO.mdb
         @param settings      bytes of Tolv.ini; None: there is no such file
-        @param faults        of the provider behind COM (tests/comdouble/FaultPlan.h), each as the words of a line"""
+        @param faults        of the provider behind COM (tests/comdouble/EngineThroughCom.cpp), each as the words of a line"""
         self.session, self.folder = session, folder
         folder.mkdir(parents=True)
         self.exe = folder / session.exe.name
@@ -203,9 +205,22 @@ class Tool:
             found = [w for w in self.windows() if w["class"] == BOX_CLASS and w["front"]]
             if not found or not self.session.has_keyboard(found[0]["text"]):
                 return None
-            box = self.session.ask("box", found[0]["handle"])
+            box = self.box_of(found[0])
             return box if box["icon"] != "other" else None  # the box is painted
         return until(ready, "a message box in front")
+
+    def boxes(self):
+        return [self.box_of(window) for window in self.windows() if window["class"] == BOX_CLASS]
+
+    def box_of(self, window):
+        parts = {part["id"]: part for part in window["children"]}
+        if ICON_ID not in parts:  # of a box: the folder chooser has none
+            return {"text": "", "icon": "other"}
+        return {"title": window["text"], "text": parts[TEXT_ID]["text"], "owner": window["owner"],
+                "ownerEnabled": self.session.ask("tree", window["owner"])["enabled"],
+                "icon": self.session.ask("icon", *parts[ICON_ID]["rect"]),
+                "buttons": [part["text"].replace("&", "") for part in window["children"]
+                            if part["class"] == "Button" and part["style"] & WS_VISIBLE]}
 
     def ended(self, code=0):
         """Waits until the process has ended by itself."""
@@ -236,12 +251,8 @@ class Tool:
     def key(self, *keys):
         self.session.xdotool("key", "--delay", 30, *keys)
 
-    def type(self, text, by_keys=True):
-        """Characters that the German keyboard lacks are sent as by an input method; others only if by_keys is false."""
-        if by_keys and text.isprintable() and text.encode("cp1252", "ignore").decode("cp1252") == text:
-            self.session.xdotool("type", "--delay", 20, text)
-        else:
-            self.session.ask("type", text)
+    def type(self, text):
+        self.session.xdotool("type", "--delay", 20, text)
 
     def click(self, x, y, modifier=None):
         steps = ["mousemove", x, y] + (["keydown", modifier] if modifier else []) + ["click", 1]

@@ -1,23 +1,21 @@
 #!/bin/bash
 # Runs a command on a display and in a Wine prefix of its own, and removes both afterwards.
 #
-#   with-display.sh [--arch x64|x86] [--dpi N] [--screen WxHxD] [--limit SECONDS] [--keep] COMMAND...
+#   with-display.sh [--arch x64|x86] [--dpi N] [--limit SECONDS] COMMAND...
 #
 # The command gets DISPLAY, WINEPREFIX, TOLV_WINE (what to put before an exe) and RUN (a folder for its files, deleted
-# at the end unless --keep is given). Exit code: the command's; 124 if the time limit ended it, 77 if there is no Wine
-# for the architecture, 2 if no display or prefix could be made.
+# at the end). Exit code: the command's; 124 if the time limit ended it, 77 if there is no Wine for the architecture, 2 if
+# no display or prefix could be made.
 set -u
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 
 arguments=("$@")
-dpi=96 screen=1366x768x24 limit=600 keep=
+dpi=96 limit=600
 while [ $# -gt 0 ]; do
     case $1 in
     --arch) TOLV_ARCH=$2; shift 2 ;;
     --dpi) dpi=$2; shift 2 ;;
-    --screen) screen=$2; shift 2 ;;
     --limit) limit=$2; shift 2 ;;
-    --keep) keep=1; shift ;;
     *) break ;;
     esac
 done
@@ -54,7 +52,7 @@ cleanUp() {
         kill "$pid" 2>/dev/null
         wait "$pid" 2>/dev/null
     done
-    [ -n "$keep" ] || rm -rf "$RUN"
+    rm -rf "$RUN"
 }
 trap cleanUp EXIT
 trap 'exit 130' INT
@@ -64,7 +62,7 @@ trap 'exit 143' TERM HUP
 cp -al "$TOLV_TEMPLATE" "$WINEPREFIX" && cp --remove-destination "$TOLV_TEMPLATE"/*.reg "$WINEPREFIX/" || exit 2
 sed -i "/^\[Control Panel\\\\\\\\Desktop\]/a \"LogPixels\"=dword:$(printf %08x "$dpi")" "$WINEPREFIX/user.reg"
 
-setpriv --pdeathsig TERM Xvfb -displayfd 3 -screen 0 "$screen" -nolisten tcp -noreset \
+setpriv --pdeathsig TERM Xvfb -displayfd 3 -screen 0 1366x768x24 -nolisten tcp -noreset \
     3>"$RUN/display" </dev/null >"$RUN/xvfb.log" 2>&1 &
 started=($!)
 for _ in $(seq 200); do

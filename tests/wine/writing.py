@@ -9,7 +9,7 @@ import os
 import struct
 import time
 
-from account_window import answer, can_reset, fill, go_to, is_clean, names, ordinary, press, toggled
+from account_window import answer, can_reset, error_box_ends_the_program, fill, is_clean, is_red, names, press, toggled
 from driver import (BOX_CLASS, SETTLE_SECONDS, TITLE, VK_DOWN, WM_ENDSESSION, WM_KEYDOWN, WM_QUERYENDSESSION, check,
                     equal, journey, looking_default, until)
 
@@ -82,16 +82,6 @@ def until_shown_in(accounts, row):
     check(rows["top"] <= row < rows["top"] + rows["perPage"], f"row {row} is out of view: {rows['top']} is on top")
 
 
-def error_box_ends_the_program(scene, accounts, *words):
-    tool = accounts.tool
-    box = tool.box()
-    scene.picture("error")
-    equal((box["icon"], box["title"], box["buttons"]), ("critical", TITLE, ["OK"]), "the box")
-    check(all(word in box["text"] for word in words), f"the box says {box['text']!r}, wanted {words}")
-    tool.key("Return")
-    tool.ended(1)
-
-
 # New accounts, changes, deletions, resets
 
 def enter_new_account(accounts, name, path):
@@ -101,47 +91,20 @@ def enter_new_account(accounts, name, path):
     return f"Das Benutzerkonto '{name.strip()}' wurde mit folgendem Initialpasswwort angelegt:" + END_OF_NOTICE
 
 
-def delete(accounts, key="j", picture=None):
+def delete(accounts, key="j", meanwhile=None):
     press(accounts, "cmdDel")
-    answer(accounts, f"Soll das Benutzerkonto '{accounts.shown()[0]}' jetzt gelöscht werden?", "question", key, picture)
+    answer(accounts, f"Soll das Benutzerkonto '{accounts.shown()[0]}' jetzt gelöscht werden?", "question", key, meanwhile)
 
 
 @writing()
-def a_new_account_is_created_and_announced(scene, accounts, rows):
-    notice = enter_new_account(accounts, " Müller & Söhne ", " C:\\Neu\\ ")
+def an_account_is_created_announced_changed_and_asked_for_with_names_of_any_script(scene, accounts, rows):
+    first, second, path = "Łukasz & Śmigły 李", "&Ωmega && Co", "D:\\Łódź & 李"
+    notice = enter_new_account(accounts, f" {first} ", f" {path}\\ ")
     press(accounts, "chbProgrammupdate")
     save(accounts, notice, picture=lambda: scene.picture("announced"))
-    equal(accounts.list()["count"], len(rows) + 1, "the number of rows")
-    equal(accounts.shown(), ("Müller & Söhne", "C:\\Neu"), "the account shown")
+    equal(accounts.shown(), (first, path), "the account shown")
     equal((toggled(accounts), accounts.controls()["cmbResetPWD"]["enabled"]), (False, False), "the buttons on or enabled")
-    add_row(rows, "Müller & Söhne", "C:\\Neu\\", update=True)
-
-
-@writing("empty")
-def the_first_account_of_an_empty_file_is_created_and_deleted(scene, accounts, rows):
-    def fields_are_locked():
-        controls = accounts.controls()
-        left, top, right, bottom = controls["txtPathGlobal"]["rect"]
-        equal(scene.session.colours((left + right) // 2, (top + bottom) // 2), {GREY}, "the colour of a locked box")
-        locked = ("txtUserNameDexo", "txtPathGlobal", "chbProgrammupdate", "cmdGlobal", "cmdSpeichern")
-        equal([name for name in locked if controls[name]["enabled"]], [], "what is enabled in the empty window")
-    fields_are_locked()
-    scene.picture("empty")
-    save(accounts, enter_new_account(accounts, "Erster", "C:\\Erster"))
-    equal(accounts.list()["count"], 1, "the number of rows")
-    add_row(rows, "Erster", "C:\\Erster")
-    compare_rows(scene, accounts.tool, rows)
-    delete(accounts)
-    until(lambda: accounts.list()["count"] == 0, "no row")
-    fields_are_locked()
-    rows.clear()
-
-
-@writing()
-def names_of_any_script_are_stored_shown_and_asked_for(scene, accounts, rows):
-    first, second, path = "Łukasz & Śmigły 李", "&Ωmega && Co", "D:\\Łódź & 李"
-    save(accounts, enter_new_account(accounts, first, path))
-    add_row(rows, first, path)
+    add_row(rows, first, path + "\\", update=True)
     compare_rows(scene, accounts.tool, rows)
     fill(accounts, second)
     save(accounts)
@@ -149,12 +112,19 @@ def names_of_any_script_are_stored_shown_and_asked_for(scene, accounts, rows):
     delete(accounts, "n", lambda: scene.picture("question"))
 
 
-def reset(accounts, first=None, second=None):
-    """Answers the two boxes of the command."""
-    name = accounts.shown()[0]
-    answer(accounts, f"Soll das Passwort für '{name}' jetzt zurückgesetzt werden?", "question", "j", first)
-    answer(accounts, f"Das Passwort für '{name}' wurde auf folgendes Initialpasswwort zurückgesetzt:" + END_OF_NOTICE,
-           picture=second)
+@writing("empty")
+def the_first_account_of_an_empty_file_is_created_and_deleted(scene, accounts, rows):
+    def path_is_grey():
+        left, top, right, bottom = accounts.controls()["txtPathGlobal"]["rect"]
+        return scene.session.colours((left + right) // 2, (top + bottom) // 2) == {GREY}
+    until(path_is_grey, "a grey box")
+    scene.picture("empty")
+    save(accounts, enter_new_account(accounts, "Erster", "C:\\Erster"))
+    add_row(rows, "Erster", "C:\\Erster")
+    compare_rows(scene, accounts.tool, rows)
+    delete(accounts)
+    until(lambda: accounts.list()["count"] == 0 and path_is_grey(), "no row and a grey box")
+    rows.clear()
 
 
 @writing()
@@ -166,7 +136,9 @@ def a_reset_by_keyboard_and_four_more_enters_delete_nothing(scene, accounts, row
         tool.key("Tab")
         until(lambda: accounts.focus() == stop, f"the focus on {stop}")
     tool.key("Return")
-    reset(accounts, second=lambda: scene.picture("reset"))
+    answer(accounts, f"Soll das Passwort für '{name}' jetzt zurückgesetzt werden?", "question", "j")
+    answer(accounts, f"Das Passwort für '{name}' wurde auf folgendes Initialpasswwort zurückgesetzt:" + END_OF_NOTICE,
+           picture=lambda: scene.picture("reset"))
     until(lambda: not accounts.controls()["cmbResetPWD"]["enabled"], "the button disabled")
     equal(accounts.focus(), "lvwBenKto", "the focus")
     equal(looking_default(accounts.controls()), [], "buttons that look as if Enter pressed them")
@@ -189,18 +161,19 @@ def nobody_closes_the_window_while_a_box_is_open(scene, accounts, rows):
         check(any(w["handle"] == accounts.window for w in tool.windows()), "the window is gone under a box")
         equal((accounts.selected(), accounts.shown()), before, "the selected row and the fields under a box")
 
+    path = accounts.shown()[1]
     press(accounts, "cmdGlobal")
     until(lambda: any(w["class"] == BOX_CLASS and w["front"] for w in tool.windows()), "the folder chooser")
+    scene.picture("chooser")
+    check(not accounts.tree()["enabled"], "its owner is enabled")
     others_try()
-    tool.key("Escape")
+    tool.key("Return")
     tool.window(TITLE)
-    check(is_clean(accounts), "cancelling marks the account as changed")
+    until(lambda: is_red(accounts), "a red button after choosing a folder")
+    chosen = accounts.shown()[1]
+    check(chosen[1:3] == ":\\" and chosen != path and not chosen.endswith("\\"), f"the path is {chosen!r}")
 
-    tool.click(*accounts.row_middle(0))  # the keys go to the list again
-    next(i for i in range(len(rows)) if can_reset(accounts, i))
-    row_named(rows, accounts.shown()[0])["BenKTO_Pass"] = INITIAL
-    press(accounts, "cmbResetPWD")
-    reset(accounts, others_try, others_try)
+    delete(accounts, "n", others_try)
     save(accounts, enter_new_account(accounts, "Neu", "C:\\Neu"), picture=others_try)
     add_row(rows, "Neu", "C:\\Neu")
 
@@ -209,30 +182,6 @@ def nobody_closes_the_window_while_a_box_is_open(scene, accounts, rows):
     tool.window(TITLE)
     tool.session.ask("send", accounts.window, WM_ENDSESSION, 1)
     tool.ended()
-
-
-@writing()
-def names_given_meanwhile_are_taken_or_replaced_and_a_deleted_account_is_saved_anew(scene, accounts, rows):
-    shown, other = (row_named(rows, name) for name in ordinary(accounts)[1:3])
-    execute = lambda statement: scene.files.execute(accounts.tool.database, statement)
-    go_to(accounts, shown["BenKTO_Name"])
-    for row, name in ((shown, "Zwischenzeit"), (other, "Anderswo")):
-        execute(f"UPDATE Benutzerkonto SET BenKTO_Name = '{name}' WHERE BenKTO_ID = {row['BenKTO_ID']}")
-    other["BenKTO_Name"] = "Anderswo"
-    own = accounts.shown()[0]
-    fill(accounts, "Anderswo")
-    accounts.tool.key("ctrl+s")
-    answer(accounts, "Es existiert bereits ein Benutzerkonto mit dieser Bezeichnung.")
-    until(lambda: accounts.focus() == "txtUserNameDexo", "the focus back in the box")
-    fill(accounts, own)
-    save(accounts)
-    check("Anderswo" in names(accounts) and "Zwischenzeit" not in names(accounts), "the list does not show the change")
-
-    execute(f"DELETE FROM Benutzerkonto WHERE BenKTO_ID = {shown['BenKTO_ID']}")
-    del rows[shown["BenKTO_ID"]]
-    fill(accounts, path="C:\\anders")
-    add_row(rows, own, "C:\\anders", None, shown["BenKTO_R_ProgUpdate"])
-    save(accounts)
 
 
 @contextlib.contextmanager
@@ -248,7 +197,7 @@ def a_save_beside_a_writer_ends_the_program(scene, accounts, rows):
     fill(accounts, "Anders", "C:\\anders")  # the first account of a foreign file may have no name
     with locked(accounts.tool.database, LOCK_BYTE):
         accounts.tool.key("ctrl+s")
-        error_box_ends_the_program(scene, accounts, "'-2147467259", "BenKTO.mdb", "wird bereits benutzt")
+        error_box_ends_the_program(scene, accounts.tool, "'-2147467259", "BenKTO.mdb", "wird bereits benutzt")
 
 
 @writing()
@@ -258,4 +207,4 @@ def a_new_account_beside_a_user_of_the_original_engine_is_refused_before_it_is_a
     enter_new_account(accounts, "Neu", "C:\\Neu")
     with locked(slot, FIRST_USER_BYTE):
         accounts.tool.key("ctrl+s")
-        error_box_ends_the_program(scene, accounts, "gesperrt", "Meier", "PC17")
+        error_box_ends_the_program(scene, accounts.tool, "gesperrt", "Meier", "PC17")

@@ -56,20 +56,6 @@ std::vector<HWND> childrenOf(HWND window) {
     return children;
 }
 
-/// The visible top-level windows of all processes that run the exe with this name (without folder).
-Json windowsOf(const std::wstring& exeName) {
-    std::vector<Json> found;
-    for (HWND window : childrenOf(GetDesktopWindow())) {
-        if (!IsWindowVisible(window) || lstrcmpiW(exeOf(window).c_str(), exeName.c_str()) != 0) continue;
-        found.push_back(object({{"handle", handle(window)},
-                                {"class", text(classOf(window))},
-                                {"text", text(textOf(window))},
-                                {"enabled", flag(IsWindowEnabled(window) != 0)},
-                                {"front", flag(window == GetForegroundWindow())}}));
-    }
-    return array(found);
-}
-
 /// One window, with its place on the screen and that of its client area (place, width, height), and its children in
 /// native order.
 Json treeOf(HWND window) {
@@ -86,11 +72,13 @@ Json treeOf(HWND window) {
     for (HWND child : childrenOf(window))
         children.push_back(treeOf(child));
     return object({{"handle", handle(window)},
+                   {"owner", handle(GetWindow(window, GW_OWNER))},
                    {"id", std::to_string(GetWindowLongPtrW(window, GWLP_ID))},
                    {"class", text(name)},
                    {"text", text(textOf(window))},
                    {"style", std::to_string(static_cast<unsigned>(GetWindowLongPtrW(window, GWL_STYLE)))},
                    {"enabled", flag(IsWindowEnabled(window) != 0)},
+                   {"front", flag(window == GetForegroundWindow())},
                    {"focus", flag(window == thread.hwndFocus)},
                    {"rect", rectangle(rect)},
                    {"client", rectangle(client)},
@@ -99,23 +87,14 @@ Json treeOf(HWND window) {
                    {"children", array(children)}});
 }
 
-/// A message box: text, buttons, owner, and the system icon that it shows.
-Json boxOf(HWND window) {
-    constexpr int kTextId = 0xFFFF;
-    constexpr int kIconId = 1088;
-    const HWND owner = GetWindow(window, GW_OWNER);
-    RECT icon{};
-    GetWindowRect(GetDlgItem(window, kIconId), &icon);
-    std::vector<Json> buttons;
-    for (HWND child : childrenOf(window)) {
-        if (classOf(child) == L"Button" && IsWindowVisible(child)) buttons.push_back(text(textOf(child)));
+/// The visible top-level windows of all processes that run the exe with this name (without folder).
+Json windowsOf(const std::wstring& exeName) {
+    std::vector<Json> found;
+    for (HWND window : childrenOf(GetDesktopWindow())) {
+        if (IsWindowVisible(window) && lstrcmpiW(exeOf(window).c_str(), exeName.c_str()) == 0)
+            found.push_back(treeOf(window));
     }
-    return object({{"title", text(textOf(window))},
-                   {"text", text(textOf(GetDlgItem(window, kTextId)))},
-                   {"owner", handle(owner)},
-                   {"ownerEnabled", flag(IsWindowEnabled(owner) != 0)},
-                   {"icon", iconShownAt(icon)},
-                   {"buttons", array(buttons)}});
+    return array(found);
 }
 
 std::wstring wide(const std::string& utf8) {
@@ -159,10 +138,13 @@ const std::map<std::string, std::function<Json(const Words&)>> kCommands = {
     {"windows", [](const Words& with) { return windowsOf(wide(with[1])); }},
     {"tree", [](const Words& with) { return treeOf(with.window()); }},
     {"list", [](const Words& with) { return listOf(with.window(), with.whole(2), with.whole(3)); }},
-    {"box", [](const Words& with) { return boxOf(with.window()); }},
     {"colours",
      [](const Words& with) {
          return coloursIn({with.whole(1), with.whole(2), with.whole(3), with.whole(4)});
+     }},
+    {"icon",
+     [](const Words& with) {
+         return iconShownAt({with.whole(1), with.whole(2), with.whole(3), with.whole(4)});
      }},
     {"type", [](const Words& with) { return type(wide(with[1])); }},
     // Gives the window another size, as a window manager does; the window's own smallest size is respected. (Wine's
