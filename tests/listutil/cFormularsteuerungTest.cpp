@@ -61,22 +61,17 @@ TEST_F(cFormularsteuerungTest, everySortReversesTheDirectionAndMarksItsColumnAlo
         Order order;
         std::array<const char*, 3> marks;
     };
-    for (const int rows : {0, 2}) {
-        for (int row = 0; row < rows; ++row)
-            list.addRow();
-        list.setSortOrder(Order::Ascending);
-        for (const Case& c : {Case{1, Order::Descending, {"22528 image 1", "16385 image 0", "16386 image 0"}},
-                              {1, Order::Ascending, {"22528 image 0", "16385 image 0", "16386 image 0"}},
-                              {2, Order::Descending, {"16384 image 0", "22529 image 1", "16386 image 0"}},
-                              {3, Order::Ascending, {"16384 image 0", "16385 image 0", "22530 image 0"}}}) {
-            told.clear();
-            objForm->Sort_ListView(list.ColumnHeaders(c.column), list);
-            EXPECT_EQ(list.SortOrder(), c.order);
-            EXPECT_EQ(list.SortKey(), c.column - 1);
-            EXPECT_TRUE(list.Sorted());
-            const auto mark = [&](std::size_t i) { return std::to_string(i) + ": mask 36 format " + c.marks[i]; };
-            EXPECT_THAT(told, ElementsAre(mark(0), mark(1), mark(2)));
-        }
+    for (const Case& c : {Case{1, Order::Descending, {"22528 image 1", "16385 image 0", "16386 image 0"}},
+                          {1, Order::Ascending, {"22528 image 0", "16385 image 0", "16386 image 0"}},
+                          {2, Order::Descending, {"16384 image 0", "22529 image 1", "16386 image 0"}},
+                          {3, Order::Ascending, {"16384 image 0", "16385 image 0", "22530 image 0"}}}) {
+        told.clear();
+        objForm->Sort_ListView(list.ColumnHeaders(c.column), list);
+        EXPECT_EQ(list.SortOrder(), c.order);
+        EXPECT_EQ(list.SortKey(), c.column - 1);
+        EXPECT_TRUE(list.Sorted());
+        const auto mark = [&](std::size_t i) { return std::to_string(i) + ": mask 36 format " + c.marks[i]; };
+        EXPECT_THAT(told, ElementsAre(mark(0), mark(1), mark(2)));
     }
     list.setSortKey(3);
     told.clear();
