@@ -214,7 +214,7 @@ class Tool:
 
     def box_of(self, window):
         parts = {part["id"]: part for part in window["children"]}
-        if ICON_ID not in parts:  # of a box: the folder chooser has none
+        if not {TEXT_ID, ICON_ID} <= parts.keys():  # the folder chooser, or a box that is just being closed
             return {"text": "", "icon": "other"}
         return {"title": window["text"], "text": parts[TEXT_ID]["text"], "owner": window["owner"],
                 "ownerEnabled": self.session.ask("tree", window["owner"])["enabled"],
@@ -250,9 +250,6 @@ class Tool:
 
     def key(self, *keys):
         self.session.xdotool("key", "--delay", 30, *keys)
-
-    def type(self, text):
-        self.session.xdotool("type", "--delay", 20, text)
 
     def click(self, x, y, modifier=None):
         steps = ["mousemove", x, y] + (["keydown", modifier] if modifier else []) + ["click", 1]
@@ -291,7 +288,7 @@ class Login:
     def type_password(self, text):
         """Types the password; replaces any text in the box."""
         self.tool.key("ctrl+a") if self.typed() else None
-        self.tool.type(text) if text else self.tool.key("Delete")
+        self.tool.session.xdotool("type", "--delay", 20, text) if text else self.tool.key("Delete")
         until(lambda: self.typed() == text, f"'{text}' in the password box")
 
 

@@ -248,7 +248,7 @@ def a_file_that_cannot_be_opened_ends_the_program(scene):
 
 # Running the journeys
 
-def run_all(names, make_session, files, times):
+def run_all(names, make_session, files):
     """Two sessions take the journeys from one queue. @return whether all passed"""
     waiting = queue.SimpleQueue()
     for name in names:
@@ -261,8 +261,7 @@ def run_all(names, make_session, files, times):
             while True:
                 start, name = time.monotonic(), waiting.get_nowait()
                 why = why_failed(name, Scene(session, files, name))
-                took = f" ({time.monotonic() - start:.1f} s)" if times else ""
-                print(f"FAIL {name}: {why}" if why else f"PASS {name}{took}", flush=True)
+                print(f"FAIL {name}: {why}" if why else f"PASS {name} ({time.monotonic() - start:.1f} s)", flush=True)
                 passed = passed and not why
         except queue.Empty:
             return passed
@@ -290,7 +289,6 @@ def main():
     parser.add_argument("--dpi", type=int, default=96)
     parser.add_argument("--only", metavar="NAME", help="journeys whose name contains NAME")
     parser.add_argument("--keep-pictures", metavar="DIR", type=pathlib.Path)
-    parser.add_argument("--times", action="store_true", help="say how long each took")
     parser.add_argument("--through", choices=("embedded", "com"), default="embedded", help="the engine behind the tool")
     parser.add_argument("--file", metavar="FILE", type=pathlib.Path, action="append", default=[],
                         help="an account file, with a dozen accounts or none, instead of our own like it")
@@ -307,7 +305,7 @@ def main():
         import provider_faults  # noqa: F401
     names = [name for name in JOURNEYS if not arguments.only or arguments.only in name]
     with tempfile.TemporaryDirectory() as folder:
-        return run_all(names, session, Files(pathlib.Path(folder), arguments.file), arguments.times)
+        return run_all(names, session, Files(pathlib.Path(folder), arguments.file))
 
 
 sys.exit(not main())

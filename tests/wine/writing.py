@@ -72,12 +72,9 @@ def save(accounts, notice=None, **options):
     if notice:
         answer(accounts, notice, **options)
     until(lambda: is_clean(accounts), "a clean button")
-    until_shown_in(accounts, names(accounts).index(accounts.shown()[0]))
-    equal(accounts.focus(), "lvwBenKto", "the focus after saving")
-
-
-def until_shown_in(accounts, row):
+    row = names(accounts).index(accounts.shown()[0])
     accounts.until_selected(row)
+    equal(accounts.focus(), "lvwBenKto", "the focus after saving")
     rows = accounts.list()
     check(rows["top"] <= row < rows["top"] + rows["perPage"], f"row {row} is out of view: {rows['top']} is on top")
 
