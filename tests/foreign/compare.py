@@ -71,14 +71,13 @@ def compactFaults(path, password, tables):
 
 
 def examine(label, path, password):
-    said = ""
     try:
         tables = byMdbReader(path, password, MODULES)
         faults, entries = faultsOf(path)
         faults += [*rowFaults(path, password, tables), *compactFaults(path, password, tables)]
         said = f"{len(tables)} tables, {entries} entries of indexes"
     except (RuntimeError, ValueError, KeyError, csv.Error, decimal.InvalidOperation, subprocess.TimeoutExpired) as error:
-        faults = [f"{type(error).__name__}: {error}"]
+        faults, said = [f"{type(error).__name__}: {error}"], ""
     report(label, faults, said)
 
 
