@@ -202,11 +202,8 @@ class Tool:
     def box(self):
         """Waits for a message box in front; returns it."""
         def ready():
-            found = [w for w in self.windows() if w["class"] == BOX_CLASS and w["front"]]
-            if not found or not self.session.has_keyboard(found[0]["text"]):
-                return None
-            box = self.box_of(found[0])
-            return box if box["icon"] != "other" else None  # the box is painted
+            return next((box for box in self.boxes() if box["icon"] != "other" and box["front"]  # and painted
+                         and self.session.has_keyboard(box["title"])), None)
         return until(ready, "a message box in front")
 
     def boxes(self):
@@ -216,7 +213,7 @@ class Tool:
         parts = {part["id"]: part for part in window["children"]}
         if not {TEXT_ID, ICON_ID} <= parts.keys():  # the folder chooser, or a box that is just being closed
             return {"text": "", "icon": "other"}
-        return {"title": window["text"], "text": parts[TEXT_ID]["text"], "owner": window["owner"],
+        return {"title": window["text"], "text": parts[TEXT_ID]["text"], "front": window["front"], "owner": window["owner"],
                 "ownerEnabled": self.session.ask("tree", window["owner"])["enabled"],
                 "icon": self.session.ask("icon", *parts[ICON_ID]["rect"]),
                 "buttons": [part["text"].replace("&", "") for part in window["children"]
