@@ -165,7 +165,7 @@ TEST_F(ListViewTest, manyRandomStepsLeaveTheOrderThatAPlainListWouldHave) {
         for (const int column : {0, 1})
             ASSERT_EQ(list.cellAt(place, column), plain[place].texts[static_cast<std::size_t>(column)]);
     };
-    for (int step = 0; step < 2000; ++step) {
+    for (int step = 0; step < 8000; ++step) {
         const auto what = random() % 16;
         if (what < 3) {
             settle();
