@@ -198,7 +198,7 @@ ado::com::Variant AutomationObject::carryOut(const Member& member, const DISPPAR
     const base::Text call = base::Text(className_).append(u".").append(member.name);
     const base::Text item =
         member.name == u"Item" && arguments[0].raw().vt == VT_BSTR ? arguments[0].text() : subject_.name;
-    for (const base::Text& ordered : {call, call + u":" + item}) {
+    for (const base::Text& ordered : {call, base::Text(call).append(u":").append(item)}) {
         const auto found = state().faults.calls.find(ordered);
         if (found != state().faults.calls.end()) fail(found->second);
     }
