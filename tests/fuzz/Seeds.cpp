@@ -61,8 +61,9 @@ void moveRow(test::MemoryPageStore& store, RowPointer row) {
 void addObjectsOfAccess(test::MemoryPageStore& store) {
     constexpr std::uint32_t kQuery = 0x80000123;
     const RowPointer row = openTable(store, u"MSysNavPaneGroups")->entry().row;
-    const RowView view = openTable(store, u"MSysObjects")->rowAt(row).view;
-    const auto flags = view.stored(*view.definition().column(u"Flags"));
+    const Table objects = *openTable(store, u"MSysObjects");
+    const Row found = objects.rowAt(row);
+    const auto flags = found.view.stored(*objects.definition().column(u"Flags"));
     const auto offset = flags.data() - store.page(row.page).bytes.bytes().data();
     store.change(row.page)[static_cast<std::size_t>(offset)] = 0x0A;
     test::addSystemRow(store, u"MSysObjects",
