@@ -139,7 +139,7 @@ std::optional<CheckedMap> PageOwners::checkFreeMap(RowPointer row, const Checked
     if (strangers.count() > 0) {
         findings_.fault(place.onPage(strangers.first()), u"Die Karte der Seiten mit Platz (" + rowText(row) +
                                                              u") nennt " + strangers.text() +
-                                                             u" die nicht zu den eigenen Seiten gehören.");
+                                                             u" außerhalb der eigenen Seiten.");
     }
     return free;
 }

@@ -126,6 +126,16 @@ void RelationshipPlans::addDescribed(const Salvage& salvage) {
     }
 }
 
+/// Whether the last relationship is an earlier one once more: the name in one of the two places is damaged.
+/// @param found  the definition of its referencing table
+bool RelationshipPlans::isLastDescribedUnderAnotherName(const TableDefinition& found) const {
+    const PlannedRelationship& last = all_.back();
+    return std::any_of(all_.begin(), all_.end() - 1, [&](const PlannedRelationship& each) {
+        return each.isEnforced() && each.table == last.table && each.referenced == last.referenced &&
+               std::ranges::is_permutation(each.columns, last.columns) && !isNamed(found, each.name);
+    });
+}
+
 /// The relationships that only the definitions of their tables know.
 void RelationshipPlans::addEnforced() {
     for (std::size_t table = 0; table < plans_.size(); ++table) {
@@ -150,7 +160,10 @@ void RelationshipPlans::addEnforced() {
             const std::uint32_t flags = (index.updateRule == 1 ? kCascadeUpdates : 0U) |
                                         ((index.deleteRule & 1U) != 0 ? kCascadeDeletes : 0U) |
                                         ((index.deleteRule & 2U) != 0 ? kSetNullOnDelete : 0U);
-            if (own.size() == others.size()) add({index.name, flags, table, referenced, {}}, columns);
+            if (own.size() != others.size()) continue;
+            const std::size_t countBefore = all_.size();
+            add({index.name, flags, table, referenced, {}}, columns);
+            if (all_.size() > countBefore && isLastDescribedUnderAnotherName(found)) all_.pop_back();
         }
     }
 }

@@ -46,6 +46,7 @@ private:
 
     void addDescribed(const Salvage& salvage);
     void addEnforced();
+    bool isLastDescribedUnderAnotherName(const TableDefinition& found) const;
     void add(PlannedRelationship relationship, const std::vector<std::pair<base::Text, base::Text>>& columns);
     void orderLikeIndex(PlannedRelationship& relationship) const;
     bool canBeEnforced(const PlannedRelationship& relationship) const;

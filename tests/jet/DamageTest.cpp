@@ -259,10 +259,10 @@ private:
             return start + placeInDefinition(definition, part->second, number);
         if (kind == "root") return definition.indexes.at(number).rootPage * kPageSize;
         if (kind == "page") {
-            auto page = table.ownedPages().next(0);
+            PageNumber page = table.ownedPages().next(0).value();
             for (; number > 0; --number)
-                page = table.ownedPages().next(*page + 1);
-            return *page * kPageSize;
+                page = table.ownedPages().next(page + 1).value();
+            return page * kPageSize;
         }
         RowCursor cursor(table);
         for (std::size_t i = 0; i <= number; ++i)
