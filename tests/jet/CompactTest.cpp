@@ -50,18 +50,10 @@ std::string difference(const Bytes& file, const Bytes& copy) {
     }
 }
 
-void change(PageStore& store, base::TextView table, const std::function<void(TableDefinition&)>& edit) {
-    TableDefinition definition = openTable(store, table)->definition();
-    edit(definition);
-    const auto pages = definitionPages(definition.encode(), definition.chain);
-    for (std::size_t i = 0; i < pages.size(); ++i)
-        std::ranges::copy(pages[i], store.change(definition.chain[i]).begin());
-}
-
 /// Texts in an order whose keys we cannot make, and bytes of unknown meaning.
 Bytes fileOfAccess() {
     test::MemoryPageStore store(relatedTables());
-    change(store, u"Konten", [](TableDefinition& definition) {
+    test::editDefinition(store, u"Konten", [](TableDefinition& definition) {
         definition.lastAutoNumber = 777;
         definition.kept[3] = 9;
         definition.columns[1].textOrder.lcid = 0x041D;
@@ -144,7 +136,7 @@ TEST(Compact, TakesFullRowsThatAreOlderThanTheLastColumns) {
         table.design.columns.push_back({name, ColumnType::Double});
         table.design.columns.push_back({name + base::Text(u"2"), ColumnType::Text, 20});
     }
-    change(store, u"T", [&](TableDefinition& definition) {
+    test::editDefinition(store, u"T", [&](TableDefinition& definition) {
         const TableDefinition later = makeDefinition(table.design);
         definition.columns = later.columns;
         definition.columnsEver = later.columnsEver;
@@ -159,13 +151,14 @@ TEST(Compact, RefusesWhatItCannotRead) {
     const auto root = [](PageStore& store) { return openTable(store, u"Konto")->definition().indexes[1].rootPage; };
     const std::pair<std::function<void(PageStore&)>, std::string> damages[] = {
         {[](PageStore& store) {
-             change(store, u"Konto", [](TableDefinition& table) { table.columns[2].type = ColumnType{0x12}; });
+             test::editDefinition(store, u"Konto",
+                                  [](TableDefinition& table) { table.columns[2].type = ColumnType{0x12}; });
          },
          "Die Tabelle 'Konto' ist nicht lesbar"},
         {[](PageStore& store) {
              const PageNumber page = *openTable(store, u"Konto")->ownedPages().next(0);
              store.change(page)[kDataPageHeaderBytes + 1] |= 0xC0;
-             change(store, u"Konto", [](TableDefinition& table) { table.rowCount = 1; });
+             test::editDefinition(store, u"Konto", [](TableDefinition& table) { table.rowCount = 1; });
          },
          "Ein Index der Tabelle 'Konto'"},  // which has an entry too much
         {[&](PageStore& store) {
@@ -190,7 +183,7 @@ TEST(Comparison, NoticesEveryPlantedFault) {
     const Bytes original = relatedTables(), sound = compacted(original);
     ASSERT_EQ(difference(original, sound), "");
     const auto edit = [](const std::function<void(TableDefinition&)>& how) {
-        return [how](WrittenFile& file) { change(file.store, u"Konten", how); };
+        return [how](WrittenFile& file) { test::editDefinition(file.store, u"Konten", how); };
     };
     const auto put = [](std::uint16_t column, const Value& value) {
         return [column, value](WrittenFile& file) {
