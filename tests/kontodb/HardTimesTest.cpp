@@ -128,23 +128,25 @@ TEST_F(HardTimes, LeavesNoFileThatIsNotWholeWhenItIsEnded) {
 }
 
 TEST_F(HardTimes, ExecutesAllStatementsOrNoneWhenItIsEnded) {
-    make(u"2000");
+    make(u"800");
     const std::string before = contentOf("k.mdb");
     write("a.sql",
           "UPDATE Benutzerkonto SET BenKTO_Name = 'x';\n"
           "DELETE FROM Benutzerkonto WHERE BenKTO_ID > 700");
     const std::vector<Text> executing = {u"exec", u"k.mdb", u"--all", u"--file", u"a.sql"};
     const auto began = std::chrono::steady_clock::now();
-    ASSERT_EQ(call(executing).printed, "2000\n1300\n");
+    ASSERT_EQ(call(executing).printed, "800\n100\n");
     const auto step = (std::chrono::steady_clock::now() - began) / 16;
     const std::string after = contentOf("k.mdb");
     for (const int signal : {SIGINT, SIGKILL}) {
         int ended = 0, journals = 0;
-        // Over the whole time again and again, a little later each time, until a journal was left.
-        for (int i = 0; i < 24 || (signal == SIGKILL && journals == 0 && i < 480); ++i) {
+        // At 20 moments of a run, then when the journal gets its name, until one is left.
+        for (int i = 0; i < 20 || (signal == SIGKILL && journals == 0 && i < 200); ++i) {
             write("k.mdb", before);
             const pid_t process = start([&] { return call(executing).exitCode; });
-            std::this_thread::sleep_for(i % 24 * step + i / 24 * step / 20);
+            const auto end = std::chrono::steady_clock::now() + (i < 20 ? i * step : 32 * step);
+            while (std::chrono::steady_clock::now() < end && (i < 20 || !std::filesystem::exists("k.mdb-journal")))
+                std::this_thread::sleep_for(std::chrono::microseconds(100));
             ::kill(process, signal);
             const bool isDone = endOf(process) == kExitSuccess;
             if (std::filesystem::exists("k.mdb-journal")) {
