@@ -146,10 +146,16 @@ void show(const Lines& lines, const std::string& sign, std::size_t limit, std::s
     std::map<std::string, std::size_t> counts;
     for (const std::string& line : lines)
         if (++counts[line.substr(0, line.find(':'))] <= (line.starts_with("MSys") ? 1 : limit))
-            text += "  " + sign + " " + line + "\n";
+            text.append("  ").append(sign).append(" ").append(line).append("\n");
     for (const auto& [beginning, count] : counts)
         if (count > limit - (beginning.starts_with("MSys") ? 1 : 0))
-            text += "  " + sign + " " + beginning + ": " + numbered(count) + " in all\n";
+            text.append("  ")
+                .append(sign)
+                .append(" ")
+                .append(beginning)
+                .append(": ")
+                .append(numbered(count))
+                .append(" in all\n");
 }
 
 /// Decimal and hexadecimal numbers become "#".
@@ -354,8 +360,10 @@ protected:
             same->second += " " + numbered(i);
         }
         std::string text;
-        for (const auto& [outcome, places] : outcomes)
-            text += (count == 1 ? "" : "  @" + places + "\n") + outcome;
+        for (const auto& [outcome, places] : outcomes) {
+            if (count > 1) text.append("  @").append(places).append("\n");
+            text += outcome;
+        }
         return text;
     }
 
