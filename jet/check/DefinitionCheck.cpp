@@ -34,8 +34,8 @@ void checkPages(const CheckContext& context, const TableDefinition& definition, 
         base::Bytes(stored.begin(), stored.begin() + static_cast<std::ptrdiff_t>(length)), definition.chain);
     for (std::size_t i = 0; i < pages.size(); ++i) {
         const PageNumber number = definition.chain[i];
-        const std::uint16_t found = context.source.page(number).bytes.u16(DefinitionPageAt::kFreeBytes);
-        const std::uint16_t expected = base::ByteView{pages[i]}.u16(DefinitionPageAt::kFreeBytes);
+        const std::uint16_t found = context.source.page(number).bytes.u16(kFreeBytesOffset);
+        const std::uint16_t expected = base::ByteView{pages[i]}.u16(kFreeBytesOffset);
         if (found == expected) continue;
         context.findings.fault(place.onPage(number), countText(found) + u" freie Bytes der Definitionsseite statt " +
                                                          countText(expected) + u".");

@@ -122,17 +122,19 @@ void RelationshipPlans::addDescribed(const Salvage& salvage) {
             isWhole = isWhole && pairs[i]->place == i;
             columns.emplace_back(pairs[i]->column, pairs[i]->referencedColumn);
         }
-        if (isWhole) add({first.name, first.flags, table, referenced, {}}, columns);
+        if (!isWhole) continue;
+        if (auto relationship = planned({first.name, first.flags, table, referenced, {}}, columns))
+            all_.push_back(std::move(*relationship));
     }
 }
 
-/// Whether the last relationship is an earlier one once more: the name in one of the two places is damaged.
+/// Whether it is there already, and the name in one of the two places is damaged.
 /// @param found  the definition of its referencing table
-bool RelationshipPlans::isLastDescribedUnderAnotherName(const TableDefinition& found) const {
-    const PlannedRelationship& last = all_.back();
-    return std::any_of(all_.begin(), all_.end() - 1, [&](const PlannedRelationship& each) {
-        return each.isEnforced() && each.table == last.table && each.referenced == last.referenced &&
-               std::ranges::is_permutation(each.columns, last.columns) && !isNamed(found, each.name);
+bool RelationshipPlans::isUnderAnotherName(const PlannedRelationship& relationship,
+                                           const TableDefinition& found) const {
+    return std::ranges::any_of(all_, [&](const PlannedRelationship& each) {
+        return each.isEnforced() && each.table == relationship.table && each.referenced == relationship.referenced &&
+               std::ranges::is_permutation(each.columns, relationship.columns) && !isNamed(found, each.name);
     });
 }
 
@@ -161,23 +163,23 @@ void RelationshipPlans::addEnforced() {
                                         ((index.deleteRule & 1U) != 0 ? kCascadeDeletes : 0U) |
                                         ((index.deleteRule & 2U) != 0 ? kSetNullOnDelete : 0U);
             if (own.size() != others.size()) continue;
-            const std::size_t countBefore = all_.size();
-            add({index.name, flags, table, referenced, {}}, columns);
-            if (all_.size() > countBefore && isLastDescribedUnderAnotherName(found)) all_.pop_back();
+            auto relationship = planned({index.name, flags, table, referenced, {}}, columns);
+            if (relationship && !isUnderAnotherName(*relationship, found)) all_.push_back(std::move(*relationship));
         }
     }
 }
 
-void RelationshipPlans::add(PlannedRelationship relationship,
-                            const std::vector<std::pair<base::Text, base::Text>>& columns) {
+/// With the numbers of its columns. Nothing if one of them, or the name, cannot be in the new file.
+std::optional<PlannedRelationship> RelationshipPlans::planned(
+    PlannedRelationship relationship, const std::vector<std::pair<base::Text, base::Text>>& columns) const {
     for (const auto& [name, referencedName] : columns) {
         const Column* own = plans_[relationship.table].definition().column(name);
         const Column* other = plans_[relationship.referenced].definition().column(referencedName);
-        if (own == nullptr || other == nullptr) return;
+        if (own == nullptr || other == nullptr) return std::nullopt;
         relationship.columns.emplace_back(own->number, other->number);
     }
-    if (relationship.columns.empty() || !sortKeyIsCertain(relationship.name)) return;
-    all_.push_back(std::move(relationship));
+    if (relationship.columns.empty() || !sortKeyIsCertain(relationship.name)) return std::nullopt;
+    return relationship;
 }
 
 std::size_t RelationshipPlans::planNamed(base::TextView name) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <deque>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -46,8 +47,9 @@ private:
 
     void addDescribed(const Salvage& salvage);
     void addEnforced();
-    bool isLastDescribedUnderAnotherName(const TableDefinition& found) const;
-    void add(PlannedRelationship relationship, const std::vector<std::pair<base::Text, base::Text>>& columns);
+    bool isUnderAnotherName(const PlannedRelationship& relationship, const TableDefinition& found) const;
+    std::optional<PlannedRelationship> planned(PlannedRelationship relationship,
+                                               const std::vector<std::pair<base::Text, base::Text>>& columns) const;
     void orderLikeIndex(PlannedRelationship& relationship) const;
     bool canBeEnforced(const PlannedRelationship& relationship) const;
     void addKey(const PlannedRelationship& relationship, const std::vector<base::Value>& values, bool isReferenced,

@@ -12,14 +12,8 @@ class Writer {
 public:
     explicit Writer(base::Bytes& bytes) : bytes_(bytes) {}
 
-    void u16(std::uint16_t value) {
-        bytes_.push_back(static_cast<std::uint8_t>(value));
-        bytes_.push_back(static_cast<std::uint8_t>(value >> 8U));
-    }
-    void u32(std::uint32_t value) {
-        u16(static_cast<std::uint16_t>(value));
-        u16(static_cast<std::uint16_t>(value >> 16U));
-    }
+    void u16(std::uint16_t value) { base::appendLittleEndian(bytes_, value, 2); }
+    void u32(std::uint32_t value) { base::appendLittleEndian(bytes_, value, 4); }
     void append(std::span<const std::uint8_t> bytes) { bytes_.insert(bytes_.end(), bytes.begin(), bytes.end()); }
     void name(base::TextView text) {
         u16(static_cast<std::uint16_t>(2 * text.size()));
@@ -145,10 +139,9 @@ std::vector<base::Bytes> definitionPages(const base::Bytes& joined, std::span<co
         std::copy_n(rest.begin(), count, page.begin() + static_cast<std::ptrdiff_t>(start));
         rest = rest.subspan(count);
         const std::size_t free = kPageSize - start - count;
-        page[0] = static_cast<std::uint8_t>(PageKind::TableDefinition);
-        page[1] = 1;
+        beginPage(page, PageKind::TableDefinition);
         base::putU16(
-            page, 2,
+            page, kFreeBytesOffset,
             static_cast<std::uint16_t>(free > DefinitionPageAt::kContent ? free - DefinitionPageAt::kContent : 0));
         base::putU32(page, DefinitionPageAt::kNextPage, i + 1 < chain.size() ? chain[i + 1] : 0);
         pages.push_back(std::move(page));

@@ -33,9 +33,8 @@
 /// definitions".
 namespace jet {
 
-/// In each page of a definition.
+/// In each page of a definition, beside kFreeBytesOffset.
 struct DefinitionPageAt {
-    static constexpr std::size_t kFreeBytes = 2;
     static constexpr std::size_t kNextPage = 4;
     static constexpr std::size_t kContent = 8;
 };

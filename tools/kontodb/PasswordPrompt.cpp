@@ -10,7 +10,6 @@
 #include <conio.h>
 #include <windows.h>
 #else
-#include <poll.h>
 #include <termios.h>
 #include <unistd.h>
 #endif
@@ -63,35 +62,10 @@ private:
     bool works_;
 };
 
-/// Signals come only while readLine() waits. Otherwise one that comes just before would leave its note, and the wait
-/// would go on.
-class SignalsWhileWaiting {
-public:
-    SignalsWhileWaiting() {
-        sigset_t later;
-        sigemptyset(&later);
-        for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGTSTP})
-            sigaddset(&later, signal);
-        sigprocmask(SIG_BLOCK, &later, &before_);
-    }
-    SignalsWhileWaiting(const SignalsWhileWaiting&) = delete;
-    SignalsWhileWaiting& operator=(const SignalsWhileWaiting&) = delete;
-    ~SignalsWhileWaiting() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
-
-    /// @return false if a signal came before there was input
-    bool waitForInput() const {
-        pollfd input{STDIN_FILENO, POLLIN, 0};
-        return ppoll(&input, 1, nullptr, &before_) == 1;
-    }
-
-private:
-    sigset_t before_{};
-};
-
-std::optional<base::Text> readLine(const SignalsWhileWaiting& signals) {
+std::optional<base::Text> readLine(const Interruption& interruption) {
     std::string line;
     char unit = 0;
-    while (signals.waitForInput() && read(STDIN_FILENO, &unit, 1) == 1) {
+    while (interruption.waitForInput(STDIN_FILENO) && read(STDIN_FILENO, &unit, 1) == 1) {
         if (unit == '\n') return base::fromUtf8(line);
         line += unit;
     }
@@ -106,9 +80,8 @@ struct Answer {
 /// Makes the terminal show typed text again before the signal is reported.
 Answer ask() {
     const Interruption interruption({SIGTSTP});
-    const SignalsWhileWaiting signals;
     const HiddenInput hidden;
-    auto line = readLine(signals);
+    auto line = readLine(interruption);
     return {std::move(line), Interruption::signal()};
 }
 

@@ -2,6 +2,9 @@
 
 #include <atomic>
 #include <csignal>
+#ifndef _WIN32
+#include <poll.h>
+#endif
 
 namespace kontodb {
 namespace {
@@ -47,6 +50,20 @@ void Interruption::watch(int signal) {
     if (before.sa_handler == SIG_IGN) return;
     sigaction(signal, &noting, nullptr);
     restore_[signal] = [signal, before] { sigaction(signal, &before, nullptr); };
+}
+
+/// From the look for a note to the wait, the signals are held back.
+bool Interruption::waitForInput(int descriptor) const {
+    sigset_t watched;
+    sigset_t before;
+    sigemptyset(&watched);
+    for (const auto& [signal, restore] : restore_)
+        sigaddset(&watched, signal);
+    sigprocmask(SIG_BLOCK, &watched, &before);
+    pollfd input{descriptor, POLLIN, 0};
+    const bool hasInput = noted == 0 && ppoll(&input, 1, nullptr, &before) == 1;
+    sigprocmask(SIG_SETMASK, &before, nullptr);
+    return hasInput;
 }
 
 void failBeyondLimits() {

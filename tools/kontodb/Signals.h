@@ -25,6 +25,12 @@ public:
     /// @return the one that came last; 0 if none has
     static int signal();
 
+#ifndef _WIN32
+    /// Waits until the descriptor has input. One that comes just before the wait ends it, too.
+    /// @return false if one has come
+    bool waitForInput(int descriptor) const;
+#endif
+
     /// @throws Interrupted if one has come
     static void check();
 
