@@ -17,7 +17,7 @@ ITS_READERS = TOOL + ["tools/kontodb"]
 CIRCLES_OF_THE_MODEL = re.compile(r"forms/(Form|ListView)\.h|app/mPublic\.h")
 WINDOWS_ROOMS = ["win32", "ado/com"]
 WINDOWS_FILES = re.compile(r"tools/kontodb/PasswordPrompt\.cpp|jet/storage/\w+Windows\.(cpp|h)")
-C_RUNTIME_HEADERS = r"(conio|fcntl|io|termios|unistd|sys/\w+)\.h"  # of the C runtime on both systems
+C_RUNTIME_HEADERS = r"(conio|fcntl|io|poll|termios|unistd|sys/\w+)\.h"  # of the C runtime on either system
 MAX_LINES = 600
 SCRIPTS = ("build", "run", "test", "package")  # scripts without a file extension
 # Paths of a machine, and hosts from which packages are fetched: the tree must build everywhere.
