@@ -130,11 +130,6 @@ std::string toWindows1252(TextView text) {
     return out;
 }
 
-Text decimal(std::int64_t number) {
-    const std::string digits = std::to_string(number);
-    return Text(digits.begin(), digits.end());
-}
-
 TextView trimBlanks(TextView text) {
     const auto first = text.find_first_not_of(u' ');
     if (first == TextView::npos) return {};

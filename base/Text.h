@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstdint>
+#include <concepts>
 #include <string>
 #include <string_view>
 
@@ -27,7 +27,11 @@ Text fromWindows1252(std::string_view bytes);
 std::string toWindows1252(TextView text);
 
 /// Decimal digits, with a leading "-" for negative numbers; no grouping.
-Text decimal(std::int64_t number);
+template <std::integral Number>
+Text decimal(Number number) {
+    const std::string digits = std::to_string(number);
+    return Text(digits.begin(), digits.end());
+}
 
 /// The text without leading and trailing U+0020. Tabs, line ends and no-break spaces stay.
 TextView trimBlanks(TextView text);

@@ -22,8 +22,7 @@ target_compile_options(tolv_options INTERFACE -Wall -Wextra -Wpedantic -Wconvers
     -ffile-prefix-map=${CMAKE_SOURCE_DIR}/= -ffile-prefix-map=${sourcesFromBuild}/=)
 target_include_directories(tolv_options INTERFACE ${CMAKE_SOURCE_DIR})
 if(TOLV_SANITIZE)
-    target_compile_options(tolv_options INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all
-        -fno-omit-frame-pointer -D_GLIBCXX_ASSERTIONS)
+    target_compile_options(tolv_options INTERFACE -fsanitize=address -fno-omit-frame-pointer -D_GLIBCXX_ASSERTIONS)
     target_link_options(tolv_options INTERFACE -fsanitize=address,undefined)
 endif()
 if(TOLV_COVERAGE)
@@ -73,6 +72,12 @@ function(tolv_room name)
         endif()
         add_library(${name} STATIC ${ROOM_SOURCES})
         target_link_libraries(${name} PUBLIC tolv_options ${ROOM_USES})
+        if(TOLV_SANITIZE)
+            # Without the checks of each pointer before its use: they take a third of the compile time, the address
+            # sanitizer sees null pointers, and no code here casts bytes to wider types.
+            target_compile_options(${name} PRIVATE -fsanitize=undefined -fno-sanitize=null,alignment
+                -fno-sanitize-recover=all)
+        endif()
     else()
         add_library(${name} INTERFACE)
         target_link_libraries(${name} INTERFACE tolv_options ${ROOM_USES})
@@ -118,8 +123,8 @@ function(tolv_test name)
     add_executable(${name} ${TEST_SOURCES})
     target_link_libraries(${name} PRIVATE tolv_options ${TEST_USES} GTest::gmock_main)
     if(TOLV_SANITIZE)
-        # Optimising the test framework's templates takes longer, with the sanitizers' checks, than running them
-        # unoptimised.
+        # Optimising the test framework's templates, or checking them for undefined behaviour, too, takes longer than
+        # running them as they are.
         target_compile_options(${name} PRIVATE -O0)
     endif()
     add_test(NAME ${name} COMMAND ${name})

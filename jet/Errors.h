@@ -93,9 +93,8 @@ decltype(auto) onPage(PageNumber page, Decode&& decode) {
     try {
         return std::forward<Decode>(decode)();
     } catch (const base::ByteRangeError& error) {
-        throw damaged(page, u"Die Daten reichen über ihr Ende hinaus (Byte " +
-                                base::decimal(static_cast<std::int64_t>(error.offsetBytes)) + u" von " +
-                                base::decimal(static_cast<std::int64_t>(error.sizeBytes)) + u")");
+        throw damaged(page, u"Die Daten reichen über ihr Ende hinaus (Byte " + base::decimal(error.offsetBytes) +
+                                u" von " + base::decimal(error.sizeBytes) + u")");
     }
 }
 

@@ -22,8 +22,7 @@ constexpr std::array<PageNumber, 4> kSystemTables{2, 3, 4, 5};
 
 void checkFileSize(std::uint64_t sizeBytes, Findings& findings) {
     if (sizeBytes % kPageSize == 0) return;
-    findings.fault({}, u"Die Datei hat " + base::decimal(static_cast<std::int64_t>(sizeBytes)) +
-                           u" Bytes, keine ganze Zahl von Seiten zu 4096.");
+    findings.fault({}, u"Die Datei hat " + base::decimal(sizeBytes) + u" Bytes, keine ganze Zahl von Seiten zu 4096.");
 }
 
 void checkHeader(PageSource& source, Findings& findings) {

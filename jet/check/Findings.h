@@ -84,7 +84,7 @@ void passingOverDamage(Step&& step) {
 
 /// A count in a message.
 inline base::Text countText(std::size_t count) {
-    return base::decimal(static_cast<std::int64_t>(count));
+    return base::decimal(count);
 }
 
 /// "Seite 5, Zeile 3"

@@ -98,8 +98,8 @@ void TableCopy::copyIndex(std::size_t i) {
     });
     if (entries > from_.size() || (entries < from_.size() && !index.ignoresNulls())) {
         throw damaged(index.rootPage, u"Der Index '" + index.name + u"' der Tabelle '" + original_.name() + u"' hat " +
-                                          base::decimal(static_cast<std::int64_t>(entries)) + u" Einträge für " +
-                                          base::decimal(static_cast<std::int64_t>(from_.size())) + u" Datensätze");
+                                          base::decimal(entries) + u" Einträge für " + base::decimal(from_.size()) +
+                                          u" Datensätze");
     }
 }
 

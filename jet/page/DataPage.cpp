@@ -20,7 +20,7 @@ DataPage::DataPage(PageView page) : page_(std::move(page)) {
     }
     slotCount_ = page_.bytes.u16(kSlotCountOffset);
     if (slotCount_ > kMaxSlots) {
-        throw damaged(page_.number, base::decimal(static_cast<std::int64_t>(slotCount_)) + u" Zeilen auf einer Seite");
+        throw damaged(page_.number, base::decimal(slotCount_) + u" Zeilen auf einer Seite");
     }
     std::size_t end = kPageSize;
     const std::size_t lowest = slotPlace(slotCount_);
@@ -29,7 +29,7 @@ DataPage::DataPage(PageView page) : page_(std::move(page)) {
         const std::size_t start = word & kSlotStartMask;
         if (start > end || start < lowest || (word & kUnknownFlag) != 0) {
             throw damaged(page_.number, u"Der Zeilenversatz " + base::decimal(word) + u" der Zeile " +
-                                            base::decimal(static_cast<std::int64_t>(i)) + u" ist unmöglich");
+                                            base::decimal(i) + u" ist unmöglich");
         }
         end = start;
     }
@@ -46,8 +46,7 @@ DataPage DataPage::read(PageSource& source, PageNumber number, std::uint32_t own
 
 Slot DataPage::slot(std::size_t index) const {
     if (index >= slotCount_) {
-        throw damaged(page_.number,
-                      u"Die Zeile " + base::decimal(static_cast<std::int64_t>(index)) + u" gibt es nicht");
+        throw damaged(page_.number, u"Die Zeile " + base::decimal(index) + u" gibt es nicht");
     }
     const std::uint16_t word = page_.bytes.u16(slotPlace(index));
     const std::size_t start = word & kSlotStartMask;

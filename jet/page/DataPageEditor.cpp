@@ -22,7 +22,7 @@ std::size_t DataPageEditor::freeBytes() const {
 
 Slot DataPageEditor::slot(std::size_t index) const {
     if (index >= slotCount()) {
-        throw damaged(number_, u"Die Zeile " + base::decimal(static_cast<std::int64_t>(index)) + u" gibt es nicht");
+        throw damaged(number_, u"Die Zeile " + base::decimal(index) + u" gibt es nicht");
     }
     const std::size_t start = slotStart(index);
     return {static_cast<SlotState>(word(slotPlace(index)) & kSlotStateMask),

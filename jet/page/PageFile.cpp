@@ -20,7 +20,7 @@ PageView pageOfKind(PageSource& source, PageNumber number, PageKind kind) {
     PageView view = source.page(number);
     if (view.kind() != kind) {
         throw damaged(number, u"Seitenart " + base::decimal(view.bytes.u8(0)) + u" statt " +
-                                  base::decimal(static_cast<std::int64_t>(kind)));
+                                  base::decimal(static_cast<int>(kind)));
     }
     return view;
 }

@@ -224,7 +224,7 @@ private:
         }
         for (std::size_t i = 0; i < columnCount_; ++i) {
             base::Bytes bytes = joined_.take(descriptors_ + Column::kDescriptorBytes * i, Column::kDescriptorBytes);
-            const base::Text made = u"Spalte" + base::decimal(static_cast<std::int64_t>(i + 1));
+            const base::Text made = u"Spalte" + base::decimal(i + 1);
             const base::Bytes block = parts_.block;
             raiseCounts(bytes);
             parts_.columns.push_back({std::move(bytes), names ? (*names)[i] : made});
@@ -257,9 +257,7 @@ private:
                 parts_.indexes.pop_back();
         }
         const std::size_t lost = indexCount_ - parts_.indexes.size();
-        if (lost > 0)
-            losses_.push_back(base::decimal(static_cast<std::int64_t>(lost)) +
-                              u" Indizes sind nicht lesbar beschrieben");
+        if (lost > 0) losses_.push_back(base::decimal(lost) + u" Indizes sind nicht lesbar beschrieben");
         readLogicalIndexes(newPlaces);
     }
 
@@ -275,7 +273,7 @@ private:
         });
         if (!names && count > 0) losses_.emplace_back(u"Die Namen der Indizes sind nicht lesbar");
         for (std::size_t i = 0; i < count; ++i) {
-            const base::Text made = u"Index" + base::decimal(static_cast<std::int64_t>(i + 1));
+            const base::Text made = u"Index" + base::decimal(i + 1);
             addLogicalIndex(joined_.take(records + LogicalIndex::kBytes * i, LogicalIndex::kBytes),
                             names ? (*names)[i] : made, newPlaces);
         }

@@ -21,7 +21,7 @@ base::Text placeText(RowPointer row) {
 }
 
 base::Text countText(std::size_t count, base::TextView one, base::TextView many) {
-    return base::decimal(static_cast<std::int64_t>(count)) + u" " + base::Text(count == 1 ? one : many);
+    return base::decimal(count) + u" " + base::Text(count == 1 ? one : many);
 }
 
 }  // namespace jet

@@ -374,8 +374,7 @@ void TablePlan::reportCounts() {
         report_->lostRows > 0 || !table_->rows.lostPages().empty() || !table_->rows.definitionLosses().empty();
     if (counted > found && counted - found < kMaxUnusedNumbers)
         report_->lose(u"Die Tabelle zählt " + countText(counted, u"Datensatz", u"Datensätze") + u", gefunden sind " +
-                      base::decimal(static_cast<std::int64_t>(found)) +
-                      (hasGaps ? u"." : u"; vielleicht war die Zahl schon vorher falsch."));
+                      base::decimal(found) + (hasGaps ? u"." : u"; vielleicht war die Zahl schon vorher falsch."));
 }
 
 }  // namespace jet

@@ -30,15 +30,14 @@ base::Bytes readChain(PageSource& source, const LongValueReference& reference, R
         const auto bytes = partAt(page, part);
         if (bytes.size() <= kRowPointerBytes ||
             bytes.size() - kRowPointerBytes > reference.lengthBytes - value.size()) {
-            throw damagedRow(part, u"Der Teil eines langen Werts hat " +
-                                       base::decimal(static_cast<std::int64_t>(bytes.size())) + u" Bytes");
+            throw damagedRow(part, u"Der Teil eines langen Werts hat " + base::decimal(bytes.size()) + u" Bytes");
         }
         append(value, bytes.subspan(kRowPointerBytes));
         part = pointerAt(bytes);
     }
     if (value.size() != reference.lengthBytes) {
-        throw damagedRow(place, u"Ein langer Wert hat " + base::decimal(static_cast<std::int64_t>(value.size())) +
-                                    u" statt " + base::decimal(reference.lengthBytes) + u" Bytes");
+        throw damagedRow(place, u"Ein langer Wert hat " + base::decimal(value.size()) + u" statt " +
+                                    base::decimal(reference.lengthBytes) + u" Bytes");
     }
     return value;
 }
@@ -81,8 +80,8 @@ base::Bytes readLongValue(PageSource& source, std::span<const std::uint8_t> stor
             return readChain(source, reference, place);
     }
     if (value.size() != reference.lengthBytes) {
-        throw damagedRow(place, u"Ein langer Wert hat " + base::decimal(static_cast<std::int64_t>(value.size())) +
-                                    u" statt " + base::decimal(reference.lengthBytes) + u" Bytes");
+        throw damagedRow(place, u"Ein langer Wert hat " + base::decimal(value.size()) + u" statt " +
+                                    base::decimal(reference.lengthBytes) + u" Bytes");
     }
     return value;
 }

@@ -63,9 +63,8 @@ void Table::requireAllMet(std::size_t rowsMet) const {
                                                        : strangePageOfRows(*source_, now, owned);
     if (lost == 0) return;
     throw damaged(lost, u"Die Seite hat Datensätze der Tabelle '" + name() +
-                            u"' und fehlt in ihrer Belegungskarte; gelesen sind " +
-                            base::decimal(static_cast<std::int64_t>(rowsMet)) + u" von " + base::decimal(now.rowCount) +
-                            u" Datensätzen");
+                            u"' und fehlt in ihrer Belegungskarte; gelesen sind " + base::decimal(rowsMet) + u" von " +
+                            base::decimal(now.rowCount) + u" Datensätzen");
 }
 
 Row Table::rowAt(RowPointer pointer) const {

@@ -20,7 +20,7 @@ std::uint32_t readBigEndian(std::span<const std::uint8_t> fourBytes) {
 }
 
 base::Text numberOf(std::size_t number) {
-    return base::decimal(static_cast<std::int64_t>(number));
+    return base::decimal(number);
 }
 
 }  // namespace

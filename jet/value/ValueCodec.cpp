@@ -63,9 +63,8 @@ Bytes encodeBinary(const Column& column, Bytes bytes) {
 Value decodeValue(const Column& column, std::span<const std::uint8_t> stored, RowPointer place) {
     const std::size_t needed = storedBytes(column.type);
     if (needed != 0 && stored.size() != needed) {
-        throw damagedRow(place, u"Spalte '" + column.name + u"' hat " +
-                                    base::decimal(static_cast<std::int64_t>(stored.size())) + u" statt " +
-                                    base::decimal(static_cast<std::int64_t>(needed)) + u" Bytes");
+        throw damagedRow(place, u"Spalte '" + column.name + u"' hat " + base::decimal(stored.size()) + u" statt " +
+                                    base::decimal(needed) + u" Bytes");
     }
     const ByteView bytes{stored};
     switch (column.type) {

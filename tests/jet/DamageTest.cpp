@@ -31,7 +31,7 @@ constexpr const char* kDamages =
 using Lines = std::vector<std::string>;
 
 std::string numbered(std::uint64_t number) {
-    return base::toUtf8(base::decimal(static_cast<std::int64_t>(number)));
+    return base::toUtf8(base::decimal(number));
 }
 
 /// A long value by its size and the sum of its bytes.

@@ -75,7 +75,7 @@ $ exec k.mdb --file "gibt es nicht"
 
 TEST_F(Exec, ChangesTheSameInOneTransactionAsOneByOne) {
     std::mt19937 random(20261125);
-    const auto below = [&](std::size_t limit) { return base::decimal(static_cast<std::int64_t>(random() % limit)); };
+    const auto below = [&](std::size_t limit) { return base::decimal(random() % limit); };
     std::filesystem::copy("k.mdb", "andere.mdb");
     Text script;
     std::string counts;

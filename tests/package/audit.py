@@ -136,7 +136,7 @@ def icon(pe):
 
 
 def builtAgain():
-    """Builds one program again, from a copy of the sources."""
+    """Builds the tool again, from a copy of the sources."""
     copy = ROOT / "out/again/of another name"
     shutil.rmtree(copy, ignore_errors=True)
     listed = subprocess.run(["git", "ls-files", "-co", "--exclude-standard"], cwd=ROOT, capture_output=True, text=True,
@@ -146,11 +146,11 @@ def builtAgain():
         shutil.copy(ROOT / name, copy / name)
     build = copy / "out/again"
     for command in (["cmake", "--preset", "windows-x64", "-B", build, "-DTOLV_CCACHE=OFF", f"-DTOLV_BIN={copy}/bin"],
-                    ["cmake", "--build", build, "--parallel", str(os.cpu_count()), "--target", "kontodb"]):
+                    ["cmake", "--build", build, "--parallel", str(os.cpu_count()), "--target", "prjDexoBenutzerkonten"]):
         run = subprocess.run(command, cwd=copy, capture_output=True, text=True)
         if run.returncode:
             return [f"not built again: {(run.stdout + run.stderr)[-2000:]}"]
-    first, second = ROOT / "out/windows-x64/bin/kontodb.exe", copy / "bin/kontodb.exe"
+    first, second = (folder / "bin" / PROGRAMS[0] for folder in (ROOT / "out/windows-x64", copy))
     return [] if first.read_bytes() == second.read_bytes() else [f"{first} and {second} differ"]
 
 

@@ -4,9 +4,10 @@
 usage: tests/rules/tidy.py [PREFIX...]     only groups with a source whose path begins with a PREFIX
 
 Sources are checked in the groups in which the builds compile them together: most of the time goes into the headers,
-which are then read once for many sources. Because a group hides an include that one of its sources lacks, each source
-of the product is also compiled alone, without generating code. The commands come from the native build, and for sources
-that only the Windows build compiles, from there. A clean result is stored under the hash of everything that it depends
+which are then read once for many sources. They are copied into one file, because the analyzer skips what a file
+includes. Because a group hides an include that one of its sources lacks, each source of the product is also compiled
+alone, without generating code. The commands come from the native build, and for sources that only the Windows build
+compiles, from there. A clean result is stored under the hash of everything that it depends
 on (clang-tidy, its settings, the command, the sources and all headers of the project that they reach), outside the work
 tree, so that a fresh clone can use it.
 """
@@ -23,10 +24,9 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 MEMORY = pathlib.Path(os.environ.get("XDG_CACHE_HOME", pathlib.Path.home() / ".cache")) / "prjDexoBenutzerkonten/tidy"
 NATIVE, WINDOWS = ROOT / "out/build/native-debug", ROOT / "out/build/windows-x64"
-# The analyzer takes the sources of a group for headers, hence the first option. The shallow mode takes a fifth of the
-# time and still follows calls. Tests are not analyzed: in the test library's macros the analyzer takes longer than
-# everything else together, and tests run under the sanitizers.
-ANALYZER = ["-analyzer-opt-analyze-headers", "-analyzer-config", "mode=shallow"]
+# The shallow mode takes a third of the time and still follows calls. Tests are not analyzed: in the test library's macros
+# the analyzer takes longer than everything else together, and tests run under the sanitizers.
+ANALYZER = ["-Xclang", "-analyzer-config", "-Xclang", "mode=shallow"]
 INCLUDE = re.compile(rb'^\s*#\s*include\s+"([^"]+)"', re.M)
 
 
@@ -49,7 +49,7 @@ def sources_of(file):
 
 
 def groups():
-    """(file, its sources, compiler, the compiler's arguments that matter for the meaning, more arguments for clang)."""
+    """(sources, compiler, the compiler's arguments that matter for the meaning, more arguments for clang)."""
     seen = set()
     for build, extra in ((NATIVE, []), (WINDOWS, mingw_arguments())):
         for entry in json.loads((build / "compile_commands.json").read_text()):
@@ -65,7 +65,7 @@ def groups():
             sources = sources_of(file)
             if not seen.issuperset(sources):
                 seen.update(sources)
-                yield file, sources, next(w for w in words if re.search(r"[gc](\+\+|c|lang)[^/]*$", w)), kept, extra
+                yield sources, next(w for w in words if re.search(r"[gc](\+\+|c|lang)[^/]*$", w)), kept, extra
 
 
 def reached(source, seen):
@@ -101,12 +101,22 @@ def settings_for(source):
     return next(folder / ".clang-tidy" for folder in (ROOT / source).parents if (folder / ".clang-tidy").is_file())
 
 
-def check(file, sources, compiler, arguments, extra, version):
+def joined(sources):
+    """@return a file with the text of all these sources, and the place of each of its lines"""
+    texts = [(source, (ROOT / source).read_text().splitlines(keepends=True)) for source in sources]
+    file = ROOT / "out/lint" / sources[0]
+    file.parent.mkdir(parents=True, exist_ok=True)
+    file.write_text("".join(line for _, lines in texts for line in lines))
+    return file, [f"{source}:{number}" for source, lines in texts for number, _ in enumerate(lines, 1)]
+
+
+def check(sources, compiler, arguments, extra, version):
     tests = all(source.startswith("tests/") for source in sources)
-    analyzer = [] if tests else [word for option in ANALYZER for word in ("-Xclang", option)]
-    checks = "-bugprone-suspicious-include" + (",-clang-analyzer-*" if tests else "")
-    printed = remembered(["clang-tidy", "--quiet", f"--checks={checks}", f"--config-file={settings_for(sources[0])}",
-                          str(file), "--", *arguments, *extra, *analyzer], sources, version)
+    file, places = joined(sources)
+    printed = remembered(["clang-tidy", "--quiet", *(["--checks=-clang-analyzer-*"] if tests else []),
+                          f"--config-file={settings_for(sources[0])}", str(file), "--", *arguments, *extra,
+                          *([] if tests else ANALYZER)], sources, version)
+    printed = re.sub(re.escape(str(file)) + r":(\d+)", lambda match: places[int(match[1]) - 1], printed)
     for source in sources if len(sources) > 1 and not tests else []:
         printed += remembered([compiler, "-fsyntax-only", *arguments, source], [source], version)
     return printed
@@ -117,9 +127,9 @@ def main():
     version = output("clang-tidy", "--version").stdout + output("g++", "--version").stdout
     version += "".join(settings.read_text() for settings in sorted(ROOT.glob("*/.clang-tidy")) + [ROOT / ".clang-tidy"])
     wanted = tuple(sys.argv[1:]) or ("",)
-    todo = [group for group in groups() if any(source.startswith(wanted) for source in group[1])]
+    todo = [group for group in groups() if any(source.startswith(wanted) for source in group[0])]
     with concurrent.futures.ThreadPoolExecutor(max_workers=2) as pool:
-        results = pool.map(lambda group: (group[1], check(*group, version)), todo)
+        results = pool.map(lambda group: (group[0], check(*group, version)), todo)
         failed = [sources for sources, text in results
                   if text and not print(text, f"FAIL tidy: {' '.join(sources)}", sep="\n", flush=True)]
     if not failed:

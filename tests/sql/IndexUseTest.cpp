@@ -140,7 +140,7 @@ TEST_F(IndexUse, GivesColumnsOrderAndTopAsTheTestSortsThem) {
         base::Text top;
         if (below(3) != 0) {
             std::size_t kept = below(2) == 0 ? below(10) : below(4500);
-            top = u"TOP " + base::decimal(static_cast<int>(kept)) + u" ";
+            top = u"TOP " + base::decimal(kept) + u" ";
             while (!by.empty() && kept > 0 && kept < rows.size() && !isBefore(rows[kept - 1], rows[kept]))
                 ++kept;
             rows.resize(std::min(kept, rows.size()));

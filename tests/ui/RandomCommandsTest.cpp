@@ -181,7 +181,7 @@ protected:
     void changeFromOutside() {
         if (file.empty()) return;
         auto& [id, account] = *std::next(file.begin(), static_cast<std::ptrdiff_t>(random() % file.size()));
-        account.name = u"Fremd" + base::decimal(static_cast<std::int32_t>(random() % 1000000));
+        account.name = u"Fremd" + base::decimal(random() % 1000000);
         account.pass = std::vector<base::Text>{u"", u"eigenes", kInitial, kInitial + u" "}[random() % 4];
         account.path = u" ";
         tool.database.execute(u"UPDATE Benutzerkonto SET BenKTO_Name = '" + account.name + u"', BenKTO_Pass = '" +

@@ -92,7 +92,7 @@ base::Text AccountImport::field(const CsvRecord& record, std::size_t place) cons
 
 /// @return empty if there is none
 base::Text AccountImport::faultOf(const CsvRecord& record, const jet::TableDefinition& definition) const {
-    const auto count = [](std::size_t number) { return base::decimal(static_cast<std::int64_t>(number)); };
+    const auto count = [](std::size_t number) { return base::decimal(number); };
     if (record.fields.size() != columns_) return count(record.fields.size()) + u" Felder statt " + count(columns_);
     for (const auto& [place, name, what] : {std::tuple{places_.name, table::kName, u"der Benutzername"},
                                             {places_.serverPath, table::kServerPath, u"der Pfad"}}) {
@@ -142,8 +142,8 @@ void AccountImport::insert(jet::TableWriter& writer, Console& console) const {
                                              {path, field(record, places_.serverPath)},
                                              {update, yesOrNo(field(record, places_.programUpdate)).value_or(false)}});
         } catch (const base::RuntimeError& error) {
-            throw base::RuntimeError(error.number(), u"Zeile " + base::decimal(static_cast<std::int64_t>(record.line)) +
-                                                         u": " + error.description());
+            throw base::RuntimeError(error.number(),
+                                     u"Zeile " + base::decimal(record.line) + u": " + error.description());
         }
     }
 }

@@ -90,7 +90,7 @@ private:
     }
 
     [[noreturn]] static void fail(std::size_t line, base::TextView why) {
-        throw jet::failure(u"Zeile " + base::decimal(static_cast<std::int64_t>(line)) + u": " + base::Text(why) +
+        throw jet::failure(u"Zeile " + base::decimal(line) + u": " + base::Text(why) +
                            u". Ein Anführungszeichen im Text wird verdoppelt.");
     }
 

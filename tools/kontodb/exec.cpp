@@ -36,8 +36,7 @@ Script scriptOf(const CommandLine& line, Console& console) {
 }
 
 base::Text numbered(const Script& script, std::size_t part) {
-    return script.parts().size() == 1 ? base::Text()
-                                      : u"Anweisung " + base::decimal(static_cast<std::int64_t>(part) + 1) + u": ";
+    return script.parts().size() == 1 ? base::Text() : u"Anweisung " + base::decimal(part + 1) + u": ";
 }
 
 void requireIntended(const Script& script, bool mayChangeAll) {

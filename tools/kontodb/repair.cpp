@@ -34,9 +34,8 @@ struct Counts {
 
 base::Text textOf(const Counts& counts) {
     base::Text text = jet::countText(counts.whole, u"Datensatz ganz", u"Datensätze ganz");
-    if (counts.withLosses > 0)
-        text += u", " + base::decimal(static_cast<std::int64_t>(counts.withLosses)) + u" mit verlorenen Werten";
-    if (counts.lost > 0) text += u", " + base::decimal(static_cast<std::int64_t>(counts.lost)) + u" verloren";
+    if (counts.withLosses > 0) text += u", " + base::decimal(counts.withLosses) + u" mit verlorenen Werten";
+    if (counts.lost > 0) text += u", " + base::decimal(counts.lost) + u" verloren";
     return text;
 }
 
