@@ -25,7 +25,7 @@ inline constexpr base::TextView kPassword = u"GeheiM";
 inline constexpr base::TextView kAll = u"SELECT * FROM Benutzerkonto ORDER BY BenKTO_ID";
 
 /// An account file of the test's own with three accounts and a table `Werte` with every kind of column, used through
-/// the way that this program tests. After each test the file must be sound and nothing may be held any more.
+/// the Way of this program. After each test the file must be sound and no object may be held any more.
 class Conformance : public testing::Test {
 protected:
     Conformance() { write(test::sampleFile({accounts(), values()}, Text(kPassword))); }

@@ -2,5 +2,5 @@
 #include "tests/conformance/Way.h"
 
 conformance::Way conformance::makeWay() {
-    return {nullptr, std::make_unique<ado::embedded::Factory>(), [] {}};  // the sanitizers find what is left
+    return {nullptr, std::make_unique<ado::embedded::Factory>(), [] {}};  // the sanitizers find leaks
 }
