@@ -1,7 +1,7 @@
 /// With this engine the journeys (tests/wine/journeys.py) run a second time, through COM, with the double's classes
 /// instead of the system's. It is linked before the library that otherwise chooses the engine.
 ///
-/// The file faults.txt beside the exe names the faults to make, one on each line, in UTF-8 with a tab between words;
+/// The file faults.txt next to the exe names the faults to make, one on each line, in UTF-8 with a tab between words;
 /// without it there are none:
 ///
 ///     MEMBER NUMBER TEXT      the call fails with an exception record, for example "Connection.Open"

@@ -131,7 +131,7 @@ TEST_F(ControlTest, theUsersInputRaisesTheEventOnceUnlessTheControlIsDisabledOrA
     EXPECT_EQ(form.ActiveControl(), nullptr);
 }
 
-TEST_F(ControlTest, disablingTheFocusedControlFirstHandsTheFocusToTheFirstTabStop) {
+TEST_F(ControlTest, disablingTheFocusedControlFirstMovesTheFocusToTheFirstTabStop) {
     form.Show(Form::Modality::Modeless);
     EXPECT_TRUE(form.list.hasFocus()) << "a shown form focuses its first tab stop";
     form.button.SetFocus();

@@ -132,7 +132,7 @@ TEST_F(ListViewTest, randomStepsGiveTheSameOrderAsAPlainList) {
         std::array<base::Text, 2> texts;
         int tag;
     };
-    std::vector<Plain> plain;  // in the present order
+    std::vector<Plain> plain;  // in the current order
     std::vector<Plain> added;  // not sorted in yet
     bool isSorted = false, isDescending = false;
     std::size_t key = 0;

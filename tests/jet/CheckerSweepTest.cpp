@@ -10,7 +10,7 @@
 #include "jet/table/Table.h"
 #include "jet/tree/IndexCursor.h"
 #include "tests/fuzz/Seeds.h"
-#include "tests/jet/FileAtHand.h"
+#include "tests/jet/EditableFile.h"
 #include "tests/support/Environment.h"
 
 namespace jet {
@@ -55,14 +55,14 @@ std::vector<PageNumber> pagesOf(const UsageMap& map) {
     return pages;
 }
 
-Area rowArea(FileAtHand& file, RowPointer row) {
+Area rowArea(EditableFile& file, RowPointer row) {
     const auto bytes = DataPage(file.page(row.page)).slot(row.slot).bytes;
     const auto from = static_cast<std::size_t>(bytes.data() - file.at(row.page).data());
     return {row.page, from, from + bytes.size()};
 }
 
 /// The pages of the catalog and of all definitions.
-std::vector<Area> catalogAndDefinitions(FileAtHand& file) {
+std::vector<Area> catalogAndDefinitions(EditableFile& file) {
     std::vector<Area> areas;
     const Catalog catalog(file);
     for (const CatalogEntry& entry : catalog.entries())
@@ -100,7 +100,7 @@ protected:
 
     bool isSound() { return checkDatabase(file_, file_.bytes.size()).isSound(); }
 
-    FileAtHand file_{relatedTables()};
+    EditableFile file_{relatedTables()};
 
 private:
     unsigned seed_ = test::environmentNumber("TOLV_RANDOM_SEED", std::random_device{}());
@@ -195,7 +195,7 @@ TEST_F(CheckerSweep, ADamagedMapDoesNotLoseRowsUnnoticed) {
             EXPECT_TRUE(now.isError || now == before);
         });
         // The file is cut off after each page. Some cuts lose no row, because the last pages hold only indexes.
-        FileAtHand cut(file_);
+        EditableFile cut(file_);
         for (std::size_t sizeBytes = 0; sizeBytes < file_.bytes.size(); sizeBytes += kPageSize) {
             cut.bytes.assign(file_.bytes.begin(), file_.bytes.begin() + static_cast<std::ptrdiff_t>(sizeBytes));
             const TableContents now = readContents(cut, readName);

@@ -13,7 +13,7 @@
 #include "jet/table/LongValue.h"
 #include "tests/fuzz/Seeds.h"
 #include "tests/jet/DefinitionPlaces.h"
-#include "tests/jet/FileAtHand.h"
+#include "tests/jet/EditableFile.h"
 #include "tests/jet/Hex.h"
 #include "tests/support/Environment.h"
 #include "tests/support/MemoryIo.h"
@@ -292,7 +292,7 @@ private:
         return static_cast<std::size_t>(view.data() - sound_.bytes.data());
     }
 
-    FileAtHand sound_;
+    EditableFile sound_;
 };
 
 class DamageTable : public testing::Test {
@@ -320,7 +320,7 @@ protected:
     static std::string outcomeOf(const Damaged& damaged, const Lines& undamaged, std::size_t limit) {
         std::string text;
         if (!damaged.isEncoded) {
-            FileAtHand file(damaged.bytes);
+            EditableFile file(damaged.bytes);
             Lines found;
             const CheckResult result = checkDatabase(file, file.bytes.size());
             for (const Finding& finding : result.findings.kept())
@@ -368,7 +368,7 @@ protected:
     }
 
     static Lines contentsOf(const base::Bytes& bytes) {
-        FileAtHand file(bytes);
+        EditableFile file(bytes);
         return Contents(file).lines;
     }
 
@@ -426,7 +426,7 @@ TEST_F(DamageTable, RowsOnUndamagedPagesAreRecoveredAndNoOthers) {
     std::size_t required = 0;
     for (const Seed& seed : seeds()) {
         if (seed.name.find("V1997") != std::string::npos) continue;
-        FileAtHand sound(seed.file);
+        EditableFile sound(seed.file);
         const Contents truth(sound);
         for (std::uint32_t copy = 0; copy < count / 5; ++copy) {
             SCOPED_TRACE(seed.name + ", random seed " + std::to_string(randomSeed) + ", copy " + std::to_string(copy));

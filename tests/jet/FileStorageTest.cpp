@@ -465,7 +465,7 @@ struct stat journalOf(const fs::path& file) {
     return status;
 }
 
-TEST_F(FileStorageTest, HasAJournalWithItsOwnOwnerAndPermissions) {
+TEST_F(FileStorageTest, HasAJournalWithTheSameOwnerAndPermissions) {
     const mode_t mask = ::umask(027);
     const bool isAdministrator = ::chown(file_.c_str(), 1234, 4321) == 0;
     struct stat file {};

@@ -12,7 +12,7 @@ import xml.etree.ElementTree
 import pefile
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-# Windows loads these from its own folder, whatever is beside the program; other libraries must be loaded by full path.
+# Windows loads these from its own folder, whatever is next to the program; other libraries must be loaded by full path.
 SYSTEM_DLLS = {"kernel32.dll", "user32.dll", "gdi32.dll", "advapi32.dll", "shell32.dll", "ole32.dll", "oleaut32.dll",
                "comctl32.dll", "msvcrt.dll"}
 # Functions through which the tool could take a switch from a user or an administrator; it must have none. Exceptions:
@@ -20,7 +20,7 @@ SYSTEM_DLLS = {"kernel32.dll", "user32.dll", "gdi32.dll", "advapi32.dll", "shell
 SWITCHES = re.compile(r"(?i)command_?line|getmainargs|cmdln|argv|environ|getenv|initenv|^Reg[A-Z]\w*(Key|Value)|^SHGetValue")
 NEEDED = {"__wgetmainargs", "__winitenv", "_wcmdln", "__p__wcmdln", "RegGetValueW"}
 KEYS = re.compile(r"(?i)software\\|hkey_|\\currentversion")
-# A file beside the program could be a switch, too. The only one allowed is the settings file, which is documented.
+# A file next to the program could be a switch, too. The only one allowed is the settings file, which is documented.
 FILES = re.compile(r"(?i)[\w-]{3,}\.(txt|ini|cfg|conf|json|xml|dat|log|csv)\b")
 SETTINGS_FILE = "Tolv.ini"
 MAX_BYTES = 1024 * 1024  # for the tool; its companion may be larger

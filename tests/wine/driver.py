@@ -154,7 +154,7 @@ class Tool:
     """One run of the exe, in a folder of its own."""
 
     def __init__(self, session, folder, account_file=None, settings=None, faults=()):
-        """@param account_file  copied beside the exe as BenKTO.mdb
+        """@param account_file  copied next to the exe as BenKTO.mdb
         @param settings      bytes of Tolv.ini; None: there is no such file
         @param faults        of the provider behind COM (tests/comdouble/EngineThroughCom.cpp), each as the words of a line"""
         self.session, self.folder = session, folder

@@ -1,6 +1,6 @@
 #include "ado/embedded/Factory.h"
-#include "tests/conformance/Way.h"
+#include "tests/conformance/Backend.h"
 
-conformance::Way conformance::makeWay() {
+conformance::Backend conformance::makeBackend() {
     return {nullptr, std::make_unique<ado::embedded::Factory>(), [] {}};  // the sanitizers find leaks
 }
