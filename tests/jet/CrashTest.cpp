@@ -170,8 +170,8 @@ TEST(CrashSweep, AnInterruptedRollbackCanBeRepeated) {
     });
 }
 
-/// A step fails, and the program ends. The next program may read bytes from the system's cache
-/// that are not on the disk.
+/// A step fails, and the program ends. The next program may read bytes from the system's cache that are not on the
+/// disk.
 TEST(FailingMachine, TheNextProgramFlushesWhatItReads) {
     forEachPattern([](const Pattern& pattern, const base::Bytes& old, const base::Bytes& fresh) {
         forEachStep(old, std::nullopt, [&](Machine& machine, int step) {

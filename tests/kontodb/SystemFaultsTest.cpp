@@ -141,7 +141,7 @@ TEST_F(SystemFaults, ExecutesAllStatementsOrNoneWhenASignalEndsIt) {
     const std::string after = contentOf("k.mdb");
     for (const int signal : {SIGINT, SIGKILL}) {
         int ended = 0, journals = 0;
-        // Ends 20 runs at different moments. Then, if none left a journal, ends runs when the journal appears.
+        // Ends 20 runs at different moments. If SIGKILL left no journal, ends further runs when the journal appears.
         for (int i = 0; i < 20 || (signal == SIGKILL && journals == 0 && i < 200); ++i) {
             write("k.mdb", before);
             const pid_t process = start([&] { return call(executing).exitCode; });

@@ -9,7 +9,7 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 PICTURES = ROOT / "docs/bilder"
 STATE = PICTURES / "stand.txt"
-HOLE = "…"  # is_in_handbook for a value that the program inserts, and for words that the handbook omits
+HOLE = "…"  # stands for a value that the program inserts, and for words that the handbook omits
 
 SOURCES = [str(path.relative_to(ROOT)) for room in (
     "accounts", "ado", "app", "base", "db", "forms", "jet", "listutil", "platform", "settings", "tools", "ui", "win32")

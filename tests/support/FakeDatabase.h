@@ -20,8 +20,8 @@
 
 namespace test {
 
-/// An account file in memory, used through the embedded engine. Logs each call; a test can make
-/// calls fail.
+/// An account file in memory, used through the embedded engine. Logs each call; a test can make calls
+/// fail.
 class FakeDatabase : public ado::ConnectionFactory {
 public:
     using Row = std::vector<base::Value>;
