@@ -91,7 +91,8 @@ inline void appendBigEndian(std::vector<std::uint8_t>& bytes, std::uint64_t valu
         bytes.push_back(static_cast<std::uint8_t>(value >> (8U * (i - 1))));
 }
 
-/// For places that are known to be inside, in code that must be fast.
+/// Reads without checking the bounds, for code that must be fast.
+/// @param offset  at least two bytes before the end
 inline std::uint16_t u16At(std::span<const std::uint8_t> bytes, std::size_t offset) {
     return static_cast<std::uint16_t>(bytes[offset] | (bytes[offset + 1] << 8U));
 }

@@ -8,8 +8,9 @@
 namespace forms {
 
 /// Finds rows by the hashes of their keys; the caller compares the keys themselves. Rows are kept in one table, each in
-/// the first free slot, starting at the slot that its hash names. Beside the slots there is a byte for each, which
-/// stays in the processor's cache even for a million rows and nearly always tells that a key is new.
+/// the first free slot, starting at the slot that its hash names. A second array has one byte of
+/// the hash for each slot. Even for a million rows it stays in the processor's cache, and it nearly always shows that a
+/// key is new.
 class KeyIndex {
 public:
     using Row = std::uint32_t;
@@ -41,7 +42,7 @@ private:
         Row row = 0;
     };
 
-    /// Of the highest bits, because the lowest choose the slot; never kFree.
+    /// Taken from the highest bits, because the lowest choose the slot; never kFree.
     static Mark markOf(std::uint32_t hash) { return static_cast<Mark>(hash >> 25U | 0x80U); }
     std::size_t homeOf(std::uint32_t hash) const { return hash & (marks_.size() - 1); }
     std::size_t after(std::size_t place) const { return (place + 1) & (marks_.size() - 1); }

@@ -51,7 +51,7 @@ void TextMemory::clear() {
     end_ = nullptr;
 }
 
-/// A block that is too small for the text is replaced.
+/// If the next block is too small, it is replaced by a larger one.
 void TextMemory::useNextBlock(std::size_t fewestUnits) {
     if (usedBlocks_ == blocks_.size()) blocks_.emplace_back();
     Block& block = blocks_[usedBlocks_];

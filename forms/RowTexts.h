@@ -8,9 +8,9 @@
 
 namespace forms {
 
-/// Memory for the texts of a list's rows: large blocks, which are emptied together. They are kept, because a list that
-/// was cleared is mostly filled again with about as many rows, and memory that is new to the process costs more than
-/// writing to it. Texts that were replaced stay until then.
+/// Memory for the texts of a list's rows, in large blocks. clear() empties all blocks but keeps them, because a cleared
+/// list is usually filled again with about as many rows, and new memory from the system is slow. Replaced texts keep
+/// their memory until then.
 class TextMemory {
 public:
     /// Memory for `after` units, with the first `before` units of the piece in it. The newest piece grows in place
@@ -28,7 +28,7 @@ private:
 
     std::vector<Block> blocks_;
     std::size_t usedBlocks_ = 0;
-    char16_t* end_ = nullptr;    ///< of what is used of the last used block
+    char16_t* end_ = nullptr;    ///< end of the used part of the last used block
     std::size_t freeUnits_ = 0;  ///< after it
 };
 

@@ -3,9 +3,9 @@
 
 usage: tests/programs.py BUILD [--wine]
 
-The programs are those ctest knows, two at a time. Natively they run as they are, with --wine through the command
-that TOLV_WINE names (see tests/wine/wine-env.sh). A skipped case is a failed one: what a machine lacks must be said
-by the script that runs the tests.
+It runs the programs that ctest knows, two at a time; with --wine through the command in TOLV_WINE (see
+tests/wine/wine-env.sh). A skipped case counts as failed: the script that runs the tests must say what the machine
+lacks.
 """
 import concurrent.futures
 import json
@@ -32,13 +32,13 @@ def run(name, command, environment, folder, wine):
     if wine:
         program = [index for index, word in enumerate(command) if word.endswith(".exe")]
         command = os.environ["TOLV_WINE"].split() + command[program[0] if program else 0:]
-    # Into a file: Wine's own processes would keep a pipe open for a minute after the program has ended.
+    # The output goes to a file, because Wine's own processes keep a pipe open for a minute after the program has ended.
     with tempfile.TemporaryFile() as printed:
         try:
             code = subprocess.run(command, cwd=folder, env={**os.environ, **environment}, stdin=subprocess.DEVNULL,
                                   stdout=printed, stderr=subprocess.STDOUT, timeout=LIMIT_SECONDS).returncode
         except subprocess.TimeoutExpired:
-            code = "its time limit"
+            code = "a timeout"
         except OSError as error:
             code = error
         printed.seek(0)

@@ -31,7 +31,7 @@ fetchTree() {
     apt=(-q -o APT::Architecture=i386 -o APT::Architectures::=i386 -o Acquire::Languages=none
         -o Dir::State="$work/apt" -o Dir::State::status="$work/apt/status" -o Dir::State::lists="$work/apt/lists"
         -o Dir::Cache="$work/apt" -o APT::Sandbox::User="$(id -un)" -o Debug::NoLocking=1)
-    say "fetching 32-bit Wine, 140 MB, once a machine"
+    say "fetching 32-bit Wine, 140 MB, once on each machine"
     apt-get "${apt[@]}" update >"$cache/i386.log" 2>&1 || true # one foreign source without i386 does no harm
     apt-get "${apt[@]}" -y --no-install-recommends --download-only install wine32 >>"$cache/i386.log" 2>&1 ||
         { tail -5 "$cache/i386.log" >&2; return 1; }
@@ -65,7 +65,7 @@ runs32BitCode || exit 77
 export TREE32=$tree WINEARCH=win32
 namespace=(unshare --mount --propagation private)
 [ "$(id -u)" = 0 ] || namespace+=(--map-root-user)
-# The tree lies above: the machine may have another i386 loader, which looks for libraries elsewhere.
+# The tree hides the files in /usr: the machine may have another i386 loader, which looks for libraries elsewhere.
 exec "${namespace[@]}" bash -c '
     mount -t overlay overlay -o "lowerdir=$TREE32:/usr" /usr || { echo "no overlay on /usr" >&2; exit 2; }
     exec "$@"' bash "$@"

@@ -17,7 +17,8 @@ RowPages& LongValueStore::pagesOf(const Column& column) {
     if (maps == table_.longValueMaps.end() || maps->owned.isNone()) {
         throw damaged(table_.page, u"Die Spalte '" + column.name + u"' hat keine Belegungskarte für lange Werte");
     }
-    return pages_.emplace(column.number, RowPages(store_, allocator_, maps->owned, maps->free, kLongValueOwner))
+    return pages_
+        .emplace(column.number, RowPages(store_, allocator_, maps->owned, maps->pagesWithSpace, kLongValueOwner))
         .first->second;
 }
 

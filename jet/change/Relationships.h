@@ -22,7 +22,7 @@ public:
     /// @param tables  must outlive this
     explicit Relationships(TableSet& tables) : tables_(tables) {}
 
-    /// Checks before there is a row that the rows to which a new row may refer can be looked up.
+    /// Checks, before a new row exists, that the rows to which it may refer can be looked up.
     /// @throws RuntimeError if they cannot
     void requireUsable(TableStore& table);
 

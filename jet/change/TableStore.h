@@ -17,9 +17,9 @@
 
 namespace jet {
 
-/// The rows of a table with everything that is stored of them: bytes (RowStore), long values (LongValueStore), entries
-/// in all indexes, and the counters in the definition. It checks the rules of indexes. TableWriter calls ColumnRules
-/// and Relationships for the others.
+/// Stores the rows of a table: their bytes (RowStore), long values (LongValueStore), entries in all indexes, and the
+/// counters in the definition. It checks the rules of indexes. TableWriter calls ColumnRules and Relationships for the
+/// other rules.
 ///
 /// A change has two steps: make...() reads and checks and may throw; add(), replace() or remove() writes.
 class TableStore {

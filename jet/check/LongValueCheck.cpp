@@ -25,8 +25,9 @@ void LongValueCheck::claimColumn(const Column& column, const LongValueMaps& maps
         pages.owned.pages.push_back(page);
         checkPage(page, pages.place);
     }
-    if (!maps.free.isNone()) {
-        if (auto free = context_.owners.checkFreeMap(maps.free, *owned, pages.place)) pages.free = std::move(*free);
+    if (!maps.pagesWithSpace.isNone()) {
+        if (auto free = context_.owners.checkFreeMap(maps.pagesWithSpace, *owned, pages.place))
+            pages.free = std::move(*free);
     }
     columns_.emplace(column.number, std::move(pages));
 }

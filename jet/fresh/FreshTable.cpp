@@ -85,7 +85,7 @@ void FreshTable::reservePlaces(FreshMaps& maps) {
     definition_.pagesWithSpace = maps.reserve();
     for (LongValueMaps& longValue : definition_.longValueMaps) {
         longValue.owned = maps.reserve();
-        longValue.free = maps.reserve();
+        longValue.pagesWithSpace = maps.reserve();
         longValues_.emplace(longValue.columnNumber, FreshRows(pages_, kLongValueOwner));
     }
     for (IndexDefinition& index : definition_.indexes) {
@@ -225,7 +225,7 @@ void FreshTable::finishMaps() {
     for (const LongValueMaps& longValue : definition_.longValueMaps) {
         const FreshRows& parts = longValues_.at(longValue.columnNumber);
         maps_.set(longValue.owned, parts.numbers());
-        maps_.set(longValue.free, parts.numbersWithSpace());
+        maps_.set(longValue.pagesWithSpace, parts.numbersWithSpace());
     }
 }
 

@@ -45,7 +45,7 @@ enum class SlotState : std::uint16_t {
     Deleted = 0xC000,  ///< keeps its slot so that the other slots keep their numbers
 };
 
-/// Whether such a slot is a row of its own, wherever its bytes are.
+/// Whether a slot in this state is a row. The bytes of a moved row are in another slot.
 constexpr bool isRow(SlotState state) {
     return state == SlotState::Live || state == SlotState::Moved;
 }
@@ -85,7 +85,7 @@ private:
     std::size_t slotCount_ = 0;
 };
 
-/// The pointer with which these bytes begin: those of a moved slot, or of a part of a long value.
+/// The pointer at the beginning of a moved slot, or of a part of a long value.
 /// @param bytes  at least kRowPointerBytes
 inline RowPointer pointerAt(std::span<const std::uint8_t> bytes) {
     return RowPointer::unpack(base::ByteView{bytes}.u32(0));
@@ -96,7 +96,7 @@ void clearDataPage(std::span<std::uint8_t> page, std::uint32_t owner, std::uint3
 
 /// Appends a row as a new slot.
 /// @param page  4096 bytes of a sound data page
-/// @return the number of the slot; nothing, and nothing changed, if the row does not fit
+/// @return the number of the slot; empty if the row does not fit, and then the page is unchanged
 std::optional<std::uint8_t> appendRow(std::span<std::uint8_t> page, std::span<const std::uint8_t> row,
                                       SlotState state = SlotState::Live);
 

@@ -28,7 +28,7 @@ public:
     /// Whether all slots are deleted.
     bool isEmpty() const;
 
-    /// @return the number of the slot; nothing, and nothing changed, if the row does not fit
+    /// @return the number of the slot; empty if the row does not fit, and then the page is unchanged
     std::optional<std::uint8_t> append(std::span<const std::uint8_t> row, SlotState state = SlotState::Live) {
         return appendRow(bytes_, row, state);
     }

@@ -35,13 +35,13 @@ namespace jet {
 
 inline constexpr std::size_t kMaxPasswordUnits = 20;
 
-/// What comes before the masked bytes.
+/// Fields before the masked bytes.
 inline constexpr std::size_t kSignatureOffset = 0x04;
 inline constexpr std::string_view kSignature{"Standard Jet DB\0", 16};
 inline constexpr std::size_t kVersionOffset = 0x14;
 inline constexpr std::uint32_t kVersionJet4 = 1;
 
-/// Fields for readers that do not need, or cannot trust, the whole page.
+/// Fields that some code reads alone, for example from a damaged header.
 inline constexpr std::size_t kDatabaseKeyOffset = 0x3E;
 inline constexpr std::size_t kPasswordOffset = 0x42;
 inline constexpr std::size_t kCreatedOffset = 0x72;

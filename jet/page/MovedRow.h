@@ -7,12 +7,12 @@
 
 namespace jet {
 
-/// A moved row is followed over at most this many pointers, so a loop comes to an end. Real files have one pointer.
+/// At most this many pointers are followed to a moved row, so that a loop ends. Real files have one pointer.
 inline constexpr std::size_t kMaxMoves = 16;
 
-/// The bytes of a row that were moved, and the way to them.
+/// The bytes of a moved row, and the pointers that lead to them.
 struct MovedRow {
-    std::vector<RowPointer> places;  ///< where the pointers lead, one after the other; the last has the bytes
+    std::vector<RowPointer> places;  ///< the targets of the pointers, in order; the last has the bytes
     DataPage page;                   ///< of the bytes; keeps them alive
     std::span<const std::uint8_t> bytes;
 };

@@ -28,7 +28,7 @@ enum class PageKind : std::uint8_t {
 inline constexpr std::size_t kFreeBytesOffset = 2;  ///< u16; data, definition and index pages
 inline constexpr std::size_t kOwnerOffset = 4;      ///< u32; data and index pages: page of the definition, or a mark
 
-/// Writes what every page except the header begins with.
+/// Writes the two bytes with which every page except the header begins.
 inline void beginPage(std::span<std::uint8_t> page, PageKind kind) {
     page[0] = static_cast<std::uint8_t>(kind);
     page[1] = 1;

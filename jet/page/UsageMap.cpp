@@ -60,7 +60,7 @@ bool UsageMap::contains(PageNumber page) const {
 std::optional<PageNumber> UsageMap::next(PageNumber from) const {
     for (const Piece& piece : pieces_) {
         const auto bit = nextBit(piece.bits, from > piece.firstPage ? from - piece.firstPage : 0);
-        // No file has a page beyond the largest number. So reading that page gives the right error.
+        // No file has a page with the largest number, so reading that page gives the right error.
         if (bit)
             return static_cast<PageNumber>(std::min<std::uint64_t>(std::uint64_t{piece.firstPage} + *bit, 0xFFFFFFFF));
     }

@@ -41,7 +41,7 @@ constexpr std::size_t inlineRowBytes(std::uint64_t pageCount) {
     return kInlineBitsOffset + static_cast<std::size_t>((pageCount + 7) / 8);
 }
 
-/// Place of an entry in a row of kind 1, and so the length of a row with as many entries.
+/// Offset of entry n in a row of kind 1. This is also the length of a row with n entries.
 constexpr std::size_t mapEntryOffset(std::size_t entry) {
     return 1 + kMapEntryBytes * entry;
 }
@@ -54,7 +54,6 @@ constexpr std::size_t mapEntryCount(std::size_t rowBytes) {
 /// The first set bit whose number is at least `from`.
 std::optional<std::size_t> nextBit(std::span<const std::uint8_t> bits, std::size_t from);
 
-/// Sets bit `number`, or clears it.
 inline void putBit(std::span<std::uint8_t> bits, std::size_t number, bool isSet = true) {
     const auto mask = static_cast<std::uint8_t>(1U << (number % 8));
     std::uint8_t& byte = bits[number / 8];
@@ -77,7 +76,8 @@ public:
     bool empty() const { return !next(0).has_value(); }
 
     /// Makes the row of a map of kind 0.
-    /// @param pages  all within the bits of the row; firstPage a multiple of 8
+    /// @param firstPage  a multiple of 8
+    /// @param pages      each must have a bit in the row
     static base::Bytes inlineRow(PageNumber firstPage, std::span<const PageNumber> pages,
                                  std::size_t rowBytes = kUsageMapRowBytes);
 

@@ -193,7 +193,7 @@ private:
         return count;
     }
 
-    /// With counts that contradict each other no column could be read. The columns will raise them again.
+    /// If the counts contradict each other, no column can be read. So they are lowered, and raiseCounts() raises them.
     void dropImpossibleCounts() {
         const auto count = [&](std::size_t offset) { return base::ByteView{parts_.block}.u16(offset); };
         if (count(DefinitionAt::kColumnsEver) > kMaxColumns || count(DefinitionAt::kColumnsEver) < columnCount_)

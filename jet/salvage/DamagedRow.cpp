@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t kCountBytes = 2;
 
-/// The sentence of a damage error without "Seite 5, Zeile 3: " and full stop.
+/// The text of a damage error without its place ("Seite 5, Zeile 3: ") and its full stop.
 base::Text reasonOf(const base::RuntimeError& error) {
     base::Text whole = damageOf(error).value_or(error.description());
     if (whole.ends_with(u'.')) whole.pop_back();

@@ -128,7 +128,7 @@ void RelationshipPlans::addDescribed(const Salvage& salvage) {
     }
 }
 
-/// Whether it is there already, and the name in one of the two places is damaged.
+/// Whether the relationship is planned already under another name, because one of its two names is damaged.
 /// @param found  the definition of its referencing table
 bool RelationshipPlans::isUnderAnotherName(const PlannedRelationship& relationship,
                                            const TableDefinition& found) const {
@@ -169,7 +169,8 @@ void RelationshipPlans::addEnforced() {
     }
 }
 
-/// With the numbers of its columns. Nothing if one of them, or the name, cannot be in the new file.
+/// Adds the numbers of the columns.
+/// @return nothing if a column or the name cannot be in the new file
 std::optional<PlannedRelationship> RelationshipPlans::planned(
     PlannedRelationship relationship, const std::vector<std::pair<base::Text, base::Text>>& columns) const {
     for (const auto& [name, referencedName] : columns) {

@@ -25,7 +25,7 @@ void PagesInUse::addTable(const TableDefinition& definition) {
         // The entries of deleted columns remain in the definition.
         if (definition.columnNumbered(maps.columnNumber) == nullptr) continue;
         addMap(maps.owned);
-        addPage(maps.free.page);
+        addPage(maps.pagesWithSpace.page);
     }
 }
 

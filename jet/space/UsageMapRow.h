@@ -51,7 +51,7 @@ public:
 private:
     struct Place {
         PageNumber page;
-        std::size_t bitsOffset;  ///< of the map's bits, or a part of them, in the page
+        std::size_t bitsOffset;  ///< where the bits of the map, or this part of them, begin in the page
         std::size_t bit;
     };
     struct Extent {

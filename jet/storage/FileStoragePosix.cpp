@@ -135,7 +135,7 @@ public:
     }
 
 private:
-    /// Throws the reason why the last call failed.
+    /// Throws the error of the last system call.
     [[noreturn]] static void failToWrite(const base::Text& path) {
         if (isReadOnly(errno) || isInUse(errno)) throw readOnly();
         if (errno == ENOSPC || errno == EDQUOT) throw diskFull();

@@ -160,7 +160,7 @@ private:
         return fileIo(handle, path);
     }
 
-    /// Throws the reason why the last call failed.
+    /// Throws the error of the last system call.
     [[noreturn]] static void failToWrite(const base::Text& path) {
         const DWORD systemError = GetLastError();
         const bool isReadOnly = systemError == ERROR_ACCESS_DENIED || systemError == ERROR_WRITE_PROTECT;

@@ -16,8 +16,8 @@ namespace jet {
 /// Names are resolved once, through links and short names. So all programs find the same journal, whatever name they
 /// use for the file.
 ///
-/// How a method fails: if its caller goes on, the result says so (somebody else uses the file, the journal cannot be
-/// deleted). Everything else is thrown as a RuntimeError; readOnly() if we may not write.
+/// Failures after which a caller can go on are results: the file is in use, the journal cannot be deleted. All others
+/// are thrown as a RuntimeError, for example readOnly() without the right to write.
 class Storage {
 public:
     virtual ~Storage() = default;
@@ -34,7 +34,7 @@ public:
     virtual std::unique_ptr<PageIo> openForReading() = 0;
 
     /// Opens for reading and writing. Keeps others from writing where the system can do that (Windows). Does not wait.
-    /// @return nothing if somebody else has the file open and excludes us
+    /// @return null if another program has the file open and prevents writing
     virtual std::unique_ptr<PageIo> openForWriting() = 0;
 
     /// Whether anything exists under the journal's name, even if it is not an ordinary file.

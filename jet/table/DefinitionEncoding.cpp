@@ -116,7 +116,7 @@ base::Bytes TableDefinition::encode() const {
     for (const LongValueMaps& maps : longValueMaps) {
         writer.u16(maps.columnNumber);
         writer.u32(maps.owned.packed());
-        writer.u32(maps.free.packed());
+        writer.u32(maps.pagesWithSpace.packed());
     }
     writer.u16(kNoColumn);
     base::putU32(bytes, DefinitionAt::kLength, static_cast<std::uint32_t>(bytes.size()));

@@ -3,10 +3,10 @@
 #include <cstddef>
 #include <cstdint>
 
-/// The layout of a table definition: one page, or a chain of pages. The bytes of the further pages, from 8 on, are
-/// appended to the first page.
+/// The layout of a table definition: one page, or a chain of pages. The bytes of the further pages, from offset
+/// 8 on, are appended to those of the first page: the joined bytes.
 ///
-///     page     0 kind 2, 1; 2 free bytes less 8; 4 next page of the chain, 0 for none
+///     page     0 kind 2, 1; 2 free bytes minus 8; 4 next page of the chain, 0 for none
 ///     offset size (in the joined bytes)
 ///     8      4    length of the joined bytes, with the first page's 8 bytes and the end mark
 ///     12     4    1625
@@ -26,20 +26,21 @@
 ///                 column descriptors, 25 bytes each (Column.h); then their names
 ///                 index data blocks, 52 bytes each
 ///                 logical indexes, 28 bytes each; then their names
-///                 for each column of long values: u16 number, row of its owned map, row of its free map
+///                 for each column of long values: u16 number, row of its map of owned pages,
+///                 row of its map of pages with space
 ///                 FF FF
 ///
 /// Names: u16 byte length, UTF-16LE. For the index data blocks and the logical indexes see docs/file-format.md, "Table
 /// definitions".
 namespace jet {
 
-/// In each page of a definition, beside kFreeBytesOffset.
+/// Offsets in each page of a definition; see also kFreeBytesOffset.
 struct DefinitionPageAt {
     static constexpr std::size_t kNextPage = 4;
     static constexpr std::size_t kContent = 8;
 };
 
-/// In the joined bytes.
+/// Offsets in the joined bytes.
 struct DefinitionAt {
     static constexpr std::size_t kLength = 8;
     static constexpr std::size_t kMark = 12;
@@ -57,19 +58,19 @@ struct DefinitionAt {
     static constexpr std::size_t kStatistics = 63;
 };
 
-/// In the statistics of an index.
+/// Offsets in the statistics of an index.
 struct StatisticsAt {
     static constexpr std::size_t kDistinctKeys = 4;
 };
 
-/// In a column descriptor.
+/// Offsets in a column descriptor.
 struct ColumnAt {
     static constexpr std::size_t kType = 0;
     static constexpr std::size_t kMark = 1;
     static constexpr std::size_t kNumber = 5;
     static constexpr std::size_t kVariableIndex = 7;
     static constexpr std::size_t kDisplayPosition = 9;
-    static constexpr std::size_t kPrecision = 11;  ///< Numeric; the other types have an order of text here
+    static constexpr std::size_t kPrecision = 11;  ///< Numeric only; the other types have the text order here
     static constexpr std::size_t kScale = 12;
     static constexpr std::size_t kTextOrder = 11;
     static constexpr std::size_t kTextOrderVersion = 14;
@@ -79,7 +80,7 @@ struct ColumnAt {
     static constexpr std::size_t kLength = 23;
 };
 
-/// In an index data block.
+/// Offsets in an index data block.
 struct IndexBlockAt {
     static constexpr std::size_t kMark = 0;
     static constexpr std::size_t kUsageMap = 34;
@@ -90,7 +91,7 @@ struct IndexBlockAt {
     static constexpr std::size_t columnOrder(std::size_t i) { return columnNumber(i) + 2; }
 };
 
-/// In a logical index.
+/// Offsets in a logical index.
 struct LogicalIndexAt {
     static constexpr std::size_t kMark = 0;
     static constexpr std::size_t kNumber = 4;
@@ -105,7 +106,7 @@ struct LogicalIndexAt {
 
 inline constexpr std::uint32_t kDefinitionMark = 1625;  ///< also of columns and logical indexes
 inline constexpr std::uint32_t kIndexBlockMark = 1923;
-inline constexpr std::uint16_t kNoColumn = 0xFFFF;   ///< in an index; after the maps of the columns of long values
+inline constexpr std::uint16_t kNoColumn = 0xFFFF;   ///< unused place in an index; end of the long value maps
 inline constexpr std::size_t kStatisticsBytes = 12;  ///< of one index
 inline constexpr std::size_t kLongValueMapsBytes = 10;
 

@@ -64,7 +64,7 @@ struct LogicalIndex {
 struct LongValueMaps {
     std::uint16_t columnNumber = 0;
     RowPointer owned;
-    RowPointer free;  ///< may be none
+    RowPointer pagesWithSpace;  ///< may be none
 };
 
 /// The definition of a table. DefinitionLayout.h describes its bytes.

@@ -23,17 +23,17 @@
 /// Promises, each with the test that tries to break it (tests/jet/CrashTest.cpp):
 ///
 ///  1. No byte of the file changes before the journal is whole and, with its final name, on the disk.
-///     CrashSweep.EveryCutLeavesTheOldFileOrTheNewOne
+///     CrashSweep.EveryStopLeavesTheOldFileOrTheNewOne
 ///  2. The journal is deleted only after all pages are on the disk. After a failed flush, memory may hold bytes that
 ///     are not on the disk. So recovery writes every page once more before it flushes.
-///     FailingMachine.TheNextOpenerFlushesWhatItSees
+///     FailingMachine.TheNextProgramFlushesWhatItReads
 ///  3. A commit that has returned is permanent, even if the deletion of its journal is lost: a left journal whose pages
-///     are all new in the file is dropped, not applied.   CrashSweep.EveryCutLeavesTheOldFileOrTheNewOne
+///     are all new in the file is deleted, not applied.   CrashSweep.EveryStopLeavesTheOldFileOrTheNewOne
 ///  4. A left journal is applied only if every page that it names is old, new or torn in the file, if the file's length
 ///     is between the old and the new one, and if the original engine has not committed since.
-///     LeftJournal.IsNeverAppliedToAFileThatSomebodyElseHasWritten
-///  5. A journal that is not whole is neither applied nor dropped.
-///     LeftJournal.IsNeitherAppliedNorDroppedIfItIsDamaged
+///     LeftJournal.IsNeverAppliedToAFileThatAnotherProgramHasWritten
+///  5. A journal that is not whole is neither applied nor deleted.
+///     LeftJournal.IsNeitherAppliedNorDeletedIfItIsDamaged
 ///  6. A journal of another file, or a file that is not a journal, is never applied.
 ///     LeftJournal.OfAnotherFileIsNeverApplied
 ///  7. If 4, 5 or 6 refuses, nothing is changed: neither the file nor the journal.   The same three tests
@@ -54,7 +54,7 @@ public:
     /// Makes the journal and returns when it is on the disk. After a failure it is deleted if possible.
     /// @param file     in its old state
     /// @param changes  first the changed pages, then the appended ones, each group in ascending order
-    /// @throws RuntimeError  readOnly() if the machine does not let us make one
+    /// @throws RuntimeError  readOnly() if the system does not allow us to create the journal
     void write(PageIo& file, PageNumber oldPageCount, const std::vector<PageChange>& changes);
 
     /// The reason why there is a journal.
@@ -70,7 +70,7 @@ public:
     /// @throws RuntimeError that names both files if the journal must not be applied (promises 4 to 6)
     void recover(PageIo& file, Cause cause);
 
-    /// Deletes a journal that is not needed any more. If that fails, the next opener drops it (promise 3).
+    /// Deletes a journal that is not needed any more. If that fails, the next opener deletes it (promise 3).
     void remove() { storage_.removeJournal(); }
 
 private:

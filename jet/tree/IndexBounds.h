@@ -9,13 +9,13 @@
 
 namespace jet {
 
-/// The bounds that the nodes above a page set for its entries. All code that goes down a tree checks them, so no entry
-/// is passed over unnoticed. The templates take an IndexPage or an IndexNode.
+/// The bounds that the nodes above a page set for its entries. All code that descends a tree checks them, so that
+/// no entry is missed unnoticed. The templates take an IndexPage or an IndexNode.
 struct IndexBounds {
     base::Bytes after;  ///< all entries are greater than this; empty for no bound
     base::Bytes upTo;   ///< no entry is greater than this; empty for no bound
 
-    /// Goes from a node to its child i.
+    /// Narrows the bounds of a node to those of its child i.
     /// @param depth  of the node; that of the root is 1
     /// @throws RuntimeError (damage) if the node has no children, or the tree too many levels
     template <typename Node>
@@ -37,7 +37,7 @@ private:
     void check(std::span<const std::uint8_t> first, std::span<const std::uint8_t> last, PageNumber page) const;
 };
 
-/// The damage of a page whose entries are outside.
+/// The error for a page with entries outside its bounds.
 base::RuntimeError outsideBounds(PageNumber page);
 
 base::RuntimeError tooManyLevels(PageNumber page);

@@ -47,7 +47,7 @@ public:
     PageNumber leafPage() const { return leaf().page.number(); }
 
 private:
-    /// One page of the path from the root to the present leaf.
+    /// One page of the path from the root to the current leaf.
     struct Level {
         IndexPage page;
         std::size_t position = 0;  ///< node: of the child that is next on the path; leaf: of the entry

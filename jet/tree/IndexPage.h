@@ -93,7 +93,7 @@ public:
 
     PageNumber child(std::size_t i) const;
 
-    /// The children of a node, the tail included.
+    /// The children of a node, including the tail.
     std::size_t childCount() const { return size() + (tail_ != 0 ? 1 : 0); }
     PageNumber childAt(std::size_t i) const { return i < size() ? child(i) : tail_; }
 

@@ -17,7 +17,7 @@ bool isDigit(char unit) {
     return unit >= '0' && unit <= '9';
 }
 
-/// @param digits  at most 38, which four words hold
+/// @param digits  at most 38, so that they fit into four words
 std::array<std::uint32_t, 4> wordsOf(std::string_view digits) {
     std::array<std::uint32_t, 4> words{};
     for (const char digit : digits)

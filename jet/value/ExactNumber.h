@@ -54,10 +54,10 @@ private:
     int scale_ = 0;       ///< value = digits / 10^scale; may be negative
 };
 
-/// The digits of the magnitude, without zeros at the beginning; empty for zero.
+/// The decimal digits of the magnitude, without leading zeros; empty for zero.
 std::string digitsOf(const base::Decimal& decimal);
 
-/// Appends a decimal digit to a number in words, the least significant word first. What does not fit is lost.
+/// Appends a decimal digit to a number in words, the least significant word first. An overflow is ignored.
 template <std::size_t Count>
 void appendDigit(std::array<std::uint32_t, Count>& words, unsigned digit) {
     std::uint64_t carry = digit;

@@ -32,15 +32,15 @@ TEST_F(cBenutzerkontenTest, theListShowsAllAccountsSelectsNoneAndGetsTheWidthsOf
                 ElementsAre("open rows SELECT * FROM Benutzerkonto ORDER BY BenKTO_Name 3 2 -1", "close rows"));
     EXPECT_FALSE(window.lvwBenKto.SelectedItem());
     EXPECT_EQ(window.lvwBenKto.rowCount(), 3);
-    EXPECT_EQ(window.lvwBenKto.cellAt(0, 0).size() + window.lvwBenKto.cellAt(0, 1).size(), 0U) << "null";
+    EXPECT_EQ(window.lvwBenKto.cellAt(0, 0).size() + window.lvwBenKto.cellAt(0, 1).size(), 0U) << "null is empty";
     EXPECT_EQ(window.lvwBenKto.ListItems(u"BenKto:17").Tag(), base::Value(17));
     tool.database.clear();
     objBenKto->ShowBenKto(window.lvwBenKto);
     EXPECT_EQ(window.lvwBenKto.rowCount(), 0);
-    EXPECT_EQ(tool.services.windowMessages.sent.size(), 4U) << "one width message a column, on an empty list, too";
+    EXPECT_EQ(tool.services.windowMessages.sent.size(), 4U) << "a width for each column, even in an empty list";
 }
 
-TEST_F(cBenutzerkontenTest, aCheckBoxIsOnForTrueAlone) {
+TEST_F(cBenutzerkontenTest, aCheckBoxIsCheckedOnlyForTrueAndMinusOne) {
     const std::vector<base::Value> on{true,
                                       std::int16_t{-1},
                                       std::int32_t{-1},
@@ -92,7 +92,7 @@ TEST_F(cBenutzerkontenTest, loadingAnAccountSetsItsFieldsAndClosesTheRowsThatItR
 TEST_F(cBenutzerkontenTest, aNameIsTakenIfAnotherRowHasTheNameInTheField) {
     tool.database.add(8, u"Meier");
     window.txtUserNameDexo.setText(u"meier");
-    EXPECT_EQ(objBenKto->KontoSchonDa(u"Abel", 3), kTrue) << "the argument is not looked at";
+    EXPECT_EQ(objBenKto->KontoSchonDa(u"Abel", 3), kTrue) << "the argument is ignored";
     EXPECT_EQ(objBenKto->KontoSchonDa(u"Abel", 8), kFalse);
     EXPECT_EQ(tool.log.back(), "close rows");
     window.txtUserNameDexo.setText(u" Meier");
@@ -112,14 +112,14 @@ TEST_F(cBenutzerkontenTest, anAccountThatWasDeletedMeanwhileIsSavedAsANewRowWith
     EXPECT_THAT(tool.database.rows(), ElementsAre(stored));
 }
 
-TEST_F(cBenutzerkontenTest, aSaveThatFailsWritesNothingWhicheverCallItIs) {
+TEST_F(cBenutzerkontenTest, aSaveWritesNothingWhicheverOfItsCallsFails) {
     for (const std::int32_t id : {0, 5}) {
         for (const char* call : {"open rows", "add row", "set BenKTO_Name", "set BenKTO_ServerPath", "update"}) {
             if (id == 5 && call == std::string("add row")) continue;
             tool.database.clear();
             tool.database.add(5, u"Abel");
             const auto before = tool.database.rows();
-            tool.database.lockedFrom = call;
+            tool.database.failingCall = call;
             EXPECT_EQ(errorOf([&] { objBenKto->SaveBenKto(id); }), test::FakeDatabase::kLocked) << call;
             EXPECT_EQ(tool.database.rows(), before) << call;
         }

@@ -38,7 +38,7 @@ TEST_F(MainTest, theAccountFileIsOpenFromTheLoginToTheEndOfTheAccountWindow) {
         EXPECT_TRUE(dialog.txtPasswort.hasFocus());
         signIn(dialog);
         EXPECT_EQ(LoginOK, -1);
-        EXPECT_FALSE(objFSO || objINI || objDB || objBenKto || objForm) << "nothing is made before Main goes on";
+        EXPECT_FALSE(objFSO || objINI || objDB || objBenKto || objForm) << "created only after the dialog has returned";
         tool.log.push_back("signed in");
     });
     EXPECT_THAT(tool.log,
@@ -77,9 +77,9 @@ TEST_F(MainTest, everyWayToCancelEndsWithoutAMessageAndWithoutTheAccountFile) {
     }
 }
 
-TEST_F(MainTest, onlyTheExactPasswordSignsInAndAWrongOneStaysInTheBox) {
+TEST_F(MainTest, onlyTheExactPasswordSignsInAndAWrongOneStaysInTheField) {
     frmLogin& shown = tool.application.loginDialog();
-    tool.services.messageBoxes.whileShown = [&] {  // the dialog waits for the box
+    tool.services.messageBoxes.whileShown = [&] {  // the open message box blocks the dialog
         shown.userClosed();
         shown.userPressedEscape();
     };
@@ -104,7 +104,7 @@ TEST_F(MainTest, theMarkerFileFillsInThePassword) {
     runMain([](frmLogin& dialog) {
         dialog.txtPasswort.userTyped(u"anders");
         dialog.userPressedEnter();
-        EXPECT_EQ(LoginOK, kFalse) << "the edited text counts";
+        EXPECT_EQ(LoginOK, kFalse) << "the edited text is checked, not the text filled in";
         dialog.txtPasswort.userTyped(kAdministratorPassword);
     });
     EXPECT_EQ(LoginOK, kFalse);
@@ -115,12 +115,12 @@ TEST_F(MainTest, theMarkerFileFillsInThePassword) {
 }
 
 TEST_F(MainTest, anAccountFileThatCannotBeOpenedEndsMainBeforeTheAccountWindow) {
-    tool.database.lockedFrom = "open ";
+    tool.database.failingCall = "open ";
     EXPECT_EQ(errorOf([this] { runMain(signIn); }), test::FakeDatabase::kLocked);
     EXPECT_THAT(tool.log, testing::Not(Contains("load frmBenKto")));
 }
 
-TEST_F(MainTest, theLoginDialogIsLaidOutAsGiven) {
+TEST_F(MainTest, theLoginDialogHasItsCaptionPasswordCharacterAndTabOrder) {
     frmLogin& dialog = tool.application.loginDialog();
     EXPECT_EQ(dialog.Caption(), u"Anmeldung");
     EXPECT_EQ(dialog.txtPasswort.PasswordChar(), u'*');

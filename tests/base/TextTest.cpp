@@ -6,11 +6,11 @@
 namespace base {
 namespace {
 
-TEST(Text, Utf8GoesThereAndBackAndMalformedBytesAreReplaced) {
-    const Text first(u"\0\u0080\u0800\uFFFF\U00010000\U0010FFFF", 8);  // and last ones of each length
-    const std::string sound = "a\xC3\xBC\xE2\x82\xAC\xE6\x9D\x8E\xF0\x9F\x98\x80" + toUtf8(first);
-    EXPECT_EQ(toUtf8(fromUtf8(sound)), sound);
-    EXPECT_EQ(fromUtf8(sound), u"aü€李\U0001F600" + first);
+TEST(Text, Utf8RoundTripsAndMalformedBytesAreReplaced) {
+    const Text limits(u"\0\u0080\u0800\uFFFF\U00010000\U0010FFFF", 8);  // first and last of each UTF-8 length
+    const std::string valid = "a\xC3\xBC\xE2\x82\xAC\xE6\x9D\x8E\xF0\x9F\x98\x80" + toUtf8(limits);
+    EXPECT_EQ(toUtf8(fromUtf8(valid)), valid);
+    EXPECT_EQ(fromUtf8(valid), u"aü€李\U0001F600" + limits);
 
     struct Case {
         std::string bytes;
@@ -25,7 +25,7 @@ TEST(Text, Utf8GoesThereAndBackAndMalformedBytesAreReplaced) {
     EXPECT_EQ(toUtf8(Text{0xD800, u'x', 0xDC00}), "\xEF\xBF\xBDx\xEF\xBF\xBD");
 }
 
-TEST(Text, Windows1252CoversItsOwnBytesAndMarksWhatItLacks) {
+TEST(Text, Windows1252RoundTripsEveryByteAndReplacesOtherCharacters) {
     std::string all;
     for (int byte = 0; byte < 256; ++byte)
         all.push_back(static_cast<char>(byte));
@@ -40,7 +40,7 @@ TEST(Text, OnlyBlanksAreTrimmed) {
     EXPECT_EQ(trimBlanks(u"\t a\u00A0"), u"\t a\u00A0");
 }
 
-TEST(ByteView, NoReadLeavesTheBytes) {
+TEST(ByteView, ReadsOutsideTheBytesThrow) {
     const std::uint8_t bytes[] = {1, 2, 3, 0x80};
     const ByteView view{bytes};
     EXPECT_EQ(view.u16(1), 0x0302);

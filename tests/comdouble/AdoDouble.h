@@ -14,24 +14,24 @@
 /// work, because it has ADO's interface and numbers; here its objects become automation objects whose members are
 /// called by name only, and only in the form in which the system's own type library has them (Members.h).
 ///
-/// Members that the one client does not use are refused with E_NOTIMPL, so that no test passes by accident.
+/// Members that the tool does not use are refused with E_NOTIMPL, so that no test passes by accident.
 namespace comdouble {
 
 /// How a call fails. The fields are those of the exception record; empty ones stay null.
 struct Raised {
-    HRESULT result = DISP_E_EXCEPTION;  ///< any other result comes alone: no record is filled in
+    HRESULT result = DISP_E_EXCEPTION;  ///< with any other result no record is filled in
     WORD code = 0;
     SCODE scode = 0;
     std::optional<base::Text> source = {};
     std::optional<base::Text> description = {};
     std::optional<base::Text> helpFile = {};
-    bool deferred = false;  ///< at first the record holds only the function that fills it in
+    bool deferred = false;  ///< the record holds only a function that fills it in later
 };
 
 /// Throws it as a std::shared_ptr<const Raised>.
 [[noreturn]] void fail(const Raised& raised);
 
-/// What goes wrong in the objects of a registration. Nothing does unless a test sets something here.
+/// Faults that a test injects into the objects of a registration; none by default.
 struct Faults {
     /// Calls that fail, by class and member: "Connection.Open", "Recordset.MoveNext", ... For a property, both reading
     /// and setting it fail. A name after a colon means one item of a collection only: "Fields.Item:BenKTO_Pass",
@@ -44,20 +44,20 @@ struct Faults {
     std::map<base::Text, std::function<VARIANT()>> oddValues;
 };
 
-/// What is set and counted for all objects together.
+/// Shared by all objects of the double.
 struct State {
     Faults faults;              ///< may be changed at any time; the next call uses it
     std::set<IDispatch*> held;  ///< connections, record sets and what they hand out, while a reference is held
     /// Exception records that were handed out but whose filling-in function has not been called.
     std::atomic<std::int32_t> recordsNotFilledIn = 0;
-    /// Calls that are forbidden: on another thread, or after the thread has left COM. They are also refused
+    /// Forbidden calls: on another thread, or after the thread has left COM. They are also refused
     /// (RPC_E_WRONG_THREAD, CO_E_NOTINITIALIZED), except those that only count references.
     std::atomic<std::int32_t> breaches = 0;
 };
 
 State& state();
 
-/// Classes with ids that no system uses.
+/// Class ids of the double; no system uses them.
 inline constexpr CLSID kConnectionClass{0x6B1F6A52, 0x4C1D, 0x4E0B, {0x9A, 0x37, 0x51, 0xD2, 0x08, 0xE4, 0x7C, 0x11}};
 inline constexpr CLSID kRecordsetClass{0x6B1F6A53, 0x4C1D, 0x4E0B, {0x9A, 0x37, 0x51, 0xD2, 0x08, 0xE4, 0x7C, 0x11}};
 

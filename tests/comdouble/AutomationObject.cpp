@@ -24,7 +24,7 @@ void fillIn(const Raised& raised, EXCEPINFO& record) {
     record.bstrHelpFile = optionalBstr(raised.helpFile);
 }
 
-/// The last record handed out that must still be filled in.
+/// What the last record handed out must still be filled with.
 Raised& deferred() {
     static Raised last;
     return last;
@@ -115,7 +115,7 @@ ULONG AutomationObject::Release() {
     return left;
 }
 
-/// Counts a breach if the call comes from elsewhere.
+/// Counts a breach if the call comes from another thread or from outside COM.
 HRESULT AutomationObject::requireOwnApartment() const {
     APTTYPE type{};
     APTTYPEQUALIFIER qualifier{};
@@ -208,7 +208,7 @@ ado::com::Variant AutomationObject::carryOut(const Member& member, const DISPPAR
     return delivered;
 }
 
-/// Errors of the classes themselves have the automation facility; those of the provider are results of its own.
+/// Errors of the ADO classes get the automation facility; errors of the provider are complete results already.
 Raised AutomationObject::described(const base::RuntimeError& error) const {
     const bool isOwn = error.number() > 0;
     return {.scode = isOwn ? kAdoFacility | error.number() : error.number(),

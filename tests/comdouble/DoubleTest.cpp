@@ -10,7 +10,7 @@
 #include "tests/comdouble/Members.h"
 #include "tests/comdouble/MemoryWatch.h"
 
-/// What the double rests on, against the system itself: ADO's type library, its kinds of values, and its allocator.
+/// Checks the double's assumptions against the system: ADO's type library, the variant types, and the allocator.
 namespace comdouble {
 namespace {
 
@@ -23,7 +23,7 @@ struct Release {
 template <typename Interface>
 using Held = std::unique_ptr<Interface, Release<Interface>>;
 
-/// The plain type that a name stands for: enumerations, and counts that are as wide as a pointer.
+/// Replaces a named type (an enumeration, a number as wide as a pointer) by the plain type that it stands for.
 VARTYPE plainType(ITypeInfo& info, const TYPEDESC& type) {
     if (type.vt == VT_PTR) {
         const VARTYPE inner = plainType(info, *type.lptdesc);
@@ -121,8 +121,7 @@ base::Text readBySystem(const Variant& value) {
     return read;
 }
 
-/// Each value is of the kind that the type's number names, and means the same to the system as to us.
-TEST(Variant, MeansToTheSystemWhatItMeansToUs) {
+TEST(Variant, HasTheTypeAndTheTextThatTheSystemSees) {
     const struct {
         VARTYPE type;
         base::Value value;

@@ -1,7 +1,7 @@
-/// The engine with which the journeys go through the tool a second time: reached through COM, with the double's classes
-/// instead of the system's. Linked before the library that would choose an engine.
+/// With this engine the journeys (tests/wine/journeys.py) run a second time, through COM, with the double's classes
+/// instead of the system's. It is linked before the library that otherwise chooses the engine.
 ///
-/// The file faults.txt beside the exe names the faults to make, one on each line, in UTF-8 with a tab between words;
+/// The file faults.txt next to the exe names the faults to make, one on each line, in UTF-8 with a tab between words;
 /// without it there are none:
 ///
 ///     MEMBER NUMBER TEXT      the call fails with an exception record, for example "Connection.Open"
@@ -28,14 +28,14 @@ std::int32_t held() {
     return now.recordsNotFilledIn == 0 && now.breaches == 0 ? static_cast<std::int32_t>(now.held.size()) : -1;
 }
 
-LRESULT CALLBACK tellHeld(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+LRESULT CALLBACK answerWithHeld(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     return message == WM_APP ? held() : DefWindowProcW(window, message, wParam, lParam);
 }
 
 /// The window is destroyed when the thread ends.
-void makeTellingWindow() {
+void makeAnsweringWindow() {
     WNDCLASSW description{};
-    description.lpfnWndProc = tellHeld;
+    description.lpfnWndProc = answerWithHeld;
     description.lpszClassName = L"comdouble";
     RegisterClassW(&description);
     CreateWindowW(L"comdouble", nullptr, 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
@@ -62,12 +62,12 @@ void planFaults(const std::filesystem::path& plan) {
     }
 }
 
-/// The factory that the tool gets. When it is destroyed, nothing may be held any more; the exit code tells.
+/// The factory that the tool gets. If an object is still held when it is destroyed, the exit code is kSomethingLeft.
 class FactoryOverDouble final : public ado::ConnectionFactory {
 public:
     FactoryOverDouble() {
         planFaults(folderOfExe() / "faults.txt");
-        makeTellingWindow();
+        makeAnsweringWindow();
     }
     FactoryOverDouble(const FactoryOverDouble&) = delete;
     FactoryOverDouble& operator=(const FactoryOverDouble&) = delete;

@@ -67,7 +67,7 @@ Variant putProperty(Subject& on, const Arguments& with) {
     return {};
 }
 
-/// A text in place of the connection would open another connection.
+/// Refuses a connection string instead of a connection: it would open another connection.
 Variant openRecordset(Subject& on, const Arguments& with) {
     const Subject* over = with[1].raw().vt == VT_DISPATCH ? AutomationObject::subjectOf(with[1].object()) : nullptr;
     if (with[0].raw().vt != VT_BSTR || over == nullptr || over->recordset)
@@ -92,7 +92,7 @@ Variant isEof(Subject& on, const Arguments&) {
     return Variant(base::Value(on.recordset->isEOF()));
 }
 
-/// The client calls this without arguments only.
+/// The tool never passes arguments here.
 void requireNone(const Arguments& with) {
     if (with[0].raw().vt != VT_EMPTY || with[1].raw().vt != VT_EMPTY) fail({.result = E_NOTIMPL});
 }
@@ -119,7 +119,7 @@ Variant fieldItem(Subject& on, const Arguments& with) {
 }
 
 Variant fieldValue(Subject& on, const Arguments&) {
-    // Read even if another value is delivered instead: the column may not exist.
+    // Read even if another value is delivered instead: the column must exist.
     const base::Value value = on.recordset->Fields().Item(on.name).Value();
     const auto odd = state().faults.oddValues.find(on.name);
     if (odd == state().faults.oddValues.end()) return Variant(value);
@@ -140,10 +140,10 @@ constexpr VARTYPE kNone = VT_VOID;
 constexpr VARTYPE kPointerWide = sizeof(void*) == 8 ? VT_I8 : VT_I4;
 constexpr Member::Parameter kText{VT_BSTR};
 constexpr Member::Parameter kAny{VT_VARIANT};
-constexpr Member::Parameter kMayText{VT_BSTR, true};
-constexpr Member::Parameter kMayNumber{VT_I4, true};
-constexpr Member::Parameter kMayAny{VT_VARIANT, true};
-constexpr Member::Parameter kMayVariable{VT_VARIANT | VT_BYREF, true};
+constexpr Member::Parameter kOptText{VT_BSTR, true};
+constexpr Member::Parameter kOptNumber{VT_I4, true};
+constexpr Member::Parameter kOptAny{VT_VARIANT, true};
+constexpr Member::Parameter kOptVariable{VT_VARIANT | VT_BYREF, true};
 
 using On = Subject&;
 using With = const Arguments&;
@@ -153,22 +153,22 @@ const std::vector<Member> kMembers = {
     {u"Connection", u"Provider", kPut, {kText}, kNone, putProvider},
     {u"Connection", u"Properties", kGet, {}, VT_DISPATCH, [](On on, With) { return object(u"Properties", on); }},
     {u"Connection", u"State", kGet, {}, VT_I4, [](On on, With) { return Variant(on.connection->State()); }},
-    {u"Connection", u"Open", kCall, {kMayText, kMayText, kMayText, kMayNumber}, kNone, openConnection},
-    {u"Connection", u"Execute", kCall, {kText, kMayVariable, kMayNumber}, VT_DISPATCH, execute},
+    {u"Connection", u"Open", kCall, {kOptText, kOptText, kOptText, kOptNumber}, kNone, openConnection},
+    {u"Connection", u"Execute", kCall, {kText, kOptVariable, kOptNumber}, VT_DISPATCH, execute},
     {u"Connection", u"Close", kCall, {}, kNone, [](On on, With) { return on.connection->Close(), Variant(); }},
 
     {u"Properties", u"Item", kGet, {kAny}, VT_DISPATCH, propertyItem},
     {u"Property", u"Value", kGet, {}, VT_VARIANT, propertyValue},
     {u"Property", u"Value", kPut, {kAny}, kNone, putProperty},
 
-    {u"Recordset", u"Open", kCall, {kMayAny, kMayAny, kMayNumber, kMayNumber, kMayNumber}, kNone, openRecordset},
+    {u"Recordset", u"Open", kCall, {kOptAny, kOptAny, kOptNumber, kOptNumber, kOptNumber}, kNone, openRecordset},
     {u"Recordset", u"State", kGet, {}, VT_I4, [](On on, With) { return Variant(on.recordset->State()); }},
     {u"Recordset", u"RecordCount", kGet, {}, kPointerWide, recordCount},
     {u"Recordset", u"EOF", kGet, {}, VT_BOOL, isEof},
     {u"Recordset", u"MoveNext", kCall, {}, kNone, [](On on, With) { return on.recordset->MoveNext(), Variant(); }},
     {u"Recordset", u"Fields", kGet, {}, VT_DISPATCH, [](On on, With) { return object(u"Fields", on); }},
-    {u"Recordset", u"AddNew", kCall, {kMayAny, kMayAny}, kNone, addNew},
-    {u"Recordset", u"Update", kCall, {kMayAny, kMayAny}, kNone, update},
+    {u"Recordset", u"AddNew", kCall, {kOptAny, kOptAny}, kNone, addNew},
+    {u"Recordset", u"Update", kCall, {kOptAny, kOptAny}, kNone, update},
     {u"Recordset", u"Close", kCall, {}, kNone, [](On on, With) { return on.recordset->Close(), Variant(); }},
 
     {u"Fields", u"Count", kGet, {}, VT_I4, [](On on, With) { return Variant(on.recordset->Fields().Count()); }},

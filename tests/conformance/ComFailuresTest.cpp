@@ -4,7 +4,7 @@
 #include "tests/comdouble/AdoDouble.h"
 #include "tests/conformance/Conformance.h"
 
-/// What a provider can do wrong. Each failure must arrive as number and description; the fixture checks that nothing
+/// Failures of a provider. Each must arrive as number and description; the fixture checks that nothing
 /// stays held and that every text is freed exactly once. The journeys check what happens to the file
 /// (tests/wine/provider_faults.py).
 namespace conformance {
@@ -30,7 +30,7 @@ constexpr std::int32_t kUnspecified = -2147467259;
 
 class ComFailures : public Conformance {
 protected:
-    /// The failure of a call to which the provider answers with this.
+    /// The failure that the caller sees if the provider raises this.
     Failure failureWith(const Raised& raised) const {
         comdouble::state().faults.calls[u"Connection.Open"] = raised;
         const auto connection = prepare();
@@ -38,7 +38,7 @@ protected:
     }
 };
 
-TEST_F(ComFailures, EveryCombinationOfARecordsFieldsHasANumberAndADescription) {
+TEST_F(ComFailures, EveryExceptionRecordGivesANumberAndADescription) {
     constexpr SCODE kClosed = static_cast<SCODE>(0x800A0E78);
     const struct {
         Raised raised;
@@ -68,7 +68,7 @@ TEST_F(ComFailures, EveryCombinationOfARecordsFieldsHasANumberAndADescription) {
     }
 }
 
-TEST_F(ComFailures, AResultWithoutARecordHasTheSystemsText) {
+TEST_F(ComFailures, AResultWithoutAnExceptionRecordGetsTheSystemsText) {
     Raised raised;
     raised.result = E_ACCESSDENIED;
     const Failure denied = failureWith(raised);
@@ -81,7 +81,7 @@ TEST_F(ComFailures, AResultWithoutARecordHasTheSystemsText) {
     EXPECT_EQ(unknown.description, u"Automatisierungsfehler");
 }
 
-TEST_F(ComFailures, ARefusedConnectionIsAnErrorAtEachOfItsSteps) {
+TEST_F(ComFailures, EachStepOfConnectingThatFailsIsAnError) {
     comdouble::state().faults.calls[u"Connection.Provider"] =
         Raised{.scode = static_cast<SCODE>(0x800A0E7A), .description = u"Kein Provider"};
     EXPECT_EQ(errorOf([&] { prepare(); }), 3706);
@@ -97,7 +97,7 @@ TEST_F(ComFailures, ARefusedConnectionIsAnErrorAtEachOfItsSteps) {
     EXPECT_EQ(errorOf([&] { missing.createRecordset(); }), REGDB_E_CLASSNOTREG);
 }
 
-TEST_F(ComFailures, AValueOfNoKnownTypeIsAnError) {
+TEST_F(ComFailures, UnusualTypesAreConvertedAndUnknownOnesAreErrors) {
     const auto connection = connect();
     const auto deliver = [&](VARTYPE type, std::int64_t content) {
         comdouble::state().faults.oddValues[u"BenKTO_Name"] = [type, content] {

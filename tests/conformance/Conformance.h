@@ -9,7 +9,7 @@
 #include <string>
 
 #include "accounts/AccountTable.h"
-#include "tests/conformance/Way.h"
+#include "tests/conformance/Backend.h"
 #include "tests/support/Expect.h"
 #include "tests/support/SampleFile.h"
 #include "tests/support/SoundFile.h"
@@ -25,14 +25,14 @@ inline constexpr base::TextView kPassword = u"GeheiM";
 inline constexpr base::TextView kAll = u"SELECT * FROM Benutzerkonto ORDER BY BenKTO_ID";
 
 /// An account file of the test's own with three accounts and a table `Werte` with every kind of column, used through
-/// the way that this program tests. After each test the file must be sound and nothing may be held any more.
+/// the Backend of this program. After each test the file must be sound and no object may be held any more.
 class Conformance : public testing::Test {
 protected:
     Conformance() { write(test::sampleFile({accounts(), values()}, Text(kPassword))); }
 
     void TearDown() override {
-        way->expectNothingLeft();
-        way.reset();
+        backend->expectNothingLeft();
+        backend.reset();
         EXPECT_EQ(test::faultsIn(bytes(), Text(kPassword)), "");
         std::filesystem::remove(path);
     }
@@ -68,7 +68,7 @@ protected:
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
-    ado::ConnectionFactory& factory() const { return *way->connections; }
+    ado::ConnectionFactory& factory() const { return *backend->connections; }
 
     /// A closed connection with the provider set.
     std::unique_ptr<ado::Connection> prepare(base::TextView password = kPassword, base::TextView file = {}) const {
@@ -113,7 +113,7 @@ protected:
 
     std::filesystem::path path =
         std::filesystem::temp_directory_path() / ("conformance-" + std::to_string(std::random_device()()) + ".mdb");
-    std::optional<Way> way = makeWay();
+    std::optional<Backend> backend = makeBackend();
 };
 
 }  // namespace conformance

@@ -69,7 +69,7 @@ TEST_F(Conformance, BrokenStatementsHaveTheEnginesNumbers) {
     EXPECT_EQ(connection->State(), ado::adStateOpen);
 }
 
-TEST_F(Conformance, TheSevenStatementsOfTheTool) {
+TEST_F(Conformance, TheSevenStatementsOfTheToolWork) {
     namespace table = tolv::accountTable;
     const auto connection = connect();
     EXPECT_EQ(names(*connection, table::selectByName(u"MÜLLER")), "1 Müller|");

@@ -49,15 +49,15 @@ TEST_F(Conformance, ARecordSetRefusesCallsThatDoNotFitItsState) {
     } cases[] = {
         {"count of closed rows", [&] { closed->RecordCount(); }, 3704},
         {"end of closed rows", [&] { closed->isEOF(); }, 3704},
-        {"step in closed rows", [&] { closed->MoveNext(); }, 3704},
+        {"MoveNext of closed rows", [&] { closed->MoveNext(); }, 3704},
         {"new row in closed rows", [&] { closed->AddNew(); }, 3704},
         {"close of closed rows", [&] { closed->Close(); }, 3704},
         {"no such field", [&] { readOnly->Fields().Item(u"BenKTO_Name "); }, 3265},
         {"no such field number", [&] { readOnly->Fields().Item(5); }, 3265},
         {"new row, read-only lock", [&] { readOnly->AddNew(); }, 3251},
         {"value, read-only lock", [&] { set(*readOnly, u"BenKTO_Name", Text(u"x")); }, 3251},
-        {"value of no row", [&] { static_cast<void>(get(*empty, u"BenKTO_Name")); }, 3021},
-        {"value for no row", [&] { set(*empty, u"BenKTO_Name", Text(u"x")); }, 3021},
+        {"reading without a current row", [&] { static_cast<void>(get(*empty, u"BenKTO_Name")); }, 3021},
+        {"setting without a current row", [&] { set(*empty, u"BenKTO_Name", Text(u"x")); }, 3021},
         {"opened twice",
          [&] {
              readOnly->Open(kAll, *connection, ado::CursorType::adOpenStatic, ado::LockType::adLockReadOnly,
@@ -118,7 +118,7 @@ TEST_F(Conformance, ValuesAreConvertedToTheirColumn) {
     EXPECT_EQ(get(*again, u"BenKTO_ServerPath"), Value(Text()));
 }
 
-TEST_F(Conformance, ANewRowHasItsNumberAtOnceAndIsThereAfterUpdate) {
+TEST_F(Conformance, ANewRowGetsItsNumberAtOnceAndIsStoredByUpdate) {
     const auto connection = connect();
     const auto rows = openToChange(*connection, tolv::accountTable::selectById(0));
     rows->AddNew();
@@ -133,7 +133,7 @@ TEST_F(Conformance, ANewRowHasItsNumberAtOnceAndIsThereAfterUpdate) {
     EXPECT_EQ(names(*connection), "1 Müller|2 Aal|3 Meier|4 Neu|");
 }
 
-TEST_F(Conformance, ARowThatIsLeftPendingIsNotWrittenAndItsNumberIsSpent) {
+TEST_F(Conformance, ARowWithoutUpdateIsNotWrittenAndItsNumberIsUsedUp) {
     const auto connection = connect();
     for (const bool isNew : {true, false}) {
         const auto rows = openToChange(*connection, tolv::accountTable::selectById(1));
@@ -148,7 +148,7 @@ TEST_F(Conformance, ARowThatIsLeftPendingIsNotWrittenAndItsNumberIsSpent) {
     EXPECT_EQ(get(*rows, u"BenKTO_ID"), Value(5));
 }
 
-TEST_F(Conformance, WhatCannotBeStoredIsRefusedAndNotWritten) {
+TEST_F(Conformance, ValuesThatCannotBeStoredAreRefusedAndNotWritten) {
     const auto connection = connect();
     const base::Bytes before = bytes();
     const auto rows = openToChange(*connection, kAll);
@@ -189,7 +189,7 @@ TEST_F(Conformance, ARowThatSomebodyElseChangedOrDeletedIsNotOverwritten) {
     const auto rows = openToChange(*connection, u"SELECT * FROM Werte");
     set(*rows, u"Text", Text(u"Ich"));
     connection->Execute(u"UPDATE Werte SET Notiz = 'x'");
-    EXPECT_EQ(errorOf([&] { rows->Update(); }), kRowChanged) << "a long value";
+    EXPECT_EQ(errorOf([&] { rows->Update(); }), kRowChanged) << "only a long value has changed";
 }
 
 }  // namespace

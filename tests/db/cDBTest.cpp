@@ -18,7 +18,7 @@ protected:
     test::Tool tool;
 };
 
-TEST_F(cDBTest, theFileInTheFolderOfTheSettingsIsOpenAsLongAsTheObjectLives) {
+TEST_F(cDBTest, theAccountFileInTheConfiguredFolderIsOpenAsLongAsTheObjectLives) {
     using Place = test::FakeSettingsFile::Place;
     const base::Text ini = u"C:\\Programm\\Tolv.ini";
     struct Case {
@@ -49,12 +49,12 @@ TEST_F(cDBTest, aConnectionThatIsNotOpenIsReleasedWithoutClose) {
         tool.log.clear();
     }
     EXPECT_THAT(tool.log, ElementsAre("connection released"));
-    tool.database.lockedFrom = "open ";
+    tool.database.failingCall = "open ";
     EXPECT_EQ(test::errorOf([&] { const cDB db(tool.database, tool.services.regional); }), test::FakeDatabase::kLocked);
     EXPECT_EQ(tool.log.back(), "connection released");
 }
 
-TEST_F(cDBTest, valuesBecomeTextsAndTextsValues) {
+TEST_F(cDBTest, valuesAreConvertedToTextsAndBack) {
     const cDB db(tool.database, tool.services.regional);
     for (const auto& [value, text] : std::vector<std::pair<base::Value, base::Text>>{
              {base::Null{}, u""}, {base::Text(), u""}, {base::Text(u" a "), u" a "}, {std::int32_t{0}, u"0"}}) {

@@ -17,7 +17,7 @@ using base::Text;
 using base::Value;
 using test::errorOf;
 
-/// What holds for this way to the database only; tests/conformance has what holds for each.
+/// Behaviour of the embedded engine only; tests/conformance has what both ways to the database share.
 class Embedded : public testing::Test {
 protected:
     ~Embedded() override { EXPECT_EQ(test::faultsIn(machine.file()), ""); }
@@ -80,13 +80,13 @@ TEST_F(Embedded, RefusesWhatAdoRefuses) {
         {"another provider", [&] { closed->setProvider(u"MSDASQL"); }, 3706},
         {"the provider in small letters", [&] { closed->setProvider(u"microsoft.jet.oledb.4.0"); }, 0},
         {"a property that is a number", [&] { closed->Properties().Item(u"Data Source").setValue(5); }, 13},
-        {"some user", [&] { closed->Open(u"", u"Otto", u"", -1); }, -2147217843},
+        {"a user name", [&] { closed->Open(u"", u"Otto", u"", -1); }, -2147217843},
         {"connection string", [&] { closed->Open(u"Mode=1", u"", u"", -1); }, 3001},
         {"fields of closed rows", [&] { closedRows->Fields(); }, 3704},
         {"new row, batch lock", [&] { batch->AddNew(); }, 3251},
         {"update, read-only lock", [&] { readOnly->Update(); }, 3251},
         {"update with nothing assigned", [&] { atEnd->Update(); }, 0},
-        {"value behind the last row", [&] { set(*atEnd, u"Name", Text(u"x")); }, 3021},
+        {"value after the last row", [&] { set(*atEnd, u"Name", Text(u"x")); }, 3021},
         {"close with a pending row", [&] { pending->Close(); }, 3219},
         {"rows of an UPDATE",
          [&] {
@@ -100,7 +100,7 @@ TEST_F(Embedded, RefusesWhatAdoRefuses) {
     EXPECT_EQ(closedRows->State(), adStateClosed);
 }
 
-TEST_F(Embedded, AStepWritesTheChangedRow) {
+TEST_F(Embedded, MoveNextWritesTheChangedRow) {
     auto rows = open(u"WHERE Nr = 1");
     set(*rows, u"NAME", Text(u"Aal"));
     rows->MoveNext();
@@ -108,7 +108,7 @@ TEST_F(Embedded, AStepWritesTheChangedRow) {
     EXPECT_EQ(storedName(), Value(Text(u"Aal")));
 }
 
-TEST_F(Embedded, WhatCannotBeWrittenIsRefusedAtAddNew) {
+TEST_F(Embedded, AddNewIsRefusedIfTheFileCannotBeWritten) {
     auto rows = open();
     const base::Bytes before = machine.file();
     for (const auto& [reason, number] :

@@ -16,13 +16,13 @@ namespace {
 
 using base::Text;
 
-TEST(FullFile, RefusesWhatItHasNoPageForBeforeTheFirstWrite) {
+TEST(FullFile, AStatementThatNeedsTooManyPagesIsRefusedBeforeTheFirstWrite) {
     constexpr std::uint64_t kLongest = std::uint64_t{kMaxPages} * kPageSize;
     const test::TempFolder folder;
     const std::filesystem::path file = folder / "Probe.mdb";
     const base::Bytes start = test::sampleFile({test::kontoTable()});
     std::ofstream(file, std::ios::binary).write(reinterpret_cast<const char*>(start.data()), std::ssize(start));
-    std::filesystem::resize_file(file, kLongest - 50 * kPageSize);  // takes no room on the disk
+    std::filesystem::resize_file(file, kLongest - 50 * kPageSize);  // a sparse file
     const auto sizeBytes = [&] { return std::filesystem::file_size(file); };
     Database database = Database::open(fileStorage(file.u16string()), {}, LeftJournalRule::RollBack);
     // Each note takes twenty pages. The map of a new file has a few hundred free pages, then the file grows.

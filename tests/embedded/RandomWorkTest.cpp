@@ -27,7 +27,7 @@ using Rows = std::map<std::int32_t, Row>;
 using Changes = std::map<std::size_t, Value>;
 using Numbers = std::vector<std::int32_t>;
 
-/// A table to work on, and its expected rows. Its rows have an auto number.
+/// A table with an auto number, and the rows that it must have.
 class RandomWork {
 public:
     RandomWork(const base::Bytes& file, Text table, test::Writers writers, std::uint32_t seed)
@@ -55,7 +55,7 @@ public:
             case 3:
                 return insert();
             case 4:
-                return static_cast<void>(started());
+                return static_cast<void>(beginRow());
             case 5:
             case 6:
                 return change();
@@ -79,7 +79,7 @@ public:
         EXPECT_EQ(test::faultsIn(machine_.file(), jet::kSeedPassword, writers_), "");
     }
 
-    /// The trees shrink while all rows are deleted. In the end no page of a row or of a long value remains.
+    /// Deletes all rows, in several steps. In the end no page of a row or of a long value may remain.
     void clear() {
         while (!expected_.empty()) {
             for (int i = 0; i < 4 && !expected_.empty(); ++i) {
@@ -95,7 +95,7 @@ public:
         });
     }
 
-    int refused = 0, done = 0, cut = 0;
+    int refused = 0, done = 0, restarts = 0;
 
 private:
     void connect() {
@@ -147,7 +147,7 @@ private:
 
     std::size_t somePlace() { return values_.below(definition_.columns.size()); }
 
-    /// @param inStatement  true: the value must have a form in statements, so neither bytes nor a negative zero
+    /// @param inStatement  true: the value must have a literal, so it is neither bytes nor a negative zero
     Value someValue(std::size_t place, bool inStatement) {
         while (true) {
             Value value = values_.value(column(place));
@@ -213,9 +213,9 @@ private:
         return key;
     }
 
-    /// Runs `work`. If the rules permit it, `after` becomes the expected state. At times the device fails once, or the
+    /// Runs `work`. If the rules permit it, `after` becomes the expected state. Sometimes the device fails once, or the
     /// machine stops, in the middle of the work.
-    /// @return whether the work has been done, and the same machine goes on
+    /// @return whether the work has been done without a restart
     bool attempt(const Rows& after, const Numbers& changed, const auto& work) {
         bool permitted =
             std::ranges::all_of(changed, [&](std::int32_t number) { return isPermitted(after.at(number), after); });
@@ -230,7 +230,7 @@ private:
             EXPECT_TRUE(permitted);
         } catch (const base::RuntimeError& error) {
             isDone = false;
-            if (error.description().find(u"in Beziehung stehende") != Text::npos) {  // with another table of the file
+            if (error.description().find(u"in Beziehung stehende") != Text::npos) {  // of a relationship
                 permitted = false;
                 fault = 2;
                 machine_.goOn();
@@ -249,11 +249,11 @@ private:
         return isDone && fault != 1;
     }
 
-    /// The machine starts again. The disk has the state from before or after the work, as a whole.
+    /// Restarts the machine. The disk must have either the state from before the work or the state after it.
     /// @return whether the work has been done
     bool restart(const Rows& after, bool isAcknowledged) {
         constexpr test::Loss kLosses[] = {test::Loss::Nothing, test::Loss::All, test::Loss::Some};
-        ++cut;
+        ++restarts;
         machine_ = machine_.afterStop(kLosses[values_.below(3)], values_.below(1000));
         connect();
         const Rows now = stored();
@@ -276,7 +276,7 @@ private:
     Text isNumber(std::int32_t number) const { return u"WHERE " + nameOf(key_) + u" = " + base::decimal(number); }
 
     /// Begins a new row. Its number is used up, even if the row is not added.
-    std::unique_ptr<ado::Recordset> started() {
+    std::unique_ptr<ado::Recordset> beginRow() {
         auto rows = open(isNumber(0));
         rows->AddNew();
         EXPECT_EQ(numberOf(rowAt(*rows)), ++lastNumber_);
@@ -290,7 +290,7 @@ private:
     }
 
     void add() {
-        const auto rows = started();
+        const auto rows = beginRow();
         const Changes changes = someChanges(false);
         Rows after = expected_;
         after[lastNumber_] = with(defaults_, changes);
@@ -315,7 +315,7 @@ private:
         });
     }
 
-    /// Changes a row once or twice through one record set, which shows its own changes. Another one does not.
+    /// Changes a row once or twice through one record set, which must show its own changes. Another must not.
     void change() {
         const std::int32_t number = someRow()->first;
         const auto rows = open(isNumber(number)), snapshot = open(isNumber(number));
@@ -434,8 +434,8 @@ TEST(RandomWork, GivesTheExpectedRowsInASoundFile) {
             ASSERT_FALSE(testing::Test::HasFailure());
         }
         if (isOurs) work.clear();
-        std::cout << each.name << ": " << work.done << " done, " << work.refused << " refused, " << work.cut
-                  << " cut\n";
+        std::cout << each.name << ": " << work.done << " done, " << work.refused << " refused, " << work.restarts
+                  << " restarts\n";
     }
 }
 

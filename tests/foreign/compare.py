@@ -5,9 +5,9 @@ usage: tests/foreign/compare.py FOLDER-OF-MODULES [STATEMENTS [SEED]]
 
 Each file must have the same rows for kontodb, mdb-export and mdb-reader, and so must its compacted copy; indexes.py must
 find no fault in it. The files are fresh ones and encoded copies of them and, with TOLV_CORPUS set to a folder, copies of
-its Jet 4 files; those of other formats must be refused. kontodb may refuse a random statement, but not all of them. That
-it writes what a statement says is proved by the native tests, with the reader that is compared here.
-The order of rows does not count, because mdb-export lists moved rows in another place than the others.
+its Jet 4 files; those of other formats must be refused. kontodb may refuse a random statement, but not all of them. The
+native tests check that a statement writes the right values; they use the reader that is compared here.
+The order of rows does not count, because mdb-export lists moved rows elsewhere than the others.
 """
 import csv
 import decimal
@@ -61,13 +61,13 @@ def compactFaults(path, password, tables):
     if kontodb("check", path, password, mayFail=True).returncode == 1:
         done = kontodb("compact", path, password, copy, mayFail=True)
         if done.returncode != 2 or "nicht verkleinert" not in done.stderr or copy.exists():
-            yield "is compacted in spite of its faults"
+            yield "was compacted although it has faults"
         return
     kontodb("compact", path, password, copy)
     ours, theirs = ([(*table, sorted(rows)) for *table, rows in each]
                     for each in (byMdbReader(copy, password, MODULES), tables))
     if ours != theirs:
-        yield "has other rows if it is compacted"
+        yield "has other rows after it was compacted"
 
 
 def examine(label, path, password):

@@ -1,6 +1,6 @@
 """Compares every index of a file with the rows of its table.
 
-It shares no code with the engine that wrote the files, on purpose, but only weights.txt, the weights of the sort order.
+On purpose it shares no code with the engine, only weights.txt, the weights of the sort order.
 In each index the entries must ascend, links and nodes must lead to the same leaves, the map must name exactly these
 pages, and the entries must be those that follow from the rows, byte for byte. Not compared: keys with surrogates, keys
 of more than 507 bytes, keys in other sort orders than the two known ones, and indexes of memos.
@@ -273,9 +273,9 @@ def indexFault(file, table, index, rows):
             expected[pointer.to_bytes(4, "big")] = b"".join(keys)
     found = {entry[-4:]: entry[:-4] for entry in entries}
     if len(found) != len(entries) or found.keys() != expected.keys() | unknown:
-        return f"{len(entries)} entries for {len(expected) + len(unknown)} rows, or for others"
+        return f"{len(entries)} entries for {len(expected) + len(unknown)} rows, or of other rows"
     wrong = next((row for row, key in expected.items() if found[row] != key), None)
-    return f"row {wrong.hex()} has the key {found[wrong].hex()} for {expected[wrong].hex()}" if wrong else None
+    return f"row {wrong.hex()} has the key {found[wrong].hex()}, wanted is {expected[wrong].hex()}" if wrong else None
 
 
 def faultsOf(path):

@@ -12,7 +12,7 @@ NULL = "\\N"
 
 
 def run(*words, mayFail=False):
-    """@return the finished process, with its output as text that has its carriage returns"""
+    """@return the finished process; its output is decoded, and carriage returns are kept"""
     done = subprocess.run([str(word) for word in words], capture_output=True, stdin=subprocess.DEVNULL, timeout=300)
     done.stdout, done.stderr = done.stdout.decode("utf-8"), done.stderr.decode("utf-8", "replace")
     if done.returncode != 0 and not mayFail:
@@ -25,7 +25,7 @@ def kontodb(command, path, password, *words, **options):
 
 
 def plain(value, kind):
-    """The same form for a value from any of the readers."""
+    """Converts a value from any of the readers to their common form."""
     if value is None:
         return NULL
     if kind == "boolean":
@@ -40,7 +40,7 @@ def plain(value, kind):
 
 
 def lossy(text, kind):
-    """The value as far as mdb-export can give it: an empty text becomes null, a text ends at its first zero character,
+    """The value as mdb-export gives it: an empty text becomes null, a text ends at its first zero character,
     bytes end at the first zero byte."""
     if kind in ("binary", "ole"):
         pairs = [text[i:i + 2] for i in range(0, len(text), 2)]

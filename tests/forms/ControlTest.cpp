@@ -73,7 +73,7 @@ TEST_F(ControlTest, aSetterStoresThenTellsThePeerThenRaisesTheEventAndDoesNothin
         log.clear();
     };
     for (Control* control : std::initializer_list<Control*>{&form.text, &form.check, &form.combo, &form.option})
-        control->setEnabled(false);  // only the user cannot change it
+        control->setEnabled(false);  // being disabled stops only the user
     expectSteps(form.text, &TextBox::Text, &TextBox::setText, base::Text(u"x"), true);
     expectSteps(form.check, &CheckBox::Value, &CheckBox::setValue, CheckBox::kChecked, true);
     expectSteps(form.combo, &ComboBox::ListIndex, &ComboBox::setListIndex, 1, true);
@@ -101,10 +101,10 @@ TEST_F(ControlTest, theUsersInputRaisesTheEventOnceUnlessTheControlIsDisabledOrA
                           {form.option, [&] { form.option.userClicked(); }},
                           {form.button, [&] { form.button.userClicked(); }}}) {
         SCOPED_TRACE(test::shown(c.control.Name()));
-        for (const bool isUnderBox : {false, true}) {
-            c.control.setEnabled(isUnderBox);
+        for (const bool isBoxOpen : {false, true}) {
+            c.control.setEnabled(isBoxOpen);
             std::optional<FormHost::OpenBox> box;
-            if (isUnderBox) box.emplace(host);
+            if (isBoxOpen) box.emplace(host);
             c.control.attachPeer(peer);
             c.act();
             EXPECT_EQ(log, &c.control == &form.button ? test::Log{} : test::Log{"peer shows the model again"});
@@ -119,10 +119,10 @@ TEST_F(ControlTest, theUsersInputRaisesTheEventOnceUnlessTheControlIsDisabledOrA
     form.text.attachPeer(peer);
     form.text.userTyped(u"y");
     form.text.userTyped(u"y");
-    EXPECT_THAT(log, ElementsAre("event")) << "typing does not come back to the peer";
+    EXPECT_THAT(log, ElementsAre("event")) << "the peer is not told what the user typed into it";
 
     form.check.userClicked();
-    EXPECT_EQ(form.check.Value(), CheckBox::kUnchecked) << "the second click";
+    EXPECT_EQ(form.check.Value(), CheckBox::kUnchecked) << "a second click unchecks the box";
     form.otherOption.userClicked();
     EXPECT_FALSE(form.option.Value());
     EXPECT_TRUE(form.otherOption.Value());
@@ -131,9 +131,9 @@ TEST_F(ControlTest, theUsersInputRaisesTheEventOnceUnlessTheControlIsDisabledOrA
     EXPECT_EQ(form.ActiveControl(), nullptr);
 }
 
-TEST_F(ControlTest, disablingTheFocusedControlFirstHandsTheFocusToTheFirstTabStop) {
+TEST_F(ControlTest, disablingTheFocusedControlFirstMovesTheFocusToTheFirstTabStop) {
     form.Show(Form::Modality::Modeless);
-    EXPECT_TRUE(form.list.hasFocus()) << "a form begins on its first tab stop";
+    EXPECT_TRUE(form.list.hasFocus()) << "a shown form focuses its first tab stop";
     form.button.SetFocus();
     log.clear();
 
@@ -143,10 +143,10 @@ TEST_F(ControlTest, disablingTheFocusedControlFirstHandsTheFocusToTheFirstTabSto
     form.button.attachPeer(peer);
     form.button.setEnabled(false);
     EXPECT_THAT(log, ElementsAre("peer button", "list takes the focus", "peer button"))
-        << "Enter no longer presses it; the focus moves; it is disabled";
+        << "it is no longer the default button; the focus moves; it is disabled";
 
     form.list.setEnabled(false);
-    EXPECT_TRUE(form.text.hasFocus()) << "passes over the label, which takes no focus, and what is disabled";
+    EXPECT_TRUE(form.text.hasFocus()) << "labels and disabled controls are skipped";
     EXPECT_EQ(errorOf([&] { form.button.SetFocus(); }), 5);
     EXPECT_EQ(errorOf([&] { form.label.SetFocus(); }), 5);
     EXPECT_TRUE(form.text.hasFocus());
@@ -194,7 +194,7 @@ TEST_F(ControlTest, enterAndEscapePressTheirButtons) {
     EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_F(ControlTest, theFormSeesKeysFirstExceptThoseThatTheDialogTakes) {
+TEST_F(ControlTest, theFormSeesKeysFirstExceptThoseThatTheDialogHandles) {
     form.onKeyDown = [&](std::int16_t key, std::int16_t shift) {
         log.push_back(std::to_string(key) + "/" + std::to_string(shift));
     };

@@ -8,8 +8,7 @@ namespace {
 
 using forms::KeyIndex;
 
-// Few different hashes, whose slots are at the end of the table, so that rows are pushed away from their slots and
-// around the end.
+// Few different hashes, all near the end of the table, so collisions displace rows and wrap around to its start.
 TEST(KeyIndex, findsEveryRowEvenIfManyShareASlot) {
     constexpr std::uint32_t kRows = 60;
     const auto hashOf = [](std::uint32_t row) { return 0xFFFFFFF0U + row % 23; };

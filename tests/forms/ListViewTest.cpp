@@ -48,7 +48,7 @@ protected:
     test::Log clicks;
 };
 
-TEST_F(ListViewTest, keysAreUniqueTextsRegardlessOfCaseAndGoWithTheirRows) {
+TEST_F(ListViewTest, keysAreUniqueTextsIgnoringCaseAndAreRemovedWithTheirRows) {
     ListItem first = add(u"first");
     ListItem second = add(u"second");
     first.setKey(u"BenKto:3");
@@ -68,7 +68,7 @@ TEST_F(ListViewTest, keysAreUniqueTextsRegardlessOfCaseAndGoWithTheirRows) {
     }
     EXPECT_TRUE(list.ListItems(u"benkto:3") == first);
     EXPECT_TRUE(list.ListItems(u"BenKto:18") == second);
-    EXPECT_EQ(errorOf([&] { list.ListItems(u"BenKto:17"); }), 35601) << "the key that the row had before";
+    EXPECT_EQ(errorOf([&] { list.ListItems(u"BenKto:17"); }), 35601) << "the former key of the row";
     EXPECT_EQ(errorOf([&] { list.ListItems(u""); }), 35601);
     EXPECT_EQ(errorOf([&] { list.ListItems(0); }), 35600);
     EXPECT_EQ(errorOf([&] { list.ListItems(3); }), 35600);
@@ -77,18 +77,18 @@ TEST_F(ListViewTest, keysAreUniqueTextsRegardlessOfCaseAndGoWithTheirRows) {
     list.clearRows();
     EXPECT_EQ(errorOf([&] { list.ListItems(u"BenKto:3"); }), 35601);
     add(u"again").setKey(u"BenKto:3");
-    EXPECT_EQ(errorOf([&] { (void)first.Text(); }), 35601) << "a handle of a row that is gone";
+    EXPECT_EQ(errorOf([&] { (void)first.Text(); }), 35601) << "a handle of a removed row";
 }
 
-TEST_F(ListViewTest, aRowKeepsItsTextsTagAndKeyApart) {
+TEST_F(ListViewTest, textsTagAndKeyOfARowDoNotOverwriteEachOther) {
     for (const std::size_t length : {70000U, 10U, 600000U}) {
-        list.clearRows();  // the next filling uses the same memory
+        list.clearRows();  // the new rows reuse the memory
         ListItem item = list.addRow();
         item.setSubItems(2, u"zwei");
         item.setText(base::Text(length, u'x'));
         item.setKey(u"k:1");
         item.setTag(std::int32_t{17});
-        item.setSubItems(1, item.SubItems(2));  // a view of the texts that move
+        item.setSubItems(1, item.SubItems(2));  // a view into the memory that this call moves
         item.setText(u"kurz");
         EXPECT_EQ(item.Text(), u"kurz");
         EXPECT_EQ(item.SubItems(1), u"zwei");
@@ -100,7 +100,7 @@ TEST_F(ListViewTest, aRowKeepsItsTextsTagAndKeyApart) {
     }
 }
 
-TEST_F(ListViewTest, anOrderSortsOnceAndMakesOneKeyARow) {
+TEST_F(ListViewTest, changingTheOrderSortsOnceAndMakesOneKeyForEachRow) {
     int keysMade = 0;
     list.sortKeyOf = [&](base::TextView text) {
         ++keysMade;
@@ -112,7 +112,7 @@ TEST_F(ListViewTest, anOrderSortsOnceAndMakesOneKeyARow) {
     EXPECT_EQ(shown(), "b C c a ") << "nothing moves before Sorted";
     list.setSorted(true);
     EXPECT_EQ(shown(), "C c b a ");
-    EXPECT_EQ(keysMade, 4) << "however many comparisons";
+    EXPECT_EQ(keysMade, 4) << "one for each row, however many comparisons";
     list.setSortKey(1);
     list.setSortOrder(ListView::Order::Ascending);
     list.setSorted(true);
@@ -124,7 +124,7 @@ TEST_F(ListViewTest, anOrderSortsOnceAndMakesOneKeyARow) {
     EXPECT_EQ(shown(), "C b a c ") << "a column that no row has: all are equal";
 }
 
-TEST_F(ListViewTest, manyRandomStepsLeaveTheOrderThatAPlainListWouldHave) {
+TEST_F(ListViewTest, randomStepsGiveTheSameOrderAsAPlainList) {
     const unsigned seed = std::random_device()();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
@@ -132,11 +132,11 @@ TEST_F(ListViewTest, manyRandomStepsLeaveTheOrderThatAPlainListWouldHave) {
         std::array<base::Text, 2> texts;
         int tag;
     };
-    std::vector<Plain> plain;  // in the present order
-    std::vector<Plain> added;  // have no place yet
+    std::vector<Plain> plain;  // in the current order
+    std::vector<Plain> added;  // not sorted in yet
     bool isSorted = false, isDescending = false;
     std::size_t key = 0;
-    list.sortKeyOf = nullptr;  // by the units of the texts
+    list.sortKeyOf = nullptr;  // compares UTF-16 units
     const auto before = [&](const Plain& a, const Plain& b) {
         const int order = a.texts[key].compare(b.texts[key]);
         return isDescending ? order > 0 : order < 0;
@@ -151,11 +151,11 @@ TEST_F(ListViewTest, manyRandomStepsLeaveTheOrderThatAPlainListWouldHave) {
         }
         added.clear();
     };
-    // Texts with the same beginning, some that are the beginning of others, and many that are equal.
+    // Texts with a common prefix: some are prefixes of others, and many are equal.
     const auto anyText = [&] {
         base::Text text = u"Konto";
         for (unsigned bits = static_cast<unsigned>(random() % 64); bits > 1; bits /= 2)
-            text += bits % 2 != 0 ? u"aŁ" : u"Ła";  // whose low bytes sort the other way
+            text += bits % 2 != 0 ? u"aŁ" : u"Ła";  // the low bytes alone sort the other way
         return text;
     };
     const auto expectRow = [&](std::size_t place) {
@@ -177,7 +177,7 @@ TEST_F(ListViewTest, manyRandomStepsLeaveTheOrderThatAPlainListWouldHave) {
             list.setSortKey(static_cast<std::int16_t>(key));
             if (what == 2) list.setSorted(isSorted);
         } else if (what < 5 && !plain.empty()) {
-            const bool isRead = !added.empty() || step % 2 == 0;  // otherwise the order may still be due
+            const bool isRead = !added.empty() || step % 2 == 0;  // otherwise sorting may still be pending
             settle();
             const std::size_t place = random() % plain.size();
             if (isRead) expectRow(place);
@@ -207,9 +207,9 @@ TEST_F(ListViewTest, manyRandomStepsLeaveTheOrderThatAPlainListWouldHave) {
     ASSERT_EQ(visited, present);
 }
 
-TEST_F(ListViewTest, itemClickComesOnceForEachMoveOfTheUserAndNeverForCode) {
+TEST_F(ListViewTest, itemClickIsRaisedOnceForEachSelectionByTheUserAndNeverByCode) {
     addAll({u"a", u"b", u"c"});
-    EXPECT_FALSE(list.SelectedItem()) << "nothing is selected until somebody selects";
+    EXPECT_FALSE(list.SelectedItem()) << "no row is selected at first";
     list.userClickedSelectedRow();
     list.ListItems(2).Select();
     EXPECT_TRUE(list.ListItems(2).Selected());
@@ -217,7 +217,7 @@ TEST_F(ListViewTest, itemClickComesOnceForEachMoveOfTheUserAndNeverForCode) {
 
     list.userSelectedRow(2);
     list.userSelectedRow(2);
-    EXPECT_THAT(clicks, ElementsAre("c")) << "the same move told twice";
+    EXPECT_THAT(clicks, ElementsAre("c")) << "the same selection reported twice";
     list.userClickedSelectedRow();
     EXPECT_THAT(clicks, ElementsAre("c", "c"));
     list.userEmptiedSelection();
@@ -239,7 +239,7 @@ TEST_F(ListViewTest, itemClickComesOnceForEachMoveOfTheUserAndNeverForCode) {
     EXPECT_FALSE(list.selectedPlace());
 }
 
-TEST_F(ListViewTest, thePeerIsToldAfterTheRowsAreThereAndShowsTheSelectionAgainWhenTheUserEmptiedIt) {
+TEST_F(ListViewTest, thePeerShowsEachNewSelectionOnceAndAgainAfterTheUserEmptiedIt) {
     struct RowPeer : test::SilentPeer {
         RowPeer(ListView& list, test::Log& log) : list_(list), log_(log) {}
         void show(Property property) override {

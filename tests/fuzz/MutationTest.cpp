@@ -8,8 +8,8 @@
 namespace jet {
 namespace {
 
-/// In files of other programs, too, the keys that we would write must be equal to the stored ones, byte for byte.
-TEST(DamagedFiles, SoundSeedsAreReadWithoutDamage) {
+/// The checker also compares the stored index keys with those that we would write, even in files of other programs.
+TEST(DamagedFiles, UndamagedSeedsAreReadWithoutErrors) {
     for (const Seed& seed : seeds()) {
         if (seed.name.find("V1997") != std::string::npos || seed.name.find("UnicodeComp") != std::string::npos)
             continue;
@@ -23,7 +23,7 @@ TEST(DamagedFiles, SoundSeedsAreReadWithoutDamage) {
 /// Reading any damaged file must give values or run-time errors: no crash, no endless loop, no excessive memory. A
 /// fault of the engine ends this program through the sanitizers or the time limit. TOLV_MUTATIONS gives longer runs,
 /// TOLV_RANDOM_SEED other ones.
-TEST(DamagedFiles, EndInValuesOrInRunTimeErrors) {
+TEST(DamagedFiles, GiveValuesOrRunTimeErrors) {
     const std::vector<Seed> all = seeds();
     const std::uint32_t count = test::environmentNumber("TOLV_MUTATIONS", 4000);
     const std::uint32_t randomSeed = test::environmentNumber("TOLV_RANDOM_SEED", 1);
@@ -35,7 +35,7 @@ TEST(DamagedFiles, EndInValuesOrInRunTimeErrors) {
         SCOPED_TRACE(seed.name + ", random seed " + std::to_string(randomSeed) + ", mutation " + std::to_string(i));
         ASSERT_NO_THROW(damaged += readEverything(file, kSeedPassword).damageCount > 0 ? 1 : 0);
     }
-    // Most changes hit something that counts. Otherwise this test would not notice damage.
+    // Otherwise the mutations hit too little to test anything.
     EXPECT_GT(damaged, count / 4);
 }
 

@@ -16,7 +16,7 @@
 namespace jet {
 namespace {
 
-/// Damage ends the step, but not the whole reading: what follows a broken table must be read, too.
+/// Damage ends only this step: what follows a broken table must be read, too.
 void countingDamage(ReadEverythingResult& result, const std::function<void()>& step) {
     try {
         step();
@@ -58,7 +58,7 @@ std::size_t faultsOf(PageSource& source, std::uint64_t sizeBytes) {
     try {
         return checkDatabase(source, sizeBytes).findings.faultCount();
     } catch (const base::RuntimeError& error) {
-        throw std::logic_error("the checker is stopped by damage: " + base::toUtf8(error.description()));
+        throw std::logic_error("damage stops the checker: " + base::toUtf8(error.description()));
     }
 }
 
@@ -76,7 +76,7 @@ ReadEverythingResult readEverything(base::Bytes file, base::TextView password) {
             if (entry.isLocalTable()) countingDamage(result, [&] { readTable(operation, entry, result); });
         }
         if (result.damageCount > 0 && result.faultCount == 0)
-            throw std::logic_error("the checker calls sound what cannot be read: " + result.firstDamage);
+            throw std::logic_error("the checker finds no fault in a file that cannot be read: " + result.firstDamage);
     });
     return result;
 }

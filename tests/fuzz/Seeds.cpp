@@ -46,7 +46,7 @@ test::SampleTable accounts(std::int32_t count) {
     return table;
 }
 
-/// Moves a row's data to another place, as for a row that has grown.
+/// Moves a row's data to another slot, as if the row had outgrown its own.
 void moveRow(test::MemoryPageStore& store, RowPointer row) {
     const auto page = store.change(row.page);
     const auto bytes = DataPage(store.page(row.page)).slot(row.slot).bytes;
@@ -195,7 +195,7 @@ base::Bytes relatedTables(std::int32_t count) {
           {u"Name", {{u"Name"}, {u"ID", false}}},
           {u"Merkmal", {{u"Merkmal"}}, false, kIgnoreNulls}}},
         {}};
-    constexpr std::size_t kNoteUnits[] = {0, 20, 300, 10000, 200};  // in the row, in one row of a page, in a chain
+    constexpr std::size_t kNoteUnits[] = {0, 20, 300, 10000, 200};  // in the row, in a row of its own, in a chain
     for (std::int32_t i = 0; i < count; ++i) {
         accounts.rows.push_back({i + 1, longName(i), Null{}, Null{}, i % 3 == 0});
         if (i % 4 == 0) accounts.rows.back()[2] = u"Merkmal " + base::decimal(i);

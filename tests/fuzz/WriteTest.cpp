@@ -23,7 +23,7 @@ namespace {
 
 using base::Text;
 
-/// Adds a row to a table, or changes or removes one of its rows, some or all.
+/// Adds a row to a random table, or changes or removes some of its rows.
 void changeRows(Database& database, Mutator& random) {
     Transaction transaction(database);
     std::vector<Text> tables;
@@ -61,7 +61,7 @@ struct Counts {
 };
 
 /// Random changes seldom hit the maps, but a wrong map is the worst damage for a writer. So this flips bits in maps of
-/// all kinds, and calls pages in use free. Only for files that are not encoded.
+/// all kinds, and marks used pages as free. Only for files that are not encoded.
 void changeMaps(base::Bytes& file, Mutator& random) {
     if (Header::read(base::ByteView(file)).databaseKey != 0) return;
     std::vector<RowPointer> maps;
@@ -82,7 +82,7 @@ void changeMaps(base::Bytes& file, Mutator& random) {
     file = store.file();
 }
 
-/// Random changes hit leftovers and texts more often than the structure of a file. So this changes bytes of
+/// Random changes hit unused bytes and texts more often than the structure of a file. So this changes bytes of
 /// definitions, and of index pages up to the last entry. Half of the changes are in page headers, where the links are.
 void changeStructure(base::Bytes& file, Mutator& random) {
     if (Header::read(base::ByteView(file)).databaseKey != 0) return;
@@ -98,15 +98,15 @@ void changeStructure(base::Bytes& file, Mutator& random) {
     }
 }
 
-/// Two structures, or two places of one, share a page, or will do so when the file has grown, or one structure refers
-/// to a page or row that another may be given. Then a change of one can cause a new fault of the other.
+/// Whether a fault says that a page or row has two owners, or may get a second owner later. Then a change of one owner
+/// can cause a new fault of the other.
 bool sharesPages(const std::string& faults) {
     const auto has = [&](const char* part) { return faults.find(part) != std::string::npos; };
     return has(" und auch ") || has(" mehr als einmal") || has(" schon ") || has("die Seite gehört der Spalte nicht") ||
            has("fehlt in seiner Karte") || has(", die Datei hat nur ") || has(" gibt es nicht.");
 }
 
-/// A damaged file, whose rows are changed.
+/// A damaged file and the changes of its rows.
 class Trial {
 public:
     /// @throws RuntimeError if the file cannot even be opened or checked
@@ -130,7 +130,7 @@ public:
         if (machine_.journal()) return "a journal is left";
         if (machine_.file() == old) return {};
         ++counts_.done;
-        if (isRefused) return "refused, and the file is another one";
+        if (isRefused) return "refused, but the file has changed";
         if (machine_.file().size() > old.size() + kMostNewPages * kPageSize) return "too many new pages";
         const std::string before = std::exchange(faults_, check());
         hasSharedPages_ = hasSharedPages_ || sharesPages(before);
@@ -153,7 +153,7 @@ private:
     Counts& counts_;
     Database database_;
     std::string faults_;
-    bool hasSharedPages_ = false;  ///< now or before: a shared page stays in question even if one owner gives it up
+    bool hasSharedPages_ = false;  ///< now or earlier: even if one owner has given up the page
 };
 
 /// Changes of rows of a damaged file end in an error that changes nothing, or in a file with no more faults than
@@ -181,7 +181,7 @@ TEST(DamagedFiles, AreNotMadeWorseByChanges) {
         }
     }
     std::cout << counts.tried << " changes, " << counts.done << " have written, " << counts.shared
-              << " over shared pages, " << counts.unreadable << " files ended in an error elsewhere\n";
+              << " over shared pages, " << counts.unreadable << " files could not be opened or checked\n";
     EXPECT_GT(counts.done, counts.tried / 8);
 }
 

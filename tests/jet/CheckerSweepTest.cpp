@@ -10,7 +10,7 @@
 #include "jet/table/Table.h"
 #include "jet/tree/IndexCursor.h"
 #include "tests/fuzz/Seeds.h"
-#include "tests/jet/FileAtHand.h"
+#include "tests/jet/EditableFile.h"
 #include "tests/support/Environment.h"
 
 namespace jet {
@@ -24,28 +24,28 @@ struct Area {
 };
 
 /// What a program that reads a whole table sees of it, except for the values and the order of the columns.
-struct Answer {
+struct TableContents {
     bool isError = false;
     std::set<base::Bytes> columns;
     std::size_t rows = 0;
-    bool operator==(const Answer&) const = default;
+    bool operator==(const TableContents&) const = default;
 };
 
-Answer ask(PageSource& source, base::TextView name) {
-    Answer answer;
+TableContents readContents(PageSource& source, base::TextView name) {
+    TableContents contents;
     try {
         const auto table = openTable(source, name);
-        if (!table) return answer;
+        if (!table) return contents;
         for (const Column& column : table->definition().columns)
-            answer.columns.insert(sortKey(column.name));
-        for (RowCursor cursor(*table); cursor.next(); ++answer.rows) {
+            contents.columns.insert(sortKey(column.name));
+        for (RowCursor cursor(*table); cursor.next(); ++contents.rows) {
             for (const Column& column : table->definition().columns)
                 table->value(cursor.row().view, column);
         }
     } catch (const base::RuntimeError&) {
         return {true, {}, 0};
     }
-    return answer;
+    return contents;
 }
 
 std::vector<PageNumber> pagesOf(const UsageMap& map) {
@@ -55,14 +55,14 @@ std::vector<PageNumber> pagesOf(const UsageMap& map) {
     return pages;
 }
 
-Area rowArea(FileAtHand& file, RowPointer row) {
+Area rowArea(EditableFile& file, RowPointer row) {
     const auto bytes = DataPage(file.page(row.page)).slot(row.slot).bytes;
     const auto from = static_cast<std::size_t>(bytes.data() - file.at(row.page).data());
     return {row.page, from, from + bytes.size()};
 }
 
 /// The pages of the catalog and of all definitions.
-std::vector<Area> catalogAndDefinitions(FileAtHand& file) {
+std::vector<Area> catalogAndDefinitions(EditableFile& file) {
     std::vector<Area> areas;
     const Catalog catalog(file);
     for (const CatalogEntry& entry : catalog.entries())
@@ -100,15 +100,14 @@ protected:
 
     bool isSound() { return checkDatabase(file_, file_.bytes.size()).isSound(); }
 
-    FileAtHand file_{relatedTables()};
+    EditableFile file_{relatedTables()};
 
 private:
     unsigned seed_ = test::environmentNumber("TOLV_RANDOM_SEED", std::random_device{}());
     std::mt19937 random_{seed_};
 };
 
-/// The faults that the checker finds are in damages.txt. That it finds none in other sound files is tried there and in
-/// tests/fuzz.
+/// damages.txt lists the faults that the checker must find; other sound files are checked there and in tests/fuzz.
 TEST_F(CheckerSweep, CountsWhatItHasChecked) {
     const CheckResult result = checkDatabase(file_, file_.bytes.size());
     EXPECT_EQ(result.counts.tables, 7U);
@@ -123,24 +122,24 @@ TEST_F(CheckerSweep, KeepsABoundedNumberOfFindings) {
     const CheckResult result = checkDatabase(file_, file_.bytes.size());
     EXPECT_GT(result.findings.faultCount(), 256U);
     EXPECT_LE(result.findings.kept().size(), 2 * Findings::kMaxKept);
-    EXPECT_LT(result.findings.faultCount(), 300U) << "a lost tree is told in a few sentences";
+    EXPECT_LT(result.findings.faultCount(), 300U) << "a lost tree gives only a few findings";
 }
 
-TEST_F(CheckerSweep, WhateverChangesWhatATableShowsIsAFault) {
+TEST_F(CheckerSweep, EveryDamageThatChangesWhatATableShowsIsAFault) {
     for (const auto& file : {std::pair(relatedTables(), std::vector<base::TextView>{u"Konten", u"Zweite"}),
                              {test::sampleFile({everyType()}), {u"Alles"}}}) {
         const std::vector<base::TextView>& tables = file.second;
         file_.bytes = file.first;
-        const auto askAll = [&] {
-            std::vector<Answer> answers(tables.size());
-            std::ranges::transform(tables, answers.begin(), [&](base::TextView name) { return ask(file_, name); });
-            return answers;
+        const auto readAllContents = [&] {
+            std::vector<TableContents> all(tables.size());
+            std::ranges::transform(tables, all.begin(), [&](base::TextView name) { return readContents(file_, name); });
+            return all;
         };
-        const std::vector<Answer> before = askAll();
+        const std::vector<TableContents> before = readAllContents();
         ASSERT_GE(before[0].rows, 20U);
         std::size_t changed = 0;
         sweep(catalogAndDefinitions(file_), 400, [&] {
-            if (askAll() == before) return;
+            if (readAllContents() == before) return;
             ++changed;
             EXPECT_FALSE(isSound());
         });
@@ -158,8 +157,8 @@ std::vector<RowPointer> rowsByIndex(const Table& table, const IndexDefinition& i
     return rows;
 }
 
-/// A change in a tree of three levels may stay unnoticed only if the walk still gives every row in the same order.
-TEST_F(CheckerSweep, ADamagedIndexLosesNoRow) {
+/// A damage may stay unnoticed only if walking the index still gives every row in the same order.
+TEST_F(CheckerSweep, ADamagedIndexDoesNotLoseRowsUnnoticed) {
     file_.bytes = deepTrees();
     const Table table = *openTable(file_, u"Tief");
     std::size_t noticed = 0;
@@ -186,20 +185,20 @@ TEST_F(CheckerSweep, ADamagedIndexLosesNoRow) {
 }
 
 /// The map has lost pages, or names wrong ones.
-TEST_F(CheckerSweep, ADamagedMapDoesNotMakeATableShorter) {
+TEST_F(CheckerSweep, ADamagedMapDoesNotLoseRowsUnnoticed) {
     for (const base::TextView name : {u"Konten", u"Zweite", u"MSysObjects"}) {
-        const base::TextView asked = name == u"Zweite" ? u"Zweite" : u"Konten";
-        const Answer before = ask(file_, asked);
+        const base::TextView readName = name == u"Zweite" ? u"Zweite" : u"Konten";
+        const TableContents before = readContents(file_, readName);
         const Area map = rowArea(file_, openTable(file_, name)->definition().ownedPages);
         sweep({map}, 40, [&] {
-            const Answer now = ask(file_, asked);
+            const TableContents now = readContents(file_, readName);
             EXPECT_TRUE(now.isError || now == before);
         });
-        // Without the last pages, which hold the tables' indexes, all rows are still there.
-        FileAtHand cut(file_);
+        // The file is cut off after each page. Some cuts lose no row, because the last pages hold only indexes.
+        EditableFile cut(file_);
         for (std::size_t sizeBytes = 0; sizeBytes < file_.bytes.size(); sizeBytes += kPageSize) {
             cut.bytes.assign(file_.bytes.begin(), file_.bytes.begin() + static_cast<std::ptrdiff_t>(sizeBytes));
-            const Answer now = ask(cut, asked);
+            const TableContents now = readContents(cut, readName);
             EXPECT_TRUE(now.isError || now == before) << sizeBytes;
         }
     }

@@ -38,7 +38,7 @@ Bytes compacted(const Bytes& file) {
     return io.bytes();
 }
 
-/// What the comparison finds; empty if nothing.
+/// The first difference that the comparison finds; empty if there is none.
 std::string difference(const Bytes& file, const Bytes& copy) {
     auto database = opened(file), other = opened(copy);
     auto original = database.beginRead(), read = other.beginRead();
@@ -50,7 +50,7 @@ std::string difference(const Bytes& file, const Bytes& copy) {
     }
 }
 
-/// Texts in an order whose keys we cannot make, and bytes of unknown meaning.
+/// Has texts in a sort order that we do not know, and bytes of unknown meaning.
 Bytes fileOfAccess() {
     test::MemoryPageStore store(relatedTables());
     test::editDefinition(store, u"Konten", [](TableDefinition& definition) {
@@ -62,7 +62,7 @@ Bytes fileOfAccess() {
     return store.file();
 }
 
-/// Rows that were moved, shortened and deleted.
+/// Has rows that were moved, shortened and deleted.
 Bytes usedFile() {
     WrittenFile file({test::kontoTable()});
     const auto write = [&](std::int32_t number, const base::Text& name, std::size_t noteUnits) {
@@ -91,22 +91,22 @@ std::vector<Seed> samples() {
     return all;
 }
 
-TEST(Compact, MakesTheSameFileWithoutWaste) {
+TEST(Compact, KeepsTheContentsAndDropsUnusedSpace) {
     for (const Seed& sample : samples()) {
         SCOPED_TRACE(sample.name);
         const Bytes copy = compacted(sample.file);
         EXPECT_EQ(difference(sample.file, copy), "");
         EXPECT_LE(copy.size(), sample.file.size());
         EXPECT_TRUE(compacted(copy) == copy);
-        // Faults of the original come along, and are found.
+        // Faults of the original are copied, too.
         if (test::faultsIn(sample.file, passwordOf(sample.file), test::Writers::Others).empty()) {
             EXPECT_EQ(test::faultsIn(copy, passwordOf(copy)), "");
         }
     }
 }
 
-/// The comparison looks neither at the entries of indexes nor at waste, and renumbers objects as the copy does.
-TEST(Compact, CarriesEntriesAndNumbersOfObjectsAndNothingThatWasDeleted) {
+/// Checks what the comparison does not: index entries, unused space, and the new numbers of objects.
+TEST(Compact, CopiesIndexEntriesAndObjectNumbersButNothingDeleted) {
     EXPECT_LT(compacted(usedFile()).size(), usedFile().size() / 2);
     test::MemoryPageStore store(compacted(fileOfAccess()));
     const Table konten = *openTable(store, u"Konten");
@@ -124,8 +124,8 @@ TEST(Compact, CarriesEntriesAndNumbersOfObjectsAndNothingThatWasDeleted) {
     EXPECT_NE(page, 16U) << "its number in the original";
 }
 
-/// A full row, and columns that were added later: with them it would be too long.
-TEST(Compact, TakesFullRowsThatAreOlderThanTheLastColumns) {
+/// A row of the greatest length, older than some columns: written with them it would be too long.
+TEST(Compact, CopiesFullRowsThatAreOlderThanTheLastColumns) {
     test::SampleTable table{{u"T", {}, {}}, {{}}};
     for (const char16_t* name : {u"A", u"B", u"C", u"D", u"E", u"F", u"G", u"H"}) {
         table.design.columns.push_back({name, ColumnType::Binary, 510});
@@ -160,7 +160,7 @@ TEST(Compact, RefusesWhatItCannotRead) {
              store.change(page)[kDataPageHeaderBytes + 1] |= 0xC0;
              test::editDefinition(store, u"Konto", [](TableDefinition& table) { table.rowCount = 1; });
          },
-         "Ein Index der Tabelle 'Konto'"},  // which has an entry too much
+         "Ein Index der Tabelle 'Konto'"},  // it has one entry too many
         {[&](PageStore& store) {
              const auto page = store.change(root(store));
              base::putU16(page, 2, 3616);
@@ -172,14 +172,14 @@ TEST(Compact, RefusesWhatItCannotRead) {
         damage(store);
         try {
             compacted(store.file());
-            ADD_FAILURE() << "made, but: " << words;
+            ADD_FAILURE() << "no error, wanted: " << words;
         } catch (const base::RuntimeError& error) {
             EXPECT_NE(base::toUtf8(error.description()).find(words), std::string::npos) << error.what();
         }
     }
 }
 
-TEST(Comparison, NoticesEveryPlantedFault) {
+TEST(Comparison, ReportsEveryDifference) {
     const Bytes original = relatedTables(), sound = compacted(original);
     ASSERT_EQ(difference(original, sound), "");
     const auto edit = [](const std::function<void(TableDefinition&)>& how) {

@@ -92,7 +92,7 @@ base::Bytes onDisk(const Machine& machine) {
     return machine.afterStop(Loss::All, 0).file();
 }
 
-/// Passes on a machine and the step, counted from 1, at which it is to stop or fail; until the work has fewer steps.
+/// Runs `work` with a new machine and the step, from 1, at which to stop or fail, until `work` has fewer steps.
 void forEachStep(const base::Bytes& file, const std::optional<base::Bytes>& journal,
                  const std::function<void(Machine&, int step)>& work) {
     bool isPast = false;
@@ -104,7 +104,7 @@ void forEachStep(const base::Bytes& file, const std::optional<base::Bytes>& jour
     }
 }
 
-/// Stops the commit at every step, and passes on the machine as it starts again.
+/// Stops the commit at every step, and runs `work` on the restarted machine.
 /// @param work  gets the machine, and whether the commit had returned without an error
 void forEachStop(const Pattern& pattern, const base::Bytes& old,
                  const std::function<void(const Machine&, bool isAcknowledged)>& work) {
@@ -121,8 +121,8 @@ void forEachStop(const Pattern& pattern, const base::Bytes& old,
     });
 }
 
-/// A program that may only read sees a whole file or an error. One that only reports what there is sees everything.
-TEST(CrashSweep, EveryCutLeavesTheOldFileOrTheNewOne) {
+/// A program that may only read sees a whole file or an error. One that ignores journals always sees the file.
+TEST(CrashSweep, EveryStopLeavesTheOldFileOrTheNewOne) {
     int refusals = 0;
     forEachPattern([&](const Pattern& pattern, const base::Bytes& old, const base::Bytes& fresh) {
         forEachStop(pattern, old, [&](const Machine& machine, bool isAcknowledged) {
@@ -170,8 +170,9 @@ TEST(CrashSweep, AnInterruptedRollbackCanBeRepeated) {
     });
 }
 
-/// A step fails, and the program ends. The next program may find bytes in memory that are not on the disk.
-TEST(FailingMachine, TheNextOpenerFlushesWhatItSees) {
+/// A step fails, and the program ends. The next program may read bytes from the system's cache that are not on the
+/// disk.
+TEST(FailingMachine, TheNextProgramFlushesWhatItReads) {
     forEachPattern([](const Pattern& pattern, const base::Bytes& old, const base::Bytes& fresh) {
         forEachStep(old, std::nullopt, [&](Machine& machine, int step) {
             machine.failAt(step);
@@ -186,7 +187,7 @@ TEST(FailingMachine, TheNextOpenerFlushesWhatItSees) {
     });
 }
 
-/// What a machine stopped in the middle of the second page has left: the journal is whole, the file half written.
+/// What a commit leaves that stops in the middle of the second page: the journal is whole, the file half written.
 class LeftJournal : public testing::Test {
 protected:
     LeftJournal() {
@@ -203,7 +204,7 @@ protected:
         EXPECT_TRUE(file_ != old_ && file_ != new_ && file_.size() == new_.size());
     }
 
-    /// @param change  what somebody else has done to the file
+    /// @param change  what another program has done to the file
     base::Bytes changed(const std::function<void(base::Bytes&)>& change) const {
         base::Bytes bytes = file_;
         change(bytes);
@@ -222,18 +223,18 @@ protected:
     }
 
     static constexpr PageNumber kFirst = 3, kSecond = 8;
-    // The journal is made, written, flushed and renamed, and its name flushed; then appended, first and second page.
+    // Steps: create, write, flush and rename the journal, flush its name; append, write the first and second page.
     static constexpr int kMiddleOfSecondPage = 8;
     base::Bytes old_ = test::sampleFile({}), new_, file_, journal_;
 };
 
-TEST_F(LeftJournal, RestoresTheOldFileWhateverFollowsItsEnd) {
+TEST_F(LeftJournal, RestoresTheOldFileWhateverWasWrittenAfterItsEnd) {
     const Machine machine(changed([&](base::Bytes& file) { file[old_.size() + 300] ^= 0x40U; }), journal_);
     WriteAccess::rollBack(*machine.storage());
     EXPECT_EQ(machine.file(), old_);
 }
 
-TEST_F(LeftJournal, IsNeverAppliedToAFileThatSomebodyElseHasWritten) {
+TEST_F(LeftJournal, IsNeverAppliedToAFileThatAnotherProgramHasWritten) {
     std::vector<base::Bytes> files = {
         changed([](base::Bytes& file) { file[0xE02] ^= 1U; }),  // a commit word
         changed([](base::Bytes& file) { file.resize(file.size() + kPageSize); }),
@@ -255,7 +256,7 @@ TEST_F(LeftJournal, OfAnotherFileIsNeverApplied) {
 }
 
 /// In each sector one of 24 bits is flipped, or the sector is zeroed, or the journal is cut off there.
-TEST_F(LeftJournal, IsNeitherAppliedNorDroppedIfItIsDamaged) {
+TEST_F(LeftJournal, IsNeitherAppliedNorDeletedIfItIsDamaged) {
     for (std::size_t begin = 0; begin < journal_.size(); begin += kSectorBytes) {
         std::vector<base::Bytes> damaged(26, journal_);
         for (std::size_t i = 0; i < 24; ++i)

@@ -36,7 +36,7 @@ Rows readAll(ReadOperation& operation, const Table& table) {
     return rows;
 }
 
-TEST(Creator, WhatItWritesIsReadBackFromASoundFile) {
+TEST(Creator, WrittenRowsAreReadBackAndTheFileIsSound) {
     test::SampleTable table = everyType();
     for (IndexDesign& index : table.design.indexes)
         index.flags = 0;
@@ -60,7 +60,7 @@ TEST(Creator, WhatItWritesIsReadBackFromASoundFile) {
     EXPECT_TRUE(properties.allowsZeroLength(table.design.columns[9].name));
 }
 
-TEST(Creator, RefusesWhatWouldMakeAnUnsoundFile) {
+TEST(Creator, RefusesRowsAndPasswordsThatWouldMakeAnUnsoundFile) {
     TableDesign design;
     design.name = u"T";
     design.columns = {{u"Name", ColumnType::Text, 255}};

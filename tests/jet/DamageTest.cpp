@@ -13,7 +13,7 @@
 #include "jet/table/LongValue.h"
 #include "tests/fuzz/Seeds.h"
 #include "tests/jet/DefinitionPlaces.h"
-#include "tests/jet/FileAtHand.h"
+#include "tests/jet/EditableFile.h"
 #include "tests/jet/Hex.h"
 #include "tests/support/Environment.h"
 #include "tests/support/MemoryIo.h"
@@ -34,7 +34,7 @@ std::string numbered(std::uint64_t number) {
     return base::toUtf8(base::decimal(number));
 }
 
-/// A long value by its size and the sum of its bytes.
+/// The value as text; of a long one only its size and a checksum.
 std::string printed(const base::Value& value) {
     const auto* bytes = std::get_if<base::Bytes>(&value);
     const auto* text = std::get_if<base::Text>(&value);
@@ -46,7 +46,7 @@ std::string printed(const base::Value& value) {
     return "(" + numbered(whole.size()) + " " + numbered(sum) + ")";
 }
 
-/// Everything that a file says, one line for each table, column, index, relationship, property and row.
+/// The contents of a file as text, one line for each table, column, index, relationship, property and row.
 class Contents {
 public:
     explicit Contents(PageSource& source) {
@@ -59,14 +59,14 @@ public:
 
     Lines lines;
 
-    /// The rows of users' tables, each with the pages without which nobody can know it.
+    /// The rows of the users' tables, each with the pages that are needed to read it.
     struct KnownRow {
         std::string text;
         std::set<PageNumber> pages;
     };
     std::vector<KnownRow> rows;
 
-    static constexpr PageNumber kLongValues = 0xFFFFFFFF;  ///< any page of long values
+    static constexpr PageNumber kLongValues = 0xFFFFFFFF;  ///< stands for all pages of long values
 
 private:
     void add(const std::string& line) { lines.push_back(table_ + line); }
@@ -110,8 +110,8 @@ private:
         pages.insert({row.pointer.page, row.view.place().page});
         for (const Column& column : table.definition().columns) {
             const base::Value value = table.value(row.view, column);
-            const bool isOfCreation = std::holds_alternative<base::Date>(value) || column.name == u"Owner";
-            if (base::isNull(value) || (table.entry().isSystem() && isOfCreation)) continue;
+            const bool dependsOnCreation = std::holds_alternative<base::Date>(value) || column.name == u"Owner";
+            if (base::isNull(value) || (table.entry().isSystem() && dependsOnCreation)) continue;
             if (column.isLongValue()) pages.insert(kLongValues);
             line += (line.empty() ? "" : ", ") + base::toUtf8(column.name) + " " + printedIn(table, column, value);
         }
@@ -140,8 +140,8 @@ void addReport(const SalvageReport::Table& table, Lines& lines) {
         lines.push_back(name + base::toUtf8(line));
 }
 
-/// The lines with this sign. Of many that begin in the same way, the first ones are shown; system tables follow the
-/// others, so one of theirs will do.
+/// Appends the lines to `text`, each after this sign. Of many lines with the same beginning only the first `limit` are
+/// shown, of those about system tables only one.
 void show(const Lines& lines, const std::string& sign, std::size_t limit, std::string& text) {
     std::map<std::string, std::size_t> counts;
     for (const std::string& line : lines)
@@ -180,7 +180,7 @@ Lines without(Lines lines, const Lines& others) {
     return lines;
 }
 
-/// A sound file to which damages are done as tests/jet/damages.txt describes them.
+/// Applies the damages that tests/jet/damages.txt describes to a sound file.
 class Damaged {
 public:
     explicit Damaged(const base::Bytes& file) : bytes(file), sound_(file) {}
@@ -204,7 +204,7 @@ public:
 
     base::Bytes bytes;
     bool isEncoded = false;
-    base::Text given;
+    base::Text given;  ///< the password with which the file is to be repaired
 
 private:
     static base::Text textFrom(std::istringstream& words) {
@@ -292,12 +292,12 @@ private:
         return static_cast<std::size_t>(view.data() - sound_.bytes.data());
     }
 
-    FileAtHand sound_;
+    EditableFile sound_;
 };
 
 class DamageTable : public testing::Test {
 protected:
-    /// What the rebuilt file says, and the report. The rebuilt file must be sound.
+    /// The contents of the rebuilt file, and the report. The rebuilt file must be sound.
     static Contents rebuilt(const Damaged& damaged) {
         test::MemoryIo io(damaged.bytes), made;
         DamagedFile file(io, u"Probe.mdb", damaged.given);
@@ -316,11 +316,11 @@ protected:
         return contents;
     }
 
-    /// What the checker finds ("!"), and how the rebuilt file differs from these lines ("-", "+").
-    static std::string outcomeOf(const Damaged& damaged, const Lines& otherwise, std::size_t limit) {
+    /// What the checker finds ("!"), and how the rebuilt file differs from that of the undamaged file ("-", "+").
+    static std::string outcomeOf(const Damaged& damaged, const Lines& undamaged, std::size_t limit) {
         std::string text;
         if (!damaged.isEncoded) {
-            FileAtHand file(damaged.bytes);
+            EditableFile file(damaged.bytes);
             Lines found;
             const CheckResult result = checkDatabase(file, file.bytes.size());
             for (const Finding& finding : result.findings.kept())
@@ -330,15 +330,15 @@ protected:
         }
         try {
             const Lines lines = rebuilt(damaged).lines;
-            show(without(otherwise, lines), "-", limit, text);
-            show(without(lines, otherwise), "+", limit, text);
+            show(without(undamaged, lines), "-", limit, text);
+            show(without(lines, undamaged), "+", limit, text);
         } catch (const base::RuntimeError& error) {
             text += "  refused: " + base::toUtf8(error.description()) + "\n";
         }
         return text;
     }
 
-    /// With "each 20" before a damage, the damage is done at the 20 places from there on, each by itself.
+    /// "each 20" before a damage means: once for each of the 20 places from there on.
     std::string outcomeOf(const Lines& damages) const {
         std::size_t count = 1;
         Lines plain;
@@ -348,13 +348,13 @@ protected:
             if (isForEach) count = std::stoul(damage.substr(5), &end);
             plain.push_back(isForEach ? damage.substr(6 + end) : damage);
         }
-        const Lines otherwise = damages[0] == "none" ? contentsOf(sound_) : soundLines_;
-        std::vector<std::pair<std::string, std::string>> outcomes;  // each with the places that have it
+        const Lines undamaged = damages[0] == "none" ? contentsOf(sound_) : soundLines_;
+        std::vector<std::pair<std::string, std::string>> outcomes;  // each with the places that lead to it
         for (std::size_t i = 0; i < count; ++i) {
             Damaged damaged(sound_);
             for (std::size_t k = 0; k < plain.size(); ++k)
                 damaged.apply(plain[k], plain[k] == damages[k] ? 0 : i);
-            const std::string outcome = outcomeOf(damaged, otherwise, count == 1 ? 2 : 1);
+            const std::string outcome = outcomeOf(damaged, undamaged, count == 1 ? 2 : 1);
             auto same = std::ranges::find(outcomes, outcome, [](const auto& each) { return each.first; });
             if (same == outcomes.end()) same = outcomes.insert(same, {outcome, ""});
             same->second += " " + numbered(i);
@@ -368,7 +368,7 @@ protected:
     }
 
     static Lines contentsOf(const base::Bytes& bytes) {
-        FileAtHand file(bytes);
+        EditableFile file(bytes);
         return Contents(file).lines;
     }
 
@@ -376,9 +376,9 @@ protected:
     const Lines soundLines_ = rebuilt(Damaged(sound_)).lines;
 };
 
-/// Each paragraph of damages.txt has a title, damages ("*"), and exactly what must come of them. If TOLV_DAMAGES names
-/// a file, the table is written there as it came out.
-TEST_F(DamageTable, EachDamageHasExactlyItsOutcome) {
+/// Each paragraph of damages.txt has a title, damages ("*"), and their exact outcome. If TOLV_DAMAGES names a file, the
+/// table with the actual outcomes is written there.
+TEST_F(DamageTable, EachDamageHasExactlyTheOutcomeInTheTable) {
     std::istringstream table(kDamages);
     std::ostringstream out;
     std::string line, title, expected;
@@ -401,7 +401,7 @@ TEST_F(DamageTable, EachDamageHasExactlyItsOutcome) {
     if (const char* path = std::getenv("TOLV_DAMAGES")) std::ofstream(path) << "R\"table(" << out.str() << ")table\"\n";
 }
 
-/// Damages some pages after the first at random, or cuts the file. @return the pages that are harmed
+/// Damages some pages at random, never the first, and sometimes cuts the file off. @return the damaged pages
 std::set<PageNumber> harm(base::Bytes& file, std::mt19937& random) {
     const base::Bytes sound = file;
     const auto below = [&](std::size_t limit) { return static_cast<std::size_t>(random() % limit); };
@@ -419,14 +419,14 @@ std::set<PageNumber> harm(base::Bytes& file, std::mt19937& random) {
 }
 
 /// TOLV_SALVAGE gives more copies, TOLV_RANDOM_SEED other ones, and TOLV_CORPUS adds files by other programs.
-TEST_F(DamageTable, RowsOnUnharmedPagesComeBackAndNoOthers) {
+TEST_F(DamageTable, RowsOnUndamagedPagesAreRecoveredAndNoOthers) {
     const std::uint32_t count = test::environmentNumber("TOLV_SALVAGE", 60);
     const std::uint32_t randomSeed = test::environmentNumber("TOLV_RANDOM_SEED", 1);
     std::mt19937 random(randomSeed);
     std::size_t required = 0;
     for (const Seed& seed : seeds()) {
         if (seed.name.find("V1997") != std::string::npos) continue;
-        FileAtHand sound(seed.file);
+        EditableFile sound(seed.file);
         const Contents truth(sound);
         for (std::uint32_t copy = 0; copy < count / 5; ++copy) {
             SCOPED_TRACE(seed.name + ", random seed " + std::to_string(randomSeed) + ", copy " + std::to_string(copy));
@@ -438,7 +438,7 @@ TEST_F(DamageTable, RowsOnUnharmedPagesComeBackAndNoOthers) {
                 return std::ranges::any_of(harmed,
                                            [&](PageNumber page) { return sound.u32(page, kOwnerOffset) == owner; });
             };
-            // Without its name, a hidden table of Access looks like one of the user.
+            // If its catalog row is damaged, a hidden table of Access looks like one of the user.
             bool mayHaveOthers = isHarmedOf(CatalogEntry::kDefinitionOfCatalog);
             if (isHarmedOf(kLongValueOwner)) harmed.insert(Contents::kLongValues);
             Lines wanted, all, found;

@@ -15,7 +15,7 @@ Database open(base::Bytes bytes, base::TextView password) {
     return Database::open(test::Machine(std::move(bytes)).storage(u"C:\\konten.mdb"), password);
 }
 
-TEST(Database, OpensOnlyJet4FilesAndSaysSo) {
+TEST(Database, RefusesEverythingExceptJet4Files) {
     const base::Bytes sound = test::sampleFile({}, base::Text(kPassword));
     const auto expectRefused = [](const base::Bytes& file) {
         EXPECT_EQ(errorOf([&] { open(file, kPassword); }),
@@ -41,7 +41,7 @@ TEST(Database, RequiresTheExactPassword) {
     EXPECT_EQ(errorOf([&] { open(test::sampleFile({}), u"irgendeins"); }), "no error");
 }
 
-TEST(PageFile, ReadsAheadInAScanAndKeepsAViewWhileOthersComeAndGo) {
+TEST(PageFile, ReadsAheadInAScanAndKeepsTheViewThatTheCallerHolds) {
     constexpr PageNumber kPages = 16 * 300 + 5;  // more extents than the cache keeps
     base::Bytes bytes(kPages * kPageSize + 100);
     for (PageNumber page = 0; page < kPages; ++page)
@@ -55,7 +55,7 @@ TEST(PageFile, ReadsAheadInAScanAndKeepsAViewWhileOthersComeAndGo) {
         ASSERT_EQ(pages.page(page).bytes.u32(0), page);
     EXPECT_EQ(first.bytes.u32(0), 3U);
     EXPECT_EQ(machine.pagesRead(), kPages) << "each page once";
-    EXPECT_LT(machine.reads(), 310) << "in whole extents but for the beginning";
+    EXPECT_LT(machine.reads(), 310) << "in whole extents, except at the beginning";
     EXPECT_EQ(pages.page(160).bytes.u32(0), 160U);
     EXPECT_EQ(machine.pagesRead(), kPages + 1) << "a page far from the others is read alone";
     EXPECT_THROW(pages.page(kPages), base::RuntimeError);

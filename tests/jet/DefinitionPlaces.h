@@ -7,7 +7,8 @@ namespace jet {
 /// The parts of a definition, in the order of its joined bytes.
 enum class DefinitionPart { Statistics, Column, ColumnName, Index, LogicalIndex, LogicalName, Maps, End };
 
-/// Where a part begins in the joined bytes. Number `i` is the first after the last of its kind, too.
+/// Offset of a part in the joined bytes.
+/// @param i  which part of its kind, from 0; the number of these parts gives the offset after the last
 inline std::size_t placeInDefinition(const TableDefinition& definition, DefinitionPart part, std::size_t i = 0) {
     std::size_t at = DefinitionAt::kStatistics;
     const auto isPast = [&](DefinitionPart passed, const auto& all, const auto& bytesOf) {

@@ -40,7 +40,7 @@ using testing::HasSubstr;
 
 const std::string kNoError = "no error";
 
-/// A file that holds one number, stored on several pages, so that half a write shows.
+/// A file that holds one number, stored on several pages, so that a reader notices half a write.
 namespace counter {
 
 constexpr std::size_t kOffset = 4000;
@@ -84,7 +84,7 @@ void store(const fs::path& path, const base::Bytes& bytes) {
     std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), std::ssize(bytes));
 }
 
-/// A handle of another program.
+/// A file handle as another program has it.
 class Foreign {
 public:
 #ifdef _WIN32
@@ -129,7 +129,7 @@ struct Running {
     Operation operation{database};
 };
 
-/// Something that a program meets at its file.
+/// What a program may find at its file: other users, left files, missing rights.
 struct Situation {
     const char* what;
     std::function<void()> begin;
@@ -167,7 +167,7 @@ protected:
         return counter::read(database);
     }
 
-    /// Puts the files here that a machine has when it stops at this step of a change, counted from 1.
+    /// Makes the files what they are after a machine has stopped at this step of a change, counted from 1.
     /// @return false if the change has fewer steps
     bool stopAt(int step) const {
         test::Machine machine(old_);
@@ -195,8 +195,8 @@ protected:
         return all;
     }
 
-    /// Reading changes nothing, and neither does a write that is refused. Nothing lasts longer than the situation.
-    void meet(const Situation& situation) {
+    /// Neither reading nor a refused write may change anything, and after the situation everything works again.
+    void tryIn(const Situation& situation) {
         SCOPED_TRACE(situation.what);
         reset();
         const bool isWritten = situation.writing == kNoError;
@@ -230,7 +230,7 @@ protected:
             if (fs::exists(path)) fs::permissions(path, rights);
     }
 
-    std::shared_ptr<void> held_;  ///< what lasts as long as a situation
+    std::shared_ptr<void> held_;  ///< is open as long as the situation lasts
     const test::TempFolder folder_;
     const fs::path file_ = folder_ / u"Kontenübersicht.mdb";
     const fs::path journal_ = file_.u16string() + base::Text(kJournalSuffix);
@@ -245,12 +245,12 @@ TEST_F(FileStorageTest, FindsTheJournalByAnyNameOfTheFile) {
     fs::create_symlink(file_, link);
     EXPECT_EQ(fileStorage(link.u16string())->journalPath(), (fs::canonical(file_).u16string() + u"-journal"));
 #else
-    const base::Text shouted = folder_.path.u16string() + u"\\KONTENÜBERSICHT.MDB";
-    EXPECT_EQ(fileStorage(shouted)->fileName(), file_.filename().u16string());
+    const base::Text upperCase = folder_.path.u16string() + u"\\KONTENÜBERSICHT.MDB";
+    EXPECT_EQ(fileStorage(upperCase)->fileName(), file_.filename().u16string());
 #endif
 }
 
-TEST_F(FileStorageTest, IsWholeForAReaderAndWritableWhereverItsWriterStopped) {
+TEST_F(FileStorageTest, CanBeReadAndWrittenWhereverAWriterStopped) {
     int left = 0;
     bool isMore = true;
     for (int step = 1; isMore; ++step) {
@@ -258,59 +258,59 @@ TEST_F(FileStorageTest, IsWholeForAReaderAndWritableWhereverItsWriterStopped) {
         stopAt(step);
         const bool isLeft = fs::exists(journal_);
         left += isLeft ? 1 : 0;
-        meet({"a stopped writer", [&] { isMore = stopAt(step); }, isLeft ? "-journal' hinterlassen" : kNoError,
-              kNoError});
+        tryIn({"a stopped writer", [&] { isMore = stopAt(step); }, isLeft ? "-journal' hinterlassen" : kNoError,
+               kNoError});
         EXPECT_FALSE(fs::exists(journal_) || fs::exists(newJournal_));
     }
     EXPECT_GE(left, 3);
 }
 
-TEST_F(FileStorageTest, IsReadAndWrittenAsFarAsOthersAllow) {
+TEST_F(FileStorageTest, RespectsTheLocksOfOtherUsers) {
     const std::string file = "'" + base::toUtf8(file_.u16string()) + "'", error = "-2147467259: ";
     const std::string locked = error + "Aktualisieren nicht möglich; derzeit gesperrt durch ";
     const std::string byAnother = locked + "einen anderen Benutzer der Datei " + file + ".";
-    meet({"nobody", [] {}, kNoError, kNoError});
-    meet({"a writer", [&] { held_ = std::make_shared<Running<Transaction>>(open()); },
-          error + file + " konnte nicht verwendet werden; Datei wird bereits benutzt.", byAnother});
-    meet({"a reader", [&] { held_ = std::make_shared<Running<ReadOperation>>(open()); }, kNoError, byAnother});
+    tryIn({"nobody", [] {}, kNoError, kNoError});
+    tryIn({"a writer", [&] { held_ = std::make_shared<Running<Transaction>>(open()); },
+           error + file + " konnte nicht verwendet werden; Datei wird bereits benutzt.", byAnother});
+    tryIn({"a reader", [&] { held_ = std::make_shared<Running<ReadOperation>>(open()); }, kNoError, byAnother});
 
     base::Bytes slots(3 * kUserSlotBytes, 0);
     const std::string computer = "PC-B\xDCRO", user = "Admin";
     std::copy(computer.begin(), computer.end(), slots.begin() + 2 * kUserSlotBytes);
     std::copy(user.begin(), user.end(), slots.begin() + 2 * kUserSlotBytes + 32);
-    meet({"a lock file that was left behind", [&] { store(lockFile_, slots); }, kNoError, kNoError});
-    const auto comeIn = [&] {
+    tryIn({"a lock file that was left behind", [&] { store(lockFile_, slots); }, kNoError, kNoError});
+    const auto addUser = [&] {
         store(lockFile_, slots);
         const auto original = std::make_shared<Foreign>(lockFile_);
         EXPECT_TRUE(original->lock(kUserLocksOffset + 2));
         held_ = original;
     };
-    meet({"a user of the original engine", comeIn, kNoError, locked + "Benutzer 'Admin' auf Computer 'PC-BÜRO'."});
+    tryIn({"a user of the original engine", addUser, kNoError, locked + "Benutzer 'Admin' auf Computer 'PC-BÜRO'."});
 }
 
-/// It is neither followed nor replaced.
-TEST_F(FileStorageTest, IsNotWrittenWhereSomethingElseHasTheJournalsName) {
+/// A link there is not followed, and nothing there is replaced.
+TEST_F(FileStorageTest, IsNotWrittenIfSomethingElseHasTheNameOfTheJournal) {
     for (const fs::path& name : {journal_, newJournal_}) {
         const std::string error = "-2147467259: ", reading = name == journal_ ? error : kNoError;
-        meet({"a folder", [&] { fs::create_directory(name); }, reading, error});
+        tryIn({"a folder", [&] { fs::create_directory(name); }, reading, error});
 #ifndef _WIN32
-        meet({"a pipe", [&] { ::mkfifo(name.c_str(), 0666); }, reading, error});
+        tryIn({"a pipe", [&] { ::mkfifo(name.c_str(), 0666); }, reading, error});
         const fs::path target = folder_ / "fremd";
-        meet({"a link to nothing", [&] { fs::create_symlink(target, name); }, reading, error});
-        constexpr int kFirstPage = 6;  // the journal is whole, and the file as it was
+        tryIn({"a link to nothing", [&] { fs::create_symlink(target, name); }, reading, error});
+        constexpr int kFirstPage = 6;  // the journal is complete, the file still unchanged
         const auto link = [&] {
             stopAt(kFirstPage);
             fs::rename(journal_, target);
             fs::create_symlink(target, name);
         };
-        meet({"a link to a journal", link, reading, error});
+        tryIn({"a link to a journal", link, reading, error});
 #endif
     }
 }
 
-/// All at the same time, each with the file opened for itself. The readers are never all gone, and nobody waits in
-/// vain.
-TEST_F(FileStorageTest, LosesNoUpdateAndShowsNoHalfOne) {
+/// All work at the same time, each with its own open file. At any time some reader holds a lock, but no writer may time
+/// out.
+TEST_F(FileStorageTest, ConcurrentUseLosesNoUpdateAndShowsNoHalfOne) {
     constexpr std::uint32_t kWriters = 3, kRounds = 12;
     std::atomic<bool> isOver = false;
     std::vector<std::future<std::uint32_t>> readers, writers;
@@ -319,7 +319,7 @@ TEST_F(FileStorageTest, LosesNoUpdateAndShowsNoHalfOne) {
             std::uint32_t last = 0;
             for (Database database = open(); !isOver;) {
                 const std::uint32_t now = counter::read(database);
-                if (now < last) throw std::runtime_error("the number has gone back");
+                if (now < last) throw std::runtime_error("the number has become smaller");
                 last = now;
                 const ReadOperation held(database);
                 std::this_thread::sleep_for(std::chrono::milliseconds(20));
@@ -363,11 +363,11 @@ TEST_F(FileStorageTest, SaysWhyItCannotBeOpened) {
     EXPECT_THAT(error(folder_ / "fehlt.mdb", OpenMode::Read), HasSubstr("nicht gefunden."));
     EXPECT_THAT(error(folder_ / "fehlt/fehlt.mdb", OpenMode::Read), HasSubstr("ist kein zulässiger Pfad."));
     EXPECT_THAT(error(folder_.path, OpenMode::Read), HasSubstr("Berechtigung"));
-    EXPECT_NE(error(file_, OpenMode::CreateNew), kNoError) << "an existing file is never taken for a new one";
+    EXPECT_NE(error(file_, OpenMode::CreateNew), kNoError) << "an existing file is not overwritten";
     EXPECT_EQ(error(folder_ / "neu.mdb", OpenMode::CreateNew), kNoError);
 }
 
-TEST_F(FileStorageTest, IsFreeAfterAnOperationThatFailed) {
+TEST_F(FileStorageTest, IsNotLockedAfterAnOperationThatFailed) {
     Database database = open();
     const auto writer = openFile(file_.u16string(), OpenMode::ReadWrite);
     writer->write(0x14, base::Bytes{9});
@@ -377,7 +377,7 @@ TEST_F(FileStorageTest, IsFreeAfterAnOperationThatFailed) {
     writer->lock(LockKind::None, {});
     fs::rename(folder_.path, folder_.path.string() + "-fort");
     store(folder_.path, {});
-    EXPECT_NE(errorOf([&] { database.beginRead(); }), kNoError) << "nobody can look for a journal";
+    EXPECT_NE(errorOf([&] { database.beginRead(); }), kNoError) << "the folder of the journal cannot be read";
     EXPECT_TRUE(writer->lock(LockKind::Exclusive, {}));
     fs::remove(folder_.path);
     fs::rename(folder_.path.string() + "-fort", folder_.path);
@@ -396,7 +396,7 @@ TEST_F(FileStorageTest, KeepsOtherProgramsFromWritingWhileItIsWritten) {
     EXPECT_TRUE(Foreign(file_, _O_RDWR, _SH_DENYNO).isOpen());
 }
 
-TEST_F(FileStorageTest, WaitsForAScannerThatLooksAtTheJournal) {
+TEST_F(FileStorageTest, WaitsForAVirusScannerThatReadsTheJournal) {
     const auto storage = fileStorage(file_.u16string());
     const auto whileScanned = [](const fs::path& path, const std::function<bool()>& step) {
         auto scanner = std::make_unique<Foreign>(path, _O_RDONLY, _SH_DENYNO);
@@ -417,17 +417,17 @@ TEST_F(FileStorageTest, WaitsForAScannerThatLooksAtTheJournal) {
     EXPECT_FALSE(fs::exists(journal_) || fs::exists(newJournal_));
 }
 
-TEST_F(FileStorageTest, IsReadAsFarAsOtherProgramsLetIt) {
-    meet({"a program that writes", [&] { held_ = std::make_shared<Foreign>(file_); }, kNoError,
-          "-2147467259: Aktualisieren nicht möglich"});
-    const Foreign jealous(file_, _O_RDWR, _SH_DENYRW);
+TEST_F(FileStorageTest, RespectsTheShareModesOfOtherPrograms) {
+    tryIn({"a program that writes", [&] { held_ = std::make_shared<Foreign>(file_); }, kNoError,
+           "-2147467259: Aktualisieren nicht möglich"});
+    const Foreign exclusive(file_, _O_RDWR, _SH_DENYRW);
     EXPECT_THAT(openingError(), testing::EndsWith("konnte nicht verwendet werden; Datei wird bereits benutzt."));
 }
 
 #else
 
-/// Nothing is read-only for the administrator, so another process tries this as an ordinary user.
-/// @return whether everything ended as expected
+/// Makes the attempt in another process as an ordinary user, because root may write everything.
+/// @return whether it returned true
 bool asOrdinaryUser(const std::function<bool()>& attempt) {
     const pid_t child = ::fork();
     if (child == 0) {
@@ -438,24 +438,24 @@ bool asOrdinaryUser(const std::function<bool()>& attempt) {
     return ::waitpid(child, &status, 0) == child && status == 0;
 }
 
-TEST_F(FileStorageTest, IsReadButNotWrittenWhereItMayNotBe) {
-    constexpr int kMiddleOfSecondPage = 7;  // made, written, flushed, renamed, name flushed, first page, second page
+TEST_F(FileStorageTest, IsReadButNotWrittenWithoutWritePermission) {
+    constexpr int kMiddleOfSecondPage = 7;  // create, write, flush, rename, flush the name, two pages
     constexpr auto kWrite = fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
     const std::string left = "-journal' hinterlassen", readOnly = "-2147467259: Operation muss eine aktualisierbare";
     const auto protect = [&](const std::vector<fs::path>& paths) {
         permit(fs::perms::all, {folder_.path, file_, journal_});
         permit(fs::perms::all & ~kWrite, paths);
     };
-    meet({"a protected file", [&] { protect({file_}); }, kNoError, readOnly, asOrdinaryUser});
-    meet({"a protected folder", [&] { protect({folder_.path}); }, kNoError, readOnly, asOrdinaryUser});
+    tryIn({"a protected file", [&] { protect({file_}); }, kNoError, readOnly, asOrdinaryUser});
+    tryIn({"a protected folder", [&] { protect({folder_.path}); }, kNoError, readOnly, asOrdinaryUser});
     const auto stopAndProtect = [&] {
         stopAt(kMiddleOfSecondPage);
         protect({folder_.path, file_, journal_});
     };
-    meet({"a left journal, all protected", stopAndProtect, left, readOnly, asOrdinaryUser});
+    tryIn({"a left journal, all protected", stopAndProtect, left, readOnly, asOrdinaryUser});
 }
 
-/// Mode, owner and group of the file's journal if the present user makes it.
+/// Mode, owner and group of the file's journal if the current user makes it.
 struct stat journalOf(const fs::path& file) {
     const auto storage = fileStorage(file.u16string());
     EXPECT_TRUE(storage->createJournal());
@@ -465,7 +465,7 @@ struct stat journalOf(const fs::path& file) {
     return status;
 }
 
-TEST_F(FileStorageTest, HasAJournalForThoseWhoMayUseTheFileAndNobodyElse) {
+TEST_F(FileStorageTest, HasAJournalWithTheSameOwnerAndPermissions) {
     const mode_t mask = ::umask(027);
     const bool isAdministrator = ::chown(file_.c_str(), 1234, 4321) == 0;
     struct stat file {};
@@ -479,7 +479,7 @@ TEST_F(FileStorageTest, HasAJournalForThoseWhoMayUseTheFileAndNobodyElse) {
     ::umask(mask);
     if (!isAdministrator) return;
     fs::permissions(folder_.path, fs::perms::all);
-    // A journal by another user cannot get the file's group. For the journal, members of that group are then "others".
+    // A journal of another user cannot get the file's group, so members of that group have the rights of "others".
     const auto isMadeWith = [this](mode_t mode) { return (journalOf(file_).st_mode & 0777U) == mode; };
     for (const auto& [mode, expected] : {std::pair(0666U, 0666U), {0606U, 0600U}, {0646U, 0644U}}) {
         fs::permissions(file_, static_cast<fs::perms>(mode));

@@ -15,19 +15,19 @@ TEST(Rc4, GivesTheKnownStream) {
     EXPECT_EQ(toHex(bytes), "10 21 BF 04 20");
 }
 
-TEST(Header, IsMaskedAndItsPasswordTwice) {
-    Header header = Header::fresh({38143.5});  // 0x94FF: the mask changes every second unit
+TEST(Header, IsMaskedAndItsPasswordIsMaskedTwice) {
+    Header header = Header::fresh({38143.5});  // 38143 is 0x94FF, so the mask changes every second unit only
     header.password = u"HwendorpliqZ";
     base::Bytes page(kPageSize);
     header.write(page);
-    // 1/0 and 1/1, masked with the stream B5 6F 03 62 61 08 C2 55 ...
+    // 00 01 00 00 01 01 00 00, masked with the stream B5 6F 03 62 61 08 C2 55 ...
     EXPECT_EQ(toHex(std::span(page).subspan(0x18, 8)), "B5 6E 03 62 60 09 C2 55");
     Rc4(fromHex("C7 DA 39 6B")).apply(std::span(page).subspan(0x18, 128));
     EXPECT_EQ(toHex(std::span(page).subspan(0x42, 6)), "B7 94 77 00 9A 94");
     EXPECT_EQ(toHex(std::span(page).subspan(0x42 + 24, 4)), "FF 94 00 00");
     Rc4(fromHex("C7 DA 39 6B")).apply(std::span(page).subspan(0x18, 128));
 
-    page[0xB00] = 0xEE;  // a byte without a name
+    page[0xB00] = 0xEE;  // a byte of unknown meaning is kept
     Header read = Header::read(base::ByteView(page));
     EXPECT_EQ(read.password, u"HwendorpliqZ");
     EXPECT_EQ(read.created, base::Date{38143.5});
@@ -35,7 +35,7 @@ TEST(Header, IsMaskedAndItsPasswordTwice) {
     read.write(again);
     EXPECT_EQ(again, page);
 
-    read.password = base::Text(20, u'Z');  // no space for an end mark
+    read.password = base::Text(20, u'Z');  // no room for a terminator
     read.created = {45000.25};
     read.write(again);
     EXPECT_EQ(Header::read(base::ByteView(again)).password, base::Text(20, u'Z'));

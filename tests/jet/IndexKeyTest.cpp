@@ -22,7 +22,7 @@ std::string keyOf(ColumnType type, const Value& value, bool ascending) {
     return toHex(key);
 }
 
-TEST(IndexKey, EachTypeHasItsBytes) {
+TEST(IndexKey, EachTypeIsEncodedInItsOwnWay) {
     const base::Guid guid{{0x78, 0x56, 0x34, 0x12, 0xBC, 0x9A, 0xF0, 0xDE, 1, 2, 3, 4, 5, 6, 7, 8}};
     const base::Decimal plus{false, 2, {0x04030201, 0, 0, 0}};
     const base::Decimal minus{true, 2, {0x04030201, 0, 0, 0}};
@@ -35,7 +35,7 @@ TEST(IndexKey, EachTypeHasItsBytes) {
         {ColumnType::Long, base::Null{}, "00", "FF"},
         {ColumnType::Boolean, true, "7F 00", "80 FF"},
         {ColumnType::Boolean, false, "7F FF", "80 00"},
-        {ColumnType::Boolean, base::Null{}, "7F FF", "80 00"},  // a missing flag is not null
+        {ColumnType::Boolean, base::Null{}, "7F FF", "80 00"},  // a Boolean is never null
         {ColumnType::Byte, std::uint8_t{7}, "7F 07", "80 F8"},
         {ColumnType::Integer, std::int16_t{-2}, "7F 7F FE", "80 80 01"},
         {ColumnType::Long, std::int32_t{1}, "7F 80 00 00 01", "80 7F FF FF FE"},
@@ -66,7 +66,7 @@ TEST(IndexKey, EachTypeHasItsBytes) {
     EXPECT_THROW(appendKeyPart(key, columnOf(ColumnType::Ole), base::Bytes{1}, true), base::RuntimeError);
 }
 
-TEST(IndexKey, ASearchIsAnsweredOnlyWhereTheKeyIsSure) {
+TEST(IndexKey, ASearchUsesTheIndexOnlyIfTheKeyIsCertain) {
     const struct {
         Value value;
         ColumnType type;
@@ -88,7 +88,7 @@ TEST(IndexKey, ASearchIsAnsweredOnlyWhereTheKeyIsSure) {
         {base::Bytes{}, ColumnType::Binary, true},
         {base::Guid{}, ColumnType::Guid, true},
         {base::Date{1.5}, ColumnType::DateTime, true},
-        {base::Date{0.0}, ColumnType::DateTime, false},  // as with doubles
+        {base::Date{0.0}, ColumnType::DateTime, false},  // like the double 0.0
         {base::Decimal{false, 0, {1, 0, 0, 0}}, ColumnType::Numeric, false},
         {base::Text(u"17"), ColumnType::Long, false},
         {base::Null{}, ColumnType::Long, true},

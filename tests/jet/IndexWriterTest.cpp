@@ -10,8 +10,8 @@
 #include "tests/support/MemoryPageStore.h"
 #include "tests/support/SampleFile.h"
 
-/// What random work on whole tables (tests/embedded) does not show: how full the pages are, and how an index of another
-/// writer is changed. There are no rows; the writer does not look at the meaning of keys.
+/// Checks what random work on whole tables (tests/embedded) does not: how full the pages are, and how the index of
+/// another writer is changed. There are no rows, because the writer does not look at the meaning of keys.
 namespace jet {
 namespace {
 
@@ -72,7 +72,7 @@ TEST(IndexWriter, FillsPagesInOrderAndJoinsThemWhenTheyBecomeSmall) {
             tree.insert(key, {3 + n, 0});
         }
         EXPECT_EQ(tree.read(), tree.expected);
-        // Eleven such entries fit on a page, more with a prefix. Nodes are equally full.
+        // Eleven such entries fit on a page, more with a common prefix. Nodes are as full as leaves.
         const std::size_t full = tree.pages().size();
         EXPECT_LE(full, 2000 / 11 + 2000 / 121 + 2000 / 1331 + 8U);
         EXPECT_EQ(DefinitionCounters(tree.store, tree.definition).distinctKeys(0), 2000U);
@@ -86,8 +86,9 @@ TEST(IndexWriter, FillsPagesInOrderAndJoinsThemWhenTheyBecomeSmall) {
     }
 }
 
-/// Each page of a tree of three levels names its neighbours, its children and where they end. One of these is wrong.
-TEST(IndexWriter, EmptiesATreeWithAWrongLinkWhollyOrRefusesToDoSo) {
+/// Each page of a tree of three levels names its neighbours, its children and their last entries. Makes one of these
+/// wrong.
+TEST(IndexWriter, EmptiesATreeWithAWrongLinkCompletelyOrRefuses) {
     std::mt19937 random(3);
     Tree sound;
     for (std::uint32_t i = 0; i < 400; ++i) {
@@ -126,27 +127,27 @@ TEST(IndexWriter, EmptiesATreeWithAWrongLinkWhollyOrRefusesToDoSo) {
     EXPECT_GT(refused, 120);
 }
 
-TEST(IndexWriter, AKeyIsUniqueAcrossTheLeavesUnlessItHoldsNull) {
+TEST(IndexWriter, AKeyIsUniqueAcrossLeavesUnlessItContainsNull) {
     Tree tree;
     for (std::uint8_t i = 1; i < 40; ++i)
         tree.insert(base::Bytes(400, i), {100U + i, 1});
     for (std::uint8_t i = 1; i < 40; ++i) {
-        // With lower and higher row pointers, the equal key is on the left, on the right, or in another leaf.
+        // With lower and higher row pointers, the equal key is to the left, to the right, or in another leaf.
         for (const RowPointer row : {RowPointer{3, 0}, RowPointer{9999, 0}})
             EXPECT_THROW(tree.writer.insert(base::Bytes(400, i), row), base::RuntimeError);
     }
     tree.insert({0x00}, {5, 1}, true);
     tree.insert({0x00}, {6, 1}, true);
-    EXPECT_THROW(tree.insert({0x00}, {5, 1}, true), base::RuntimeError) << "there already";
+    EXPECT_THROW(tree.insert({0x00}, {5, 1}, true), base::RuntimeError) << "is already there";
     EXPECT_THROW(tree.insert(base::Bytes(2000, 1), {7, 7}), base::RuntimeError) << "longer than half a page";
     tree.writer.removeEntryOf({120, 1});
     tree.expected.erase({base::Bytes(400, 20), {120, 1}});
-    EXPECT_THROW(tree.writer.remove(base::Bytes(400, 20), {120, 1}), base::RuntimeError) << "gone already";
+    EXPECT_THROW(tree.writer.remove(base::Bytes(400, 20), {120, 1}), base::RuntimeError) << "is already removed";
     EXPECT_THROW(tree.writer.removeEntryOf({120, 1}), base::RuntimeError);
     EXPECT_EQ(tree.read(), tree.expected);
     EXPECT_EQ(DefinitionCounters(tree.store, tree.definition).distinctKeys(0), 40U);
 
-    // A node may name an entry that was removed. The same key with a higher row is then in the next leaf.
+    // A node may name an entry that was removed. The same key with a higher row then goes to the next leaf.
     Entries taken;
     for (const PageNumber page : tree.pages()) {
         IndexNode leaf = tree.nodeAt(page);

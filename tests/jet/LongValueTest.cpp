@@ -54,15 +54,15 @@ TEST(LongValue, ReportsImpossibleValues) {
         base::Bytes stored;
     };
     const Case cases[] = {
-        {"a cut reference", fromHex("02 00 00 80 00 00 00 00")},
-        {"inline, shorter than said", fromHex("03 00 00 80 00 00 00 00 00 00 00 00 01 02")},
+        {"a truncated reference", fromHex("02 00 00 80 00 00 00 00")},
+        {"inline, shorter than its length", fromHex("03 00 00 80 00 00 00 00 00 00 00 00 01 02")},
         {"unknown kind", fromHex("02 00 00 C0 00 00 00 00 00 00 00 00 01 02")},
         {"longer than the file", reference(chain, 0x3FFFFFFF, {first, 0})},
         {"row of another length", reference(single, 4, {shared, 0})},
         {"row that is not there", reference(single, 3, {shared, 1})},
         {"row of a table", reference(single, 3, {table, 0})},
         {"deleted row", reference(single, 3, {removed, 0})},
-        {"page behind the end", reference(single, 3, {source.pageCount(), 0})},
+        {"page after the end", reference(single, 3, {source.pageCount(), 0})},
         {"no page", reference(single, 3, {})},
         {"chain that ends early", reference(chain, 111, {first, 0})},
         {"chain that goes on", reference(chain, 109, {first, 0})},

@@ -31,7 +31,7 @@ std::uint8_t kindOf(test::MemoryPageStore& store, RowPointer map) {
     return DataPage(store.page(map.page)).slot(map.slot).bytes[0];
 }
 
-/// The global map as a program has left it, and what is done with it.
+/// The global map as some program has left it, and the pages that the test may free.
 struct Start {
     const char* what;
     PageNumber pages = 0;                   ///< length of the file
@@ -40,7 +40,7 @@ struct Start {
     std::vector<PageNumber> free = {};      ///< in the file; all pages after it are free if the row has them
     int kind = 0;                           ///< of the map in the end
     PageNumber freedFrom = 0, freedTo = 0;  ///< pages of the file of which some are freed
-    bool isFar = false;                     ///< those are too far away for the map's row
+    bool areTooFar = false;                 ///< they are too far away for the map's row, so they are lost
 };
 
 /// Takes and frees pages at random.
@@ -57,7 +57,7 @@ void takeAndFree(const Start& start, std::mt19937& random) {
     PageAllocator allocator(store);
     for (int step = 0; step < 300; ++step) {
         if (freeable.empty() || random() % 5 < 3) {
-            // If no page of the file is free, the new one comes before those that the map itself needs.
+            // If no page is free, the file grows: first comes the new page, then the pages that the map needs.
             const PageNumber lowest = known.empty() ? store.pageCount() : *known.begin();
             const PageNumber page = random() % 2 == 0 ? allocator.allocate() : PageAllocator(store).allocate();
             ASSERT_EQ(page, lowest);
@@ -72,7 +72,7 @@ void takeAndFree(const Start& start, std::mt19937& random) {
             const std::uint8_t rest = store.page(page).bytes.u8(100);
             allocator.free(page);
             EXPECT_TRUE(store.page(page).bytes.u32(0) == 0 && store.page(page).bytes.u8(100) == rest);
-            const bool isLost = start.isFar && page < start.freedTo;
+            const bool isLost = start.areTooFar && page < start.freedTo;
             if (!isLost) known.insert(page);
             for (const PageNumber wrong : {page, PageNumber{0}, PageNumber{5}, store.pageCount()})
                 EXPECT_EQ(errorOf([&] { allocator.free(wrong); }) == "no error", isLost && wrong == page) << wrong;
@@ -96,7 +96,7 @@ TEST(PageAllocator, TakesTheLowestFreePageAndNoOther) {
         // Some programs write a map that covers only a window. Pages before and after it may belong to a table.
         {"a window", 700, 128, 69, {130, 140}},
         {"pages freed before and after the window", 1600, 128, 69, {}, 0, 6, 1600},
-        {"pages freed around a window far back", 41'000, 40'000, 69, {}, 0, 39'100, 40'700},
+        {"pages freed around a window near the end", 41'000, 40'000, 69, {}, 0, 39'100, 40'700},
         {"pages freed far before the window", 41'000, 40'000, 69, {}, 0, 77, 1000, true},
     };
     const unsigned seed = std::random_device{}();

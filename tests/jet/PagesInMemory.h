@@ -32,7 +32,7 @@ public:
     }
 };
 
-/// The description of the RuntimeError that the step throws; "no error" if it throws none.
+/// Number and description of the RuntimeError that the step throws; "no error" if it throws none.
 template <typename Step>
 std::string errorOf(Step&& step) {
     try {

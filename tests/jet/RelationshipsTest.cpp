@@ -60,7 +60,7 @@ struct Relation {
     std::uint8_t updateRule = 0, deleteRule = 0;
 };
 
-TEST(Relationships, PermitAndForbidAndCascade) {
+TEST(Relationships, AllowRefuseAndCascadeChanges) {
     const std::string missing = "der Tabelle 'A' mit diesem Datensatz in Beziehung stehen muss";
     const std::string referred = "die Tabelle 'B' in Beziehung stehende", done = "no error";
     const Relation plain{u"B", u"A"}, cascading{u"B", u"A", 0, kCascade}, toItself{u"A", u"A", 0, kCascade};
@@ -71,14 +71,14 @@ TEST(Relationships, PermitAndForbidAndCascade) {
         std::string outcome;  ///< part of the error of the last step
         std::string rows = "1 2 11 12 111 ";
     } cases[] = {
-        // A row needs the one it refers to.
+        // A row must refer to an existing row or to none.
         {{plain}, {insert(u"B", 21, 2)}, done, "1 2 11 12 21 111 "},
         {{plain}, {insert(u"B", 21, Null{})}, done, "1 2 11 12 21 111 "},
         {{plain}, {insert(u"B", 21, 3)}, missing},
         {{plain}, {refer(u"B", 12, 2)}, done},
         {{plain}, {refer(u"B", 12, Null{})}, done},
         {{plain}, {refer(u"B", 12, -1)}, missing},
-        // Others refer to a row.
+        // A row to which others refer.
         {{plain}, {renumber(u"A", 1, 9)}, referred},
         {{plain}, {remove(u"A", 1)}, referred},
         {{updating}, {renumber(u"A", 1, 9)}, "an die Tabelle 'B' weitergegeben"},
@@ -86,14 +86,14 @@ TEST(Relationships, PermitAndForbidAndCascade) {
         {{setting}, {renumber(u"A", 1, 9)}, referred},
         {{setting}, {remove(u"A", 1)}, "'B' müsste Nullwerte bekommen"},
         {{cascading}, {renumber(u"A", 1, 9)}, referred},
-        // Nobody refers to it.
+        // A row to which no other refers.
         {{updating}, {renumber(u"A", 2, 8)}, done, "1 8 11 12 111 "},
         {{setting}, {remove(u"A", 2)}, done, "1 11 12 111 "},
         // Over several tables.
         {{cascading}, {remove(u"A", 1)}, done, "2 111 "},
         {{cascading, {u"C", u"B", 0, kCascade}}, {remove(u"A", 1)}, done, "2 "},
         {{cascading, {u"C", u"B"}}, {remove(u"A", 1)}, "Tabelle 'C'"},
-        // A table may refer to itself, a row, too, and rows in a ring.
+        // A table may refer to itself, a row to itself, and rows to each other in a ring.
         {{toItself}, {insert(u"A", 3, 3), remove(u"A", 3)}, done},
         {{toItself}, {insert(u"A", 3, 4)}, missing},
         {{toItself}, {refer(u"A", 1, 2), refer(u"A", 2, 1), insert(u"A", 3, 2), remove(u"A", 1)}, done, "11 12 111 "},
@@ -131,7 +131,7 @@ TEST(Relationships, HoldBetweenColumnsOfAnyType) {
         {ColumnType::Text, Text(u"Müller"), Text(u"Muller")},
         {ColumnType::Guid, guid, base::Guid{}},
         {ColumnType::Numeric, base::Decimal{true, 0, {5, 0, 0, 0}}, base::Decimal{false, 0, {5, 0, 0, 0}}},
-        // The key of this value is the beginning of all other keys.
+        // The key of this value is a prefix of all other keys.
         {ColumnType::Binary, base::Bytes{}, base::Bytes(8, 1)},
     };
     for (const auto& c : cases) {
@@ -153,7 +153,7 @@ TEST(Relationships, HoldBetweenColumnsOfAnyType) {
     }
 }
 
-TEST(Relationships, ADamagedCounterpartIsNotTakenForAMissingOne) {
+TEST(Relationships, ADamagedOtherSideIsReported) {
     const struct {
         const char* text;
         std::function<void(TableDefinition&, LogicalIndex&)> edit;

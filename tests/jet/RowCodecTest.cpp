@@ -39,7 +39,7 @@ TableDefinition sampleDefinition() {
 
 constexpr const char* kSampleRow = "06 00  04 03 02 01  FF 7F  AA BB  CC  0B 00  0A 00 0A 00 08 00  03 00  37";
 
-TEST(RowCodec, MakesRowsWithAPlaceForDeletedColumns) {
+TEST(RowCodec, EncodesRowsWithAPlaceForDeletedColumns) {
     const TableDefinition definition = sampleDefinition();
     const std::vector<Cell> cells = {base::Bytes{4, 3, 2, 1}, base::Bytes{1},
                                      base::Bytes{0xAA, 0xBB}, std::nullopt,
@@ -75,17 +75,17 @@ TEST(RowCodec, ReadsRowsOfAnyAgeAndReportsImpossibleOnes) {
         std::string shown;  ///< or a part of the error
         bool isDamaged = false;
     } cases[] = {
-        {"of today", kSampleRow, "04 03 02 01 | yes | AA BB | CC | FF 7F"},
+        {"with all columns", kSampleRow, "04 03 02 01 | yes | AA BB | CC | FF 7F"},
         {"all null", "06 00  00 00 00 00  00 00  08 00  08 00 08 00 08 00  03 00  00", "- | no | - | - | -"},
         {"with padding before the offsets",
          "06 00  04 03 02 01  FF 7F  AA BB  EE EE EE  0A 00  0A 00 0A 00 08 00  03 00  25",
          "04 03 02 01 | no | AA BB | - | FF 7F"},
         {"with data of a deleted column", "06 00  04 03 02 01  FF 7F  AA  DD  CC  0B 00  0A 00 09 00 08 00  03 00  3F",
          "04 03 02 01 | yes | AA | CC | FF 7F"},
-        {"from before the last columns", "03 00  04 03 02 01  AA  07 00  06 00  01 00  05",
+        {"older than the last columns", "03 00  04 03 02 01  AA  07 00  06 00  01 00  05",
          "04 03 02 01 | no | AA | - | -"},
         {"not null and empty", "06 00  00 00 00 00  00 00  08 00  08 00 08 00 08 00  03 00  14", "- | no |  |  | -"},
-        {"marked not null behind its offsets", "06 00  04 03 02 01  FF 7F  AA  09 00  08 00  01 00  15",
+        {"marked not null but without an offset", "06 00  04 03 02 01  FF 7F  AA  09 00  08 00  01 00  15",
          "04 03 02 01 | no | AA | - | -"},
         {"empty", "", "0 Bytes", true},
         {"no columns", "00 00 00 00 00 00 00 00", "hat 0 Spalten", true},
@@ -95,7 +95,7 @@ TEST(RowCodec, ReadsRowsOfAnyAgeAndReportsImpossibleOnes) {
         {"more variable columns than the table", "06 00  00 00 00 00  00 00  08 00  08 00 08 00 08 00  04 00  00",
          "4 Spalten", true},
         {"offsets beyond its beginning", "06 00  08 00  03 00  00", "3 Spalten", true},
-        {"data behind the offsets", "06 00  04 03 02 01  FF 7F  AA BB  CC  0D 00  0A 00 0A 00 08 00  03 00  37",
+        {"data after the offsets", "06 00  04 03 02 01  FF 7F  AA BB  CC  0D 00  0A 00 0A 00 08 00  03 00  37",
          "enden bei Byte 13", true},
         {"data before the row", "06 00  04 03 02 01  FF 7F  AA BB  CC  0B 00  0A 00 0A 00 01 00  03 00  37",
          "enden bei Byte 11", true},

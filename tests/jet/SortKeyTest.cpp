@@ -30,7 +30,7 @@ TEST(SortKey, IsTheKeyThatTheOriginalEngineStores) {
                 u"Jack's New England Clam Chowder",
                 "5B 4A 4D 5C 6B 07 62 51 73 07 51 62 55 5E 4A 62 4F 07 4D 5E 4A 60 07 4D 57 64 73 4F 51 69 01 01 01 01 "
                 "80 17 06 80 00"},
-            // After an eszett, everything is counted as after two letters.
+            // For the positions of what follows it, an eszett counts as two letters.
             Case{
                 u"NuNuCa Nuß-Nougat-Creme",
                 "62 6F 62 6F 4D 4A 07 62 6F 6B 6B 62 64 6F 55 4A 6D 4D 69 51 60 51 01 01 01 01 80 33 06 82 80 4B 06 82 "
@@ -56,7 +56,7 @@ TEST(SortKey, IsTheKeyThatTheOriginalEngineStores) {
     }
 }
 
-TEST(SortKey, EqualTextsAreThoseThatTheDatabaseCannotTellApart) {
+TEST(SortKey, TextsThatTheDatabaseCannotTellApartAreEqual) {
     const struct {
         Text a, b;
     } equal[] = {
@@ -76,7 +76,7 @@ TEST(SortKey, EqualTextsAreThoseThatTheDatabaseCannotTellApart) {
         {u"\uFF21", u"a"},
         {u"\u01C4", u"d\u017E"},
         {Text(255, u'x'), Text(255, u'x') + u"tail"},
-        // The text is cut first. Then the blank that is now at its end is removed, too.
+        // The text is cut off first; then the blank that is now at its end is removed.
         {Text(254, u'x') + u" y", Text(254, u'x')},
     };
     for (const auto& c : equal)
@@ -105,9 +105,9 @@ TEST(SortKey, TextsAreInDictionaryOrder) {
     EXPECT_EQ(compareTexts(u"coté", u"côte", {0x040C, 0}), std::strong_ordering::greater);
 }
 
-TEST(SortKey, CertainIsOnlyWhatTheOriginalEngineIsKnownToStore) {
+TEST(SortKey, OnlyKeysThatTheOriginalEngineIsKnownToStoreAreCertain) {
     EXPECT_TRUE(sortKeyIsCertain(u"Straße-Müller"));
-    EXPECT_TRUE(sortKeyIsCertain(Text(255, u'x') + Text{0xD83D}));  // this unit does not count
+    EXPECT_TRUE(sortKeyIsCertain(Text(255, u'x') + Text{0xD83D}));  // only the first 255 units count
     EXPECT_FALSE(sortKeyIsCertain(Text{u'a', 0xDE00}));
     EXPECT_FALSE(sortKeyIsCertain(Text(255, u'ü')));  // 512 bytes
     EXPECT_FALSE(sortKeyIsCertain(Text(200, u'-')));
@@ -119,8 +119,8 @@ TEST(SortKey, CertainIsOnlyWhatTheOriginalEngineIsKnownToStore) {
     EXPECT_EQ(sortKey(Text(255, u'-')).size(), 4U + 255 * 4 + 1);
 }
 
-TEST(SortKey, NoUnitPutsAnEndByteIntoAKey) {
-    // The key of no unit may contain the end byte, which would break the order of longer texts.
+TEST(SortKey, NoUnitPutsATerminatorIntoAKey) {
+    // It would break the order of longer texts.
     for (unsigned unit = 0; unit < 0x10000; ++unit) {
         const base::Bytes key = sortKey(Text{u'a', static_cast<char16_t>(unit), u'a'});
         ASSERT_EQ(std::find(key.begin(), key.end(), 0), key.end() - 1) << unit;

@@ -9,8 +9,8 @@
 namespace jet {
 namespace {
 
-/// The damages of tests/jet/damages.txt change all bytes of a definition on one page.
-TEST(TableDefinition, IsRefusedUnlessItsPagesFollowOneAnother) {
+/// tests/jet/damages.txt has damages to definitions of a single page.
+TEST(TableDefinition, IsRefusedIfTheChainOfItsPagesIsBroken) {
     test::MemoryPageStore store(test::sampleFile({everyType()}));
     const std::vector<PageNumber> chain = openTable(store, u"Alles")->definition().chain;
     ASSERT_EQ(chain.size(), 2U);
@@ -25,7 +25,7 @@ TEST(TableDefinition, IsRefusedUnlessItsPagesFollowOneAnother) {
     EXPECT_THROW(TableDefinition::read(store, chain[0]), base::RuntimeError) << "a ring";
 }
 
-TEST(TableDefinition, TakesAsManyPagesAsItsBytesFill) {
+TEST(TableDefinition, TakesNoMorePagesThanItsBytesNeed) {
     for (std::size_t bytes = 4000; bytes < 13'000; ++bytes) {
         const std::vector<PageNumber> chain(definitionPageCount(bytes));
         const auto pages = definitionPages(base::Bytes(bytes, 0xA5), chain);
@@ -37,7 +37,7 @@ TEST(TableDefinition, TakesAsManyPagesAsItsBytesFill) {
     }
 }
 
-TEST(TableDefinition, ShowsItsColumnsInTheOrderOfTheDesigner) {
+TEST(TableDefinition, ListsItsColumnsInDisplayOrder) {
     TableDefinition definition;
     definition.columns.resize(3);
     for (std::uint16_t number = 0; number < 3; ++number) {

@@ -67,7 +67,7 @@ public:
     PageNumber definitionPage = 0;
 };
 
-TEST(Table, IsScannedInTheOrderOfItsSlotsWhereverTheRowsWereMoved) {
+TEST(Table, IsScannedInTheOrderOfItsSlotsEvenIfRowsWereMoved) {
     SampleTable sample(30);
     ASSERT_EQ(sample.dataPages.size(), 3U);
     const std::int32_t secondPage = 13;  // 12 rows of about 320 bytes fill a page
@@ -115,8 +115,8 @@ TEST(Table, ReportsDamageInsteadOfLosingRows) {
          },
          "gehört zu"},
         {"a page of another table", [](SampleTable& s) { s.put(kOwnerOffset, 2); }, "gehört zu 2"},
-        {"a page that is none", [](SampleTable& s) { s.put(0, 0x0104); }, "Seitenart 4"},
-        {"a row behind the page", [](SampleTable& s) { s.put(14, 0x1001); }, "Zeilenversatz"},
+        {"a page that is no data page", [](SampleTable& s) { s.put(0, 0x0104); }, "Seitenart 4"},
+        {"a row after the end of the page", [](SampleTable& s) { s.put(14, 0x1001); }, "Zeilenversatz"},
         {"rows in the offset table", [](SampleTable& s) { s.put(kSlotCountOffset, 250); }, "Zeilenversatz"},
         {"more slots than can be named", [](SampleTable& s) { s.put(kSlotCountOffset, 2000); }, "2000 Zeilen"},
         {"an unknown flag", [](SampleTable& s) { s.put(14, 0x2E00); }, "Zeilenversatz"},
@@ -142,10 +142,10 @@ TEST(Table, ReportsDamageInsteadOfLosingRows) {
     }
     SampleTable counted(30);
     base::putU32(counted.pages.change(counted.definitionPage), DefinitionAt::kRowCount, 32);
-    EXPECT_EQ(counted.scan().size(), 30U) << "a count that is out of date hides nothing";
+    EXPECT_EQ(counted.scan().size(), 30U) << "an outdated row count hides no row";
 }
 
-TEST(Catalog, RefusesTwoTablesOfOneName) {
+TEST(Catalog, RefusesTwoTablesWithTheSameName) {
     const auto table = [](base::TextView name) {
         return test::SampleTable{{base::Text(name), {{u"Nr", ColumnType::Long}}, {}}, {}};
     };

@@ -29,19 +29,19 @@ test::SampleTable stock() {
     return {design, {}};
 }
 
-/// Random work on whole tables (tests/embedded) shows the usual numbers.
-TEST(TableWriter, TakesNoNumberThatIsThereOrPastTheLast) {
+/// Random work on whole tables (tests/embedded) tests the usual numbers.
+TEST(TableWriter, GivesNoNumberThatIsUsedOrTooLarge) {
     WrittenFile file({stock()});
     const auto number = [&] { return std::get<std::int32_t>(file.writer(kTable).startRow()[kId]); };
     file.writer(kTable).insert({{{kId, std::int32_t{100}}}});
     EXPECT_EQ(number(), 101);
     DefinitionCounters(file.store, openTable(file.store, kTable)->definition()).setLastAutoNumber(5);
-    EXPECT_EQ(number(), 101) << "a counter that is out of date";
+    EXPECT_EQ(number(), 101) << "the counter is out of date";
     file.writer(kTable).insert({{{kId, std::int32_t{2147483647}}}});
     EXPECT_THROW(number(), base::RuntimeError);
 }
 
-TEST(TableWriter, TakesNoPageForEmptyThatHidesRows) {
+TEST(TableWriter, DoesNotFreeADamagedPageThatStillHoldsRows) {
     constexpr std::size_t kSlotCountPlace = 12;
     WrittenFile file({stock()});
     const RowPointer row = file.writer(kTable).insert({{{kName, Text(u"Erste")}, {kNote, Text(300, u'n')}}});
@@ -53,7 +53,7 @@ TEST(TableWriter, TakesNoPageForEmptyThatHidesRows) {
               std::string::npos);
 }
 
-TEST(TableWriter, TakesNoPartOfALongValueThatBelongsToAnother) {
+TEST(TableWriter, DoesNotFreePartsOfAnotherLongValue) {
     WrittenFile file({stock()});
     const RowPointer row = file.writer(kTable).insert({{{kName, Text(u"Erste")}, {kNote, Text(9000, u'n')}}});
     const RowPointer other = file.writer(kTable).insert({{{kName, Text(u"Zweite")}, {kNote, Text(9000, u'n')}}});
@@ -69,8 +69,8 @@ TEST(TableWriter, TakesNoPartOfALongValueThatBelongsToAnother) {
     EXPECT_THROW(file.writer(kTable).remove(row), base::RuntimeError);
 }
 
-TEST(TableWriter, NoNumberIsTakenIfEveryNewRowWouldBeRefused) {
-    /// Gives the first or the last entry of the index of names another key.
+TEST(TableWriter, UsesUpNoNumberIfEveryNewRowWouldBeRefused) {
+    /// Gives the first or last entry of the index of names a key that we would not write.
     const auto foreignKey = [](bool first) {
         return [=](WrittenFile& file) {
             const TableDefinition table = openTable(file.store, kTable)->definition();

@@ -22,7 +22,7 @@ TEST(TextCodec, StoresTextAsTheOriginalEngineDoes) {
         {u"a\u4E00bc", "61 00 00 4E 62 00 63 00", "61 00 00 4E 62 00 63 00"},
         {base::Text(u"a\0bc", 4), "61 00 00 00 62 00 63 00", "61 00 00 00 62 00 63 00"},
         {base::Text(1, u'\xD800'), "00 D8", "00 D8"},
-        // The plain form would look like the mark of compressed text.
+        // Stored plainly, the text would begin like a compressed one.
         {u"\uFEFFab\u0141", "FF FE 00 FF FE 00 61 62 00 41 01", "FF FE 00 FF FE 00 61 62 00 41 01"},
     };
     for (const StoredText& each : cases) {

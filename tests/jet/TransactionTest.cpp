@@ -10,7 +10,7 @@ namespace {
 
 using test::Machine;
 
-TEST(Transaction, ShowsItsOwnChangesAndNobodyElseDoes) {
+TEST(Transaction, ShowsItsChangesOnlyToItselfUntilCommit) {
     const base::Bytes old = test::sampleFile({});
     const Machine machine(old);
     Database database = Database::open(machine.storage(), {});
@@ -29,12 +29,12 @@ TEST(Transaction, ShowsItsOwnChangesAndNobodyElseDoes) {
     EXPECT_THROW(transaction.page(added + 1), base::RuntimeError);
     EXPECT_EQ(machine.file(), old);
     transaction.commit();
-    EXPECT_EQ(machine.steps(), 9) << "of which two write pages, see below";
+    EXPECT_EQ(machine.steps(), 9) << "two of them write pages, see the next test";
     EXPECT_EQ(machine.file()[6 * kPageSize + 101], 9);
     EXPECT_EQ(database.beginRead().pageCount(), added + 1);
 }
 
-TEST(Transaction, CostsTwoFlushesAndNothingWithoutAChange) {
+TEST(Transaction, CostsTwoFlushesOrNothingIfNothingChanged) {
     const base::Bytes old = test::sampleFile({});
     const Machine machine(old);
     Database database = Database::open(machine.storage(), {});
@@ -54,8 +54,7 @@ TEST(Transaction, CostsTwoFlushesAndNothingWithoutAChange) {
         transaction.change(page)[7] ^= 1U;
     transaction.commit();
     EXPECT_EQ(machine.flushes(), 2);
-    // The journal is made, written, flushed and renamed, its name is flushed; three pages, a flush; the journal is
-    // deleted.
+    // Create, write, flush and rename the journal, flush its name; write three pages, flush; delete the journal.
     EXPECT_EQ(machine.steps(), 10);
 }
 

@@ -48,7 +48,7 @@ TEST(ValueCodec, ReadsAndWritesEveryTypeOfValue) {
     }
 }
 
-TEST(ValueCodec, RefusesValuesOfAnotherLengthThanTheirType) {
+TEST(ValueCodec, RefusesValuesWhoseLengthDoesNotFitTheirType) {
     for (const ColumnType type : {ColumnType::Byte, ColumnType::Integer, ColumnType::Long, ColumnType::Double,
                                   ColumnType::Guid, ColumnType::Numeric, ColumnType::Block}) {
         EXPECT_THROW(decodeValue(column(type), fromHex("01 02 03"), {7, 1}), base::RuntimeError);
@@ -57,7 +57,7 @@ TEST(ValueCodec, RefusesValuesOfAnotherLengthThanTheirType) {
     EXPECT_THROW(decodeValue(column(ColumnType::Text), fromHex("41 00 42"), {7, 1}), base::RuntimeError);
 }
 
-TEST(ValueCodec, FillsValuesOfAFixedLengthAndNeverCompressesThem) {
+TEST(ValueCodec, PadsValuesOfFixedLengthAndNeverCompressesThem) {
     Column fixed = column(ColumnType::Text);
     fixed.flags = Column::kFixed | Column::kUpdatable;
     fixed.lengthBytes = 8;
@@ -77,7 +77,7 @@ TEST(ColumnConversion, ConvertsWhatFitsAndRefusesTheRest) {
     const struct {
         ColumnType type;
         base::Value value;
-        base::Value held;  ///< null: the value is refused
+        base::Value converted;  ///< null: the value is refused
     } cases[] = {
         {ColumnType::Boolean, base::Currency{1}, true},
         {ColumnType::Boolean, -0.0, false},
@@ -128,13 +128,13 @@ TEST(ColumnConversion, ConvertsWhatFitsAndRefusesTheRest) {
     int number = 0;
     for (const auto& c : cases) {
         SCOPED_TRACE(number++);
-        Column taking = column(c.type);
-        taking.lengthBytes = 20;
-        taking.precision = 16;
-        if (base::isNull(c.held))
-            EXPECT_THROW(convertToColumn(taking, c.value), base::RuntimeError);
+        Column target = column(c.type);
+        target.lengthBytes = 20;
+        target.precision = 16;
+        if (base::isNull(c.converted))
+            EXPECT_THROW(convertToColumn(target, c.value), base::RuntimeError);
         else
-            EXPECT_EQ(convertToColumn(taking, c.value), c.held);
+            EXPECT_EQ(convertToColumn(target, c.value), c.converted);
     }
 }
 

@@ -10,7 +10,7 @@
 
 namespace jet {
 
-/// A file of tables in memory, changed by one transaction after the other.
+/// A file in memory whose tables are changed through TableWriter.
 class WrittenFile {
 public:
     explicit WrittenFile(const std::vector<test::SampleTable>& tables) : store(test::sampleFile(tables)) {}

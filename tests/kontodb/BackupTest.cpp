@@ -19,7 +19,7 @@ protected:
     static constexpr char16_t kFile[] = u"Konten.mdb", kCopy[] = u"Sicherung äöü.mdb";
 };
 
-TEST_F(Backup, CopiesForTheSameUsersWhileOthersRead) {
+TEST_F(Backup, CopiesWithTheSamePermissionsWhileOthersRead) {
     using std::filesystem::perms;
     const perms mode = perms::owner_read | perms::owner_write | perms::group_read;
     std::filesystem::permissions(kFile, mode);
@@ -42,7 +42,7 @@ TEST_F(Backup, CopiesForTheSameUsersWhileOthersRead) {
     }
 }
 
-TEST_F(Backup, NeverWritesOverAFileNorLeavesAPart) {
+TEST_F(Backup, NeverOverwritesAFileAndLeavesNoPartOfOne) {
     expect(R"(
 $ create geheim.mdb
 geheim.mdb: 0 Konten
@@ -77,7 +77,7 @@ TEST_F(Backup, CopiesOnlyUnderTheSharedLock) {
 }
 #endif
 
-TEST_F(Backup, CopiesAFileWithItsFaultsButCompactsNone) {
+TEST_F(Backup, CopiesAFileWithFaultsButDoesNotCompactIt) {
     std::string bytes = contentOf(kFile);
     bytes[3 * jet::kPageSize + 2] ^= 1;  // free bytes of a definition
     write("Definition.mdb", bytes);

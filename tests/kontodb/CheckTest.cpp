@@ -29,7 +29,7 @@ protected:
     Text file_ = path(u"Prüfling.mdb");
 };
 
-TEST_F(Check, SaysInOneLineWhetherAFileIsSoundElseALineAFault) {
+TEST_F(Check, PrintsOneLineIfTheFileIsSoundOtherwiseOneForEachFault) {
     const Text journal = file_ + u"-journal";
     const struct {
         std::function<void()> before;
@@ -41,7 +41,7 @@ TEST_F(Check, SaysInOneLineWhetherAFileIsSoundElseALineAFault) {
         {[&] { changeByte(3 * jet::kPageSize + 16); },
          {},
          kExitSuccess,
-         {"1 Hinweise (mit --notes zu sehen)"}},  // a count
+         {"1 Hinweise (mit --notes zu sehen)"}},  // a wrong count
         {[] {}, {u"--notes"}, kExitSuccess, {"Hinweis: Tabelle 'MSysACEs'", "5 Tabellen"}},
         {[&] {
              changeByte(3 * jet::kPageSize + 2);  // free bytes of two definitions

@@ -7,15 +7,15 @@
 namespace kontodb {
 namespace {
 
-constexpr std::string_view kHole = "…";
+constexpr std::string_view kWildcard = "…";
 
 /// @param pattern  "…" in it stands for any text
 bool matches(std::string_view text, std::string_view pattern) {
-    const std::size_t hole = pattern.find(kHole);
-    if (hole == pattern.npos) return text == pattern;
-    if (!text.starts_with(pattern.substr(0, hole))) return false;
-    for (std::size_t at = hole; at <= text.size(); ++at)
-        if (matches(text.substr(at), pattern.substr(hole + kHole.size()))) return true;
+    const std::size_t wildcard = pattern.find(kWildcard);
+    if (wildcard == pattern.npos) return text == pattern;
+    if (!text.starts_with(pattern.substr(0, wildcard))) return false;
+    for (std::size_t at = wildcard; at <= text.size(); ++at)
+        if (matches(text.substr(at), pattern.substr(wildcard + kWildcard.size()))) return true;
     return false;
 }
 

@@ -50,7 +50,7 @@ public:
     bool isScreen = false;
 };
 
-/// Calls commands as a user would, in a folder of the test's own, which is the current one.
+/// Calls commands as a user would. The current folder is a temporary one of the test's own.
 class Command : public testing::Test {
 protected:
     struct Outcome {
@@ -72,16 +72,16 @@ protected:
     }
 
     /// Calls the commands of a transcript and compares what they print with it. A line that begins with
-    ///   $  is a call; double quotes keep words together; "> tty" or "> full" at its end is where it prints
+    ///   $  is a call; double quotes keep words together; "> tty" or "> full" at its end: to a terminal, to a full disk
     ///   <  is a line of the standard input
     ///   ?  is an answer to the question for a password; none may be left over
     ///   !  is printed as an error
     /// All other lines are printed as results. Control characters are shown as "␉" and the like; "…" is any text.
-    /// For each call it must also hold that it ends with kExitError if and only if it prints an error, and that it
-    /// changes no file if it only reads or has failed.
+    /// Also checks that each call ends with kExitError if and only if it prints an error, and that it changes no file
+    /// if it only reads or has failed.
     static void expect(std::string_view transcript);
 
-    /// What is in the folder, in order.
+    /// The names of everything in the folder, sorted.
     static std::vector<std::string> names() {
         std::vector<std::string> names;
         for (const auto& entry : std::filesystem::directory_iterator("."))

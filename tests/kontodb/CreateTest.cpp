@@ -9,7 +9,7 @@ namespace {
 
 using Create = Command;
 
-TEST_F(Create, TakesThePasswordInAnyWayInWhichTheFileIsOpenedLater) {
+TEST_F(Create, TakesThePasswordInEveryWayInWhichOtherCommandsTakeIt) {
     write("kennwort.txt", "\xEF\xBB\xBFPrüf wort\r\nzweite Zeile");
     const std::string typed = "? Prüf wort\n";
     const std::pair<std::string, std::string> ways[] = {{" --password \"Prüf wort\"\n", ""},
@@ -60,11 +60,11 @@ $ create neu.mdb --password "einundzwanzig Zeichen"
         expect("\n$ tables eigen.mdb" + std::string(option) + "\n! kontodb: -2147217843: …\n");
 }
 
-TEST_F(Create, LeavesAnExistingFileAsItIsAndNoHalfFileBehind) {
+TEST_F(Create, LeavesExistingFilesUnchangedAndNoHalfWrittenOne) {
     write("da.mdb", "vorher");
     write("mit.mdb-journal", "begonnen");
     write("neu.mdb-neu-1", "halb");
-    // Nobody types a password in vain: none is asked for.
+    // If the command must fail anyway, it asks for no password.
     expect(R"(
 $ create da.mdb
 ! kontodb: 58: Die Datei 'da.mdb' existiert bereits.
@@ -95,7 +95,7 @@ TEST(InventedAccounts, TheSameSeedGivesTheSameBytesEverywhere) {
     std::uint64_t sum = 0xCBF29CE484222325U;  // FNV-1a
     for (const std::uint8_t byte : file)
         sum = (sum ^ byte) * 0x100000001B3U;
-    EXPECT_EQ(sum, 0xB67DB588D84A0F6AU) << "changes only with the files themselves";
+    EXPECT_EQ(sum, 0xB67DB588D84A0F6AU) << "may change only if new files get other contents";
     EXPECT_EQ(file, accountFile(200, 42));
     EXPECT_NE(file, accountFile(200, 43));
 }

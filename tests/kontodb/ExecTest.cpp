@@ -9,7 +9,7 @@ class Exec : public Command {
 protected:
     Exec() { expect("\n$ create k.mdb --accounts 200 --password=\nk.mdb: 200 Konten\n"); }
 
-    /// Whatever was written, the file is sound, and its journal is gone.
+    /// Whatever was written, the file must be sound, and no journal may be left.
     void TearDown() override {
         expect("\n$ check k.mdb\nIn Ordnung: …\n");
         EXPECT_FALSE(std::filesystem::exists("k.mdb-journal"));
@@ -35,7 +35,7 @@ Anzahl
 )_");
 }
 
-TEST_F(Exec, LeavesPasswordsOutUnlessTheirColumnIsNamed) {
+TEST_F(Exec, QueriesLeavePasswordsOutUnlessTheirColumnIsNamed) {
     expect(R"(
 $ exec k.mdb "UPDATE Benutzerkonto SET BenKTO_Pass = 'neu', BenKTO_ServerPath = NULL WHERE BenKTO_Name LIKE '%'"
 200
@@ -52,7 +52,7 @@ neu
 )");
 }
 
-TEST_F(Exec, SaysWhatIsWrongAndChangesNothing) {
+TEST_F(Exec, ReportsErrorsAndChangesNothing) {
     expect(R"(
 $ exec k.mdb "DELETE FROM Benutzerkonto WHERE BenKTO_Name = 'O'Neil'"
 ! kontodb: -2147217900: Syntaxfehler (fehlender Operator) in Abfrageausdruck 'BenKTO_Name = 'O'Neil''.
@@ -73,7 +73,7 @@ $ exec k.mdb --file "gibt es nicht"
 )");
 }
 
-TEST_F(Exec, ChangesTheSameInOneTransactionAsOneByOne) {
+TEST_F(Exec, AScriptHasTheSameEffectAsItsStatementsOneByOne) {
     std::mt19937 random(20261125);
     const auto below = [&](std::size_t limit) { return base::decimal(random() % limit); };
     std::filesystem::copy("k.mdb", "andere.mdb");

@@ -5,7 +5,7 @@ namespace {
 
 using Help = Command;
 
-TEST_F(Help, SaysHowToCallTheProgramAndWhatIsWrongInACall) {
+TEST_F(Help, ShowsTheUsageAndWhatIsWrongInACall) {
     const std::pair<std::string, std::string> cases[] = {
         {"--version", "kontodb 1."},
         {"help", "kontodb query DATEI"},

@@ -21,7 +21,7 @@ protected:
 
 TEST_F(Import, ReadsWhatQueryWritesAndWhatSpreadsheetsSave) {
     const std::string head = "BenKTO_ID,BenKTO_Name,BenKTO_ServerPath,BenKTO_R_ProgUpdate\r\n";
-    // What is imported, and the rows as query --csv prints them after the head; numbers go on from case to case.
+    // The imported file, and its rows as query --csv prints them. Numbers continue from case to case.
     const std::pair<std::string, std::string> cases[] = {
         {"BenKTO_Name,BenKTO_ServerPath\nAnna,C:\\A\n", "1,Anna,C:\\A,0\r\n"},
         {"\xEF\xBB\xBF"
@@ -52,7 +52,7 @@ In Ordnung: …
     EXPECT_EQ(csvOf(u"andere.mdb"), csvOf(u"k.mdb"));
 }
 
-TEST_F(Import, NamesEveryFaultAndWritesNothing) {
+TEST_F(Import, ReportsEveryFaultAndWritesNothing) {
     ASSERT_EQ(call({u"import", u"k.mdb", u"-"}, "BenKTO_Name,BenKTO_ServerPath\nStraße,C:\\\n").exitCode, kExitSuccess);
     const std::string head = "BenKTO_Name,BenKTO_ServerPath,BenKTO_R_ProgUpdate\n";
     const std::pair<std::string, std::string> cases[] = {

@@ -78,7 +78,7 @@ $ query p.mdb --csv --decimal-comma --no-header "SELECT * FROM Probe WHERE Nr = 
 TEST_F(Query, PrintsTheRowsBeforeADamagedOneAndNoPartOfIt) {
     using namespace std::string_literals;
     std::string file = contentOf("p.mdb");
-    // Units of one byte each up to the zero, then of two.
+    // Compressed text: units of one byte up to the zero byte, then of two bytes. The last one is incomplete.
     file.replace(file.find("S\0t\0r\0"s), 20, "\xFF\xFEsechzehn Zeichen\0x"s);
     write("p.mdb", file);
     expect(R"(
@@ -97,7 +97,7 @@ d""e"␍
 )");
 }
 
-TEST_F(Query, HintsAtTheWildcardsWhereNothingIsFound) {
+TEST_F(Query, HintsAtTheRightWildcardsIfAPatternHasOthers) {
     expect(R"(
 $ query p.mdb "SELECT * FROM Probe WHERE Text like 'Str*'" --no-header
 ! Hinweis: Bei LIKE steht % für beliebig viele Zeichen und _ für eines; * und ? sind Zeichen wie andere.
@@ -117,7 +117,7 @@ $ query p.mdb "SELECT Nr FROM Probe WHERE Text LIKE 'Str%' OR Text LIKE '*'" --n
 )");
 }
 
-TEST_F(Query, KeepsNobodyFromWritingWhileItPrints) {
+TEST_F(Query, LetsOthersWriteWhileItPrints) {
     struct SlowReader final : FakeConsole {
         void print(std::string_view) override {
             written = call({u"exec", u"p.mdb", u"DELETE FROM Probe WHERE Nr = 1"});
@@ -128,7 +128,7 @@ TEST_F(Query, KeepsNobodyFromWritingWhileItPrints) {
     EXPECT_EQ(console.written.printed, "1\n") << console.written.errors;
 }
 
-TEST(ValueText, QuotesForSpreadsheetsWhereverTheUnitStands) {
+TEST(ValueText, QuotesCsvFieldsWhereverTheSpecialUnitIs) {
     const std::pair<std::uint8_t, std::string> units[] = {{'"', "\"\""}, {'\n', "\n"}, {'\r', "\r"}, {';', ";"},
                                                           {',', ","},    {'\t', "\t"}, {0xFC, "ü"},  {'\\', "\\"}};
     for (const auto& [unit, written] : units) {
@@ -163,7 +163,7 @@ TEST(ValueText, PrintsDecimalsExactlyAndDatesToTheSecond) {
     }
 }
 
-TEST_F(Query, SaysWhatTheEngineSaysAndPrintsNothing) {
+TEST_F(Query, ReportsTheErrorOfTheEngineAndPrintsNoRow) {
     std::filesystem::copy("p.mdb", "begonnen.mdb");
     write("begonnen.mdb-journal", "begun");
     expect(R"(

@@ -25,14 +25,14 @@ protected:
     Text target_ = path(u"Gerettet.mdb");
 };
 
-TEST_F(Repair, TellsWhatWasLostAndEndsWithOneOnlyIfSomethingWas) {
+TEST_F(Repair, ReportsLossesAndHasExitCodeOneOnlyIfThereAreAny) {
     EXPECT_EQ(repair().exitCode, kExitSuccess);
     EXPECT_EQ(call({u"check", target_, u"--password=geheim"}).exitCode, kExitSuccess);
     std::filesystem::remove(target_);
 
     overwrite(0, 0, std::string(4096, '\0'));    // the header, so that no password is known
     overwrite(2, 0, std::string(4096, '\xFF'));  // the definition of the catalog
-    overwrite(20, 14, std::string(2, '\x1F'));   // where the first account is
+    overwrite(20, 14, std::string(2, '\x1F'));   // the offset of the first account
     const std::string damaged = contentOf(file_);
     const Outcome outcome = repair();
     EXPECT_EQ(outcome.exitCode, kExitFaultsFound) << outcome.errors;
@@ -45,7 +45,7 @@ TEST_F(Repair, TellsWhatWasLostAndEndsWithOneOnlyIfSomethingWas) {
     EXPECT_EQ(call({u"check", target_, u"--password=geheim"}).exitCode, kExitSuccess);
 }
 
-TEST_F(Repair, NeverWritesOverAFileNorLeavesAPart) {
+TEST_F(Repair, NeverOverwritesAFileAndLeavesNoPartOfOne) {
     EXPECT_EQ(repair(u"falsch").exitCode, kExitError);
     EXPECT_EQ(names().size(), 1U);
     std::ofstream(std::filesystem::path(target_)) << "schon da";

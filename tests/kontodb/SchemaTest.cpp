@@ -26,7 +26,7 @@ protected:
     }
 };
 
-TEST_F(SchemaOfFile, ShowsHowItsTablesAreBuilt) {
+TEST_F(SchemaOfFile, ShowsTablesColumnsIndexesAndRelationships) {
     expect(R"__(
 $ tables b.mdb
 Tabelle␉Zeilen
@@ -77,7 +77,7 @@ $ schema b.mdb Besuch
         "\"cascadeUpdates\": false, \"cascadeDeletes\": true}]}\n");
 }
 
-TEST(SchemaText, HoldsDefaultsAndRulesInOneLineEach) {
+TEST(SchemaText, ShowsEachDefaultAndEachRuleOnOneLine) {
     TableSchema table;
     table.name = u"T";
     table.rule = u"[a]>[b]";

@@ -52,10 +52,10 @@ protected:
     ListView list{form, u"list"};
     test::FakeWindowMessages messages;
     test::FakeRegional regional;
-    std::vector<std::string> told;  ///< what the native list and its header are told
+    std::vector<std::string> told;  ///< messages that the native list and its header got
 };
 
-TEST_F(cFormularsteuerungTest, everySortReversesTheDirectionAndMarksItsColumnAlone) {
+TEST_F(cFormularsteuerungTest, everySortReversesTheDirectionAndMarksOnlyItsColumn) {
     struct Case {
         int column;
         Order order;
@@ -88,7 +88,7 @@ TEST_F(cFormularsteuerungTest, everyColumnGetsItsWidthCodeInOrderAndOnlyInReport
     EXPECT_THAT(messages.sent, IsEmpty());
 }
 
-TEST_F(cFormularsteuerungTest, typedColumnsSortByARewrittenFormAndAreWrittenBack) {
+TEST_F(cFormularsteuerungTest, typedColumnsAreRewrittenToBeSortedAndThenWrittenBack) {
     using Texts = std::vector<base::Text>;
     struct Case {
         base::Text tag;

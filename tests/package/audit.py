@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Checks of the finished programs' bytes: imports, protection, versions, manifest, icon, no machine paths; and that the
+"""Checks the bytes of the built programs: imports, protection, versions, manifest, icon, no machine paths; and that the
 same sources give the same bytes in a folder of another name and depth, without a compiler cache."""
 import os
 import pathlib
@@ -12,15 +12,15 @@ import xml.etree.ElementTree
 import pefile
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-# Windows loads these from its own folder, whatever is beside the program; other libraries must be loaded by full path.
+# Windows loads these from its own folder, whatever is next to the program; other libraries must be loaded by full path.
 SYSTEM_DLLS = {"kernel32.dll", "user32.dll", "gdi32.dll", "advapi32.dll", "shell32.dll", "ole32.dll", "oleaut32.dll",
                "comctl32.dll", "msvcrt.dll"}
-# Ways in which a user or an administrator could give a program a switch. Excepted: the C runtime's start-up reads the
-# command line and the environment in every program, and the registry is read for the modules of COM classes.
+# Functions through which the tool could take a switch from a user or an administrator; it must have none. Exceptions:
+# the start-up code of every program reads command line and environment, and the registry is read for COM classes.
 SWITCHES = re.compile(r"(?i)command_?line|getmainargs|cmdln|argv|environ|getenv|initenv|^Reg[A-Z]\w*(Key|Value)|^SHGetValue")
 NEEDED = {"__wgetmainargs", "__winitenv", "_wcmdln", "__p__wcmdln", "RegGetValueW"}
 KEYS = re.compile(r"(?i)software\\|hkey_|\\currentversion")
-# A file beside the program could be a switch, too: only the settings file is read, and the documents say what is in it.
+# A file next to the program could be a switch, too. The only one allowed is the settings file, which is documented.
 FILES = re.compile(r"(?i)[\w-]{3,}\.(txt|ini|cfg|conf|json|xml|dat|log|csv)\b")
 SETTINGS_FILE = "Tolv.ini"
 MAX_BYTES = 1024 * 1024  # for the tool; its companion may be larger
@@ -131,7 +131,7 @@ def icon(pe):
             sizes[entry[0] or 256] = images.get(entry[7], b"")
         missing = ICON_SIZES - set(sizes)
         png = sizes.get(256, b"").startswith(b"\x89PNG")
-        return [f"icon without {sorted(missing)}"] * bool(missing) + ["the 256 icon is no PNG"] * (not png)
+        return [f"icon without {sorted(missing)}"] * bool(missing) + ["the icon of 256 pixels is no PNG"] * (not png)
     return ["no icon"]
 
 
@@ -149,7 +149,7 @@ def builtAgain():
                     ["cmake", "--build", build, "--parallel", str(os.cpu_count()), "--target", "prjDexoBenutzerkonten"]):
         run = subprocess.run(command, cwd=copy, capture_output=True, text=True)
         if run.returncode:
-            return [f"not built again: {(run.stdout + run.stderr)[-2000:]}"]
+            return [f"the second build failed: {(run.stdout + run.stderr)[-2000:]}"]
     first, second = (folder / "bin" / PROGRAMS[0] for folder in (ROOT / "out/windows-x64", copy))
     return [] if first.read_bytes() == second.read_bytes() else [f"{first} and {second} differ"]
 

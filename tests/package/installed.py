@@ -28,8 +28,8 @@ REMOVAL_KEY = r"\Software\Microsoft\Windows\CurrentVersion\Uninstall" + "\\"
 ACCOUNTS = 12
 
 
-class Elsewhere:
-    """The tool's process, started by another process: Windows' `start` does not wait for the program of a shortcut."""
+class OfShortcut:
+    """The tool's process if `start` has started it, which does not wait for the program of a shortcut."""
 
     returncode = 0  # not available here
 
@@ -65,7 +65,7 @@ class Started(Tool):
     def __enter__(self):
         if self.entry:
             self.session.wine(["start", "/unix", str(self.entry)]).wait(60)
-        self.process = Elsewhere(self.session) if self.entry else self.session.wine([str(self.exe)], cwd=self.folder)
+        self.process = OfShortcut(self.session) if self.entry else self.session.wine([str(self.exe)], cwd=self.folder)
         return self
 
     def shows_the_accounts(self):
@@ -105,7 +105,7 @@ class Machine:
         return self.run("reg", "query", root + REMOVAL_KEY + self.name) == 0
 
     def removed(self, folder, root):
-        equal(self.run(folder / REMOVER, "/S"), 0, "the remover's exit code")  # of a copy, which is still working
+        equal(self.run(folder / REMOVER, "/S"), 0, "the remover's exit code")  # its copy goes on working
         until(lambda: not folder.exists() or names(folder) <= KEEP, f"only settings and accounts in {folder}")
         until(lambda: not self.entries() and not self.registered(root), "entry and registration are gone")
 
@@ -164,7 +164,7 @@ def one_user(machine):
         tool.key("Escape")
         tool.ended()
     machine.install("/PFAD=D:\\anders")
-    check((folder / "Handbuch.html").read_bytes() != b"alt", "the update has not come to the earlier folder")
+    check((folder / "Handbuch.html").read_bytes() != b"alt", "the update did not go to the earlier folder")
     machine.removed(folder, "HKCU")
     equal({name: (folder / name).read_bytes() for name in names(folder)}, before, "settings and accounts at the end")
 

@@ -1,5 +1,5 @@
 #!/bin/bash
-# Checks that every C++ file is laid out as .clang-format says.
+# Checks that every C++ file is formatted as .clang-format says.
 set -uo pipefail
 cd "$(dirname "$0")/../.."
 bad=$(git ls-files -co --exclude-standard -- '*.h' '*.cpp' | xargs -P 2 -n 20 clang-format --dry-run -Werror 2>&1 |

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""Holds docs/Handbuch.md against the sources: what it quotes the program says, what the program says stands in it, and its
-pictures are those of today's windows."""
+"""Compares docs/Handbuch.md with the sources: the program must say what the handbook quotes, the handbook must have the
+texts of the program, and its pictures must show the current windows."""
 import hashlib
 import pathlib
 import re
@@ -9,7 +9,7 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 PICTURES = ROOT / "docs/bilder"
 STATE = PICTURES / "stand.txt"
-HOLE = "…"  # what the program puts in, and what the handbook leaves out
+HOLE = "…"  # stands for a value that the program inserts, and for words that the handbook omits
 
 SOURCES = [str(path.relative_to(ROOT)) for room in (
     "accounts", "ado", "app", "base", "db", "forms", "jet", "listutil", "platform", "settings", "tools", "ui", "win32")
@@ -18,20 +18,20 @@ WINDOWS = [name for name in SOURCES if re.match("(ui|app|accounts)/(?!AccountTab
 ERRORS = ["jet/Errors.cpp", "jet/WriteErrors.cpp", "jet/expression/ExpressionErrors.cpp", "jet/sql/SqlError.cpp",
           "ado/embedded/AdoError.cpp", "ado/com/ComError.cpp", "base/RuntimeError.cpp", "jet/value/TextCodec.cpp",
           "jet/index/IndexKey.cpp"]
-WORDS_AN_ERROR = re.compile(r'\b(?:failure|RuntimeError)\(\s*u"|(?:return|throw|RuntimeError) ?\{-?\w+,\s*u"')
-# Texts of those files that no user can meet in a window, or that say nothing to him, by the reason.
+ERROR_TEXT = re.compile(r'\b(?:failure|RuntimeError)\(\s*u"|(?:return|throw|RuntimeError) ?\{-?\w+,\s*u"')
+# Texts of those files that no user of the windows sees, or that would not help a user; grouped by reason.
 LEFT_OUT = {
     "the default of an argument that is always given": ["Wählen Sie einen Ordner aus"],
     "a fault of the tool, or a file that only looks like one of accounts": [
         "Ungültiger Prozeduraufruf", "Überlauf", "Index außerhalb", "Typen unverträglich", "Objektvariable",
         "Unzulässige Ver", "Schlüssel ist in", "Ungültiger Schlüssel", "Die Argumente sind", "Der Vorgang ist in", "Das aktuelle Recordset",
         "Der Vorgang ist für ein geschl", "Der Vorgang ist für ein geöff", "Die Verbindung kann nicht"],
-    "the tool names neither provider nor user": ["Der Provider kann", "Kein zulässiger Kontoname"],
-    "only statements of kontodb can be so": [
+    "the tool passes neither another provider nor a user name": ["Der Provider kann", "Kein zulässiger Kontoname"],
+    "only statements given to kontodb can have these errors": [
         "Syntaxfehler in ", "Die INSERT INTO", "Doppeltes", "Die Anzahl",
         "Unzulässige SQL", "Nach dem Ende", "Dieser Teil", "Die Abfrage ist", "Datentypenkonflikt"],
     "only kontodb makes files": ["existiert bereits."],
-    "no table of accounts is like that": [
+    "the account table cannot cause it": [
         "Der Datensatz ist zu groß", "Feld … kann keine leere", "Das Feld … kann nicht aktualisiert", "Die fortlaufenden",
         "Das Feld … kann nicht Teil"],
     "shown by Windows itself in its own words": ["Automatisierungsfehler"],
@@ -40,7 +40,7 @@ LEFT_OUT = {
 }
 OF_WINDOWS = {"Ja", "(32 Bit)", "Weitere Informationen", "Trotzdem ausführen", "Schreibgeschützt", "Barrierefreiheit",
               "Erleichterte Bedienung", "Der Computer wurde durch Windows geschützt"}
-CONSTANTS = {  # what a number or a name in a source is to be called in the handbook
+CONSTANTS = {  # how the handbook must write a constant of a source
     ("settings/cINI.cpp", r"kReplySize = 255;"): "höchstens 254 Zeichen",
     ("settings/cINI.cpp", r'u"SETTINGS", u"BenKtoPath"'): "[SETTINGS]\nBenKtoPath=",
     ("settings/cINI.cpp", r"\\\\Tolv\.ini"): "`Tolv.ini`",
@@ -64,31 +64,31 @@ def source(name):
     return re.sub(r"(?m)//.*$|^\s*#.*$", "", (ROOT / name).read_text())
 
 
-def spoken(literals):
+def unescaped(literals):
     return re.sub(r"\\(.)", lambda m: {"r": "", "n": "\n"}.get(m[1], m[1]), literals)
 
 
 def texts(name, constants):
-    """The lines that a source puts together: literals, and a hole for each value between two of them."""
+    """The lines of text in a source: string literals, and a hole for each value between two of them."""
     code = re.sub(r"(?<!::)\b(k\w+)\b(?! =)", lambda m: f'u"{constants[m[1]]}"' if m[1] in constants else m[1], source(name))
     found, end = [], None
     for literal in LITERAL.finditer(code):
         between = ";" if end is None else code[end:literal.start()]
         glue = re.sub(r"base::Text\(|\bText\(|\.append\(|[\s+)]", "", between)
         if re.search(r"[;{}:?,](?!:)|case|return", between.replace("::", "")):
-            found.append(spoken(literal[1]))
+            found.append(unescaped(literal[1]))
         else:
-            found[-1] += (HOLE if glue else "") + spoken(literal[1])
+            found[-1] += (HOLE if glue else "") + unescaped(literal[1])
         end = literal.end()
     return [part.strip() for text in found for part in text.split("\n") if re.search("[A-Za-z]{2}", part)]
 
 
 def unquoted(text):
-    """A value between quotes is a hole like any other: the program's quoted() puts them there."""
+    """Removes the quotes that the program's quoted() puts around a value."""
     return text.replace(f"'{HOLE}'", HOLE)
 
 
-def is_said(quotation, said):
+def is_in(quotation, said):
     """Whether one of the texts has all the words of the quotation, in this order."""
     words = [re.escape(part.strip()) for part in unquoted(quotation).split(HOLE)]
     pattern = re.compile(".*".join(words) if any(words) else "$.")
@@ -96,7 +96,7 @@ def is_said(quotation, said):
 
 
 def windows_state():
-    """Changes when the windows may look otherwise than in the pictures."""
+    """A checksum that changes if the windows may look different from the pictures."""
     parts = [source("win32/Layout.cpp"), *re.findall(r"set(?:Bounds|ClientSize)\(.*", source("app/frmLogin.cpp")),
              *(text for name in WINDOWS for text in texts(name, {})), source("tools/kontodb/InventedAccounts.cpp")]
     return hashlib.sha256("\0".join(re.sub(r"\s+", " ", part) for part in parts).encode()).hexdigest()
@@ -112,26 +112,26 @@ def main():
     headings = re.findall(r"^#+ (.*)", handbook, re.M)
 
     faults = {"what the handbook quotes": [
-        f"„{text}“ is said nowhere" for text in quotations
-        if text not in headings and text not in OF_WINDOWS and not is_said(text, said)]}
+        f"„{text}“ is no text of the program" for text in quotations
+        if text not in headings and text not in OF_WINDOWS and not is_in(text, said)]}
 
     names = {name for path in WINDOWS for name in re.findall(r'\*this, u"(\w+)"', source(path))} | {"cmbAddNew"}
     left_out = [text for group in LEFT_OUT.values() for text in group]
     shown = [text for name in WINDOWS + ERRORS for text in own[name] if text not in names]
     quoted = [unquoted(text) for text in quotations]
 
-    def stands(text):
+    def is_in_handbook(text):
         """As a whole, or in a quotation that leaves some of it out."""
         return (text in unquoted(flowing) or
-                any(len(words) > 20 and is_said(words, [text]) for words in quoted))
+                any(len(words) > 20 and is_in(words, [text]) for words in quoted))
 
     faults["what the program says"] = [
-        f"'{text}' does not stand in the handbook" for text in shown
-        if not stands(text) and not any(text.startswith(start) or text.endswith(start) for start in left_out)]
+        f"'{text}' is not in the handbook" for text in shown
+        if not is_in_handbook(text) and not any(text.startswith(start) or text.endswith(start) for start in left_out)]
     faults["what is left out"] = [f"'{start}' is no text of the program" for start in left_out
                                   if not any(start in text for text in shown)]
     faults["where errors are worded"] = [
-        f"{name} is on no list here" for name in SOURCES if WORDS_AN_ERROR.search(source(name))
+        f"{name} has error texts but is on no list here" for name in SOURCES if ERROR_TEXT.search(source(name))
         and name not in ERRORS + WINDOWS and not name.startswith(("jet/fresh/", "jet/compact/", "jet/salvage/", "jet/storage/NewFile", "tools/"))]
     faults["constants"] = [f"{name}: {pattern}, and the handbook: {words}" for (name, pattern), words in CONSTANTS.items()
                            if not re.search(pattern, (ROOT / name).read_text()) or words not in handbook]

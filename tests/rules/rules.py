@@ -7,13 +7,13 @@ import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-# The rules are in a table that people read, too: | `room/` | duty | `room/`, `room/` |
+# The allowed includes come from the table in the documentation: | `room/` | duty | `room/`, `room/` |
 MAY_USE = {row[1]: re.findall(r"`([\w/]+)/`", row[2]) for row in
            re.finditer(r"^\| `([\w/]+)/` \|[^|]*\|([^|]*)\|$", (ROOT / "docs/architecture.md").read_text(), re.M)}
 TOOL = ["app", *MAY_USE["app"]]
 FOR_EVERY_ROOM_OF_THE_TOOL = "app/mPublic.h"  # forward declarations and constants
-ITS_READERS = TOOL + ["tools/kontodb"]
-# A control asks its form and a form its controls, and every room of the tool knows the shared objects.
+ITS_USERS = TOOL + ["tools/kontodb"]
+# Permitted circles: forms and controls know each other, and every room of the tool knows the shared objects.
 CIRCLES_OF_THE_MODEL = re.compile(r"forms/(Form|ListView)\.h|app/mPublic\.h")
 WINDOWS_ROOMS = ["win32", "ado/com"]
 WINDOWS_FILES = re.compile(r"tools/kontodb/PasswordPrompt\.cpp|jet/storage/\w+Windows\.(cpp|h)")
@@ -36,7 +36,7 @@ def room(path):
 
 
 def unit(path):
-    """A header and its source; the halves for two systems are one."""
+    """The name that a header shares with its sources, also with those for one system only."""
     return re.sub(r"(Posix|Windows)?\.(h|cpp)$", "", path)
 
 
@@ -47,7 +47,7 @@ for name, text in texts.items():
     if here and name.endswith((".h", ".cpp")):
         for quoted in re.findall(r'^\s*#\s*include\s+"([^"]+)"', text, re.M):
             there = room(quoted) if "/" in quoted else here
-            if there not in (here, *MAY_USE[here]) and not (quoted == FOR_EVERY_ROOM_OF_THE_TOOL and here in ITS_READERS):
+            if there not in (here, *MAY_USE[here]) and not (quoted == FOR_EVERY_ROOM_OF_THE_TOOL and here in ITS_USERS):
                 faults["includes"].append(f"{name} includes {quoted}")
             if unit(quoted) != unit(name) and not CIRCLES_OF_THE_MODEL.match(quoted):
                 unit_uses.setdefault(unit(name), set()).add(unit(quoted))
@@ -60,9 +60,9 @@ for name, text in texts.items():
     if name.endswith((".h", ".cpp", ".py", ".sh")) and text.count("\n") > MAX_LINES:
         faults["file sizes"].append(f"{name} has {text.count(chr(10))} lines")
     for match in FORBIDDEN.finditer(text):
-        faults["words"].append(f"{name} holds {match[0]}")
+        faults["words"].append(f"{name} contains {match[0]}")
 if re.search(r'#\s*include\s+"(?!base/)', texts.get(FOR_EVERY_ROOM_OF_THE_TOOL, "")):
-    faults["includes"].append(f"{FOR_EVERY_ROOM_OF_THE_TOOL} may hold only forward declarations and includes of base/")
+    faults["includes"].append(f"{FOR_EVERY_ROOM_OF_THE_TOOL} may have only forward declarations and includes of base/")
 
 
 def code_lines(names):

@@ -49,7 +49,7 @@ def sources_of(file):
 
 
 def groups():
-    """(sources, compiler, the compiler's arguments that matter for the meaning, more arguments for clang)."""
+    """Yields (sources, compiler, those of its arguments that clang needs, more arguments for clang)."""
     seen = set()
     for build, extra in ((NATIVE, []), (WINDOWS, mingw_arguments())):
         for entry in json.loads((build / "compile_commands.json").read_text()):
@@ -69,7 +69,7 @@ def groups():
 
 
 def reached(source, seen):
-    """The source and all files of the project that it includes, by the two ways in which such an include is written."""
+    """The source and all files of the project that it includes, relative to the root or to the including file."""
     if source in seen or not (ROOT / source).is_file():
         return seen
     seen[source] = (ROOT / source).read_bytes()
@@ -80,7 +80,7 @@ def reached(source, seen):
 
 
 def remembered(command, sources, version):
-    """Runs the command unless its success is stored. @return its output, empty if there is nothing to report"""
+    """Runs the command unless an earlier success is stored. @return its output, empty if there is nothing to report"""
     key = hashlib.sha256(repr((version, " ".join(command).replace(str(ROOT), ""))).encode())
     content = {}
     for source in sources:

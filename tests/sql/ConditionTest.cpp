@@ -44,7 +44,7 @@ base::Bytes sample() {
         {10, text(u"Karl-Heinz"), whole(12), null, null, null, false, text(u"KARL-heinz  ")},
     };
     for (std::uint8_t i = 0; i < 10; ++i) {
-        // 0, then -1 and 10^20 + 1 and so on.
+        // 0, -1, 10^20 + 2, -3, 10^20 + 4 and so on.
         const bool isLong = i % 2 == 0 && i != 0;
         const base::Decimal number{
             i % 2 != 0, 0, {i + (isLong ? 0x63100000U : 0U), isLong ? 0x6BC75E2DU : 0U, isLong ? 5U : 0U, 0}};
@@ -65,12 +65,12 @@ Ids idsWhere(base::TextView condition) {
     return ids;
 }
 
-TEST(Conditions, TakeTheRowsForWhichTheyAreTrue) {
+TEST(Conditions, SelectTheRowsForWhichTheyAreTrue) {
     const struct {
         base::Text condition;
         Ids ids;
     } cases[] = {
-        // Text goes by the sort key.
+        // Texts are compared by their sort keys.
         {u"Name = 'müller'", {1, 2, 3}},
         {u"Name = 'MÜLLER  '", {1, 2, 3}},
         {u"Name <> 'Müller'", {4, 5, 6, 8, 9, 10}},
@@ -81,7 +81,7 @@ TEST(Conditions, TakeTheRowsForWhichTheyAreTrue) {
         {u"Name < 'Mueller'", {9, 10}},
         {u"Name BETWEEN 'o' AND 'mueller'", {1, 2, 3, 4}},
         {u"Notiz = 'LANG SSSS'", {1}},
-        // Numbers go by their value, whatever their types.
+        // Numbers are compared by their values, whatever their types.
         {u"Nr=2", {2}},
         {u"5.0 = Nr", {5}},
         {u"Nr = 5.5", {}},
@@ -110,13 +110,13 @@ TEST(Conditions, TakeTheRowsForWhichTheyAreTrue) {
         {u"Tag = #25/12/1999#", {}},
         {u"Tag = #1/1/00#", {5}},
         {u"Tag = 2", {9}},
-        // A GUID goes by the order of its digits.
+        // GUIDs are compared digit by digit.
         {u"Kennung = {guid {A0030200-0000-0000-0000-000000000000}}", {1}},
         {u"Kennung = '{9f030201-0000-0000-0000-000000000000} ' OR Kennung IS NULL", {2}},
         {u"Kennung < { GUID {99030207-0000-0000-0000-000000000001} }", {8, 9, 10}},
         {u"Kennung IN ('{A0030200-0000-0000-0000-000000000000}', {guid {9E030202-0000-0000-0000-000000000000}})",
          {1, 3}},
-        // Decimals are exact with each other, and as near as a double is with one.
+        // Decimals are compared exactly with each other, with a double only as doubles.
         {u"Lang = -1", {2}},
         {u"Lang > 100000000000000000003", {5, 7, 9}},
         {u"Lang = 100000000000000000002.0", {3}},
@@ -124,7 +124,7 @@ TEST(Conditions, TakeTheRowsForWhichTheyAreTrue) {
         {u"Lang = 1e20", {3, 5, 7, 9}},
         {u"Lang < Maß AND Lang < Klasse AND NOT Lang", {1}},
         {u"Lang < Geld AND Lang", {2, 6, 8}},
-        // Three truth values.
+        // Null is a third truth value.
         {u"Klasse = NULL", {}},
         {u"NOT Klasse = NULL", {}},
         {u"Klasse <> 3", {2, 3, 5, 8, 9, 10}},
@@ -144,7 +144,7 @@ TEST(Conditions, TakeTheRowsForWhichTheyAreTrue) {
         {u"NOT Nr < 9 AND Nr < 10", {9}},
         {u"Nr = 1 OR Nr = 2 AND Nr = 3", {1}},
         {u"(Nr = 1 OR Nr = 2) AND Nr = 2", {2}},
-        // LIKE goes unit by unit; blanks at the end count.
+        // LIKE compares unit by unit; trailing blanks count.
         {u"Name LIKE 'm_ller'", {1, 2}},
         {u"Name LIKE 'M%LER%'", {1, 2, 3, 4}},
         {u"Name LIKE 'strasse'", {5}},
@@ -160,7 +160,7 @@ TEST(Conditions, TakeTheRowsForWhichTheyAreTrue) {
         EXPECT_THAT(idsWhere(condition), ElementsAreArray(ids)) << base::toUtf8(condition);
 }
 
-TEST(Conditions, FindADoubleByItsShortestNumber) {
+TEST(Conditions, TreatADoubleAsEqualToItsShortestLiteral) {
     std::mt19937 random(7);
     for (int i = 0; i < 2000; ++i) {
         const double stored = std::ldexp(static_cast<double>(random()) + 1, static_cast<int>(random() % 100) - 90);

@@ -20,7 +20,7 @@ namespace {
 using base::Value;
 using testing::HasSubstr;
 
-/// Many rows with few names; the same once with indexes ("Mit") and once without ("Ohne").
+/// Two tables with the same rows: "Mit" has indexes, "Ohne" has none.
 class IndexUse : public testing::Test {
 protected:
     static constexpr std::int32_t kRows = 4000;
@@ -93,7 +93,7 @@ TEST_F(IndexUse, ReadsFewPagesForFewRows) {
         EXPECT_LE(pagesFor(base::Text(statement)), 20U) << base::toUtf8(statement);
 }
 
-TEST_F(IndexUse, GivesColumnsOrderAndTopAsTheTestSortsThem) {
+TEST_F(IndexUse, GivesTheSameRowsInTheSameOrderWithAndWithoutIndexes) {
     constexpr base::TextView kNames[] = {u"Nr", u"Name", u"Klasse", u"Breit"};
     std::mt19937 random(20261125);
     const auto below = [&](std::size_t limit) { return random() % limit; };
@@ -162,7 +162,7 @@ TEST_F(IndexUse, GivesColumnsOrderAndTopAsTheTestSortsThem) {
     }
 }
 
-TEST_F(IndexUse, MeetsADamagedIndexWithAnErrorAndNeverMissingOrDoubleRows) {
+TEST_F(IndexUse, ReportsADamagedIndexAndNeverOmitsOrRepeatsRows) {
     const auto errorIn = [](const base::Bytes& bytes, const base::Text& statement) {
         return errorOf([&] { rowsOf(statement, bytes); });
     };
@@ -189,7 +189,7 @@ TEST_F(IndexUse, MeetsADamagedIndexWithAnErrorAndNeverMissingOrDoubleRows) {
     EXPECT_THAT(errorIn(pointing({second.page, 250}), byNumber), HasSubstr("eine Zeile, die es nicht gibt"));
     EXPECT_THAT(errorIn(pointing(first), u"SELECT * FROM Mit WHERE Nr = -997"), HasSubstr("passt nicht"));
 
-    // The index that ignores nulls, with the sign taken off that says so.
+    // The index that ignores nulls, without the flag that says so.
     test::editDefinition(sound, u"Mit",
                          [](TableDefinition& definition) { definition.indexes[2].flags = IndexDefinition::kAlways; });
     EXPECT_THAT(errorIn(sound.file(), u"SELECT * FROM Mit ORDER BY Klasse"), HasSubstr("Im Index fehlen Zeilen"));

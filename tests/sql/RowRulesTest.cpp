@@ -11,7 +11,7 @@ namespace {
 using base::Text;
 using base::Value;
 
-/// What is read from the text; nothing if that is refused.
+/// The result of `read`, or nothing if it throws.
 template <typename Read, typename... Given>
 auto unlessRefused(const Read& read, const Given&... given) -> std::optional<decltype(read(given...))> {
     try {
@@ -21,7 +21,7 @@ auto unlessRefused(const Read& read, const Given&... given) -> std::optional<dec
     }
 }
 
-TEST(RowRules, DefaultsAreConstantsOrTheTime) {
+TEST(RowRules, DefaultsAreConstantsOrTheCurrentTime) {
     const struct {
         Text expression;
         std::optional<Value> value;
@@ -57,7 +57,7 @@ TEST(RowRules, DefaultsAreConstantsOrTheTime) {
     EXPECT_LT(std::get<base::Date>(before).days - 1, std::get<base::Date>(day).days);
 }
 
-/// The row {Nr, Name, Menge}.
+/// A row with the values {Nr, Name, Menge}.
 class GivenRow final : public RowValues {
 public:
     explicit GivenRow(std::vector<Value> values) : values_(std::move(values)) {}
@@ -67,7 +67,7 @@ private:
     std::vector<Value> values_;
 };
 
-TEST(RowRules, RulesMayLeaveOutTheirColumn) {
+TEST(RowRules, AColumnRuleMayOmitTheNameOfItsColumn) {
     TableDesign design;
     design.name = u"Ware";
     design.columns = {{u"Nr", ColumnType::Long}, {u"Name", ColumnType::Text, 50}, {u"Menge", ColumnType::Long}};

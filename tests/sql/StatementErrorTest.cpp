@@ -45,7 +45,7 @@ std::string inExpression(const std::string& fault, const std::string& expression
     return "-2147217900: Syntaxfehler " + fault + " in Abfrageausdruck '" + expression + "'.";
 }
 
-TEST(StatementErrors, SayWhatUsersOfSuchFilesKnow) {
+TEST(StatementErrors, HaveTheNumbersAndTextsOfTheOriginalEngine) {
     const std::string other =
         "-2147217900: Unzulässige SQL-Anweisung; 'DELETE', 'INSERT', 'PROCEDURE', 'SELECT' oder 'UPDATE' erwartet.";
     const std::string from = "-2147217900: Syntaxfehler in FROM-Klausel.";
@@ -61,8 +61,8 @@ TEST(StatementErrors, SayWhatUsersOfSuchFilesKnow) {
     const struct {
         base::Text statement;
         std::string error;
-        std::size_t place = 0;   ///< 0: of no interest
-        base::Text column = {};  ///< the one that is missing
+        std::size_t place = 0;   ///< 0: not checked
+        base::Text column = {};  ///< the unknown one
     } cases[] = {
         {u"", other},
         {u"Konto", other},
@@ -104,7 +104,7 @@ TEST(StatementErrors, SayWhatUsersOfSuchFilesKnow) {
         {u"SELECT * FROM Konto WHERE Name = 'Neil''", inExpression("in Zeichenfolge", "Name = 'Neil''")},
         {u"SELECT * FROM Konto WHERE Name = ''' AND NOT Nr = 5",
          inExpression("in Zeichenfolge", "Name = ''' AND NOT Nr = 5")},
-        // The expression is quoted as typed, from behind WHERE to the next clause.
+        // The expression is quoted as typed, from after WHERE to the next clause.
         {u"SELECT * FROM Konto WHERE  Nr  =  1  2  ORDER BY Nr", inExpression(missing, "Nr  =  1  2")},
         {u"SELECT * FROM Konto WHERE Nr = ", inExpression(missing, "Nr ="), 31},
         {u"SELECT * FROM Konto WHERE (Nr = 1", inExpression(missing, "(Nr = 1")},
@@ -123,12 +123,12 @@ TEST(StatementErrors, SayWhatUsersOfSuchFilesKnow) {
         {u"SELECT * FROM Konto WHERE", "-2147217900: Syntaxfehler in WHERE-Klausel."},
         {u"SELECT * FROM Konto ORDER Nr", order},
         {u"SELECT * FROM Konto ORDER BY Nr,", order},
-        // What is no column is a parameter without a value.
+        // A name that is no column counts as a parameter without a value.
         {u"SELECT * FROM Konto WHERE Nummer = 1", parameter},
         {u"SELECT * FROM Konto WHERE Nr = 1 OR Kunde.[Nr] = 2", parameter, 36, u"Kunde.Nr"},
         {u"SELECT * FROM Konto ORDER BY Nr, Nummer", parameter, 33, u"Nummer"},
         {u"SELECT * FROM Konto WHERE konto.NR = 1 AND [ort ä] = 2 ORDER BY Konto.[Ort Ä]", ""},
-        // Types are compared even where there is no row.
+        // Types are checked even if the table has no rows.
         {u"SELECT * FROM Konto WHERE Name = 5", types, 31},
         {u"SELECT * FROM Konto WHERE Nr = -'a'", types, 31},
         {u"SELECT * FROM Konto WHERE '5' = Nr", types},
@@ -140,7 +140,7 @@ TEST(StatementErrors, SayWhatUsersOfSuchFilesKnow) {
         {u"SELECT * FROM Konto WHERE Anlage LIKE 'a'", types},
         {u"SELECT * FROM Konto WHERE Nr LIKE 5", types},
         {u"SELECT * FROM Konto WHERE Anlage IS NULL AND Name = NULL", ""},
-        // Statements that write are understood, and refused.
+        // Statements that write are parsed, but a query refuses them.
         {u"UPDATE Konto SET Name = 'O'Neil' WHERE Nr = 1", inExpression(missing, "'O'Neil' WHERE Nr = 1")},
         {u"UPDATE Konto SET Name = 'a', Nr = 2 WHERE Nr = 1", readOnly},
         {u"DELETE FROM Konto WHERE Nr = 1", readOnly},
@@ -156,7 +156,7 @@ TEST(StatementErrors, SayWhatUsersOfSuchFilesKnow) {
     }
 }
 
-TEST(StatementErrors, ColumnsAreReadOnlyByThoseWhoCanCarryThatOut) {
+TEST(StatementErrors, RefuseAColumnListWhereAllColumnsAreNeeded) {
     Database database = test::openSample(oneTable());
     ReadOperation operation = database.beginRead();
     try {
@@ -167,7 +167,7 @@ TEST(StatementErrors, ColumnsAreReadOnlyByThoseWhoCanCarryThatOut) {
     }
 }
 
-TEST(StatementErrors, BoundLengthAndDepth) {
+TEST(StatementErrors, LimitLengthAndDepth) {
     const auto repeated = [](base::TextView part, std::size_t count) {
         base::Text text;
         for (std::size_t i = 0; i < count; ++i)

@@ -64,7 +64,7 @@ std::string print(const Value& value) {
     return "-";
 }
 
-/// "1abc 0 7|": number, name, place, right and class of each row, null as "-".
+/// "1 a Bonn nein 7|": the values of each row, null as "-".
 std::string rowsOf(Database& database) {
     auto operation = database.beginRead();
     const ResultSet rows = executeSelect(operation, u"SELECT * FROM Konto ORDER BY Nr");
@@ -79,7 +79,7 @@ std::string rowsOf(Database& database) {
 
 constexpr char kBefore[] = "1 a Bonn nein 7|2 b Köln nein 7|3 c - ja -|4 d Ulm ja -1|";
 
-TEST(Writing, AStatementChangesTheRowsThatItNamesOrNoByte) {
+TEST(Writing, AStatementChangesTheRowsThatItNamesOrNothing) {
     const std::string duplicate = "-2147467259: Die von Ihnen vorgenommenen Änderungen";
     const std::string parameter = "-2147217904: ";
     const struct {
@@ -106,12 +106,12 @@ TEST(Writing, AStatementChangesTheRowsThatItNamesOrNoByte) {
         {u"INSERT INTO Vorgabe (Nr, Text) VALUES (1, NULL)", "1"},
         {u"UPDATE Fremd SET Nr = 2", "1"},
         {u"SELECT * FROM Konto", "0"},
-        // The first row could be changed, the second one then has the same name.
+        // The first row can be changed, but then the second one would get the same name.
         {u"UPDATE Konto SET Name = 'z'", duplicate},
         {u"UPDATE Konto SET Name = 'D' WHERE Klasse = 7", duplicate},
         {u"INSERT INTO Konto (Name) VALUES ('B')", duplicate},
         {u"INSERT INTO Konto (Nr, Name) VALUES (4, 'neu')", duplicate},
-        // The third row has no place.
+        // `Ort` is null in the third row.
         {u"UPDATE Konto SET Name = Ort", "-2147467259: Das Feld 'Konto.Name' kann keinen Nullwert enthalten"},
         {u"INSERT INTO Konto (Ort) VALUES ('Bonn')", "-2147467259: Das Feld 'Konto.Name' kann keinen Nullwert"},
         {u"UPDATE Konto SET Name = 'elf Zeichen'", "-2147217833: Das Feld ist zu klein"},

@@ -6,9 +6,9 @@
 namespace test {
 
 /// A number that may be set in the environment when the tests are started.
-inline std::uint32_t environmentNumber(const char* name, std::uint32_t otherwise) {
+inline std::uint32_t environmentNumber(const char* name, std::uint32_t defaultValue) {
     const char* text = std::getenv(name);
-    return text != nullptr ? static_cast<std::uint32_t>(std::strtoul(text, nullptr, 10)) : otherwise;
+    return text != nullptr ? static_cast<std::uint32_t>(std::strtoul(text, nullptr, 10)) : defaultValue;
 }
 
 }  // namespace test

@@ -20,7 +20,7 @@
 
 namespace test {
 
-/// An account file in memory, used through the embedded engine. Notes each call in the log; calls that a test names
+/// An account file in memory, used through the embedded engine. Logs each call; a test can make calls
 /// fail.
 class FakeDatabase : public ado::ConnectionFactory {
 public:
@@ -35,9 +35,9 @@ public:
     /// Whatever was done or failed, the file must be sound.
     ~FakeDatabase() override { EXPECT_EQ(faultsIn(machine_.file(), tolv::kAdministratorPassword), ""); }
 
-    std::string lockedFrom;  ///< a call whose note begins with this raises the error of a locked file
+    std::string failingCall;  ///< a call whose log entry begins with this fails with kLocked
 
-    /// The file's present rows, in the order in which they were added.
+    /// The file's current rows, in the order in which they were added.
     std::vector<Row> rows() const {
         jet::Database database = open();
         auto operation = database.beginRead();
@@ -56,7 +56,7 @@ public:
         writer.insert({{{0, id}, {1, std::move(name)}, {2, std::move(pass)}, {3, std::move(path)}, {4, progUpdate}}});
         transaction.commit();
     }
-    /// What another program does.
+    /// Executes a statement as another program would.
     void execute(base::TextView statement) {
         jet::Database database = open();
         jet::sql::execute(database, statement);
@@ -133,7 +133,7 @@ private:
         ado::Field& Item(std::int32_t index) override { return recorded(engine->Fields().Item(index)); }
         ado::Field& recorded(ado::Field& field) { return fields.try_emplace(&field, *this, field).first->second; }
 
-        /// Reading is noted only while the row is pending.
+        /// Logs reading only while a change of the row is pending.
         struct RecordedField : ado::Field {
             RecordedField(RecordedRecordset& noted, ado::Field& field) : rows(noted), engine(field) {}
             base::Text Name() const override { return engine.Name(); }
@@ -159,7 +159,7 @@ private:
 
     void note(const std::string& what) {
         log_.push_back(what);
-        if (!lockedFrom.empty() && what.starts_with(lockedFrom)) throw base::RuntimeError(kLocked, u"locked");
+        if (!failingCall.empty() && what.starts_with(failingCall)) throw base::RuntimeError(kLocked, u"locked");
     }
 
     static base::Bytes emptyFile() {

@@ -35,7 +35,7 @@ private:
     Log& log_;
 };
 
-/// A native window that nobody sees: a test overrides what it wants to know.
+/// A peer that does nothing; a test overrides what it needs.
 struct SilentPeer : forms::ListViewPeer {
     void show(forms::Property) override {}
     void takeFocus() override {}

@@ -11,7 +11,7 @@
 #include "platform/Platform.h"
 #include "tests/support/FakeHost.h"
 
-/// Fakes of the machine's services that behave like the real ones; all note their calls in one log.
+/// Fakes of the machine's services that behave like the real ones; most log their calls.
 namespace test {
 
 struct FakeWindowMessages : platform::WindowMessages {
@@ -31,14 +31,14 @@ struct FakeWindowMessages : platform::WindowMessages {
     }
 };
 
-/// A service that notes its calls.
-struct Noting {
-    explicit Noting(Log& noted) : log(noted) {}
+/// A service that logs its calls.
+struct Logging {
+    explicit Logging(Log& callLog) : log(callLog) {}
     Log& log;
 };
 
-struct FakeSettingsFile : platform::SettingsFile, Noting {
-    using Noting::Noting;
+struct FakeSettingsFile : platform::SettingsFile, Logging {
+    using Logging::Logging;
     using Place = std::tuple<base::Text, base::Text, base::Text>;  ///< path, section, key
     std::map<Place, base::Text> settings;
 
@@ -59,8 +59,8 @@ struct FakeProgramFolder : platform::ProgramFolder {
     base::Text path() const override { return folder; }
 };
 
-struct FakeFileSystem : platform::FileSystem, Noting {
-    using Noting::Noting;
+struct FakeFileSystem : platform::FileSystem, Logging {
+    using Logging::Logging;
     std::set<base::Text> files;
 
     std::unique_ptr<platform::FileSystemObject> createObject() override { return std::make_unique<Object>(*this); }
@@ -76,8 +76,8 @@ private:
     };
 };
 
-struct FakeMessageBoxes : platform::MessageBoxes, Noting {
-    using Noting::Noting;
+struct FakeMessageBoxes : platform::MessageBoxes, Logging {
+    using Logging::Logging;
     Answer answer = Answer::Ok;
     std::function<void()> whileShown;  ///< what happens before the user answers
 
@@ -96,8 +96,8 @@ struct FakeMousePointer : platform::MousePointer {
     void set(Shape shape) override { shapes.push_back(shape); }
 };
 
-struct FakeFolderChooser : platform::FolderChooser, Noting {
-    using Noting::Noting;
+struct FakeFolderChooser : platform::FolderChooser, Logging {
+    using Logging::Logging;
     bool confirmed = true;
     base::Text path;                   ///< what the shell writes into the buffer; empty: it writes nothing
     std::function<void()> whileShown;  ///< what happens before the user answers
@@ -111,7 +111,7 @@ struct FakeFolderChooser : platform::FolderChooser, Noting {
     }
 };
 
-/// Texts of whole numbers and dates like 24.12.2023; texts are compared ignoring the case of A to Z.
+/// Knows whole numbers and dates like 24.12.2023; compares texts ignoring the case of A to Z.
 struct FakeRegional : platform::Regional {
     base::Text toText(const base::Value& value) const override {
         if (base::isNull(value)) throw base::runtimeError(base::RuntimeErrorNumber::InvalidUseOfNull);

@@ -52,7 +52,7 @@ public:
     /// The machine stops at this step, counted from 1. If it is a write, its first half is done.
     void stopAt(int step) { state_->stopAt = step; }
     void failAt(int step) { state_->failAt = step; }
-    /// Only the program has stopped: the machine goes on with everything in memory, and nothing fails any more.
+    /// As if only the program had ended: everything in memory is kept, and nothing fails any more.
     void goOn() { state_->stopAt = state_->failAt = std::nullopt; }
     enum class Refusal { None, InUse, ReadOnly };
     /// Opening the file for writing is refused; None allows it again.
@@ -62,10 +62,10 @@ public:
         return std::make_unique<FaultyStorage>(state_, std::move(name));
     }
 
-    /// The bytes of the file.
+    /// Access to the file alone.
     std::unique_ptr<jet::PageIo> io() const { return storage()->openForReading(); }
 
-    /// The machine after it has been started again.
+    /// The machine after a restart.
     Machine afterStop(Loss loss, unsigned seed) const {
         std::mt19937 random(seed);
         Names names = loss == Loss::Nothing ? state_->names : state_->namesOnDisk;
@@ -108,7 +108,7 @@ private:
         }
 
         /// What is on the disk, with some of what has not been flushed.
-        /// @param lengths  one in so many changes of length is there; 1: each
+        /// @param lengths  on average one in this many changes of length is on the disk; 1: all are
         base::Bytes withSome(std::mt19937& random, unsigned lengths) const {
             base::Bytes bytes = onDisk;
             for (const Step& step : unflushed) {
@@ -153,7 +153,7 @@ private:
             unflushedNames.push_back(change);
         }
 
-        /// @return false if the machine stops here; a write must then be done by half
+        /// @return false if the machine stops here; a write must then do only its first half
         bool begin() {
             ++steps;
             if (stopAt && steps > *stopAt) throw jet::deviceFailed(u"Platte", 1);

@@ -8,7 +8,7 @@
 
 namespace test {
 
-/// A file in memory that nobody else can open. test::Machine has more: names, locks, faults.
+/// A file in memory. test::Machine can do more: it has a journal and simulates faults.
 class MemoryIo : public jet::PageIo {
 public:
     explicit MemoryIo(base::Bytes bytes = {}) : bytes_(std::move(bytes)) {}

@@ -41,7 +41,7 @@ public:
         return pageCount() - 1;
     }
 
-    /// Adds pages, all zero, at little cost.
+    /// Adds zero pages, which share their memory until they are changed.
     void extendTo(jet::PageNumber pageCount) {
         pages_.resize(pageCount, {std::make_shared<base::Bytes>(jet::kPageSize), false});
     }
@@ -58,7 +58,7 @@ public:
             std::count_if(pages_.begin(), pages_.end(), [](const Page& page) { return page.isChanged; }));
     }
 
-    /// From now on, changes are counted again from 0.
+    /// Resets the number of changed pages to 0.
     void settle() {
         for (Page& page : pages_)
             page.isChanged = false;

@@ -100,8 +100,7 @@ inline bool isLess(const base::Value& a, const base::Value& b) {
         a);
 }
 
-/// Random values of a column's type and length: few different ones, so that some are equal, and the extreme ones among
-/// them.
+/// Random values of a column's type and length. There are few different ones, so that some are equal, and extreme ones.
 class RandomValues {
 public:
     explicit RandomValues(std::mt19937& random) : random_(random) {}

@@ -26,8 +26,7 @@ namespace test {
 inline constexpr std::uint8_t kCascade = 1;
 inline constexpr std::uint8_t kSetNull = 2;
 
-/// Adds a row to a system table. The engine itself never does that, so the table is treated as a user's table
-/// meanwhile.
+/// Adds a row to a system table. The engine refuses to do that, so the table is marked as a user's table meanwhile.
 inline void addSystemRow(jet::PageStore& store, base::TextView name, const std::vector<base::Value>& values) {
     constexpr std::size_t kKindOffset = 40;
     jet::CatalogEntry entry = *jet::Catalog(store).table(name);
@@ -42,7 +41,7 @@ inline void addSystemRow(jet::PageStore& store, base::TextView name, const std::
     store.change(entry.id)[kKindOffset] = 'S';
 }
 
-/// Writes a changed definition over the old one.
+/// Changes the definition of a table in place.
 inline void editDefinition(jet::PageStore& store, base::TextView table,
                            const std::function<void(jet::TableDefinition&)>& edit) {
     jet::TableDefinition definition = jet::openTable(store, table)->definition();
@@ -69,8 +68,8 @@ inline void setProperty(jet::PageStore& store, base::TextView tableName, base::T
     rows.replace(table.entry().row, draft.finish(longValues));
 }
 
-/// Makes `table`.`column` refer to `referenced`.`key`. Each of the two columns has an index of its own. Both table
-/// definitions, the row of the relationship and its object in the catalog are written.
+/// Makes `table`.`column` refer to `referenced`.`key`. Each of the two columns must have an index of its own. Writes
+/// both table definitions, the row of the relationship and its object in the catalog.
 /// @param updateRule  0 or kCascade
 /// @param deleteRule  0, kCascade or kSetNull
 inline void relate(jet::PageStore& store, base::TextView table, base::TextView column, base::TextView referenced,

@@ -66,7 +66,7 @@ protected:
         EXPECT_EQ(window.chbProgrammupdate.Enabled(), areEnabled);
     }
     void expectAccount(base::TextView name, base::TextView path, std::int16_t update) {
-        EXPECT_EQ(window.lvwBenKto.SelectedItem()->Text(), name) << "selection and fields never part";
+        EXPECT_EQ(window.lvwBenKto.SelectedItem()->Text(), name) << "selection and fields show the same account";
         expectFields(name, path, update);
         expectCleanSaveButton();
     }

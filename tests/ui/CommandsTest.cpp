@@ -61,7 +61,7 @@ TEST_F(CommandsTest, aNewAccountIsAnnouncedStoredAndThenShownInThisOrder) {
                                       "save caption colour bold enabled", "list focus"));
 }
 
-TEST_F(CommandsTest, aChosenFolderIsTheWholePathAndAnEmptyOneChangesNothing) {
+TEST_F(CommandsTest, aChosenFolderReplacesThePathAndAnEmptyOneChangesNothing) {
     struct Case {
         bool confirmed;
         base::Text fromShell, path;
@@ -91,7 +91,7 @@ TEST_F(CommandsTest, aChosenFolderIsTheWholePathAndAnEmptyOneChangesNothing) {
                                       "choose folder for window 0: Wählen Sie einen Ordner aus"));
 }
 
-TEST_F(CommandsTest, whileABoxIsOpenTheWindowIgnoresEverythingThatComesFromOutside) {
+TEST_F(CommandsTest, theWindowIgnoresAllInputWhileABoxIsOpen) {
     int shownCount = 0;
     const auto interfere = [&] {
         if (++shownCount > 5) return;
@@ -119,7 +119,7 @@ TEST_F(CommandsTest, whileABoxIsOpenTheWindowIgnoresEverythingThatComesFromOutsi
     reset();
     erase();
     saveNew();
-    EXPECT_EQ(shownCount, 5) << "resetting shows two";
+    EXPECT_EQ(shownCount, 5) << "resetting a password shows two boxes";
     const auto named = [](base::TextView name) { return Contains(base::Value(base::Text(name))); };
     EXPECT_THAT(tool.database.rows(), ElementsAre(named(u"Abel"), named(u"Meier"), named(u"Neu")));
     window.userClosed();
@@ -135,9 +135,9 @@ TEST_F(CommandsTest, aFailingCommandPassesItsErrorOnAndWritesNothing) {
     answerBoxesWith(Answer::Yes);
     window.lvwBenKto.userSelectedRow(1);
     const auto before = tool.database.rows();
-    for (const auto& [lockedFrom, command] :
-         {std::pair("execute", erase), {"execute", reset}, {"add row", saveNew}}) {  // locked before it is announced
-        tool.database.lockedFrom = lockedFrom;
+    for (const auto& [failingCall, command] :
+         {std::pair("execute", erase), {"execute", reset}, {"add row", saveNew}}) {  // fails before it is announced
+        tool.database.failingCall = failingCall;
         tool.log.clear();
         EXPECT_EQ(errorOf(command), test::FakeDatabase::kLocked);
         EXPECT_EQ(tool.database.rows(), before);

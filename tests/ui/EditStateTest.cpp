@@ -8,7 +8,7 @@ namespace {
 
 using testing::ElementsAre;
 
-/// The window with an additional control of each kind that the loops handle but the window does not have.
+/// The window with more controls: one of each kind that its loops over controls handle but that it does not have.
 class EditStateTest : public AccountWindow {
 protected:
     EditStateTest() {
@@ -17,14 +17,14 @@ protected:
         combo.AddItem(u"Eintrag");
     }
 
-    /// Gives every property a value that none of the operations sets; the save button is red.
-    void makeBusy(bool isEnabled) {
+    /// Gives every property a value that none of the operations sets. This also makes the save button red.
+    void setUnusualState(bool isEnabled) {
         for (forms::TextBox* box : {&window.txtUserNameDexo, &window.txtPathGlobal}) {
             box->setText(u"Rest");
-            box->setBackColor(kBusyColor);
+            box->setBackColor(kUnusualColor);
         }
         combo.setListIndex(0);
-        combo.setBackColor(kBusyColor);
+        combo.setBackColor(kUnusualColor);
         option.setValue(true);
         for (forms::CheckBox* box : {&window.chbProgrammupdate, &renamed})
             box->setValue(forms::CheckBox::kChecked);
@@ -33,31 +33,31 @@ protected:
                                                     &window.chbProgrammupdate, &renamed, &window.cmdGlobal})
             control->setEnabled(isEnabled);
     }
-    /// What the action sets, as the controls are told of it.
+    /// The properties that the action sets, in order.
     test::Log recorded(const std::function<void()>& action) {
-        test::Log told;
+        test::Log changes;
         std::vector<std::unique_ptr<Recorder>> recorders;
         for (forms::Control* control : window.Controls()) {
             if (control == &window.lvwBenKto || control == &window.cmbAddNew) continue;
-            control->attachPeer(*recorders.emplace_back(std::make_unique<Recorder>(control->Name(), told)));
+            control->attachPeer(*recorders.emplace_back(std::make_unique<Recorder>(control->Name(), changes)));
         }
         action();
         for (forms::Control* control : window.Controls())
             control->detachPeer();
-        return told;
+        return changes;
     }
 
-    static constexpr forms::Color kBusyColor = 0x00123456;
+    static constexpr forms::Color kUnusualColor = 0x00123456;
     forms::ComboBox combo{window, u"combo"};
     forms::OptionButton option{window, u"option", u""};
     /// Differs only in case from the name of the button that the loops skip.
     forms::CheckBox renamed{window, u"cmbaddnew", u""};
 };
 
-TEST_F(EditStateTest, lockingDisablesThenEmptiesEveryKindButTheNewAccountButton) {
+TEST_F(EditStateTest, lockingDisablesAndThenEmptiesAllControlsExceptTheNewAccountButton) {
     const forms::ListItem item = window.lvwBenKto.ListItems(1);
     window.lvwBenKto.setSelectedItem(std::nullopt);
-    makeBusy(true);
+    setUnusualState(true);
     EXPECT_THAT(
         recorded([&] { window.lvwBenKto.onItemClick(item); }),
         ElementsAre("chbProgrammupdate enabled value", "txtUserNameDexo enabled colour text",
@@ -72,8 +72,8 @@ TEST_F(EditStateTest, lockingDisablesThenEmptiesEveryKindButTheNewAccountButton)
     EXPECT_EQ(window.lvwBenKto.rowCount(), 3);
 }
 
-TEST_F(EditStateTest, preparingEmptiesThenEnablesEveryKindButOptionButtonsAndTheNewAccountButton) {
-    makeBusy(false);
+TEST_F(EditStateTest, preparingEmptiesAndThenEnablesAllControlsExceptOptionAndNewAccountButtons) {
+    setUnusualState(false);
     window.cmbResetPWD.setEnabled(true);
     EXPECT_THAT(recorded([&] { window.cmbAddNew.userClicked(); }),
                 ElementsAre("cmdSpeichern caption colour bold enabled", "chbProgrammupdate value enabled",
@@ -85,8 +85,8 @@ TEST_F(EditStateTest, preparingEmptiesThenEnablesEveryKindButOptionButtonsAndThe
     EXPECT_EQ(window.cmbAddNew.Value(), forms::CheckBox::kChecked);
 }
 
-TEST_F(EditStateTest, enablingTouchesNoContentsAndNoCommandButton) {
-    makeBusy(false);
+TEST_F(EditStateTest, enablingChangesNoContentsAndNoCommandButton) {
+    setUnusualState(false);
     window.cmbAddNew.setEnabled(false);
     tool.database.clear();  // makes loading fail after the controls have been enabled
     EXPECT_THAT(

@@ -9,7 +9,7 @@ namespace {
 
 using Answer = platform::MessageBoxes::Answer;
 
-/// Does what a user does, and tells as plainly as possible what the window must show and the file must hold afterwards.
+/// Acts as a user, and keeps a simple model of what the window must show and the file must contain.
 class RandomCommandsTest : public AccountWindow {
 protected:
     struct Account {
@@ -23,7 +23,7 @@ protected:
     std::optional<std::int32_t> selected;
     Account fields;
     bool isNew = false, isChanged = false, canReset = true, canChoose = true;
-    int sortColumn = 1;  // the order in which the file gives the accounts
+    int sortColumn = 1;  // the order in which the list is filled
     bool isDescending = false;
     std::int32_t lastId = 0;
     test::Log expectedBoxes;
@@ -114,7 +114,7 @@ protected:
         EXPECT_EQ(tool.database.rows(), rows);
     }
 
-    // What the user does, and another program
+    // Actions of the user, and of another program
 
     void type() {
         static const std::array<base::Text, 7> names{u"Abel", u"Meier", u"zorn", u" Neu ", u"mEIER", u"", u"  "};
@@ -191,7 +191,7 @@ protected:
     void doAnything() {
         using Work = RandomCommandsTest;
         using Command = void (Work::*)();
-        // The first ones more often, so that there are several accounts.
+        // The first three are chosen more often, so that there are several accounts.
         static constexpr Command kCommands[] = {&Work::type,        &Work::save,  &Work::clickNew,
                                                 &Work::sort,        &Work::reset, &Work::changeFromOutside,
                                                 &Work::clickUpdate, &Work::erase, &Work::select};
@@ -201,7 +201,7 @@ protected:
     std::mt19937 random;
 };
 
-TEST_F(RandomCommandsTest, leaveWindowAndFileAsTheyMustBe) {
+TEST_F(RandomCommandsTest, leaveWindowAndFileAsInTheModel) {
     const std::uint32_t seed = test::environmentNumber("TOLV_RANDOM_SEED", std::random_device()());
     SCOPED_TRACE("seed " + std::to_string(seed));
     random.seed(seed);

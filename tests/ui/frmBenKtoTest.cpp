@@ -20,7 +20,7 @@ protected:
     std::vector<Shape>& shapes = tool.services.mousePointer.shapes;
 };
 
-TEST_F(frmBenKtoTest, itsControlsStandInTheOrderOfDefinitionAndAnotherTabOrder) {
+TEST_F(frmBenKtoTest, itsControlsHaveAnOrderOfDefinitionAndADifferentTabOrder) {
     std::vector<std::string> names;
     for (const forms::Control* control : window.Controls())
         names.push_back(base::toUtf8(control->Name()));
@@ -36,7 +36,7 @@ TEST_F(frmBenKtoTest, itsControlsStandInTheOrderOfDefinitionAndAnotherTabOrder) 
     EXPECT_EQ(window.lvwBenKto.ColumnHeaders(2).widthHimetric(), 2540);
 }
 
-TEST_F(frmBenKtoTest, itOpensOnTheFirstAccountAndLoadsEachOnceUnderTheHourglass) {
+TEST_F(frmBenKtoTest, itOpensWithTheFirstAccountAndLoadsEachOnceUnderTheHourglass) {
     addAccounts();
     tool.openAccountWindow();
     expectAccount(u"Abel", u"C:\\A", 0);
@@ -52,7 +52,7 @@ TEST_F(frmBenKtoTest, itOpensOnTheFirstAccountAndLoadsEachOnceUnderTheHourglass)
     EXPECT_EQ(loads(), 2);
     EXPECT_THAT(shapes, ElementsAre(Shape::Hourglass, Shape::Default));
     window.lvwBenKto.userClickedSelectedRow();
-    EXPECT_EQ(loads(), 3) << "a click on the selected row reads the account afresh";
+    EXPECT_EQ(loads(), 3) << "a click on the selected row reads the account again";
     window.lvwBenKto.userEmptiedSelection();
     EXPECT_EQ(loads(), 3);
     expectAccount(u"Zorn", u"D:\\Z", 1);

@@ -56,7 +56,7 @@ struct AccessibilityTest : testing::Test {
     tolv::frmLogin login{tool.host, tool.services.fileSystem, tool.services.messageBoxes};
 };
 
-TEST_F(AccessibilityTest, TabWalksTheNativeWindowsInTheOrderOfTheModel) {
+TEST_F(AccessibilityTest, TheTabOrderOfTheNativeWindowsIsThatOfTheModel) {
     for (forms::Form* form : {static_cast<forms::Form*>(&window), static_cast<forms::Form*>(&login)}) {
         const win32::FormPeer peer(*form);
         std::vector<HWND> native;
@@ -70,7 +70,7 @@ TEST_F(AccessibilityTest, TabWalksTheNativeWindowsInTheOrderOfTheModel) {
     }
 }
 
-TEST_F(AccessibilityTest, BoxesAndListAreNamedAndTheirStatesTold) {
+TEST_F(AccessibilityTest, ScreenReadersGetTheNamesAndStatesOfFieldsAndList) {
     const win32::FormPeer accounts(window);
     const win32::FormPeer dialog(login);
     for (const auto& [control, name] :
@@ -85,7 +85,7 @@ TEST_F(AccessibilityTest, BoxesAndListAreNamedAndTheirStatesTold) {
     const Spoken password = spokenOf(login.txtPasswort);
     EXPECT_NE(password.state & STATE_SYSTEM_PROTECTED, 0);
     EXPECT_TRUE(password.isValueRefused);
-    EXPECT_NE(spokenOf(window.txtPathGlobal).state & STATE_SYSTEM_UNAVAILABLE, 0) << "no account, so it is locked";
+    EXPECT_NE(spokenOf(window.txtPathGlobal).state & STATE_SYSTEM_UNAVAILABLE, 0) << "there is no account";
     window.cmbAddNew.userClicked();
     EXPECT_EQ(spokenOf(window.txtPathGlobal).state & STATE_SYSTEM_UNAVAILABLE, 0);
 }

@@ -37,7 +37,7 @@ TEST(ErrorBox, ShowsNumberAndDescriptionAndTheHexadecimalFormOfAProvidersNumber)
     EXPECT_EQ(win32::errorBoxText({35601, u"x"}), u"Laufzeitfehler '35601':\r\n\r\nx");
 }
 
-TEST(ErrorBox, AFailedAssertionEndsTheProgramWithABoxThatNamesItsPlace) {
+TEST(ErrorBox, AFailedAssertionEndsTheProgramWithABoxThatNamesFileAndLine) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(failAnAssertion(), testing::ExitedWithCode(1),
                 "Interner Fehler .tests.win32.ErrorBoxTest.cpp, Zeile \\d+");

@@ -12,7 +12,7 @@
 
 namespace {
 
-/// The user's text size. While this lives, it can be changed for this process. It starts with the usual size.
+/// Changes the user's text size for this process while it lives. Starts with the usual size.
 class TextSize {
 public:
     TextSize() {
@@ -133,7 +133,7 @@ void setClient(const win32::FormPeer& peer, SIZE client) {
                  SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
-/// The rectangle sent with the message is too small for anything, so the window takes its smallest size.
+/// The rectangle in the message is far too small, so the window takes its smallest size.
 void moveToResolution(const win32::FormPeer& peer, int dpi) {
     const RECT suggested{0, 0, 10, 10};
     SendMessageW(peer.window(), WM_DPICHANGED, static_cast<WPARAM>(MAKELONG(dpi, dpi)),
@@ -203,14 +203,14 @@ TEST_F(LayoutTest, NothingIsClippedOrCoveredAtAnySizeInAnyState) {
              tool.database.clear();
              window.cmbAddNew.userClicked();
          }}};
-    for (const auto& [name, bring] : states) {
+    for (const auto& [name, enter] : states) {
         SCOPED_TRACE(name);
-        bring();
+        enter();
         expectReadableAtEverySize(*peer, textSize);
     }
 }
 
-TEST_F(LayoutTest, AnotherSizeOfTextsIsTakenOverAtOnceAndBack) {
+TEST_F(LayoutTest, AChangedTextSizeIsAppliedAtOnceInBothDirections) {
     const auto measured = [this] {
         int mark = 0;
         const auto header = std::bit_cast<HWND>(SendMessageW(list(), LVM_GETHEADER, 0, 0));
@@ -253,33 +253,33 @@ TEST_F(LayoutTest, AKeyOrAClickLoadsAnAccountOnce) {
     };
     EXPECT_EQ(loadsAfter([&] { press(VK_DOWN); }), 1);
     EXPECT_EQ(window.txtUserNameDexo.Text(), u"Zorn");
-    EXPECT_EQ(loadsAfter([&] { press(VK_DOWN); }), 0) << "the last row";
+    EXPECT_EQ(loadsAfter([&] { press(VK_DOWN); }), 0) << "it is the last row already";
     EXPECT_EQ(loadsAfter([&] { click(0); }), 1);
     EXPECT_EQ(window.txtUserNameDexo.Text(), u"Abel");
-    EXPECT_EQ(loadsAfter([&] { click(0); }), 1) << "a click on the selected row reads the account afresh";
+    EXPECT_EQ(loadsAfter([&] { click(0); }), 1) << "a click on the selected row reads the account again";
     EXPECT_EQ(loadsAfter([&] { press(VK_END); }), 1);
 }
 
-TEST_F(LayoutTest, AResizedListKeepsItsSelectedRowInSightAndItsGivenWidths) {
+TEST_F(LayoutTest, AResizedListKeepsItsSelectedRowVisibleAndTheWidthsSetByTheUser) {
     for (int id = 3; id < 100; ++id)
         tool.database.add(id, u"Konto " + base::decimal(id));
     for (int click = 0; click < 2; ++click)
-        window.cmbAddNew.userClicked();  // the second fills the list anew
+        window.cmbAddNew.userClicked();  // the second click fills the list again
     const auto ask = [this](UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
         return static_cast<int>(SendMessageW(list(), message, wParam, lParam));
     };
     setClient(*peer, {640, 600});
     const int last = ask(LVM_GETCOUNTPERPAGE) - 1;
     window.lvwBenKto.ListItems(last + 1).Select();
-    const auto isInSight = [&] {
+    const auto isVisible = [&] {
         const int top = ask(LVM_GETTOPINDEX);
         return top <= last && last < top + ask(LVM_GETCOUNTPERPAGE);
     };
     setClient(*peer, {640, 400});
     EXPECT_LE(ask(LVM_GETCOUNTPERPAGE), last);
-    EXPECT_TRUE(isInSight());
+    EXPECT_TRUE(isVisible());
     ask(LVM_SCROLL, 0, 3000);
-    EXPECT_FALSE(isInSight());
+    EXPECT_FALSE(isVisible());
     const int top = ask(LVM_GETTOPINDEX);
     setClient(*peer, {640, 405});
     EXPECT_EQ(ask(LVM_GETTOPINDEX), top) << "the user has scrolled the selected row away";
@@ -290,7 +290,7 @@ TEST_F(LayoutTest, AResizedListKeepsItsSelectedRowInSightAndItsGivenWidths) {
     }
 }
 
-TEST_F(LayoutTest, SpareRoomGoesToTheListAndThePath) {
+TEST_F(LayoutTest, ExtraSpaceGoesToTheListAndThePath) {
     setClient(*peer, {620, 366});
     const auto small = allShown(*peer);
     setClient(*peer, {1020, 666});
@@ -304,12 +304,12 @@ TEST_F(LayoutTest, SpareRoomGoesToTheListAndThePath) {
     }
 }
 
-TEST_F(LayoutTest, StartFitsASmallNotebookAt125Percent) {
+TEST_F(LayoutTest, TheFirstSizeFitsASmallNotebookAt125Percent) {
     const SIZE client = win32::firstClientSize(win32::layoutOf(window), window, 120);
     RECT rect{0, 0, client.cx, client.cy};
     AdjustWindowRectExForDpi(&rect, WS_OVERLAPPEDWINDOW, FALSE, 0, 120);
     EXPECT_LE(rect.right - rect.left, 1366);
-    EXPECT_LE(rect.bottom - rect.top, 768 - 50);  // less a task bar at 125 %
+    EXPECT_LE(rect.bottom - rect.top, 768 - 50);  // minus a task bar at 125 %
 }
 
 TEST_F(LayoutTest, LoginDialogKeepsItsPositionsInTwipsAtEverySize) {
@@ -320,7 +320,7 @@ TEST_F(LayoutTest, LoginDialogKeepsItsPositionsInTwipsAtEverySize) {
         moveToResolution(*peer, dpi);
         const auto pixels = [dpi](int twips) { return MulDiv(twips, dpi, 1440); };
         EXPECT_EQ(clientOf(*peer).cx, pixels(login.clientWidthTwips()));
-        // The frame here always has the size for one resolution.
+        // The frame of the window does not follow the resolution here.
         EXPECT_GE(clientOf(*peer).cy, pixels(login.clientHeightTwips()));
         for (const Shown& one : allShown(*peer)) {
             const forms::Bounds& bounds = one.control->bounds();

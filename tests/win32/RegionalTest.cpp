@@ -59,7 +59,7 @@ TEST(SystemRegional, GivesValuesTheTextThatTheUserWouldWrite) {
     EXPECT_EQ(errorOf([&] { regional.toText(base::Bytes{1}); }), 13);
 }
 
-TEST(SystemRegional, ComparesWithoutRegardToCaseInTheOrderOfTheLanguage) {
+TEST(SystemRegional, ComparesInTheOrderOfTheLanguageIgnoringCase) {
     const SystemRegional regional;
     EXPECT_EQ(regional.compare(u"MÜLLER", u"müller"), 0);
     EXPECT_LT(regional.compare(u"Öl", u"Pol"), 0);

@@ -18,7 +18,7 @@ struct Folder final : platform::ProgramFolder {
     test::TempFolder folder;
 };
 
-TEST(SettingsFile, GivesTheFolderAsTheFileHoldsItInTheAnsiCodePageOrTheProgramFolder) {
+TEST(SettingsFile, GivesTheFolderFromAFileInTheAnsiCodePageOrTheProgramFolder) {
     for (const auto& [settings, wanted] : std::initializer_list<std::pair<std::string, std::optional<base::Text>>>{
              {"[SETTINGS]\r\nBenKtoPath=D:\\Konten\r\n", u"D:\\Konten"},
              {"[settings]\nBENKTOPATH = D:\\B\xFCro\\ \n", u"D:\\Büro\\"},

@@ -16,7 +16,7 @@ def go_to(accounts, name):
 
 
 def fill(accounts, name=None, path=None):
-    """Types into the boxes as an input method does: the keyboard lacks many characters."""
+    """Types into the text boxes as an input method does, because the keyboard lacks many characters."""
     tool = accounts.tool
     for box, text in (("txtUserNameDexo", name), ("txtPathGlobal", path)):
         if text is not None:

@@ -8,7 +8,7 @@ from driver import SETTLE_SECONDS, check, equal, journey, until
 
 
 @journey
-def every_click_on_a_header_turns_the_order_however_soon_it_comes(scene):
+def every_click_on_a_header_reverses_the_order_even_if_clicks_follow_fast(scene):
     with scene.tool() as tool:
         accounts = tool.accounts()
         name = names(accounts)[3]
@@ -27,7 +27,7 @@ def every_click_on_a_header_turns_the_order_however_soon_it_comes(scene):
             rows = accounts.list(0, 100)["rows"]
             texts = [row[column].casefold().translate(str.maketrans("äöü", "aou")) for row in rows]
             plain = [text for text in texts if re.fullmatch(r"[a-z0-9 ,.&()$:\\-]*", text)]  # sorted alike everywhere
-            check(len(plain) > 4, f"{rows} hold too few texts of German letters")
+            check(len(plain) > 4, f"{rows} have too few texts of letters that sort alike everywhere")
             equal(plain, sorted(plain, reverse=wanted[column] == 1), f"the order by column {column}")
             equal((accounts.shown()[0], rows[accounts.selected()][0]), (name, name), "the account shown and selected")
 

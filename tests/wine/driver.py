@@ -68,12 +68,12 @@ def until(ask, what, seconds=WAIT_SECONDS):
         answer = ask()
         if answer is not None and answer is not False:
             return answer
-        check(time.monotonic() < end, f"waited in vain: {what}")
+        check(time.monotonic() < end, f"timed out: {what}")
         time.sleep(0.02)
 
 
-def looking_default(controls):
-    """The names of the buttons that are drawn as the default button."""
+def default_buttons(controls):
+    """The names of the buttons that are drawn as default buttons."""
     kind, default = 0xF, 1  # bits of a button's style
     return [name for name, control in controls.items()
             if control["class"] == "Button" and control["style"] & kind == default]
@@ -138,7 +138,7 @@ class Session:
                        stdout=subprocess.DEVNULL, timeout=WAIT_SECONDS)
 
     def has_keyboard(self, title):
-        """Whether the display gives key presses to a window with this title. Windows takes a window to be in front a
+        """Whether the display gives key presses to a window with this title. Windows reports a window in front a
         moment earlier, and keys pressed in between are lost."""
         return subprocess.run(["xdotool", "getwindowfocus", "getwindowname"], env=self.environment, text=True,
                               capture_output=True, timeout=WAIT_SECONDS).stdout.rstrip("\n") == title
@@ -154,7 +154,7 @@ class Tool:
     """One run of the exe, in a folder of its own."""
 
     def __init__(self, session, folder, account_file=None, settings=None, faults=()):
-        """@param account_file  copied beside the exe as BenKTO.mdb
+        """@param account_file  copied next to the exe as BenKTO.mdb
         @param settings      bytes of Tolv.ini; None: there is no such file
         @param faults        of the provider behind COM (tests/comdouble/EngineThroughCom.cpp), each as the words of a line"""
         self.session, self.folder = session, folder
@@ -234,7 +234,7 @@ class Tool:
 
     # What other programs do
 
-    def others_want_it_closed(self, window, close_button):
+    def ask_it_to_close(self, window, close_button):
         """Sends every message that asks a window to close. The window must not object to the end of the session."""
         for code, words in ((WM_CLOSE, []), (WM_SYSCOMMAND, [SC_CLOSE])):
             self.session.ask("post", window, code, *words)

@@ -21,7 +21,7 @@ import commands  # noqa: F401  (registers its journeys)
 import writing  # noqa: F401
 from account_window import error_box_ends_the_program
 from driver import (BOX_CLASS, JOURNEYS, LOGIN_CONTROLS, LOGIN_TITLE, PASSWORD, ROOT, SC_MAXIMIZE, SETTLE_SECONDS, TITLE,
-                    WM_SYSCOMMAND, Failure, Session, Tool, check, enter_architecture, equal, journey, looking_default, until)
+                    WM_SYSCOMMAND, Failure, Session, Tool, check, default_buttons, enter_architecture, equal, journey, until)
 
 
 class Scene:
@@ -87,13 +87,13 @@ def wrong_password_is_refused_and_the_right_one_opens(scene):
             equal((box["title"], box["text"], box["icon"], box["buttons"]),
                   (TITLE, "Falsches Passwort.", "critical", ["OK"]), "the box")
             equal((box["owner"], box["ownerEnabled"]), (login.window, False), "its owner and whether that is enabled")
-            tool.others_want_it_closed(login.window, login.controls()["cmdAbbrechen"]["handle"])
+            tool.ask_it_to_close(login.window, login.controls()["cmdAbbrechen"]["handle"])
             tool.key("Return")
             equal(tool.window(LOGIN_TITLE), login.window, "the dialog afterwards")
             equal(login.typed(), wrong, "the text afterwards")
             until(lambda: login.controls()["txtPasswort"]["focus"], "the focus back in the password box")
-        for default in ("cmdLogin", "cmdLogin", "cmdAbbrechen", "cmdLogin"):  # of the box, both buttons, the box again
-            until(lambda: looking_default(login.controls()) == [default], f"{default} alone looks as if Enter pressed it")
+        for default in ("cmdLogin", "cmdLogin", "cmdAbbrechen", "cmdLogin"):  # focus: box, both buttons, box
+            until(lambda: default_buttons(login.controls()) == [default], f"only {default} looks like a default button")
             tool.key("Tab")
         tool.key("shift+Tab")
         login.type_password(PASSWORD)
@@ -102,7 +102,7 @@ def wrong_password_is_refused_and_the_right_one_opens(scene):
 
 
 @journey
-def cancelling_touches_nothing(scene):
+def cancelling_changes_nothing(scene):
     for keys in (["Tab", "Tab", "Return"], ["Escape"], ["alt+F4"]):
         tool = scene.tool()
         before = state_of(tool.folder)
@@ -202,8 +202,8 @@ def the_selection_moves_with_keys_and_clicks_and_cannot_be_emptied(scene):
 
 
 @journey
-def windows_are_whole(scene):
-    """What is drawn on a screen; tests/win32 shows that nothing is clipped at any size."""
+def windows_are_drawn_completely(scene):
+    """Checks what is drawn on the screen; tests/win32 checks that nothing is clipped at any size."""
     with scene.tool() as tool:
         width = tool.tree(tool.login().window, LOGIN_CONTROLS)["client"][2]
         equal(width, round(330 * scene.session.dpi / 96), "the width of the dialog in pixels")
@@ -223,7 +223,7 @@ def expect_painted(scene, accounts, what):
         before = accounts.tree()
         time.sleep(SETTLE_SECONDS)
         return before if accounts.tree() == before else None
-    tree = until(unchanged, "the window comes to rest")
+    tree = until(unchanged, "the window no longer changes")
     scene.picture(what)
     for control in tree["children"]:
         if control["text"]:
@@ -291,7 +291,7 @@ def main():
     parser.add_argument("--keep-pictures", metavar="DIR", type=pathlib.Path)
     parser.add_argument("--through", choices=("embedded", "com"), default="embedded", help="the engine behind the tool")
     parser.add_argument("--file", metavar="FILE", type=pathlib.Path, action="append", default=[],
-                        help="an account file, with a dozen accounts or none, instead of our own like it")
+                        help="an account file to use instead of the one made with twelve accounts, or with none")
     arguments = parser.parse_args()
     enter_architecture(arguments.arch)
     built = ROOT / f"out/build/windows-{arguments.arch}"

@@ -37,7 +37,7 @@ def a_failure_at_the_start_or_at_the_end_is_shown_and_changes_nothing(scene):
             check(tool.database.read_bytes() == before, f"{fault}: the file changed")
 
 
-# Commands: each brings the rows to what the file must hold afterwards, and returns the last key to press.
+# Commands: each changes `rows` to what the file must contain afterwards, and returns the last key to press.
 
 def new_account(accounts, rows):
     add_row(rows, "Neu", "C:\\Neu")
@@ -53,7 +53,7 @@ def deletion(accounts, rows):
 
 
 def ends_well(accounts, count):
-    """Whether the command ends with so many accounts in the list and not with an error box."""
+    """Whether the command ends with `count` accounts in the list and not with an error box."""
     tool = accounts.tool
 
     def seen():
@@ -67,8 +67,8 @@ def ends_well(accounts, count):
 
 
 def done_once_or_not_at_all(command, refused):
-    """@param refused  the call that writes. In the first run the provider refuses it; in each of the others the
-    connection dies one statement later than in the last, from the first one after signing in until the command works."""
+    """@param refused  the call that writes. In the first run the provider refuses it. In the next runs the connection
+    dies at the first statement after signing in, at the second, and so on, until the command succeeds."""
     def run(scene):
         deaths = ((("statements", left), -2147467259, DIED) for left in itertools.count(2))
         was_done = False
@@ -87,7 +87,7 @@ def done_once_or_not_at_all(command, refused):
                 compare_rows(scene, tool, rows if is_written else before)
                 check(is_written or not was_done, f"undone again with {fault}")
                 was_done = is_written
-        check(was_done, "no connection died behind the write")
+        check(was_done, "no connection died after the write")
     run.__name__ = f"{command.__name__}_is_done_once_or_not_at_all"
     journey(run)
 

@@ -76,7 +76,7 @@ setxkbmap de # before Wine starts, because Wine reads the layout only once
 openbox --sm-disable </dev/null >"$RUN/openbox.log" 2>&1 &
 started=($! "${started[@]}")
 
-$TOLV_WINESERVER -p60 # keeps running between two exes; otherwise each start would be a cold one
+$TOLV_WINESERVER -p60 # keeps running between two exes, so that the next one starts fast
 timeout -k 5 "$limit" "$@" <&0 &
 started=($! "${started[@]}")
 wait "$!"

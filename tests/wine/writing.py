@@ -11,7 +11,7 @@ import time
 
 from account_window import answer, can_reset, error_box_ends_the_program, fill, is_clean, is_red, names, press, toggled
 from driver import (BOX_CLASS, SETTLE_SECONDS, TITLE, VK_DOWN, WM_ENDSESSION, WM_KEYDOWN, WM_QUERYENDSESSION, check,
-                    equal, journey, looking_default, until)
+                    default_buttons, equal, journey, until)
 
 GREY = 0xC0C0C0
 INITIAL = "a4c123b1612dd272d1371c17149d439536b3216fdaeeb975729fae923d5a4fd1"
@@ -23,8 +23,8 @@ FIRST_USER_BYTE = 0x10000001
 
 
 def writing(file="twelve"):
-    """A journey on a copy of that file. It gets the account window and the rows by number as they are at the start,
-    and changes these rows to what the file must hold at the end."""
+    """A journey on a copy of that file. It gets the account window and the rows by id as they are at the start,
+    and changes these rows to what the file must contain at the end."""
     def register(function):
         @functools.wraps(function)
         def run(scene):
@@ -94,7 +94,7 @@ def delete(accounts, key="j", meanwhile=None):
 
 
 @writing()
-def an_account_is_created_announced_changed_and_asked_for_with_names_of_any_script(scene, accounts, rows):
+def an_account_with_a_name_in_any_script_is_created_announced_and_changed(scene, accounts, rows):
     first, second, path = "Łukasz & Śmigły 李", "&Ωmega && Co", "D:\\Łódź & 李"
     notice = enter_new_account(accounts, f" {first} ", f" {path}\\ ")
     press(accounts, "chbProgrammupdate")
@@ -138,7 +138,7 @@ def a_reset_by_keyboard_and_four_more_enters_delete_nothing(scene, accounts, row
            picture=lambda: scene.picture("reset"))
     until(lambda: not accounts.controls()["cmbResetPWD"]["enabled"], "the button disabled")
     equal(accounts.focus(), "lvwBenKto", "the focus")
-    equal(looking_default(accounts.controls()), [], "buttons that look as if Enter pressed them")
+    equal(default_buttons(accounts.controls()), [], "the buttons drawn as default buttons")
     tool.key("Return", "Return", "Return", "Return")
     time.sleep(SETTLE_SECONDS)
     tool.window(TITLE)
@@ -148,15 +148,15 @@ def a_reset_by_keyboard_and_four_more_enters_delete_nothing(scene, accounts, row
 # Boxes, and other programs
 
 @writing()
-def nobody_closes_the_window_while_a_box_is_open(scene, accounts, rows):
+def the_window_cannot_be_closed_while_a_box_is_open(scene, accounts, rows):
     tool = accounts.tool
 
     def others_try():
         before = accounts.selected(), accounts.shown()
         tool.session.ask("post", accounts.list_handle, WM_KEYDOWN, VK_DOWN)
-        tool.others_want_it_closed(accounts.window, accounts.controls()["cmdAbbrechen"]["handle"])
-        check(any(w["handle"] == accounts.window for w in tool.windows()), "the window is gone under a box")
-        equal((accounts.selected(), accounts.shown()), before, "the selected row and the fields under a box")
+        tool.ask_it_to_close(accounts.window, accounts.controls()["cmdAbbrechen"]["handle"])
+        check(any(w["handle"] == accounts.window for w in tool.windows()), "the window was closed while a box was open")
+        equal((accounts.selected(), accounts.shown()), before, "the selected row and the fields while a box is open")
 
     path = accounts.shown()[1]
     press(accounts, "cmdGlobal")
@@ -190,7 +190,7 @@ def locked(path, byte):
 
 
 @writing()
-def a_save_beside_a_writer_ends_the_program(scene, accounts, rows):
+def a_save_while_another_program_writes_ends_the_program(scene, accounts, rows):
     fill(accounts, "Anders", "C:\\anders")  # the first account of a foreign file may have no name
     with locked(accounts.tool.database, LOCK_BYTE):
         accounts.tool.key("ctrl+s")
@@ -198,7 +198,7 @@ def a_save_beside_a_writer_ends_the_program(scene, accounts, rows):
 
 
 @writing()
-def a_new_account_beside_a_user_of_the_original_engine_is_refused_before_it_is_announced(scene, accounts, rows):
+def a_new_account_is_refused_before_it_is_announced_if_the_original_engine_has_the_file(scene, accounts, rows):
     slot = accounts.tool.database.with_suffix(".ldb")
     slot.write_bytes(b"PC17".ljust(32, b"\0") + b"Meier".ljust(32, b"\0"))
     enter_new_account(accounts, "Neu", "C:\\Neu")

@@ -52,7 +52,7 @@ void Interruption::watch(int signal) {
     restore_[signal] = [signal, before] { sigaction(signal, &before, nullptr); };
 }
 
-/// From the look for a note to the wait, the signals are held back.
+/// The signals are blocked from the check until the wait begins, so that none is missed in between.
 bool Interruption::waitForInput(int descriptor) const {
     sigset_t watched;
     sigset_t before;

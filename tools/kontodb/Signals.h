@@ -12,8 +12,8 @@ struct Interrupted {
     int signal;
 };
 
-/// While this lives, Ctrl-C and the other orders to end only leave a note. A call that waits returns then. Orders that
-/// the program was started to ignore stay ignored.
+/// While this lives, Ctrl-C and the other signals that end the program are only recorded, and waiting system calls
+/// return. Signals that the program was started to ignore stay ignored.
 class Interruption {
 public:
     /// @param further  signals besides those that end the program
@@ -22,16 +22,16 @@ public:
     Interruption(const Interruption&) = delete;
     Interruption& operator=(const Interruption&) = delete;
 
-    /// @return the one that came last; 0 if none has
+    /// @return the signal that came last; 0 if none has come
     static int signal();
 
 #ifndef _WIN32
-    /// Waits until the descriptor has input. One that comes just before the wait ends it, too.
-    /// @return false if one has come
+    /// Waits until the descriptor has input or a signal comes. A signal just before the wait ends it, too.
+    /// @return false if a signal has come
     bool waitForInput(int descriptor) const;
 #endif
 
-    /// @throws Interrupted if one has come
+    /// @throws Interrupted if a signal has come
     static void check();
 
 private:

@@ -207,9 +207,9 @@ constexpr std::array<std::uint8_t, 256> kNeedsQuotes = [] {
     return needed;
 }();
 
-/// One byte at a time, without a branch. Copying eight at once where all are plain was slower: most texts of accounts
-/// are short, or have a special unit in their first bytes.
-/// @param out  kMostLatinBytes of room
+/// Takes one byte at a time, without a branch. Copying eight plain bytes at once was slower, because most texts of
+/// accounts are short or have a special unit in their first bytes.
+/// @param out  has space for kMostLatinBytes
 /// @return the end of what was put
 inline char* putForm(char* out, const LatinForm& form) {
     std::memcpy(out, form.bytes.data(), form.bytes.size());
@@ -230,7 +230,7 @@ char* writePlainLatin(char* room, std::span<const std::uint8_t> units) {
 }
 
 char* writeCsvLatin(char* const room, std::span<const std::uint8_t> units, char separator) {
-    unsigned special = units.empty() ? 1U : 0U;  // collected without branches, which would be predicted wrongly
+    unsigned special = units.empty() ? 1U : 0U;  // without branches, because they are often mispredicted
     char* out = room;
     for (const std::uint8_t unit : units) {
         out = putForm(out, kCsvForms[unit]);

@@ -36,7 +36,7 @@ int create(std::span<const base::Text> arguments, Console& console) {
     line.requireOperands({u"DATEI"});
     const auto accounts = static_cast<std::uint32_t>(line.number(u"--accounts", 0, kMostAccounts));
     const std::uint64_t seed = line.number(u"--seed", 1, kLargestSeed);
-    // Before anybody types a password in vain; the making itself looks again.
+    // Checked before the user types a password; make() checks it again.
     if (std::filesystem::exists(std::filesystem::path(line.operand(0)))) throw jet::fileExists(line.operand(0));
     const base::Text password = newPassword(line, console).value_or(base::Text(tolv::kAdministratorPassword));
 

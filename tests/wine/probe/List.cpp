@@ -53,7 +53,7 @@ Json cell(HWND list, int row, int column) {
     return text(answerOf(list, LVM_GETITEMTEXTW, row, item, &LVITEMW::pszText).text);
 }
 
-/// The array of what is made of each whole number in [first, end).
+/// The array of make(index) for each index in [first, end).
 template <class Make>
 Json arrayOf(int first, int end, Make&& make) {
     std::vector<Json> items;

@@ -10,7 +10,7 @@
 #include "base/Text.h"
 #include "win32/SystemHeaders.h"
 
-/// JSON on one line, put together from the inside outwards.
+/// Builds JSON on one line, from the innermost values outwards.
 namespace probe {
 
 using Json = std::string;

@@ -117,7 +117,7 @@ Json type(const std::wstring& text) {
     return std::to_string(SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT)));
 }
 
-/// The words of one command. A word that is left out is 0.
+/// The words of one command. A number that is left out is 0.
 class Words {
 public:
     explicit Words(const std::string& line) {
@@ -171,7 +171,7 @@ const std::map<std::string, std::function<Json(const Words&)>> kCommands = {
     {"held",
      [](const Words&) {
          const HWND window = FindWindowExW(HWND_MESSAGE, nullptr, L"comdouble", nullptr);
-         return window == nullptr ? text(L"nobody tells") : std::to_string(SendMessageW(window, WM_APP, 0, 0));
+         return window == nullptr ? text(L"no such window") : std::to_string(SendMessageW(window, WM_APP, 0, 0));
      }},
 };
 

@@ -8,9 +8,9 @@
 namespace jet {
 
 /// A file in memory. The engine reads it, and the test changes it byte by byte.
-class FileAtHand : public PageSource {
+class EditableFile : public PageSource {
 public:
-    explicit FileAtHand(base::Bytes file) : bytes(std::move(file)) {}
+    explicit EditableFile(base::Bytes file) : bytes(std::move(file)) {}
 
     PageNumber pageCount() const override { return static_cast<PageNumber>(bytes.size() / kPageSize); }
     PageView page(PageNumber number) override {

@@ -1,8 +1,8 @@
 #include "ado/com/Factory.h"
 #include "tests/comdouble/Apartment.h"
-#include "tests/conformance/Way.h"
+#include "tests/conformance/Backend.h"
 
-conformance::Way conformance::makeWay() {
+conformance::Backend conformance::makeBackend() {
     const auto apartment = std::make_shared<comdouble::Apartment>();
     const ado::com::Classes classes{comdouble::kConnectionClass, comdouble::kRecordsetClass};
     return {apartment, std::make_unique<ado::com::Factory>(classes), [apartment] { apartment->expectNothingLeft(); }};

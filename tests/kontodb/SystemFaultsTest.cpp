@@ -15,15 +15,15 @@
 #include "tools/kontodb/PasswordPrompt.h"
 #include "tools/kontodb/Signals.h"
 
-/// What the system does to a program: no room, Ctrl-C, the end at any moment.
+/// What the system may do to kontodb: a full disk, missing rights, signals at any moment.
 namespace kontodb {
 namespace {
 
 using Milliseconds = std::chrono::milliseconds;
 constexpr int kDiskFull = 3;
 
-/// A copy of this process.
-/// @param work  returns its exit code
+/// Starts a copy of this process.
+/// @param work  is run in the copy and returns its exit code
 pid_t start(const std::function<int()>& work) {
     const pid_t child = ::fork();
     if (child != 0) return child;
@@ -41,13 +41,14 @@ int endOf(pid_t process) {
     return WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
 }
 
-class HardTimes : public Command {
+class SystemFaults : public Command {
 protected:
     static void make(const Text& accounts) {
         ASSERT_EQ(call({u"create", u"k.mdb", u"--password=", u"--accounts", accounts}).exitCode, kExitSuccess);
     }
 
-    /// @return the exit code of a process whose files may not be longer; kDiskFull for that error
+    /// @param limitBytes  no file may become longer, as on a full disk
+    /// @return the exit code; kDiskFull if the command reports a full disk
     static int callWithin(rlim_t limitBytes, const std::vector<Text>& arguments) {
         return endOf(start([&] {
             const rlimit limit{limitBytes, limitBytes};
@@ -59,7 +60,7 @@ protected:
     }
 };
 
-TEST_F(HardTimes, WritesAllOrNothingWhereTheRoomEndsAnywhere) {
+TEST_F(SystemFaults, WritesAllOrNothingWhereverTheDiskBecomesFull) {
     make(u"40");
     const std::string before = contentOf("k.mdb");
     const Text update = u"UPDATE Benutzerkonto SET BenKTO_ServerPath = '" + Text(200, u'ä') + u"'";
@@ -79,7 +80,7 @@ TEST_F(HardTimes, WritesAllOrNothingWhereTheRoomEndsAnywhere) {
     expect("\n$ check k.mdb\nIn Ordnung: …\n");
 }
 
-TEST_F(HardTimes, SaysWhatIsWriteProtected) {
+TEST_F(SystemFaults, SaysWhatIsWriteProtected) {
     namespace fs = std::filesystem;
     make(u"0");
     const Text change = u"INSERT INTO Benutzerkonto (BenKTO_Name) VALUES ('x')";
@@ -98,7 +99,7 @@ TEST_F(HardTimes, SaysWhatIsWriteProtected) {
         fs::permissions("k.mdb", static_cast<fs::perms>(fileRights));
         fs::permissions(".", static_cast<fs::perms>(0555));
         const auto tryIt = [&, &arguments = arguments, &error = error] {
-            if (::geteuid() == 0 && ::setuid(65534) != 0) return 1;  // an administrator may write everywhere
+            if (::geteuid() == 0 && ::setuid(65534) != 0) return 1;  // root may write everywhere
             const Outcome outcome = call(arguments);
             if (outcome.errors.find(error) != std::string::npos) return 0;
             std::cerr << outcome.errors << "wanted: " << error << std::endl;
@@ -109,7 +110,7 @@ TEST_F(HardTimes, SaysWhatIsWriteProtected) {
     fs::permissions(".", fs::perms::owner_all);
 }
 
-TEST_F(HardTimes, LeavesNoFileThatIsNotWholeWhenItIsEnded) {
+TEST_F(SystemFaults, LeavesNoIncompleteFileWhenASignalEndsIt) {
     const auto endsLeaving = [&](const std::vector<Text>& arguments, int signal, const std::vector<std::string>& left) {
         const std::size_t before = names().size();
         const pid_t process = start([&] { return call(arguments).exitCode; });
@@ -127,7 +128,7 @@ TEST_F(HardTimes, LeavesNoFileThatIsNotWholeWhenItIsEnded) {
     endsLeaving({u"compact", u"k.mdb", u"neu.mdb"}, SIGINT, {"k.mdb", "k.mdb-neu-1"});
 }
 
-TEST_F(HardTimes, ExecutesAllStatementsOrNoneWhenItIsEnded) {
+TEST_F(SystemFaults, ExecutesAllStatementsOrNoneWhenASignalEndsIt) {
     make(u"800");
     const std::string before = contentOf("k.mdb");
     write("a.sql",
@@ -140,7 +141,7 @@ TEST_F(HardTimes, ExecutesAllStatementsOrNoneWhenItIsEnded) {
     const std::string after = contentOf("k.mdb");
     for (const int signal : {SIGINT, SIGKILL}) {
         int ended = 0, journals = 0;
-        // At 20 moments of a run, then when the journal gets its name, until one is left.
+        // Ends 20 runs at different moments. If SIGKILL left no journal, ends further runs when the journal appears.
         for (int i = 0; i < 20 || (signal == SIGKILL && journals == 0 && i < 200); ++i) {
             write("k.mdb", before);
             const pid_t process = start([&] { return call(executing).exitCode; });
@@ -170,10 +171,10 @@ $ exec k.mdb "DELETE FROM Benutzerkonto WHERE BenKTO_ID = 0"
     EXPECT_FALSE(std::filesystem::exists("k.mdb-journal"));
 }
 
-TEST_F(HardTimes, ShowsAgainWhatIsTypedWhenThePasswordPromptIsEnded) {
+TEST_F(SystemFaults, RestoresTheEchoWhenASignalEndsThePasswordPrompt) {
     int keyboard = -1, terminal = -1;
     ASSERT_EQ(::openpty(&keyboard, &terminal, nullptr, nullptr, nullptr), 0);
-    const auto shows = [&] {
+    const auto echoes = [&] {
         termios settings{};
         return ::tcgetattr(terminal, &settings) == 0 && (settings.c_lflag & ECHO) != 0;
     };
@@ -189,11 +190,11 @@ TEST_F(HardTimes, ShowsAgainWhatIsTypedWhenThePasswordPromptIsEnded) {
                 return std::raise(interrupted.signal);
             }
         });
-        while (shows())
+        while (echoes())
             std::this_thread::sleep_for(Milliseconds(2));
         ASSERT_EQ(::write(keyboard, keys.data(), keys.size()), std::ssize(keys));
         EXPECT_EQ(endOf(process), -signal);
-        EXPECT_TRUE(shows()) << signal;
+        EXPECT_TRUE(echoes()) << signal;
     }
     ::close(keyboard);
     ::close(terminal);

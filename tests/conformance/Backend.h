@@ -7,15 +7,15 @@
 
 namespace conformance {
 
-/// One of the ways in which the tool reaches its database. Each test program is linked with one of them, and all
-/// programs have the same tests: what holds on one way must hold on the other.
-struct Way {
+/// One of the ways in which the tool reaches its database: our engine, or ADO through COM. Each test program is linked
+/// with one of them; all programs have the same tests.
+struct Backend {
     std::shared_ptr<void> surroundings;  ///< what must outlive the factory
     std::unique_ptr<ado::ConnectionFactory> connections;
     /// Fails the test if something is still held after everything made through the factory has been released.
     std::function<void()> expectNothingLeft;
 };
 
-Way makeWay();
+Backend makeBackend();
 
 }  // namespace conformance
