@@ -252,11 +252,7 @@ void IndexWriter::dropEmpty(std::size_t level) {
             lastChanged(level - 1);
         return;
     }
-    if (parent.node->size() == 0) {
-        parent.node->tail = 0;
-        dropEmpty(level - 1);
-        return;
-    }
+    if (parent.node->size() == 0) return dropEmpty(level - 1);
     // The last entry's child becomes the tail. Its entry goes up as the last entry of the subtree.
     const std::size_t last = parent.node->size() - 1;
     parent.position = last;

@@ -18,8 +18,8 @@ public:
     explicit Joined(base::Bytes bytes) : bytes_(std::move(bytes)) {}
 
     std::size_t size() const { return bytes_.size(); }
-    std::uint16_t u16(std::size_t at) const { return at + 2 <= size() ? base::ByteView{bytes_}.u16(at) : 0; }
-    std::uint32_t u32(std::size_t at) const { return at + 4 <= size() ? base::ByteView{bytes_}.u32(at) : 0; }
+    std::uint16_t u16(std::size_t at) const { return base::ByteView{take(at, 2)}.u16(0); }
+    std::uint32_t u32(std::size_t at) const { return base::ByteView{take(at, 4)}.u32(0); }
     base::Bytes take(std::size_t at, std::size_t count) const {
         base::Bytes taken(count, 0);
         for (std::size_t i = 0; i < count && at + i < size(); ++i)

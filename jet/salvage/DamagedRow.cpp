@@ -15,10 +15,10 @@ constexpr std::size_t kCountBytes = 2;
 
 /// The text of a damage error without its place ("Seite 5, Zeile 3: ") and its full stop.
 base::Text reasonOf(const base::RuntimeError& error) {
-    base::Text whole = damageOf(error).value_or(error.description());
-    if (whole.ends_with(u'.')) whole.pop_back();
-    const std::size_t colon = whole.find(u": ");
-    return whole.starts_with(u"Seite ") && colon != base::Text::npos ? whole.substr(colon + 2) : whole;
+    base::Text reason = error.description();
+    if (const auto damage = damageOf(error)) reason = damage->substr(damage->find(u": ") + 2);
+    if (reason.ends_with(u'.')) reason.pop_back();
+    return reason;
 }
 
 std::span<const std::uint8_t> partAt(const DamagedDataPage& page, RowPointer part) {

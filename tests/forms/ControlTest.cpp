@@ -123,6 +123,8 @@ TEST_F(ControlTest, theUsersInputRaisesTheEventOnceUnlessTheControlIsDisabledOrA
 
     form.check.userClicked();
     EXPECT_EQ(form.check.Value(), CheckBox::kUnchecked) << "a second click unchecks the box";
+    EXPECT_EQ(form.combo.List(0), u"a");
+    EXPECT_EQ(errorOf([&] { form.combo.List(2); }), 5);
     form.otherOption.userClicked();
     EXPECT_FALSE(form.option.Value());
     EXPECT_TRUE(form.otherOption.Value());

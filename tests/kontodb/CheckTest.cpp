@@ -1,9 +1,11 @@
 #include <algorithm>
+#include <cstring>
 #include <fstream>
 #include <functional>
 
 #include "jet/page/PageSource.h"
 #include "tests/kontodb/Command.h"
+#include "tools/kontodb/Progress.h"
 
 namespace kontodb {
 namespace {
@@ -78,6 +80,24 @@ TEST_F(Check, PrintsOneLineIfTheFileIsSoundOtherwiseOneForEachFault) {
     const Outcome outcome = check();
     EXPECT_EQ(outcome.exitCode, kExitError) << "no database";
     EXPECT_NE(outcome.errors, "");
+}
+
+TEST(Progress, IsShownOnATerminalAndErasedAtTheEnd) {
+    struct : FakeConsole {
+        bool isErrorTerminal() override { return isScreen; }
+    } console;
+    struct Case {
+        std::uint64_t done, all;
+        const char* line;
+    };
+    for (const Case& c : {Case{1, 3, "Probe: 33 %"}, {0, 0, "Probe: 0 %"}, {9, 5, "Probe: 100 %"}})
+        for (const bool isScreen : {true, false}) {
+            console.isScreen = isScreen;
+            console.errors.clear();
+            Progress(console, "Probe", std::chrono::seconds(0)).at(c.done, c.all);
+            const std::string erased = "\r" + std::string(std::strlen(c.line), ' ') + "\r";
+            EXPECT_EQ(console.errors, isScreen ? "\r" + (c.line + erased) : "");
+        }
 }
 
 }  // namespace

@@ -27,6 +27,8 @@ constexpr int kDiskFull = 3;
 pid_t start(const std::function<int()>& work) {
     const pid_t child = ::fork();
     if (child != 0) return child;
+    std::signal(SIGINT, SIG_DFL);  // a shell makes its background work ignore it
+    std::signal(SIGQUIT, SIG_DFL);
     try {
         ::_exit(work());
     } catch (...) {

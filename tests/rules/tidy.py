@@ -7,9 +7,9 @@ Sources are checked in the groups in which the builds compile them together: mos
 which are then read once for many sources. They are copied into one file, because the analyzer skips what a file
 includes. Because a group hides an include that one of its sources lacks, each source of the product is also compiled
 alone, without generating code. The commands come from the native build, and for sources that only the Windows build
-compiles, from there. A clean result is stored under the hash of everything that it depends
-on (clang-tidy, its settings, the command, the sources and all headers of the project that they reach), outside the work
-tree, so that a fresh clone can use it.
+compiles, from there. A clean result is stored under the hash of everything that it depends on (clang-tidy, its
+settings, the command, the sources and all headers of the project that they reach), outside the work tree, so that a
+fresh clone can use it.
 """
 import concurrent.futures
 import hashlib

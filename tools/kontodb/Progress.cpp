@@ -7,13 +7,12 @@
 namespace kontodb {
 namespace {
 
-constexpr std::chrono::milliseconds kFirst{1000};
 constexpr std::chrono::milliseconds kBetween{250};
 
 }  // namespace
 
-Progress::Progress(Console& console, std::string_view what)
-    : console_(console), what_(what), isWatched_(console.isErrorTerminal()), next_(Clock::now() + kFirst) {}
+Progress::Progress(Console& console, std::string_view what, std::chrono::milliseconds quiet)
+    : console_(console), what_(what), isWatched_(console.isErrorTerminal()), next_(Clock::now() + quiet) {}
 
 Progress::~Progress() {
     if (shown_.empty()) return;

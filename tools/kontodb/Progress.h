@@ -9,13 +9,14 @@
 
 namespace kontodb {
 
-/// Tells a person at a terminal how far a long work has come: one line on the error output, from the first second on.
+/// Tells a person at a terminal how far a long work has come: one line on the error output, once it takes longer than a second.
 /// The line is erased when the work is over. Without a terminal nothing is written.
 class Progress {
 public:
     /// @param console  must outlive this
     /// @param what     UTF-8, what is being done, for example "Die Datei wird geprüft"
-    Progress(Console& console, std::string_view what);
+    /// @param quiet    for so long nothing is shown
+    Progress(Console& console, std::string_view what, std::chrono::milliseconds quiet = std::chrono::seconds(1));
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
