@@ -15,7 +15,7 @@ class ByteRangeError : public std::exception {
 public:
     ByteRangeError(std::size_t offset, std::size_t count, std::size_t size)
         : offsetBytes(offset), countBytes(count), sizeBytes(size) {}
-    const char* what() const noexcept override { return "read outside the bytes at hand"; }
+    const char* what() const noexcept override { return "read outside the bytes"; }
 
     std::size_t offsetBytes;
     std::size_t countBytes;

@@ -57,7 +57,7 @@ public:
 
     std::unique_ptr<jet::PageIo> openForReading() override { return counted(file_->openForReading(), true); }
     std::unique_ptr<jet::PageIo> openForWriting() override { return counted(file_->openForWriting(), true); }
-    bool journalLies() override { return file_->journalLies(); }
+    bool hasJournal() override { return file_->hasJournal(); }
     std::unique_ptr<jet::PageIo> openJournal() override { return counted(file_->openJournal(), false); }
     std::unique_ptr<jet::PageIo> createJournal() override { return counted(file_->createJournal(), false); }
     void finishJournal() override {

@@ -26,8 +26,8 @@ void LongValueCheck::claimColumn(const Column& column, const LongValueMaps& maps
         checkPage(page, pages.place);
     }
     if (!maps.pagesWithSpace.isNone()) {
-        if (auto free = context_.owners.checkFreeMap(maps.pagesWithSpace, *owned, pages.place))
-            pages.free = std::move(*free);
+        if (auto withSpace = context_.owners.readPagesWithSpace(maps.pagesWithSpace, *owned, pages.place))
+            pages.withSpace = std::move(*withSpace);
     }
     columns_.emplace(column.number, std::move(pages));
 }
@@ -61,7 +61,7 @@ void LongValueCheck::checkChain(ColumnPages& pages, const LongValueReference& re
         const Place at = pages.place.atRow(part);
         if (page.slotCount() != 1)
             context_.findings.note(at, u"Der Teil einer Kette ist nicht allein auf seiner Seite.");
-        if (pages.free.contains(part.page))
+        if (pages.withSpace.contains(part.page))
             context_.findings.note(at, u"Die Seite einer Kette steht in der Karte der Seiten mit Platz.");
         if (part == reference.first && page.stamp() != reference.stamp) {
             context_.findings.fault(at, u"Die Seite trägt die Marke " + base::decimal(page.stamp()) +

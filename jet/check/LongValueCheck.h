@@ -29,7 +29,7 @@ public:
 private:
     struct ColumnPages {
         CheckedMap owned;
-        CheckedMap free;
+        CheckedMap withSpace;
         std::unordered_set<std::uint32_t> used;  ///< row pointers of the parts
         Place place;
     };

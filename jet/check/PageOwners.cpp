@@ -129,7 +129,7 @@ std::optional<CheckedMap> PageOwners::readMap(RowPointer row, const Place& place
     return checked;
 }
 
-std::optional<CheckedMap> PageOwners::checkFreeMap(RowPointer row, const CheckedMap& owned, const Place& place) {
+std::optional<CheckedMap> PageOwners::readPagesWithSpace(RowPointer row, const CheckedMap& owned, const Place& place) {
     auto free = readMap(row, place);
     if (!free) return free;
     PageList strangers;

@@ -36,9 +36,9 @@ public:
     /// @return nothing, with a fault, if the map cannot be read or already belongs to another owner
     std::optional<CheckedMap> readMap(RowPointer row, const Place& place);
 
-    /// Checks the map of pages with space. It must not name pages that the map of owned pages lacks.
+    /// Reads and checks the map of pages with space. It must not name pages that the map of owned pages lacks.
     /// @return the map, if it can be read
-    std::optional<CheckedMap> checkFreeMap(RowPointer row, const CheckedMap& owned, const Place& place);
+    std::optional<CheckedMap> readPagesWithSpace(RowPointer row, const CheckedMap& owned, const Place& place);
 
     /// Compares the claimed pages with the map of free pages. To be called after all claims.
     /// @return the pages that have no owner, although the map does not call them free

@@ -34,7 +34,7 @@ public:
     void run() {
         const auto owned = context_.owners.readMap(definition_.ownedPages, place_);
         if (owned) {
-            context_.owners.checkFreeMap(definition_.pagesWithSpace, *owned, place_);
+            context_.owners.readPagesWithSpace(definition_.pagesWithSpace, *owned, place_);
             longValues_.claimPages();
             for (const PageNumber page : owned->pages)
                 takePage(page);

@@ -83,7 +83,7 @@ public:
         failToWrite(path_);
     }
 
-    bool journalLies() override {
+    bool hasJournal() override {
         if (lies(journal_)) return true;
         // If the file's name is too long for the journal's suffix, no journal was ever made.
         if (errno == ENOENT || errno == ENAMETOOLONG) return false;

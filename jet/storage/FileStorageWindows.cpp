@@ -97,7 +97,7 @@ public:
         return opened(handle, path_);
     }
 
-    bool journalLies() override {
+    bool hasJournal() override {
         const auto isFound = [native = nativePath(journal_)] {
             return GetFileAttributesW(native.c_str()) != INVALID_FILE_ATTRIBUTES;
         };

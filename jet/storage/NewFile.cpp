@@ -21,7 +21,7 @@ base::RuntimeError journalInTheWay(base::TextView path, base::TextView journalPa
 }  // namespace
 
 NewFile::NewFile(const base::Text& path) : NewFile(fileStorage(path)) {
-    if (storage_->journalLies()) throw journalInTheWay(path, storage_->journalPath());
+    if (storage_->hasJournal()) throw journalInTheWay(path, storage_->journalPath());
 }
 
 /// If a temporary file of this name exists, somebody may be writing it: so the next number is used.

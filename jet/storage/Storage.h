@@ -38,7 +38,7 @@ public:
     virtual std::unique_ptr<PageIo> openForWriting() = 0;
 
     /// Whether anything exists under the journal's name, even if it is not an ordinary file.
-    virtual bool journalLies() = 0;
+    virtual bool hasJournal() = 0;
     /// Opens for reading only. Refuses everything but ordinary files, and follows no links.
     virtual std::unique_ptr<PageIo> openJournal() = 0;
 

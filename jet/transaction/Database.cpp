@@ -42,8 +42,8 @@ void Database::checkPassword(base::TextView password) {
     if (!wanted.empty() && wanted != password) throw wrongPassword();
 }
 
-bool Database::journalLies() const {
-    return storage_ && storage_->journalLies();
+bool Database::hasJournal() const {
+    return storage_ && storage_->hasJournal();
 }
 
 ReadOperation Database::beginRead() {
@@ -53,7 +53,7 @@ ReadOperation Database::beginRead() {
 ReadOperation::SharedLock::SharedLock(Database& database) : SharedLock(*database.io_) {
     for (int rollBacks = 0;; ++rollBacks) {
         if (!io_.lock(LockKind::Shared, kLockWait)) throw fileInUse(database.path_);
-        if (database.rule_ == LeftJournalRule::Ignore || !database.journalLies()) return;
+        if (database.rule_ == LeftJournalRule::Ignore || !database.hasJournal()) return;
         io_.lock(LockKind::None, {});
         Storage& storage = *database.storage_;
         if (database.rule_ == LeftJournalRule::Refuse || rollBacks == kRollBacks)
@@ -73,7 +73,7 @@ ReadOperation::ReadOperation(Database& database)
       pages_(std::make_unique<PageFile>(*database.io_, header_.databaseKey)) {}
 
 std::optional<base::Text> ReadOperation::leftJournal() const {
-    return database_.journalLies() ? std::optional(database_.storage_->journalPath()) : std::nullopt;
+    return database_.hasJournal() ? std::optional(database_.storage_->journalPath()) : std::nullopt;
 }
 
 }  // namespace jet

@@ -51,7 +51,7 @@ private:
     Database(std::unique_ptr<PageIo> io, base::Text path) : io_(std::move(io)), path_(std::move(path)) {}
 
     void checkPassword(base::TextView password);
-    bool journalLies() const;
+    bool hasJournal() const;
 
     std::unique_ptr<Storage> storage_;  ///< null if the bytes are in no file
     std::unique_ptr<PageIo> io_;

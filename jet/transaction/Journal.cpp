@@ -161,7 +161,7 @@ void Journal::write(PageIo& file, PageNumber oldPageCount, const std::vector<Pag
 
 void Journal::recover(PageIo& file, Cause cause) {
     storage_.removeNewJournal();
-    if (!storage_.journalLies()) return;
+    if (!storage_.hasJournal()) return;
     settle(file, *storage_.openJournal(), cause);
     if (!storage_.removeJournal()) throw journalStays(storage_.path(), storage_.journalPath());
 }

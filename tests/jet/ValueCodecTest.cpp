@@ -39,8 +39,8 @@ TEST(ValueCodec, ReadsAndWritesEveryTypeOfValue) {
         {ColumnType::Guid, "01 02 03 04 05 06 07 08 09 0A 0B 0C 0D 0E 0F 10",
          base::Guid{{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16}}},
         // A sign, then four words, the highest first.
-        {ColumnType::Numeric, "80 00 00 00 00 00 00 00 00 01 00 00 00 02 00 00 00",
-         base::Decimal{true, 2, {2, 1, 0, 0}}},
+        {ColumnType::Numeric, "80 04 00 00 00 03 00 00 00 01 00 00 00 02 00 00 00",
+         base::Decimal{true, 2, {2, 1, 3, 4}}},
     };
     for (const StoredValue& each : cases) {
         EXPECT_EQ(decodeValue(column(each.type), fromHex(each.stored), {}), each.value) << each.stored;

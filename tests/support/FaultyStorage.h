@@ -227,7 +227,7 @@ private:
             if (state_->refusal == Refusal::ReadOnly) throw jet::readOnly();
             return state_->refusal == Refusal::InUse ? nullptr : open(state_->file);
         }
-        bool journalLies() override { return state_->names.journal != nullptr; }
+        bool hasJournal() override { return state_->names.journal != nullptr; }
         std::unique_ptr<jet::PageIo> openJournal() override { return open(state_->names.journal); }
         std::unique_ptr<jet::PageIo> createJournal() override {
             const auto made = std::make_shared<DiskFile>(base::Bytes{});

@@ -82,7 +82,7 @@ private:
     static std::unique_ptr<jet::PageIo> open(const base::Text& path) {
         const auto storage = jet::fileStorage(path);
         auto io = storage->openForReading();
-        if (storage->journalLies()) throw jet::journalLeft(path, storage->journalPath());
+        if (storage->hasJournal()) throw jet::journalLeft(path, storage->journalPath());
         return io;
     }
 
