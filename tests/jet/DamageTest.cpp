@@ -143,19 +143,15 @@ void addReport(const SalvageReport::Table& table, Lines& lines) {
 /// Appends the lines to `text`, each after this sign. Of many lines with the same beginning only the first `limit` are
 /// shown, of those about system tables only one.
 void show(const Lines& lines, const std::string& sign, std::size_t limit, std::string& text) {
+    const auto put = [&](const std::string& line) {
+        text.append("  ").append(sign).append(" ").append(line).append("\n");
+    };
+    const auto limitOf = [&](const std::string& line) { return line.starts_with("MSys") ? 1 : limit; };
     std::map<std::string, std::size_t> counts;
     for (const std::string& line : lines)
-        if (++counts[line.substr(0, line.find(':'))] <= (line.starts_with("MSys") ? 1 : limit))
-            text.append("  ").append(sign).append(" ").append(line).append("\n");
+        if (++counts[line.substr(0, line.find(':'))] <= limitOf(line)) put(line);
     for (const auto& [beginning, count] : counts)
-        if (count > limit - (beginning.starts_with("MSys") ? 1 : 0))
-            text.append("  ")
-                .append(sign)
-                .append(" ")
-                .append(beginning)
-                .append(": ")
-                .append(numbered(count))
-                .append(" in all\n");
+        if (count > limitOf(beginning)) put(beginning + ": " + numbered(count) + " in all");
 }
 
 /// Decimal and hexadecimal numbers become "#".

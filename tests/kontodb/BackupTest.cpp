@@ -51,7 +51,7 @@ begonnen.mdb: 0 Konten
 )");
     write("begonnen.mdb-journal", "an interrupted writing");
     write("da.mdb", "schon da");
-    for (const std::string command : {"\n$ backup ", "\n$ compact "}) {
+    for (const std::string command : {"\n$ backup ", "\n$ compact ", "\n$ repair "}) {
         expect(command + "geheim.mdb neu.mdb --password=falsch\n! kontodb: -2147217843: …\n");
         expect(command + "begonnen.mdb neu.mdb\n! kontodb: -2147467259: …hinterlassen…\n");
         expect(command + "Konten.mdb da.mdb\n! kontodb: 58: Die Datei 'da.mdb' existiert bereits.\n");

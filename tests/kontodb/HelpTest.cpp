@@ -48,6 +48,9 @@ TEST_F(Help, ShowsTheUsageAndWhatIsWrongInACall) {
          "query zeigt Zeilen; UPDATE, DELETE und INSERT führt exec aus.\n! Aufruf und Optionen zeigt: kontodb help "
          "query\n"},
         {"exec a.mdb", "Es fehlt das Argument ANWEISUNG.\n…\n"},
+        {"import a.mdb", "Es fehlt das Argument CSV.\n…\n"},
+        {"compact a.mdb", "Es fehlt das Argument ZIEL.\n…\n"},
+        {"repair a.mdb", "Es fehlt das Argument ZIEL.\n…\n"},
         {"exec a.mdb -", "Es ist keine Anweisung da.\n…\n"},
         {"exec a.mdb DELETE --file x", "Die Anweisung steht entweder…\n"},
         {"exec a.mdb \"SELECT * FROM x\"", "exec führt UPDATE, DELETE und INSERT aus; Zeilen zeigt query.\n…\n"},

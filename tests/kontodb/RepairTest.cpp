@@ -11,9 +11,7 @@ class Repair : public Command {
 protected:
     Repair() { call({u"create", file_, u"--accounts", u"50", u"--password", u"geheim"}); }
 
-    Outcome repair(const Text& password = u"geheim") const {
-        return call({u"repair", file_, target_, u"--password", password});
-    }
+    Outcome repair() const { return call({u"repair", file_, target_, u"--password", u"geheim"}); }
 
     void overwrite(std::streamoff page, std::streamoff offset, const std::string& bytes) const {
         std::fstream file(std::filesystem::path(file_), std::ios::binary | std::ios::in | std::ios::out);
@@ -43,18 +41,6 @@ TEST_F(Repair, ReportsLossesAndHasExitCodeOneOnlyIfThereAreAny) {
     EXPECT_NE(outcome.printed.find("Hinweis: Das Datenbankkennwort"), std::string::npos);
     EXPECT_TRUE(contentOf(file_) == damaged);
     EXPECT_EQ(call({u"check", target_, u"--password=geheim"}).exitCode, kExitSuccess);
-}
-
-TEST_F(Repair, NeverOverwritesAFileAndLeavesNoPartOfOne) {
-    EXPECT_EQ(repair(u"falsch").exitCode, kExitError);
-    EXPECT_EQ(names().size(), 1U);
-    std::ofstream(std::filesystem::path(target_)) << "schon da";
-    EXPECT_EQ(repair().exitCode, kExitError);
-    EXPECT_EQ(contentOf(target_), "schon da");
-    std::filesystem::remove(target_);
-    std::ofstream(std::filesystem::path(file_ + u"-journal")) << "an interrupted writing";
-    EXPECT_EQ(repair().exitCode, kExitError);
-    EXPECT_FALSE(std::filesystem::exists(target_));
 }
 
 }  // namespace

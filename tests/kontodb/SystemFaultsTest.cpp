@@ -14,6 +14,7 @@
 #include "tests/kontodb/Command.h"
 #include "tools/kontodb/PasswordPrompt.h"
 #include "tools/kontodb/Signals.h"
+#include "tools/kontodb/StandardConsole.h"
 
 /// What the system may do to kontodb: a full disk, missing rights, signals at any moment.
 namespace kontodb {
@@ -171,6 +172,20 @@ $ exec k.mdb "DELETE FROM Benutzerkonto WHERE BenKTO_ID = 0"
         EXPECT_EQ(journals > 0, signal == SIGKILL);
     }
     EXPECT_FALSE(std::filesystem::exists("k.mdb-journal"));
+}
+
+TEST_F(SystemFaults, ReportsOutputThatCannotBeWritten) {
+    for (const auto& [name, code] : {std::pair{"printed.txt", 0}, {"/dev/full", 2}}) {
+        EXPECT_EQ(endOf(start([&] {
+                      ::dup2(::open(name, O_WRONLY | O_CREAT, 0600), STDOUT_FILENO);
+                      StandardConsole console;
+                      console.print("Größe\n");
+                      console.flush();
+                      return 0;
+                  })),
+                  code);
+    }
+    EXPECT_EQ(contentOf("printed.txt"), "Größe\n");
 }
 
 TEST_F(SystemFaults, RestoresTheEchoWhenASignalEndsThePasswordPrompt) {
