@@ -143,9 +143,7 @@ void addReport(const SalvageReport::Table& table, Lines& lines) {
 /// Appends the lines to `text`, each after this sign. Of many lines with the same beginning only the first `limit` are
 /// shown, of those about system tables only one.
 void show(const Lines& lines, const std::string& sign, std::size_t limit, std::string& text) {
-    const auto put = [&](const std::string& line) {
-        text.append("  ").append(sign).append(" ").append(line).append("\n");
-    };
+    const auto put = [&](const std::string& line) { text += "  " + sign + " " + line + "\n"; };
     const auto limitOf = [&](const std::string& line) { return line.starts_with("MSys") ? 1 : limit; };
     std::map<std::string, std::size_t> counts;
     for (const std::string& line : lines)

@@ -101,7 +101,8 @@ TEST(SortKey, TextsAreInDictionaryOrder) {
     for (std::size_t i = 1; i < std::size(ordered); ++i)
         EXPECT_EQ(compareTexts(ordered[i - 1], ordered[i]), std::strong_ordering::less) << base::toUtf8(ordered[i]);
     for (char16_t surrogate = 0xD800; surrogate < 0xDFFF; ++surrogate)
-        EXPECT_EQ(compareTexts({&surrogate, 1}, Text(1, static_cast<char16_t>(surrogate + 1))), std::strong_ordering::less);
+        EXPECT_EQ(compareTexts({&surrogate, 1}, Text(1, static_cast<char16_t>(surrogate + 1))),
+                  std::strong_ordering::less);
     // French compares the accents from the end.
     EXPECT_EQ(compareTexts(u"coté", u"côte"), std::strong_ordering::less);
     EXPECT_EQ(compareTexts(u"coté", u"côte", {0x040C, 0}), std::strong_ordering::greater);

@@ -106,6 +106,7 @@ TEST(ColumnConversion, ConvertsWhatFitsAndRefusesTheRest) {
         {ColumnType::Numeric, base::Text(u"-12.505"), base::Decimal{true, 2, {1250, 0, 0, 0}}},
         {ColumnType::Numeric, decimal, base::Decimal{true, 2, {1250, 0, 0, 0}}},
         {ColumnType::Numeric, 1e15, none},
+        {ColumnType::Numeric, 12345678901.354998, base::Decimal{false, 2, {1912276183, 287, 0, 0}}},
         {ColumnType::Numeric, 0.0, base::Decimal{false, 2, {}}},
         {ColumnType::Text, true, base::Text(u"-1")},
         {ColumnType::Text, base::Decimal{true, 1, {1'000'000, 0, 0, 0}}, base::Text(u"-100000")},

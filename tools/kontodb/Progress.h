@@ -9,8 +9,8 @@
 
 namespace kontodb {
 
-/// Tells a person at a terminal how far a long work has come: one line on the error output, once it takes longer than a second.
-/// The line is erased when the work is over. Without a terminal nothing is written.
+/// Tells a person at a terminal how far a long work has come: one line on the error output, once it takes longer than a
+/// second. The line is erased when the work is over. Without a terminal nothing is written.
 class Progress {
 public:
     /// @param console  must outlive this
