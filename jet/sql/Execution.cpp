@@ -21,7 +21,6 @@ std::int32_t StatementRun::execute(const Statement& statement) {
 
 TableWriter& StatementRun::writerOf(const base::Text& table) {
     if (!writer_ || table_ != table) {
-        writer_.reset();
         writer_.emplace(store_, table);
         table_ = table;
     }
