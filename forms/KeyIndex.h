@@ -8,9 +8,8 @@
 namespace forms {
 
 /// Finds rows by the hashes of their keys; the caller compares the keys themselves. Rows are kept in one table, each in
-/// the first free slot, starting at the slot that its hash names. A second array has one byte of
-/// the hash for each slot. Even for a million rows it stays in the processor's cache, and it nearly always shows that a
-/// key is new.
+/// the first free slot, starting at the slot that its hash names. A second array has one byte of the hash for each
+/// slot. Even for a million rows it stays in the processor's cache, and it nearly always shows that a key is new.
 class KeyIndex {
 public:
     using Row = std::uint32_t;

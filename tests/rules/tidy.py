@@ -24,7 +24,7 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 MEMORY = pathlib.Path(os.environ.get("XDG_CACHE_HOME", pathlib.Path.home() / ".cache")) / "prjDexoBenutzerkonten/tidy"
 NATIVE, WINDOWS = ROOT / "out/build/native-debug", ROOT / "out/build/windows-x64"
-# The shallow mode takes a third of the time and still follows calls. Tests are not analyzed: in the test library's macros
+# The shallow mode takes half of the time and still follows calls. Tests are not analyzed: in the test library's macros
 # the analyzer takes longer than everything else together, and tests run under the sanitizers.
 ANALYZER = ["-Xclang", "-analyzer-config", "-Xclang", "mode=shallow"]
 INCLUDE = re.compile(rb'^\s*#\s*include\s+"([^"]+)"', re.M)
