@@ -75,7 +75,9 @@ class Started(Tool):
 
 
 def names(folder):
-    return {path.name for path in folder.iterdir()} if folder.exists() else set()
+    with contextlib.suppress(FileNotFoundError):
+        return set(os.listdir(folder))
+    return set()
 
 
 class Machine:
@@ -99,14 +101,16 @@ class Machine:
         equal(self.run(self.setup, "/S", *options), code, f"the installer's exit code with {options}")
 
     def entries(self):
-        return {path for path in self.session.drive_c.rglob("*.lnk") if path.stem == self.name}
+        # os.walk passes over folders that an installer or remover deletes meanwhile; rglob fails at them.
+        return {pathlib.Path(folder, file) for folder, _, files in os.walk(self.session.drive_c)
+                for file in files if file == self.name + ".lnk"}
 
     def registered(self, root):
         return self.run("reg", "query", root + REMOVAL_KEY + self.name) == 0
 
     def removed(self, folder, root):
         equal(self.run(folder / REMOVER, "/S"), 0, "the remover's exit code")  # its copy goes on working
-        until(lambda: not folder.exists() or names(folder) <= KEEP, f"only settings and accounts in {folder}")
+        until(lambda: names(folder) <= KEEP, f"only settings and accounts in {folder}")
         until(lambda: not self.entries() and not self.registered(root), "entry and registration are gone")
 
 
@@ -197,8 +201,9 @@ def main():
                 print(f"PASS {arch} {step.__name__} ({time.monotonic() - start:.1f} s)", flush=True)
             except Exception as failure:  # so that the other steps still run
                 failed = True
-                why = failure if isinstance(failure, Failure) else traceback.format_exc()
-                print(f"FAIL {arch} {step.__name__}: {why}", flush=True)
+                if not isinstance(failure, Failure):
+                    traceback.print_exc(file=sys.stdout)
+                print(f"FAIL {arch} {step.__name__}: {failure!r}", flush=True)
     finally:
         session.close()
     return failed

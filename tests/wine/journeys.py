@@ -278,8 +278,9 @@ def why_failed(name, scene):
     except Failure as failure:
         scene.session.picture(f"failed-{name}")
         return str(failure)
-    except Exception:  # an error in the journey itself; the others still run
-        return traceback.format_exc()
+    except Exception as error:  # an error in the journey itself; the others still run
+        traceback.print_exc(file=sys.stdout)
+        return repr(error)
     return None
 
 
