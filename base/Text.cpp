@@ -130,6 +130,16 @@ std::string toWindows1252(TextView text) {
     return out;
 }
 
+Text decimalOf(std::int64_t number) {
+    const std::string digits = std::to_string(number);
+    return Text(digits.begin(), digits.end());
+}
+
+Text decimalOf(std::uint64_t number) {
+    const std::string digits = std::to_string(number);
+    return Text(digits.begin(), digits.end());
+}
+
 TextView trimBlanks(TextView text) {
     const auto first = text.find_first_not_of(u' ');
     if (first == TextView::npos) return {};
