@@ -29,8 +29,11 @@ private:
     std::vector<bool> isFree_;
 };
 
-/// The pages of a map of which any byte may be wrong; those that the file does not have are left out.
-/// @return nothing if there is no such map
-std::optional<std::vector<PageNumber>> readDamagedMap(DamagedFile& file, RowPointer row);
+/// A map of pages of which any byte may be wrong.
+struct DamagedMap {
+    std::optional<std::vector<PageNumber>> pages;  ///< those that the file has; nothing if the map cannot be read
+    bool goesBeyondFile = false;                   ///< the map, or a page that it names, is after the end of the file
+};
+DamagedMap readDamagedMap(DamagedFile& file, RowPointer row);
 
 }  // namespace jet

@@ -13,6 +13,9 @@
 namespace jet {
 namespace {
 
+/// The limit that Access documents for a file. A count above it is damaged itself.
+constexpr std::size_t kMaxObjects = 32'768;
+
 /// The order of texts that most columns have.
 TextOrder usualOrder(const Salvage& salvage) {
     std::map<std::pair<std::uint16_t, std::uint8_t>, std::size_t> counts;
@@ -97,17 +100,31 @@ private:
     }
 
     void reportRest() {
-        for (const Salvage::LostTable& lost : salvage_.lostTables()) {
-            report_.file.lostRows += lost.rows;
-            report_.file.lose(u"Die Tabelle '" + lost.name + u"' ist nicht lesbar: Ihr Bauplan auf Seite " +
-                              base::decimal(lost.page) + u" ist zerstört; " +
-                              countText(lost.rows, u"Datensatz ist", u"Datensätze sind") + u" verloren.");
-        }
+        const PageNumber last = file_.pageCount() - 1;
+        if (file_.bytesOf(last) < kPageSize)
+            report_.file.lose(u"Die Datei endet mitten in Seite " + base::decimal(last) +
+                              u"; sie ist wohl abgeschnitten.");
+        for (const Salvage::LostTable& lost : salvage_.lostTables())
+            reportLost(lost);
+        const std::size_t counted = salvage_.countedObjects(), found = salvage_.objects().size();
+        if (counted > found && counted <= kMaxObjects)
+            report_.file.lose(u"Das Verzeichnis der Tabellen zählt " + countText(counted, u"Eintrag", u"Einträge") +
+                              u", gefunden sind " + base::decimal(found) +
+                              u": Es können Tabellen fehlen, die hier nicht genannt sind.");
         for (const Salvage::LostRow& lost : salvage_.lostSystemRows())
             report_.file.lose(placeText(lost.row) + u": " + lost.reason + u".");
         if (!file_.isPasswordCertain())
             report_.remarks.emplace_back(
                 u"Das Datenbankkennwort ist nicht mehr ganz lesbar; die neue Datei hat das angegebene.");
+    }
+
+    void reportLost(const Salvage::LostTable& lost) {
+        report_.file.lostRows += lost.rows;
+        base::Text line = u"Die Tabelle '" + lost.name + u"' ist nicht lesbar: Ihr Bauplan auf Seite " +
+                          base::decimal(lost.page) +
+                          (lost.page < file_.pageCount() ? u" ist zerstört" : u" fehlt, die Datei endet davor");
+        if (lost.rows > 0) line += u"; " + countText(lost.rows, u"Datensatz ist", u"Datensätze sind") + u" verloren";
+        report_.file.lose(line + u".");
     }
 
     DamagedFile& file_;

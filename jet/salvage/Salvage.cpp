@@ -85,14 +85,13 @@ void Salvage::addDefinitions(std::vector<DamagedDefinition>& definitions, const 
 }
 
 void Salvage::readCatalog(const TablePages& pages, const std::vector<DamagedDefinition>& definitions) {
-    std::size_t rows = 0;
     const auto report = [&](RowPointer row, const base::Text& reason) { lostSystemRows_.push_back({row, reason}); };
     const auto system = [&](PageNumber page) { return tableOf(file_, pages, definitions, page - kFirstSystemTable); };
     const SalvagedTable catalog = system(kFirstSystemTable);
     objects_ = readObjects(catalog, report);
-    rows = objects_.size();
+    countedObjects_ = catalog.definition().rowCount;
     isCatalogWhole_ = lostSystemRows_.empty() && catalog.definitionLosses().empty() && catalog.lostPages().empty() &&
-                      rows >= catalog.definition().rowCount;
+                      objects_.size() >= countedObjects_;
     relationships_ = readRelationships(system(kRelationshipsTable), report);
     queryRows_ = readWholeRows(system(kQueriesTable), kQueriesTable);
     objectsWithRights_ = readObjectsWithRights(system(kRightsTable));
@@ -108,7 +107,7 @@ bool Salvage::isInUse(const DamagedDefinition& definition, bool hasRows) const {
     const PageNumber page = definition.definition.page;
     if (objectOf(page) != nullptr) return true;
     if (scan_.isFree(page)) return false;
-    const bool hasMap = readDamagedMap(file_, definition.definition.ownedPages).has_value();
+    const bool hasMap = readDamagedMap(file_, definition.definition.ownedPages).pages.has_value();
     return hasMap || (!isCatalogWhole_ && (hasRows || objectsWithRights_.contains(page)));
 }
 

@@ -30,6 +30,9 @@ public:
     const std::vector<SalvagedRelationship>& relationships() const { return relationships_; }
     const std::vector<SalvagedObject>& objects() const { return objects_; }
 
+    /// How many objects the catalog has by its own count. If fewer were found, tables may be lost without a trace.
+    std::size_t countedObjects() const { return countedObjects_; }
+
     /// The rows of MSysQueries, by the column numbers of a fresh file.
     const std::vector<std::vector<base::Value>>& queryRows() const { return queryRows_; }
 
@@ -65,6 +68,7 @@ private:
     std::vector<SalvagedObject> objects_;
     std::vector<std::vector<base::Value>> queryRows_;
     std::set<std::uint32_t> objectsWithRights_;
+    std::size_t countedObjects_ = 0;
     bool isCatalogWhole_ = false;
     std::vector<LostTable> lostTables_;
     std::vector<LostRow> lostSystemRows_;

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "jet/page/MovedRow.h"
+#include "jet/salvage/PageScan.h"
 
 namespace jet {
 
@@ -88,6 +89,10 @@ private:
 SalvagedTable::SalvagedTable(DamagedFile& file, DamagedDefinition definition, std::vector<PageNumber> pages,
                              std::vector<PageNumber> lostPages)
     : file_(&file), definition_(std::move(definition)), pages_(std::move(pages)), lostPages_(std::move(lostPages)) {}
+
+bool SalvagedTable::goesBeyondFile() const {
+    return readDamagedMap(*file_, definition().ownedPages).goesBeyondFile;
+}
 
 void SalvagedTable::eachRow(const Visit& visit, const Report& report) const {
     Scan(*this, visit, report).run();

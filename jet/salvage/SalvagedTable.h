@@ -19,6 +19,8 @@ public:
     const TableDefinition& definition() const { return definition_.definition; }
     const std::vector<base::Text>& definitionLosses() const { return definition_.losses; }
     const std::vector<PageNumber>& lostPages() const { return lostPages_; }
+    /// Whether the table's map names pages after the end of the file, which was cut off then.
+    bool goesBeyondFile() const;
 
     using Visit = std::function<void(RowPointer, DamagedRow&)>;
     using Report = std::function<void(RowPointer, const base::Text& reason)>;

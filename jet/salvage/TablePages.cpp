@@ -68,7 +68,7 @@ void TablePages::readClaims() {
         if (scan_.kind(page) == PageKind::Data && owner < scan_.pageCount()) claims_.byHeader[page] = tableOn[owner];
     }
     for (std::size_t i = 0; i < tables_.size(); ++i) {
-        const auto map = readDamagedMap(file_, tables_[i].definition.ownedPages);
+        const auto map = readDamagedMap(file_, tables_[i].definition.ownedPages).pages;
         claims_.hasMap[i] = map.has_value();
         if (!map) continue;
         for (const PageNumber page : *map) {

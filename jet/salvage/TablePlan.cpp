@@ -372,9 +372,12 @@ void TablePlan::reportCounts() {
     const std::size_t counted = table_->rows.definition().rowCount;
     const bool hasGaps =
         report_->lostRows > 0 || !table_->rows.lostPages().empty() || !table_->rows.definitionLosses().empty();
-    if (counted > found && counted - found < kMaxUnusedNumbers)
-        report_->lose(u"Die Tabelle zählt " + countText(counted, u"Datensatz", u"Datensätze") + u", gefunden sind " +
-                      base::decimal(found) + (hasGaps ? u"." : u"; vielleicht war die Zahl schon vorher falsch."));
+    if (counted <= found || counted - found >= kMaxUnusedNumbers) return;
+    const base::TextView why = table_->rows.goesBeyondFile() ? u"; die Datei endet vor ihren übrigen Seiten."
+                               : hasGaps                     ? u"."
+                                                             : u"; vielleicht war die Zahl schon vorher falsch.";
+    report_->lose(u"Die Tabelle zählt " + countText(counted, u"Datensatz", u"Datensätze") + u", gefunden sind " +
+                  base::decimal(found).append(why));
 }
 
 }  // namespace jet
