@@ -184,6 +184,22 @@ TEST_F(CheckerSweep, ADamagedIndexDoesNotLoseRowsUnnoticed) {
     EXPECT_GT(noticed, 200U);
 }
 
+/// A node may have no tail, so only the links between the leaves show that it has lost it.
+TEST_F(CheckerSweep, ANodeWithoutItsTailDoesNotLoseRowsUnnoticed) {
+    file_.bytes = deepTrees();
+    const Table table = *openTable(file_, u"Tief");
+    std::size_t nodes = 0;
+    for (const IndexDefinition& index : table.definition().indexes) {
+        const IndexPage root(file_.page(index.rootPage), table.definition().page);
+        if (root.isLeaf() || root.tail() == 0) continue;
+        ++nodes;
+        base::putU32(file_.at(index.rootPage), kIndexTailOffset, 0);
+        for (const bool forwards : {true, false})
+            EXPECT_THROW(rowsByIndex(table, index, forwards), base::RuntimeError);
+    }
+    EXPECT_GT(nodes, 0U);
+}
+
 /// The map has lost pages, or names wrong ones.
 TEST_F(CheckerSweep, ADamagedMapDoesNotLoseRowsUnnoticed) {
     for (const base::TextView name : {u"Konten", u"Zweite", u"MSysObjects"}) {
